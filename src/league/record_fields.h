@@ -493,4 +493,42 @@ struct FieldTable<GamePlanRecord> {
     };
 };
 
+template <>
+struct FieldTable<GameRecord> {
+    static constexpr auto fields = std::tuple{
+        Field{"ReservedGame0", 0, &GameRecord::ReservedGame0},
+        Field{"Coach", 2, &GameRecord::Coach},
+        Field{"Month", 4, &GameRecord::Month},
+        Field{"Day", 5, &GameRecord::Day},
+        Field{"Year", 6, &GameRecord::Year},
+        Field{"DateText", 8, &GameRecord::DateText},
+        Field{"ResultStamp", 20, &GameRecord::ResultStamp},
+        Field{"ReservedGame21", 21, &GameRecord::ReservedGame21},
+        Field{"ResultStamp2", 37, &GameRecord::ResultStamp2},
+        Field{"ShortHandGoals", 38, &GameRecord::ShortHandGoals},
+        Field{"TeamAssists", 40, &GameRecord::TeamAssists},
+        Field{"Shots", 42, &GameRecord::Shots},
+        Field{"Pim", 44, &GameRecord::Pim},
+        Field{"PowerPlays", 46, &GameRecord::PowerPlays},
+        Field{"PowerPlayGoals", 48, &GameRecord::PowerPlayGoals},
+        Field{"PowerPlays2", 50, &GameRecord::PowerPlays2},
+        Field{"PowerPlayGoals2", 52, &GameRecord::PowerPlayGoals2},
+        Field{"TimeOfAttack", 54, &GameRecord::TimeOfAttack},
+        Field{"FaceoffsWon", 58, &GameRecord::FaceoffsWon},
+        Field{"RecordText", 60, &GameRecord::RecordText},
+        Field{"Status", 80, &GameRecord::Status},
+        Field{"ScoreOf", 81, &GameRecord::ScoreOf},
+        Field{"ReservedGame85", 85, &GameRecord::ReservedGame85},
+        Field{"BoxFile", 99, &GameRecord::BoxFile},
+        Field{"VisitorTeam", 114, &GameRecord::VisitorTeam},
+        Field{"HomeTeam", 116, &GameRecord::HomeTeam},
+        Field{"ReservedGame118", 118, &GameRecord::ReservedGame118},
+        Field{"RowLocked", 119, &GameRecord::RowLocked},
+        Field{"ExtraMark", 120, &GameRecord::ExtraMark},
+        Field{"StarName", 121, &GameRecord::StarName},
+        Field{"RowType", 196, &GameRecord::RowType},
+        Field{"ReservedGame197", 197, &GameRecord::ReservedGame197},
+    };
+};
+
 }  // namespace tallyrink::codec

@@ -7,6 +7,7 @@ static_assert(tilesExactly<TeamStatLine>());
 static_assert(tilesExactly<PlayerRecord>());
 static_assert(tilesExactly<TeamRecord>());
 static_assert(tilesExactly<GamePlanRecord>());
+static_assert(tilesExactly<GameRecord>());
 
 #define TALLYRINK_RECORD_CODEC(R)                                 \
     template void decode<R>(const std::uint8_t*, R&);             \
@@ -19,6 +20,7 @@ TALLYRINK_RECORD_CODEC(TeamStatLine)
 TALLYRINK_RECORD_CODEC(PlayerRecord)
 TALLYRINK_RECORD_CODEC(TeamRecord)
 TALLYRINK_RECORD_CODEC(GamePlanRecord)
+TALLYRINK_RECORD_CODEC(GameRecord)
 #undef TALLYRINK_RECORD_CODEC
 
 }  // namespace tallyrink::codec

@@ -488,6 +488,43 @@ struct GamePlanRecord {
     std::array<std::uint8_t, 663> SlotTail{};  // rest of the slot, kept as found
 };
 
+// One game of a schedule or scores file.
+struct GameRecord {
+    std::array<std::uint8_t, 2> ReservedGame0{};  // reserved
+    std::array<FixedText<1>, 2> Coach{};  // "C" computer, "H" human; visitor, home
+    std::uint8_t Month{};  // calendar month 1 to 12
+    std::uint8_t Day{};
+    std::int16_t Year{};  // only row 1 is meaningful: at load the year of row 1 is copied to all rows
+    FixedText<12> DateText{};  // date of playing in text, from the system clock
+    std::uint8_t ResultStamp{};  // 99 in a SCORES row
+    FixedText<16> ReservedGame21{};  // reserved
+    std::uint8_t ResultStamp2{};  // 99 in a SCORES row
+    std::array<std::uint8_t, 2> ShortHandGoals{};  // the game's goals at three on four, three on five and four on five
+    std::array<std::uint8_t, 2> TeamAssists{};
+    std::array<std::uint8_t, 2> Shots{};
+    std::array<std::uint8_t, 2> Pim{};  // at most 254
+    std::array<std::uint8_t, 2> PowerPlays{};
+    std::array<std::uint8_t, 2> PowerPlayGoals{};
+    std::array<std::uint8_t, 2> PowerPlays2{};  // the same value
+    std::array<std::uint8_t, 2> PowerPlayGoals2{};  // the same value
+    std::array<std::int16_t, 2> TimeOfAttack{};  // seconds
+    std::array<std::uint8_t, 2> FaceoffsWon{};
+    std::array<FixedText<10>, 2> RecordText{};  // the team's record after the game: wins, losses, ties, overtime losses with "-" between them
+    FixedText<1> Status{};  // "U" unplayed, "N" marked to play, "P" played and posted, "D" deleted
+    std::array<std::int16_t, 2> ScoreOf{};  // score, with the shootout's goal for the winner
+    std::array<FixedText<7>, 2> ReservedGame85{};  // reserved
+    FixedText<15> BoxFile{};  // name of the box file
+    std::int16_t VisitorTeam{};  // team number of the visitor
+    std::int16_t HomeTeam{};  // team number of the home side
+    std::uint8_t ReservedGame118{};  // reserved
+    FixedText<1> RowLocked{};  // "N"
+    std::uint8_t ExtraMark{};  // 0 none, 1 overtime, 2 shootout
+    std::array<FixedText<25>, 3> StarName{};  // three stars
+    FixedText<1> RowType{};  // "L" league
+    std::uint8_t ReservedGame197{};  // reserved
+    std::array<std::uint8_t, 2> SlotTail{};  // rest of the slot, kept as found
+};
+
 // Which of the nine stat lines of a player record.
 enum class StatLineIndex : std::size_t {
     Real = 0,
@@ -566,6 +603,12 @@ struct Layout<GamePlanRecord> {
     static constexpr std::size_t slot = 32000;
 };
 
+template <>
+struct Layout<GameRecord> {
+    static constexpr std::size_t size = 198;
+    static constexpr std::size_t slot = 200;
+};
+
 // Instantiated once, in records.cpp: the field walks are large, and every
 // file that reads a record would otherwise compile them again.
 #define TALLYRINK_RECORD_CODEC(R)                                        \
@@ -579,6 +622,7 @@ TALLYRINK_RECORD_CODEC(TeamStatLine)
 TALLYRINK_RECORD_CODEC(PlayerRecord)
 TALLYRINK_RECORD_CODEC(TeamRecord)
 TALLYRINK_RECORD_CODEC(GamePlanRecord)
+TALLYRINK_RECORD_CODEC(GameRecord)
 #undef TALLYRINK_RECORD_CODEC
 
 }  // namespace tallyrink::codec

@@ -38,6 +38,8 @@ TEST(RecordLayout, SizesAndSlots) {
     EXPECT_EQ(codec::slotWidth<TeamRecord>(), 1500u);
     EXPECT_EQ(Layout<GamePlanRecord>::size, 31337u);
     EXPECT_EQ(codec::slotWidth<GamePlanRecord>(), 32000u);
+    EXPECT_EQ(Layout<GameRecord>::size, 198u);
+    EXPECT_EQ(codec::slotWidth<GameRecord>(), 200u);
 }
 
 // Fields that other programs' files and the exchange formats rely on, spread
@@ -82,6 +84,15 @@ TEST(RecordLayout, PinnedOffsets) {
                                 {"SlotInactiveDates", 19950, 10000},
                                 {"LineUsage", 31125, 4},
                                 {"GamePlanText", 31137, 200}});
+    expectPins<GameRecord>({{"Coach", 2, 2},
+                            {"Year", 6, 2},
+                            {"RecordText", 60, 20},
+                            {"Status", 80, 1},
+                            {"ScoreOf", 81, 4},
+                            {"VisitorTeam", 114, 2},
+                            {"HomeTeam", 116, 2},
+                            {"StarName", 121, 75},
+                            {"RowType", 196, 1}});
 }
 
 template <class R>
@@ -110,6 +121,7 @@ TEST(RecordCodec, ByteExactRoundTrip) {
     expectByteExactRoundTrip<PlayerRecord>();
     expectByteExactRoundTrip<TeamRecord>();
     expectByteExactRoundTrip<GamePlanRecord>();
+    expectByteExactRoundTrip<GameRecord>();
 }
 
 TEST(RecordCodec, LittleEndianValuesLandAtTheirOffsets) {
