@@ -84,6 +84,7 @@ std::string overtimeSkaters(int three, int four, int five) {
 
 std::string shootoutText(const RulesRecord& r, bool playoff) {
     const int rounds = shootoutRounds(r, playoff);
+    if (overtimeMinutes(r, playoff) > 0 && overtimeType(r, playoff) == 1) return "none: overtime goes on until a goal";
     return rounds == 0 ? "none: a tie stands" : fmt::format("{} rounds", rounds);
 }
 
@@ -127,11 +128,13 @@ void printGameShape(const RulesRecord& r) {
 void printOvertime(const RulesRecord& r) {
     section("Overtime and shootout");
     row("Overtime", "{}", overtimeText(r, false));
-    row("Skaters a side in overtime", "{}", overtimeSkaters(r.ThreeOption, r.Fouroption, r.Fiveoption));
+    if (overtimeMinutes(r, false) > 0)
+        row("Skaters a side in overtime", "{}", overtimeSkaters(r.ThreeOption, r.Fouroption, r.Fiveoption));
     row("Shootout", "{}", shootoutText(r, false));
     row("Playoff overtime", "{}", overtimeText(r, true));
-    row("Playoff skaters a side in overtime", "{}",
-        overtimeSkaters(r.PlayoffThreeOption, r.playofffourOption, r.playoffFiveoption));
+    if (overtimeMinutes(r, true) > 0)
+        row("Playoff skaters a side in overtime", "{}",
+            overtimeSkaters(r.PlayoffThreeOption, r.playofffourOption, r.playoffFiveoption));
     row("Playoff shootout", "{}", shootoutText(r, true));
     row("Shooters may shoot again", "{}", yesNo(r.ReuseShootersCheck));
 }
@@ -321,15 +324,19 @@ void showEraTable(const EraTable& era, bool college) {
     }
 }
 
-[[noreturn]] void refuse(const std::vector<std::string>& problems, const fs::path& file, const char* what) {
+std::string counted(std::size_t n, const char* one, const char* many) {
+    return fmt::format("{} {}", n, n == 1 ? one : many);
+}
+
+[[noreturn]] void refuse(const std::vector<std::string>& problems, const fs::path& file) {
     for (const auto& p : problems) fmt::print(stderr, "{}\n", p);
-    throw CommandError(fmt::format("{}: {} bad {}; nothing was written", file.string(), problems.size(),
-                                   problems.size() == 1 ? what : fmt::format("{}s", what).c_str()));
+    throw CommandError(
+        fmt::format("{}: {}; nothing was written", file.string(), counted(problems.size(), "problem", "problems")));
 }
 
 void buildEra(const fs::path& from, const fs::path& out) {
     const auto build = buildEraFromSeasons(from);
-    if (!build.problems.empty()) refuse(build.problems, from, "row");
+    if (!build.problems.empty()) refuse(build.problems, from);
     writeEraFile(out, build.table);
     fmt::print("Wrote {}: seasons {} to {}, years {} to {}\n", out.string(), build.firstSeason, build.lastSeason,
                EraTable::kFirstYear, EraTable::kLastYear);
@@ -340,11 +347,12 @@ void buildEra(const fs::path& from, const fs::path& out) {
 
 void importEra(const fs::path& csv, const fs::path& eraFile) {
     const auto file = readEraCsv(csv);
-    if (!file.problems.empty()) refuse(file.problems, csv, "row");
+    if (!file.problems.empty()) refuse(file.problems, csv);
     auto table = readEraFile(eraFile);
     importEraCsv(table, file.rows);
     writeEraFile(eraFile, table);
-    fmt::print("Imported {} seasons from {} into {}\n", file.rows.size(), csv.string(), eraFile.string());
+    fmt::print("Imported {} from {} into {}\n", counted(file.rows.size(), "season", "seasons"), csv.string(),
+               eraFile.string());
 }
 
 }  // namespace
@@ -366,6 +374,7 @@ void addRulesCommands(CLI::App& app, GlobalOptions& options) {
     auto opts = std::make_shared<RulesCommandOptions>();
 
     auto* rules = app.add_subcommand("rules", "Show the league's rules");
+    rules->fallthrough();
     rules->add_flag("--fields", opts->fields, "List every field of the rules record with its offset and value");
     rules->callback([&options, opts] { showRules(options, opts->fields); });
 
@@ -374,13 +383,16 @@ void addRulesCommands(CLI::App& app, GlobalOptions& options) {
     era->add_flag("--all", opts->all, "Show every year as a table");
     era->add_flag("--college", opts->college, "With --all: the college columns");
     era->require_subcommand(0, 1);
+    era->fallthrough();
 
     auto* build = era->add_subcommand("build", "Build an era file from a league-by-season table");
+    build->fallthrough();
     build->add_option("--from", opts->from, "League-by-season CSV file")->required();
     build->add_option("--out", opts->out, "Era file to write")->required();
     build->callback([opts] { buildEra(opts->from, opts->out); });
 
     auto* import = era->add_subcommand("import", "Import \"NHL ERA DATA.CSV\" into the era table");
+    import->fallthrough();
     import->add_option("--csv", opts->csv, "File to import (default: \"NHL ERA DATA.CSV\" in the program folder)");
     import->add_option("--era", opts->eraFile, "Era file to change (default: HkEra in the program folder)");
     import->callback([&options, opts] {

@@ -42,8 +42,10 @@ namespace tallyrink {
 
 namespace {
 
-// The last record of the file may have been written without the rest of its slot.
+// The last record of the file may have been written without the rest of its
+// slot. What lies past the last year isn't the table's to judge.
 bool isEraFileLength(std::size_t length) {
+    if (length > EraTable::kYears * kEraSlot) return true;
     return length % kEraSlot == 0 || length % kEraSlot == codec::Layout<EraRecord>::size;
 }
 
