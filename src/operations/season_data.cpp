@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <set>
 
@@ -39,21 +40,24 @@ private:
     CsvTable table_;
 };
 
+// Digits only: std::stoi would take "1x" for 1.
+bool digitsOf(std::string_view s, int& out) {
+    if (s.empty()) return false;
+    auto [ptr, ec] = std::from_chars(s.data(), s.data() + s.size(), out);
+    return ec == std::errc() && ptr == s.data() + s.size() && s.find_first_not_of("0123456789") == s.npos;
+}
+
 CalendarDate Rows::date(std::size_t row, std::size_t col, std::string_view column) const {
-    const std::string& s = text(row, col);
+    std::string_view s = text(row, col);
     CalendarDate d;
-    bool shape = s.size() == 10 && s[4] == '-' && s[7] == '-';
-    if (shape) {
-        try {
-            d.year = std::stoi(s.substr(0, 4));
-            d.month = std::stoi(s.substr(5, 2));
-            d.day = std::stoi(s.substr(8, 2));
-        } catch (const std::exception&) {
-            shape = false;
-        }
+    bool ok = s.size() == 10 && s[4] == '-' && s[7] == '-' && digitsOf(s.substr(0, 4), d.year) &&
+              digitsOf(s.substr(5, 2), d.month) && digitsOf(s.substr(8, 2), d.day);
+    if (ok) {
+        auto ymd =
+            chr::year{d.year} / chr::month{static_cast<unsigned>(d.month)} / chr::day{static_cast<unsigned>(d.day)};
+        ok = ymd.ok();
     }
-    auto ymd = chr::year{d.year} / chr::month{static_cast<unsigned>(d.month)} / chr::day{static_cast<unsigned>(d.day)};
-    if (!shape || !ymd.ok())
+    if (!ok)
         throw FileError(fmt::format("{}, line {}, column \"{}\": \"{}\" is not a date (YYYY-MM-DD)", table_.name(),
                                     table_.line(row), column, s));
     return d;

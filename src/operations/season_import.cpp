@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <map>
 #include <random>
 #include <set>
@@ -800,7 +799,8 @@ void writeLeague(const ImportedLeague& league, const fs::path& dir, bool replace
                                             dir.string(), existing.filename().string()));
         }
     }
-    fs::path target = fs::absolute(dir);
+    fs::path target = fs::absolute(dir).lexically_normal();
+    if (!target.has_filename()) target = target.parent_path();  // a trailing separator
     fs::path parent = fresh ? target.parent_path() : target;
     if (fresh) {
         fs::create_directories(parent, ec);
@@ -827,8 +827,8 @@ void writeLeague(const ImportedLeague& league, const fs::path& dir, bool replace
 
 fs::path defaultSeasonFolder(const fs::path& programDir) {
     const fs::path season = fs::path("seasons") / "2017-18";
-    if (!programDir.empty()) return programDir / season;
     std::error_code ec;
+    if (!programDir.empty() && fs::is_directory(programDir / season, ec)) return programDir / season;
     fs::path source = fs::path(TALLYRINK_DATA_DIR) / season;
     if (fs::is_directory(source, ec)) return source;
     return fs::path(TALLYRINK_INSTALLED_DATA_DIR) / season;

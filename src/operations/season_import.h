@@ -71,7 +71,7 @@ std::string realResultsText(const std::vector<RealResult>& results);
 void writeLeague(const ImportedLeague& league, const std::filesystem::path& dir, bool replace);
 
 // The season folder shipped with the program: "seasons/2017-18" below the
-// program folder, or below the shipped data folder when none is given.
+// program folder when it has one, else below the shipped data folder.
 std::filesystem::path defaultSeasonFolder(const std::filesystem::path& programDir);
 
 // One comparison of the written league with the season's own totals.
