@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/cli.h"
+#include "operations/season_checks.h"
 #include "operations/season_data.h"
 #include "operations/season_import.h"
 
@@ -15,15 +16,6 @@ struct ImportSeasonOptions {
     std::string from;
     bool force = false;
 };
-
-std::string thousands(std::size_t n) {
-    std::string digits = std::to_string(n), out;
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0) out += ',';
-        out += digits[i];
-    }
-    return out;
-}
 
 void printDivisions(const ImportedLeague& league) {
     fmt::print("For the league rules:\n");
@@ -57,9 +49,9 @@ void runImportSeason(const ImportSeasonOptions& o, const GlobalOptions& global) 
     int teams = 0;
     for (const auto& t : league.teams) teams += t.TeamActive == 1;
     fmt::print("Summary: {} teams in {} divisions; {} player records for {} players ({} traded); {} games\n", teams,
-               league.names.divisions.size(), thousands(league.players.size()),
-               thousands(static_cast<std::size_t>(league.distinctPlayers)), league.tradedPlayers,
-               thousands(league.schedule.size()));
+               league.names.divisions.size(), thousands(static_cast<long long>(league.players.size())),
+               thousands(league.distinctPlayers), league.tradedPlayers,
+               thousands(static_cast<long long>(league.schedule.size())));
 
     auto checks = checkLeague(o.dir, data);
     int failed = 0;

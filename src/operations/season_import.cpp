@@ -82,16 +82,6 @@ std::vector<int> apportion(int total, const std::vector<int>& weights) {
     return parts;
 }
 
-std::string thousands(long long n) {
-    std::string digits = std::to_string(n < 0 ? -n : n);
-    std::string out;
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0) out += ',';
-        out += digits[i];
-    }
-    return n < 0 ? "-" + out : out;
-}
-
 // Counts values that had to be held to the width of their field.
 struct Clamps {
     int count = 0;
@@ -175,7 +165,10 @@ public:
     ImportedLeague build();
 
 private:
+    void indexGames();
     void collectStints();
+    std::string shortName(const Stint& s) const;
+    void buildRosters(ImportedLeague& league);
     void applyScoring(StatLine& r, const ScoringStint& o);
     void fillSkaterLines(std::vector<Stint*>& stints);
     void fillGoalieLine(Stint& s);
@@ -596,18 +589,7 @@ void LeagueBuilder::writeNotes(ImportedLeague& league) {
             "these conferences don't split that way");
 }
 
-ImportedLeague LeagueBuilder::build() {
-    if (data_.games.empty()) throw FileError("schedule_results.csv: no games");
-    ImportedLeague league;
-    const CalendarDate opening = std::min_element(data_.games.begin(), data_.games.end(), [](auto& a, auto& b) {
-                                     return a.date < b.date;
-                                 })->date;
-    league.seasonYear = opening.month >= 7 ? opening.year : opening.year - 1;
-
-    placement_ = placeTeams(data_.teams);
-    league.names = placement_.names;
-    for (const auto& slot : placement_.teams) numberOf_[slot.facts->code] = slot.number;
-
+void LeagueBuilder::indexGames() {
     for (const auto& g : data_.games) {
         teamDates_[g.visitor].push_back(g.date);
         teamDates_[g.home].push_back(g.date);
@@ -627,6 +609,70 @@ ImportedLeague LeagueBuilder::build() {
                                         [](auto* a, auto* b) { return a->toiSeconds < b->toiSeconds; });
         ++goalieStarts_[{(*starter)->playerId, (*starter)->team}];
     }
+}
+
+// A last name shared by two players of the league gets the first initial in
+// front, so that play-by-play tells them apart; when the initials are
+// shared too, the whole first name.
+std::string LeagueBuilder::shortName(const Stint& s) const {
+    std::string last = recordText(s.bio.lastName);
+    std::set<std::string> namesakes, sameInitial;
+    for (const auto& o : stints_) {
+        if (o.bio.lastName != s.bio.lastName) continue;
+        namesakes.insert(o.playerId);
+        if (!o.bio.firstName.empty() && !s.bio.firstName.empty() && o.bio.firstName[0] == s.bio.firstName[0])
+            sameInitial.insert(o.playerId);
+    }
+    if (namesakes.size() < 2 || s.bio.firstName.empty()) return last;
+    if (sameInitial.size() > 1) return recordText(s.bio.firstName) + " " + last;
+    return recordText(s.bio.firstName.substr(0, 1)) + "." + last;
+}
+
+// Each team's players in roster order (forwards, defense, goalies; by games
+// and time played), numbered on from the players of the teams before it.
+void LeagueBuilder::buildRosters(ImportedLeague& league) {
+    league.teams.assign(kMaxTeams, TeamRecord{});
+    for (const auto& slot : placement_.teams) {
+        std::vector<const Stint*> roster;
+        for (const auto& s : stints_)
+            if (s.teamNumber == slot.number) roster.push_back(&s);
+        if (roster.size() > static_cast<std::size_t>(kRosterSlots))
+            throw FileError(fmt::format("{} has {} players; a roster holds at most {}", slot.facts->code, roster.size(),
+                                        kRosterSlots));
+        auto order = [](const Stint* s) {
+            int group = s->goalie ? 2 : s->bio.position == 'D' ? 1 : 0;
+            return std::make_tuple(group, -s->real.GP, -s->real.Toi, s->bio.lastName, s->playerId);
+        };
+        std::sort(roster.begin(), roster.end(), [&](auto* a, auto* b) { return order(a) < order(b); });
+        std::vector<int> ids;
+        for (const Stint* s : roster) {
+            int id = static_cast<int>(league.players.size()) + 1;
+            auto rec = playerRecord(*s, id, shortName(*s), byPlayer_.at(s->playerId).front()->team);
+            rec.PlayerYear = static_cast<std::int16_t>(league.seasonYear);
+            league.players.push_back(rec);
+            ids.push_back(id);
+        }
+        auto team = teamRecord(slot, ids);
+        team.TeamYear = static_cast<std::int16_t>(league.seasonYear);
+        league.teams[static_cast<std::size_t>(slot.number - 1)] = team;
+    }
+    if (league.players.size() > static_cast<std::size_t>(kMaxRosterPlayerId))
+        throw FileError(
+            fmt::format("{} player records; a league holds at most {}", league.players.size(), kMaxRosterPlayerId));
+}
+
+ImportedLeague LeagueBuilder::build() {
+    if (data_.games.empty()) throw FileError("schedule_results.csv: no games");
+    ImportedLeague league;
+    const CalendarDate opening = std::min_element(data_.games.begin(), data_.games.end(), [](auto& a, auto& b) {
+                                     return a.date < b.date;
+                                 })->date;
+    league.seasonYear = opening.month >= 7 ? opening.year : opening.year - 1;
+
+    placement_ = placeTeams(data_.teams);
+    league.names = placement_.names;
+    for (const auto& slot : placement_.teams) numberOf_[slot.facts->code] = slot.number;
+    indexGames();
 
     collectStints();
     for (auto& [id, list] : byPlayer_) {
@@ -643,53 +689,8 @@ ImportedLeague LeagueBuilder::build() {
     }
     league.distinctPlayers = static_cast<int>(byPlayer_.size());
 
-    // A last name shared by two players of the league gets the first
-    // initial in front, so that play-by-play tells them apart; when the
-    // initials are shared too, the whole first name.
-    std::map<std::string, std::map<std::string, std::string>> lastNames;  // last name, player id, first name
-    for (const auto& s : stints_) lastNames[s.bio.lastName][s.playerId] = s.bio.firstName;
-    auto shortNameOf = [&](const Stint& s) {
-        const auto& namesakes = lastNames[s.bio.lastName];
-        std::string last = recordText(s.bio.lastName);
-        if (namesakes.size() < 2 || s.bio.firstName.empty()) return last;
-        int sameInitial = 0;
-        for (const auto& [id, first] : namesakes) sameInitial += !first.empty() && first[0] == s.bio.firstName[0];
-        if (sameInitial > 1) return recordText(s.bio.firstName) + " " + last;
-        return recordText(s.bio.firstName.substr(0, 1)) + "." + last;
-    };
-
-    league.teams.assign(kMaxTeams, TeamRecord{});
-    int top = 0;
-    for (const auto& slot : placement_.teams) {
-        std::vector<const Stint*> roster;
-        for (const auto& s : stints_)
-            if (s.teamNumber == slot.number) roster.push_back(&s);
-        if (roster.size() > static_cast<std::size_t>(kRosterSlots))
-            throw FileError(fmt::format("{} has {} players; a roster holds at most {}", slot.facts->code, roster.size(),
-                                        kRosterSlots));
-        auto group = [](const Stint* s) { return s->goalie ? 2 : s->bio.position == 'D' ? 1 : 0; };
-        std::stable_sort(roster.begin(), roster.end(), [&](const Stint* a, const Stint* b) {
-            return std::make_tuple(group(a), -a->real.GP, -a->real.Toi, a->bio.lastName, a->playerId) <
-                   std::make_tuple(group(b), -b->real.GP, -b->real.Toi, b->bio.lastName, b->playerId);
-        });
-        std::vector<int> ids;
-        for (const Stint* s : roster) {
-            int id = static_cast<int>(league.players.size()) + 1;
-            const std::string& original = byPlayer_.at(s->playerId).front()->team;
-            auto rec = playerRecord(*s, id, shortNameOf(*s), original);
-            rec.PlayerYear = static_cast<std::int16_t>(league.seasonYear);
-            league.players.push_back(rec);
-            ids.push_back(id);
-        }
-        auto team = teamRecord(slot, ids);
-        team.TeamYear = static_cast<std::int16_t>(league.seasonYear);
-        league.teams[static_cast<std::size_t>(slot.number - 1)] = team;
-        top = std::max(top, slot.number);
-    }
-    if (league.players.size() > static_cast<std::size_t>(kMaxRosterPlayerId))
-        throw FileError(
-            fmt::format("{} player records; a league holds at most {}", league.players.size(), kMaxRosterPlayerId));
-
+    buildRosters(league);
+    int top = placement_.teams.empty() ? 0 : placement_.teams.back().number;
     league.gamePlans.assign(static_cast<std::size_t>(top), GamePlanRecord{});
     for (const auto& slot : placement_.teams)
         league.gamePlans[static_cast<std::size_t>(slot.number - 1)].GamePlanTeam =
@@ -724,49 +725,6 @@ const std::vector<const char*>& leagueFiles() {
     static const std::vector<const char*> files = {kPlayerFile, kTeamFile, kGamePlanFile, kScheduleFile,
                                                    kRealResultsFile};
     return files;
-}
-
-// --- checks ---
-
-struct TeamTally {
-    int goals = 0, assists = 0, pim = 0, ppg = 0, sog = 0, gp = 0, gwg = 0, goalsAllowed = 0;
-    int scheduled = 0, gf = 0, ga = 0, wins = 0, losses = 0, otl = 0;
-};
-
-std::string failingTeams(const std::vector<std::string>& teams) {
-    std::string out;
-    for (std::size_t i = 0; i < teams.size() && i < 5; ++i) out += (i ? "; " : "") + teams[i];
-    if (teams.size() > 5) out += fmt::format("; {} more", teams.size() - 5);
-    return out;
-}
-
-std::vector<RealResult> readResults(const fs::path& path) {
-    std::vector<RealResult> out;
-    auto lines = readLines(path);
-    for (std::size_t i = 1; i < lines.size(); ++i) {
-        std::vector<std::string> cells(1);
-        for (char c : lines[i]) {
-            if (c == ',')
-                cells.emplace_back();
-            else
-                cells.back().push_back(c);
-        }
-        if (cells.size() < 8) continue;
-        RealResult r;
-        r.visitor = cells[1];
-        r.home = cells[2];
-        try {
-            r.visitorTeam = std::stoi(cells[3]);
-            r.homeTeam = std::stoi(cells[4]);
-            r.visitorGoals = std::stoi(cells[5]);
-            r.homeGoals = std::stoi(cells[6]);
-        } catch (const std::exception&) {
-            throw FileError(fmt::format("{}, line {}: not a result", path.string(), i + 1));
-        }
-        r.decidedIn = cells[7];
-        out.push_back(r);
-    }
-    return out;
 }
 
 }  // namespace
@@ -832,194 +790,6 @@ fs::path defaultSeasonFolder(const fs::path& programDir) {
     fs::path source = fs::path(TALLYRINK_DATA_DIR) / season;
     if (fs::is_directory(source, ec)) return source;
     return fs::path(TALLYRINK_INSTALLED_DATA_DIR) / season;
-}
-
-std::vector<SeasonCheck> checkLeague(const fs::path& dir, const SeasonData& data) {
-    RandomFile playerFile(findFile(dir, kPlayerFile), codec::slotWidth<PlayerRecord>());
-    auto players = readRecords<PlayerRecord>(playerFile, playerFile.count(kPlayerRounding));
-    RandomFile teamFile(findFile(dir, kTeamFile), codec::slotWidth<TeamRecord>());
-    auto teams = readRecords<TeamRecord>(teamFile, kMaxTeams);
-    RandomFile skedFile(findFile(dir, kScheduleFile), codec::slotWidth<GameRecord>());
-    auto schedule = readRecords<GameRecord>(skedFile, skedFile.count(kScheduleRounding));
-    auto results = readResults(findFile(dir, kRealResultsFile));
-
-    std::map<int, std::string> codeOf;
-    for (int t = 1; t <= kMaxTeams; ++t)
-        if (teams[static_cast<std::size_t>(t - 1)].TeamActive == 1)
-            codeOf[t] = teams[static_cast<std::size_t>(t - 1)].Abbrev.str();
-
-    // What the league holds, by team code.
-    std::map<std::string, TeamTally> held;
-    long long goals = 0, assists = 0, pim = 0, sog = 0, gp = 0, gwg = 0, goalsAllowed = 0, ppg = 0;
-    int offRoster = 0;
-    for (const auto& p : players) {
-        auto it = codeOf.find(p.TeamId);
-        if (it == codeOf.end()) {
-            ++offRoster;
-            continue;
-        }
-        const auto& roster = teams[static_cast<std::size_t>(p.TeamId - 1)].Roster;
-        if (std::find(roster.begin(), roster.end(), p.PlayerId) == roster.end()) ++offRoster;
-        const StatLine& r = statLine(p, StatLineIndex::Real);
-        auto& h = held[it->second];
-        h.goals += r.Goals, h.assists += r.Assists, h.pim += r.Pim, h.ppg += r.PPG, h.sog += r.Sog;
-        h.gp += r.GP, h.gwg += r.GWG, h.goalsAllowed += r.GoalsAllowed;
-        goals += r.Goals, assists += r.Assists, pim += r.Pim, sog += r.Sog, gp += r.GP, gwg += r.GWG;
-        goalsAllowed += r.GoalsAllowed, ppg += r.PPG;
-    }
-    for (const auto& g : schedule) {
-        if (codeOf.contains(g.VisitorTeam)) ++held[codeOf[g.VisitorTeam]].scheduled;
-        if (codeOf.contains(g.HomeTeam)) ++held[codeOf[g.HomeTeam]].scheduled;
-    }
-    long long resultGoals = 0;
-    for (const auto& r : results) {
-        auto& v = held[r.visitor];
-        auto& h = held[r.home];
-        v.gf += r.visitorGoals, v.ga += r.homeGoals, h.gf += r.homeGoals, h.ga += r.visitorGoals;
-        resultGoals += r.visitorGoals + r.homeGoals;
-        auto& winner = r.visitorGoals > r.homeGoals ? v : h;
-        auto& loser = r.visitorGoals > r.homeGoals ? h : v;
-        ++winner.wins;
-        ++(r.decidedIn == "REG" ? loser.losses : loser.otl);
-    }
-
-    // What the data says.
-    long long dGoals = 0, dAssists = 0, dPim = 0, dSog = 0, dGp = 0, dGwg = 0, dPpg = 0;
-    std::map<std::string, TeamTally> facts;
-    for (const auto& s : data.scoring) {
-        auto& f = facts[s.team];
-        f.goals += s.goals, f.pim += s.pim, f.ppg += s.ppg, f.sog += s.sog;
-        dGoals += s.goals, dAssists += s.assists, dPim += s.pim, dSog += s.sog, dGwg += s.gwg, dPpg += s.ppg;
-        if (s.bio.position != 'G') dGp += s.gp;
-    }
-    long long dGoalsAllowed = 0, dEmptyNet = 0;
-    for (const auto& g : data.goalies) {
-        dGp += g.gp;
-        dGoalsAllowed += g.goalsAgainst;
-        dEmptyNet += g.emptyNetAgainst;
-    }
-    int shootouts = 0;
-    for (const auto& g : data.games) shootouts += g.decidedIn == "SO";
-
-    std::vector<SeasonCheck> checks;
-    auto add = [&](std::string name, bool ok, std::string detail) {
-        checks.push_back({std::move(name), std::move(detail), ok});
-    };
-
-    add("teams", codeOf.size() == data.teams.size(),
-        fmt::format("{} teams written, {} in the data", codeOf.size(), data.teams.size()));
-
-    std::vector<std::string> bad;
-    std::set<int> perTeam;
-    for (const auto& t : data.teams) {
-        int n = held[t.code].scheduled;
-        perTeam.insert(n);
-        if (n != t.gp) bad.push_back(fmt::format("{} {} scheduled, GP {}", t.code, n, t.gp));
-    }
-    std::string spread = perTeam.size() == 1 ? fmt::format("{} per team", *perTeam.begin()) : "per team as in GP";
-    add("games", schedule.size() == data.games.size() && bad.empty(),
-        bad.empty() ? fmt::format("{} games, {}", thousands(static_cast<long long>(schedule.size())), spread)
-                    : failingTeams(bad));
-
-    std::size_t stints = data.scoring.size();
-    for (const auto& g : data.goalies)
-        stints += std::none_of(data.scoring.begin(), data.scoring.end(),
-                               [&](const ScoringStint& s) { return s.playerId == g.playerId && s.team == g.team; });
-    add("player records", offRoster == 0 && players.size() == stints,
-        offRoster == 0
-            ? fmt::format("{} records for {} stints, each on its team's roster",
-                          thousands(static_cast<long long>(players.size())), thousands(static_cast<long long>(stints)))
-            : fmt::format("{} records not on their team's roster", offRoster));
-
-    bad.clear();
-    long long teamGf = 0;
-    for (const auto& t : data.teams) {
-        teamGf += t.goalsFor;
-        const auto& h = held[t.code];
-        if (h.goals + t.shootoutWins != t.goalsFor || h.goals != facts[t.code].goals)
-            bad.push_back(fmt::format("{} players {} + shootout wins {} = {}, GF {}", t.code, h.goals, t.shootoutWins,
-                                      h.goals + t.shootoutWins, t.goalsFor));
-    }
-    add("goals", bad.empty() && goals == dGoals,
-        bad.empty() ? fmt::format("players {} + shootout wins {} = team GF {}", thousands(goals),
-                                  thousands(teamGf - goals), thousands(teamGf))
-                    : failingTeams(bad));
-
-    bad.clear();
-    for (const auto& t : data.teams) {
-        const auto& h = held[t.code];
-        if (h.gf != t.goalsFor || h.ga != t.goalsAgainst)
-            bad.push_back(fmt::format("{} results {}-{}, GF-GA {}-{}", t.code, h.gf, h.ga, t.goalsFor, t.goalsAgainst));
-    }
-    add("scores", bad.empty() && results.size() == schedule.size(),
-        bad.empty() ? fmt::format("{} results, {} goals, each team's GF and GA",
-                                  thousands(static_cast<long long>(results.size())), thousands(resultGoals))
-                    : failingTeams(bad));
-
-    add("assists", assists == dAssists,
-        fmt::format("{} written, {} in the data", thousands(assists), thousands(dAssists)));
-
-    bad.clear();
-    long long bench = 0, teamPim = 0;
-    for (const auto& t : data.teams) {
-        bench += t.benchMinutes;
-        teamPim += t.pim;
-        const auto& h = held[t.code];
-        if (h.pim + t.benchMinutes != t.pim)
-            bad.push_back(fmt::format("{} players {} + bench {} = {}, team {}", t.code, h.pim, t.benchMinutes,
-                                      h.pim + t.benchMinutes, t.pim));
-    }
-    add("penalty minutes", bad.empty() && pim == dPim,
-        bad.empty()
-            ? fmt::format("players {} + bench {} = team PIM {}", thousands(pim), thousands(bench), thousands(teamPim))
-            : failingTeams(bad));
-
-    bad.clear();
-    for (const auto& t : data.teams)
-        if (held[t.code].ppg != t.ppg)
-            bad.push_back(fmt::format("{} players {}, team {}", t.code, held[t.code].ppg, t.ppg));
-    add("power-play goals", bad.empty() && ppg == dPpg,
-        bad.empty() ? fmt::format("{} = each team's PPG", thousands(ppg)) : failingTeams(bad));
-
-    long long teamShots = 0;
-    int widest = 0;
-    for (const auto& t : data.teams) {
-        teamShots += t.shotsFor;
-        widest = std::max(widest, std::abs(t.shotsFor - held[t.code].sog));
-    }
-    add("shots", sog == dSog,
-        fmt::format("{} written, {} in the data; the teams' game lines count {} (at most {} apart for a team)",
-                    thousands(sog), thousands(dSog), thousands(teamShots), widest));
-
-    add("games played", gp == dGp,
-        fmt::format("{} player games written, {} in the data", thousands(gp), thousands(dGp)));
-
-    bad.clear();
-    for (std::size_t i = 0; i < teams.size(); ++i) {
-        const auto& r = teams[i];
-        if (r.TeamActive != 1) continue;
-        const TeamFacts* t = data.team(r.Abbrev.str());
-        if (!t) continue;
-        const auto& h = held[t->code];
-        if (r.RealWins != t->wins || r.RealLosses != t->losses || r.RealOvertimeLosses != t->overtimeLosses ||
-            h.wins != t->wins || h.losses != t->losses || h.otl != t->overtimeLosses ||
-            t->wins + t->losses + t->overtimeLosses != t->gp)
-            bad.push_back(fmt::format("{} written {}-{}-{}, results {}-{}-{}, data {}-{}-{}", t->code, r.RealWins,
-                                      r.RealLosses, r.RealOvertimeLosses, h.wins, h.losses, h.otl, t->wins, t->losses,
-                                      t->overtimeLosses));
-    }
-    add("team records", bad.empty(),
-        bad.empty() ? "W-L-OTL of every team as in the data and the results" : failingTeams(bad));
-
-    add("goals against", goalsAllowed == dGoalsAllowed && dGoalsAllowed + dEmptyNet == dGoals,
-        fmt::format("goalies {} + empty-net {} = {}, player goals {}", thousands(goalsAllowed), thousands(dEmptyNet),
-                    thousands(goalsAllowed + dEmptyNet), thousands(dGoals)));
-
-    long long decided = static_cast<long long>(data.games.size()) - shootouts;
-    add("game-winning goals", gwg == dGwg && gwg == decided,
-        fmt::format("{} = {} games - {} shootouts", thousands(gwg),
-                    thousands(static_cast<long long>(data.games.size())), shootouts));
-    return checks;
 }
 
 }  // namespace tallyrink

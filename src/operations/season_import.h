@@ -74,14 +74,4 @@ void writeLeague(const ImportedLeague& league, const std::filesystem::path& dir,
 // program folder when it has one, else below the shipped data folder.
 std::filesystem::path defaultSeasonFolder(const std::filesystem::path& programDir);
 
-// One comparison of the written league with the season's own totals.
-struct SeasonCheck {
-    std::string name;
-    std::string detail;
-    bool ok{};
-};
-
-// Reads the league back from `dir` and compares it with the data.
-std::vector<SeasonCheck> checkLeague(const std::filesystem::path& dir, const SeasonData& data);
-
 }  // namespace tallyrink

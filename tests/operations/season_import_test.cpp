@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
+#include <set>
 #include <string>
 
 #include "league/files.h"
 #include "league/records.h"
 #include "operations/csv_table.h"
+#include "operations/season_checks.h"
 #include "operations/season_data.h"
 #include "operations/season_import.h"
 #include "support/temp_dir.h"
@@ -473,6 +475,12 @@ TEST(ImportSeason, ShippedSeasonMatchesItsOwnTotals) {
     EXPECT_EQ(wins, 1271);
     EXPECT_EQ(losses + otl, 1271);
     EXPECT_EQ(otl, 193 + 103);
+
+    // Namesakes: the initial when it tells them apart, else the first name.
+    std::set<std::string> shortNames;
+    for (const auto& p : league.players)
+        if (p.LastName.str() == "Staal" || p.LastName.str() == "Nash") shortNames.insert(p.ShortName.str());
+    EXPECT_EQ(shortNames, (std::set<std::string>{"E.Staal", "J.Staal", "M.Staal", "Rick Nash", "Riley Nash"}));
 }
 
 }  // namespace
