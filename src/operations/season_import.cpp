@@ -179,6 +179,7 @@ private:
     void writeNotes(ImportedLeague& league);
 
     const SeasonData& data_;
+    CalendarDate opening_;  // date of the season's first game
     Placement placement_;
     std::map<std::string, int> numberOf_;
     std::vector<Stint> stints_;
@@ -355,7 +356,7 @@ void LeagueBuilder::fillGoalieLine(Stint& s) {
 // starts with its team's first game after that date. So each stint's
 // window holds at least his games for that team.
 void LeagueBuilder::setAvailability(std::vector<Stint*>& stints) {
-    CalendarDate from{};  // stint k starts with its team's first game on or after this date
+    CalendarDate from = opening_;  // stint k starts with its team's first game on or after this date
     for (std::size_t k = 0; k < stints.size(); ++k) {
         Stint& s = *stints[k];
         const auto& dates = teamDates_[s.team];
@@ -371,7 +372,7 @@ void LeagueBuilder::setAvailability(std::vector<Stint*>& stints) {
                 end = from;
             } else {
                 std::size_t i = firstIndex + static_cast<std::size_t>(std::max(s.gp(), 1)) - 1;
-                end = dates[std::min(i, dates.size() - 1)];
+                end = std::max(from, dates[std::min(i, dates.size() - 1)]);
             }
             s.endMonth = seasonMonth(end.month);
             s.endDay = end.day;
@@ -664,10 +665,10 @@ void LeagueBuilder::buildRosters(ImportedLeague& league) {
 ImportedLeague LeagueBuilder::build() {
     if (data_.games.empty()) throw FileError("schedule_results.csv: no games");
     ImportedLeague league;
-    const CalendarDate opening = std::min_element(data_.games.begin(), data_.games.end(), [](auto& a, auto& b) {
-                                     return a.date < b.date;
-                                 })->date;
-    league.seasonYear = opening.month >= 7 ? opening.year : opening.year - 1;
+    opening_ = std::min_element(data_.games.begin(), data_.games.end(), [](auto& a, auto& b) {
+                   return a.date < b.date;
+               })->date;
+    league.seasonYear = opening_.month >= 7 ? opening_.year : opening_.year - 1;
 
     placement_ = placeTeams(data_.teams);
     league.names = placement_.names;
