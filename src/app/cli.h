@@ -29,5 +29,6 @@ struct CommandError : std::runtime_error {
 // Each area of the program adds its subcommands here (one file per area).
 void addLeagueCommands(CLI::App& app, GlobalOptions& options);
 void addRulesCommands(CLI::App& app, GlobalOptions& options);
+void addImportSeasonCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

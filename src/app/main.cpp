@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
 
     addLeagueCommands(app, options);
     addRulesCommands(app, options);
+    addImportSeasonCommands(app, options);
 
     try {
         app.parse(argc, argv);
