@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/cli.h"
+#include "league/rules.h"
 #include "operations/season_checks.h"
 #include "operations/season_data.h"
 #include "operations/season_import.h"
@@ -18,7 +19,7 @@ struct ImportSeasonOptions {
 };
 
 void printDivisions(const ImportedLeague& league) {
-    fmt::print("For the league rules:\n");
+    fmt::print("Divisions and conferences:\n");
     for (std::size_t d = 0; d < league.names.divisions.size(); ++d) {
         int first = 0, last = 0;
         for (int t = static_cast<int>(d) * kTeamsPerDivision + 1; t <= static_cast<int>(d + 1) * kTeamsPerDivision;
@@ -39,6 +40,13 @@ void runImportSeason(const ImportSeasonOptions& o, const GlobalOptions& global) 
     SeasonData data = readSeasonData(from);
     ImportedLeague league = buildLeague(data);
     writeLeague(league, o.dir, o.force);
+    modifyRules(o.dir, league.seasonYear, [&](RulesRecord& r) {
+        r.LeagueName.assign(fmt::format("{}-{:02} Season", league.seasonYear, (league.seasonYear + 1) % 100));
+        for (std::size_t d = 0; d < league.names.divisions.size() && d < r.DivisionName.size(); ++d)
+            r.DivisionName[d].assign(league.names.divisions[d]);
+        for (std::size_t c = 0; c < league.names.conferences.size() && c < r.ConferenceName.size(); ++c)
+            r.ConferenceName[c].assign(league.names.conferences[c]);
+    });
 
     fmt::print("Imported the {}-{:02} season from {} into {}\n", league.seasonYear, (league.seasonYear + 1) % 100,
                from.string(), o.dir);
