@@ -46,6 +46,7 @@ void info(const GlobalOptions& options) {
 }
 
 void open(const GlobalOptions& options, const std::string& folder) {
+    if (isSeasonsFolder(folder)) throw CommandError("Please select a season or hit cancel.");
     GlobalOptions startOptions = options;
     startOptions.league.clear();
     auto session = startSession(startOptions);

@@ -1,5 +1,7 @@
 #include "league/places.h"
 
+#include <algorithm>
+#include <cctype>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -70,6 +72,16 @@ bool canEnterFolder(const fs::path& folder) {
     if (folder.empty() || !fs::is_directory(folder, ec)) return false;
     fs::directory_iterator it(folder, ec);
     return !ec;
+}
+
+bool isSeasonsFolder(const fs::path& folder) {
+    std::string text = folder.string();
+    while (!text.empty() && (text.back() == '/' || text.back() == '\\')) text.pop_back();
+    constexpr std::string_view kSeasons = "SEASONS";
+    if (text.size() < kSeasons.size()) return false;
+    auto tail = std::string_view(text).substr(text.size() - kSeasons.size());
+    return std::equal(tail.begin(), tail.end(), kSeasons.begin(),
+                      [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; });
 }
 
 fs::path readDriveFile(const fs::path& programDir, const fs::path& fallback) {

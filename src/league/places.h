@@ -61,6 +61,10 @@ fs::path defaultProgramDir(const fs::path& executableDir);
 // A folder the program can change into and list.
 bool canEnterFolder(const fs::path& folder);
 
+// True for a path ending in "Seasons" (any case, trailing separator or
+// not): the folder that holds the leagues rather than a league.
+bool isSeasonsFolder(const fs::path& folder);
+
 // The data drive from the drive file in the program folder. A missing file
 // is created empty; a first line that is empty or doesn't name a usable
 // (absolute, existing) folder gives `fallback`, and the file is rewritten

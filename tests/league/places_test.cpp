@@ -80,6 +80,14 @@ TEST(Places, PhotoFolderOfALeagueWithItsOwnPhotos) {
     EXPECT_EQ(places.photoFolder("/x/Seasons/Demo", true), fs::path("/home/u/norvane-data/Hockey/PlayerPhotos/Demo"));
 }
 
+TEST(Places, TheSeasonsFolderItselfIsNoLeague) {
+    EXPECT_TRUE(isSeasonsFolder("/home/u/norvane-data/Hockey/Seasons"));
+    EXPECT_TRUE(isSeasonsFolder("/home/u/norvane-data/hockey/SEASONS/"));
+    EXPECT_TRUE(isSeasonsFolder("D:\\norvane-data\\hockey\\seasons\\"));
+    EXPECT_FALSE(isSeasonsFolder("/home/u/norvane-data/Hockey/Seasons/Demo2018"));
+    EXPECT_FALSE(isSeasonsFolder("/"));
+}
+
 TEST(DataRoot, SharedFoldersAndEditionStampsAreMadeAndRenewed) {
     TempDir drive;
     Places places{drive.path(), drive.path()};
