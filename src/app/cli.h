@@ -6,18 +6,42 @@
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "league/session.h"
 
 namespace tallyrink::cli {
+
+// A line of `tallyrink info`: a caption and its value.
+using InfoLine = std::pair<std::string, std::string>;
+// Adds an area's lines to `tallyrink info` (rules, next date, ...).
+using InfoSource = std::function<std::vector<InfoLine>(const Session&)>;
 
 struct GlobalOptions {
     std::string programDir;  // --program-dir, else TALLYRINK_PROGRAM_DIR, else the shipped data folder
     std::string dataRoot;    // --data-root, else TALLYRINK_DATA_ROOT, else the user's home
     std::string league;      // --league, else the league opened last
+
+    // How a session reaches the other areas' loaders; filled before parsing.
+    SessionHooks hooks;
+    // Lines other areas add to `tallyrink info`, printed after its own.
+    std::vector<InfoSource> infoSources;
 };
 
-// The league folder a command works on.
+// What a session is started with: the places from the options and the
+// environment, and the league of --league for this run only.
+SessionOptions sessionOptions(const GlobalOptions& options);
+
+// A session after start-up, on the league a command works on. Throws
+// CommandError when --league names a folder that can't be entered.
+std::unique_ptr<Session> startSession(const GlobalOptions& options);
+
+// The league folder a command works on: --league, else the league opened last.
 std::filesystem::path leagueDir(const GlobalOptions& options);
 
 // A user-facing failure: main prints the message on one line to stderr and

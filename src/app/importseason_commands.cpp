@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/cli.h"
+#include "league/places.h"
 #include "league/rules.h"
 #include "operations/season_checks.h"
 #include "operations/season_data.h"
@@ -36,7 +37,7 @@ void printDivisions(const ImportedLeague& league) {
 
 void runImportSeason(const ImportSeasonOptions& o, const GlobalOptions& global) {
     std::filesystem::path from =
-        o.from.empty() ? defaultSeasonFolder(global.programDir) : std::filesystem::path(o.from);
+        o.from.empty() ? defaultSeasonFolder(resolvePlaces(sessionOptions(global).places).ProgramDir) : std::filesystem::path(o.from);
     SeasonData data = readSeasonData(from);
     ImportedLeague league = buildLeague(data);
     writeLeague(league, o.dir, o.force);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/cli.h"
+#include "league/places.h"
 #include "league/era.h"
 #include "league/era_csv.h"
 #include "league/files.h"
@@ -25,14 +26,7 @@ namespace fs = std::filesystem;
 
 // The folder of the program's own files: --program-dir, else the shipped data
 // folder of the build or of the installation, else the current folder.
-fs::path programFolder(const GlobalOptions& options) {
-    if (!options.programDir.empty()) return options.programDir;
-    for (const char* dir : {TALLYRINK_DATA_DIR, TALLYRINK_INSTALLED_DATA_DIR}) {
-        std::error_code ec;
-        if (fs::exists(findFile(dir, kEraFileName), ec)) return dir;
-    }
-    return fs::current_path();
-}
+fs::path programFolder(const GlobalOptions& options) { return resolvePlaces(sessionOptions(options).places).ProgramDir; }
 
 std::optional<EraTable> loadEraIfPresent(const fs::path& programDir) {
     std::error_code ec;

@@ -154,7 +154,7 @@ struct Wire<R> {
 template <Record R>
 R fromSlot(std::span<const std::uint8_t> bytes) {
     std::array<std::uint8_t, slotWidth<R>()> buf{};
-    std::memcpy(buf.data(), bytes.data(), std::min(bytes.size(), buf.size()));
+    if (!bytes.empty()) std::memcpy(buf.data(), bytes.data(), std::min(bytes.size(), buf.size()));
     R r{};
     decode(buf.data(), r);
     if constexpr (tailWidth<R>() > 0) std::memcpy(r.SlotTail.data(), buf.data() + Layout<R>::size, tailWidth<R>());

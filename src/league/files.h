@@ -19,6 +19,12 @@ namespace tallyrink {
 
 namespace fs = std::filesystem;
 
+// File names as the league folder spells them; looked up without regard to case.
+inline constexpr std::string_view kPlayerFile = "HKPLAYER";
+inline constexpr std::string_view kTeamFile = "HKTEAMS";
+inline constexpr std::string_view kGamePlanFile = "HKgameplan";
+inline constexpr std::string_view kLeadersWorkFile = "HKPLAYER-Leaders";
+
 // An I/O failure the user must hear about: the message names the file.
 class FileError : public std::runtime_error {
 public:

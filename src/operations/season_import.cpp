@@ -722,8 +722,8 @@ void writeFiles(const ImportedLeague& league, const fs::path& dir) {
     writeFileAtomic(dir / kRealResultsFile, realResultsText(league.results));
 }
 
-const std::vector<const char*>& leagueFiles() {
-    static const std::vector<const char*> files = {kPlayerFile, kTeamFile, kGamePlanFile, kScheduleFile,
+const std::vector<std::string_view>& leagueFiles() {
+    static const std::vector<std::string_view> files = {kPlayerFile, kTeamFile, kGamePlanFile, kScheduleFile,
                                                    kRealResultsFile};
     return files;
 }
@@ -751,7 +751,7 @@ void writeLeague(const ImportedLeague& league, const fs::path& dir, bool replace
     bool fresh = !fs::exists(dir, ec);
     if (!fresh && !fs::is_directory(dir, ec)) throw FileError(fmt::format("{}: not a folder", dir.string()));
     if (!fresh && !replace) {
-        for (const char* name : leagueFiles()) {
+        for (std::string_view name : leagueFiles()) {
             auto existing = findFile(dir, name);
             if (fs::exists(existing, ec))
                 throw FileError(fmt::format("{} already holds a league ({}); use --force to replace its files",
@@ -772,7 +772,7 @@ void writeLeague(const ImportedLeague& league, const fs::path& dir, bool replace
         if (fresh) {
             fs::rename(scratch, target);
         } else {
-            for (const char* name : leagueFiles()) fs::rename(scratch / name, findFile(target, name));
+            for (std::string_view name : leagueFiles()) fs::rename(scratch / name, findFile(target, name));
             fs::remove(scratch);
         }
     } catch (const fs::filesystem_error& e) {

@@ -10,18 +10,16 @@
 #include <string>
 #include <vector>
 
+#include "league/files.h"
 #include "league/records.h"
 #include "operations/season_data.h"
 
 namespace tallyrink {
 
-inline constexpr const char* kPlayerFile = "HKPLAYER";
-inline constexpr const char* kTeamFile = "HKTEAMS";
-inline constexpr const char* kGamePlanFile = "HKgameplan";
-inline constexpr const char* kScheduleFile = "Sked.skd";
+inline constexpr std::string_view kScheduleFile = "Sked.skd";
 // The real results, one line per schedule row in the same order, for the
 // report that compares a replay with the real season.
-inline constexpr const char* kRealResultsFile = "RealResults.csv";
+inline constexpr std::string_view kRealResultsFile = "RealResults.csv";
 
 // Names that belong in the league's rules: entry d - 1 names division d
 // (team numbers 12 d - 11 to 12 d), entry c - 1 conference c.

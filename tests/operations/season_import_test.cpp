@@ -411,7 +411,7 @@ TEST(ImportSeason, WritingIsAllOrNothingAndKeepsAnExistingLeague) {
 
     // A new folder appears whole, with no scratch folder left beside it.
     writeLeague(league, tmp / "new", false);
-    for (const char* name : {kPlayerFile, kTeamFile, kGamePlanFile, kScheduleFile, kRealResultsFile})
+    for (std::string_view name : {kPlayerFile, kTeamFile, kGamePlanFile, kScheduleFile, kRealResultsFile})
         EXPECT_TRUE(fs::exists(tmp / "new" / name)) << name;
     int entries = 0;
     for ([[maybe_unused]] auto& e : fs::directory_iterator(tmp.path())) ++entries;
