@@ -1,5 +1,5 @@
-#include <fmt/core.h>
 #include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <cstdio>
 #include <exception>
@@ -11,8 +11,7 @@ int main(int argc, char** argv) {
     CLI::App app{"Tallyrink: ice-hockey league simulation"};
     app.require_subcommand(1);
     GlobalOptions options;
-    app.add_option("--program-dir", options.programDir, "Folder of the program's own files")
-        ->envname("TALLYRINK_PROGRAM_DIR");
+    app.add_option("--program-dir", options.programDir, "Folder of the program's own files")->envname("TALLYRINK_PROGRAM_DIR");
     app.add_option("--data-root", options.dataRoot, "Folder below which the shared league data lives")
         ->envname("TALLYRINK_DATA_ROOT");
     app.add_option("--league", options.league, "League folder to work on (default: the league opened last)");
