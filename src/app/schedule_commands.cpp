@@ -119,7 +119,7 @@ std::string starsCell(const GameRecord& g) {
     for (const auto& s : g.StarName)
         if (!s.blank()) names.push_back(s.str());
     if (names.empty()) return {};
-    std::string out = "Stars: ";
+    std::string out;
     for (std::size_t i = 0; i < names.size(); ++i) out += (i ? ", " : "") + names[i];
     return out;
 }
@@ -161,7 +161,7 @@ void printGames(const Schedule& s, const TeamDirectory& teams, const std::vector
     std::vector<std::vector<std::string>> table;
     std::vector<std::string> head{"Row"};
     if (withDate) head.emplace_back("Date");
-    for (const char* h : {"Visitor", "", "Home", "Status", ""}) head.emplace_back(h);
+    for (const char* h : {"Visitor", "", "Home", "Status", "Stars"}) head.emplace_back(h);
     table.push_back(head);
     for (auto r : rows) {
         const auto& g = s.row(r);

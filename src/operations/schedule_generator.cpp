@@ -650,4 +650,17 @@ ScheduleOutcome makeComputerSchedule(const fs::path& leagueDir, const ScheduleRe
     return {true, made.report, made.records.size()};
 }
 
+ScheduleOutcome makeComputerSchedule(const fs::path& leagueDir, int gamesPerTeam, int divisionGames, int startYear,
+                                     int startMonth, int startDay, std::uint64_t seed) {
+    ScheduleRequest request;
+    request.gamesPerTeam = gamesPerTeam;
+    request.divisionGames = divisionGames;
+    request.startMonth = startMonth;
+    request.startDay = startDay;
+    // A season starts in the autumn: a first date from January on belongs to
+    // the season that began the year before.
+    request.seasonYear = startYear > 0 && startMonth < 9 ? startYear - 1 : startYear;
+    return makeComputerSchedule(leagueDir, request, kDefaultScheduleFile, seed);
+}
+
 }  // namespace tallyrink

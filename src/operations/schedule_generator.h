@@ -67,4 +67,9 @@ ScheduleOutcome makeComputerSchedule(const fs::path& leagueDir, const ScheduleRe
                                      std::string_view scheduleFile = kDefaultScheduleFile,
                                      std::uint64_t seed = Random::freshSeed());
 
+// The same from plain numbers: games per team, games against each division
+// rival and the first date of the season as a calendar date.
+ScheduleOutcome makeComputerSchedule(const fs::path& leagueDir, int gamesPerTeam, int divisionGames, int startYear,
+                                     int startMonth, int startDay, std::uint64_t seed = Random::freshSeed());
+
 }  // namespace tallyrink

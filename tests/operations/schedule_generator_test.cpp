@@ -247,9 +247,15 @@ TEST(MakeComputerSchedule, ReplacesTheLeagueScheduleWithUnplayedComputerGames) {
     EXPECT_EQ(s.leagueDate()->month, 10);
     EXPECT_EQ(s.leagueDate()->day, 4);
 
+    // From plain numbers, as a new league asks for it: a January start is
+    // in the season that began the year before.
+    ASSERT_TRUE(makeComputerSchedule(dir.path(), 10, 0, 2018, 1, 15, 5).ok);
+    EXPECT_EQ(Schedule::load(dir.path()).size(), 40u);
+    EXPECT_EQ(Schedule::load(dir.path()).seasonYear(), 2017);
+
     auto refused = makeComputerSchedule(dir.path(), request(15, 0), kDefaultScheduleFile, 5);
     EXPECT_FALSE(refused.ok);
-    EXPECT_EQ(Schedule::load(dir.path()).size(), 56u);
+    EXPECT_EQ(Schedule::load(dir.path()).size(), 40u);
 }
 
 }  // namespace
