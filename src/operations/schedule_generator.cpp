@@ -295,10 +295,10 @@ private:
                 place(d, bi, bj);
                 continue;
             }
-            auto short_ = std::find_if(teams_.begin(), teams_.end(),
-                                       [&](int t) { return home_[idx(t)] < target_ || away_[idx(t)] < target_; });
-            if (short_ == teams_.end()) return;
-            if (!splitGameFor(*short_)) return;
+            auto shortTeam = std::find_if(teams_.begin(), teams_.end(),
+                                          [&](int t) { return home_[idx(t)] < target_ || away_[idx(t)] < target_; });
+            if (shortTeam == teams_.end()) return;
+            if (!splitGameFor(*shortTeam)) return;
         }
     }
 

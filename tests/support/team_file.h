@@ -12,7 +12,7 @@
 
 namespace tallyrink::testing {
 
-struct TeamSpec {
+struct TeamRow {
     int number = 0;
     std::string city;
     std::string nickname;
@@ -21,30 +21,30 @@ struct TeamSpec {
     bool active = true;
 };
 
-inline void writeTeams(const std::filesystem::path& leagueDir, const std::vector<TeamSpec>& teams) {
+inline void writeTeams(const std::filesystem::path& leagueDir, const std::vector<TeamRow>& teams) {
     RandomFile file(leagueDir / "HKTEAMS", codec::slotWidth<TeamRecord>());
-    for (const auto& spec : teams) {
+    for (const auto& row : teams) {
         TeamRecord r;
-        r.TeamActive = spec.active ? 1 : 0;
-        r.City.assign(spec.city);
-        r.Nickname.assign(spec.nickname);
-        r.Abbrev.assign(spec.abbrev);
-        r.TeamYear = static_cast<std::int16_t>(spec.year);
-        writeRecord(file, static_cast<std::size_t>(spec.number), r);
+        r.TeamActive = row.active ? 1 : 0;
+        r.City.assign(row.city);
+        r.Nickname.assign(row.nickname);
+        r.Abbrev.assign(row.abbrev);
+        r.TeamYear = static_cast<std::int16_t>(row.year);
+        writeRecord(file, static_cast<std::size_t>(row.number), r);
     }
 }
 
 // Active teams with plain names ("City 5", "Club 5") and codes of three
 // letters ("AAE" for team 5) at these numbers.
 inline void writeNumberedTeams(const std::filesystem::path& leagueDir, const std::vector<int>& numbers) {
-    std::vector<TeamSpec> specs;
+    std::vector<TeamRow> rows;
     for (int t : numbers) {
         auto n = std::to_string(t);
         std::string code{static_cast<char>('A' + t / 676 % 26), static_cast<char>('A' + t / 26 % 26),
                          static_cast<char>('A' + t % 26)};
-        specs.push_back({t, "City " + n, "Club " + n, code});
+        rows.push_back({t, "City " + n, "Club " + n, code});
     }
-    writeTeams(leagueDir, specs);
+    writeTeams(leagueDir, rows);
 }
 
 }  // namespace tallyrink::testing
