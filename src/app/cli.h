@@ -54,5 +54,6 @@ struct CommandError : std::runtime_error {
 void addLeagueCommands(CLI::App& app, GlobalOptions& options);
 void addRulesCommands(CLI::App& app, GlobalOptions& options);
 void addImportSeasonCommands(CLI::App& app, GlobalOptions& options);
+void addScheduleCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -38,6 +38,22 @@ void info(const GlobalOptions& options) {
         {"Active teams", std::to_string(league.ActiveTeamCount())},
         {"Players", std::to_string(league.PlayerCount())},
     };
+    const auto& rules = session->rules();
+    if (!rules.LeagueName.blank()) lines.insert(lines.begin() + 2, {"League name", rules.LeagueName.str()});
+    int year = league.ActiveTeamCount() > 0 ? leagueYear(session->LeagueDir()) : 0;
+    if (year > 0) lines.push_back({"Season", std::to_string(year)});
+    const auto& schedule = session->schedule();
+    std::size_t open = 0, played = 0;
+    for (const auto& g : schedule.rows()) {
+        open += isOpen(g);
+        played += statusOf(g) == kPlayed;
+    }
+    lines.push_back({"Schedule", fmt::format("{} ({} games: {} played, {} to play)", session->scheduleFileName(),
+                                             open + played, played, open)});
+    if (auto date = schedule.leagueDate())
+        lines.push_back({"League date", date->year > 0 ? fmt::format("{:04}-{:02}-{:02}", date->year, date->month,
+                                                                     date->day)
+                                                       : fmt::format("{:02}-{:02}", date->month, date->day)});
     for (const auto& source : options.infoSources) {
         auto more = source(*session);
         lines.insert(lines.end(), more.begin(), more.end());

@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     addLeagueCommands(app, options);
     addRulesCommands(app, options);
     addImportSeasonCommands(app, options);
+    addScheduleCommands(app, options);
 
     try {
         app.parse(argc, argv);

@@ -21,6 +21,7 @@ void Session::StartUp() {
     HkLoadSetup();
     HkRulesLoad();
     LoadTeams();
+    LoadSchedule();
     LoadEra();
     // The rules and the teams are known now; the lists of the set-up depend on them.
     HkLoadSetup();
@@ -80,6 +81,13 @@ void Session::HkRulesLoad() {
     }
 }
 
+std::string Session::scheduleFileName() const {
+    auto name = rules_.ScheduleFile.str();
+    return name.empty() ? std::string(kDefaultScheduleFile) : name;
+}
+
+void Session::LoadSchedule() { schedule_ = Schedule::load(leagueDir_, scheduleFileName()); }
+
 void Session::LoadEra() { era_ = tallyrink::LoadEra(places_.ProgramDir); }
 
 int Session::eraGames(int year) const {
@@ -123,7 +131,7 @@ std::optional<std::string> Session::OpenLeague(const fs::path& folder) {
     HkRulesLoad();
     LoadTeams();
     loadPlayerTable();
-    run(hooks_.LoadSchedule);
+    LoadSchedule();
     run(hooks_.LoadRecords);
     recent_.write(places_.recentFile());
     setPhotoFolder();

@@ -1,10 +1,10 @@
 #pragma once
 
 // A run of the program from start-up to exit: the places, the set-up record,
-// the recent leagues, the open league with its rules, and the era table. The
-// parts that other areas own (schedule, records, phrases, speech) are reached
-// through hooks, run at the points of start-up and league opening where they
-// belong.
+// the recent leagues, the open league with its rules and schedule, and the
+// era table. The parts that other areas own (records, phrases, speech) are
+// reached through hooks, run at the points of start-up and league opening
+// where they belong.
 
 #include <cstdint>
 #include <filesystem>
@@ -19,6 +19,7 @@
 #include "league/random.h"
 #include "league/recent_list.h"
 #include "league/rules.h"
+#include "league/schedule.h"
 #include "league/setup.h"
 
 namespace tallyrink {
@@ -27,7 +28,6 @@ class Session;
 
 // Each hook is optional; an unset one is skipped.
 struct SessionHooks {
-    std::function<void(Session&)> LoadSchedule;    // when a league is opened
     std::function<void(Session&)> LoadRecords;     // when a league is opened
     std::function<void(Session&)> loadPhraseFile;  // at start-up, after the set-up
     std::function<void(Session&)> startSpeech;     // at start-up, after the phrases
@@ -63,6 +63,8 @@ public:
     void HkRulesLoad();
     // The era table of the program folder.
     void LoadEra();
+    // The schedule file the rules name, and its games.
+    void LoadSchedule();
     // The open league's game plan conversion and team table.
     void LoadTeams();
     // The player table as the main menu shows it.
@@ -87,6 +89,10 @@ public:
     [[nodiscard]] const RulesRecord& rules() const { return rules_; }
     [[nodiscard]] RulesRecord& rules() { return rules_; }
     [[nodiscard]] const EraTable& era() const { return era_; }
+    [[nodiscard]] const Schedule& schedule() const { return schedule_; }
+    [[nodiscard]] Schedule& schedule() { return schedule_; }
+    // Name of the league's schedule file: the rules' choice, else the default.
+    [[nodiscard]] std::string scheduleFileName() const;
     // Games of a team's season in the real league of `year`, by the era table.
     [[nodiscard]] int eraGames(int year) const;
     [[nodiscard]] Random& random() { return random_; }
@@ -110,6 +116,7 @@ private:
     SetupRecord setup_{};
     RulesRecord rules_{};
     EraTable era_{};
+    Schedule schedule_ = Schedule::fromRows({}, {});
     League league_;
 };
 

@@ -29,7 +29,6 @@ struct Machine {
     SessionHooks hooks() {
         SessionHooks h;
         auto note = [this](std::string name) { return [this, name](Session&) { calls.push_back(name); }; };
-        h.LoadSchedule = note("schedule");
         h.LoadRecords = note("records");
         h.loadPhraseFile = note("phrases");
         h.startSpeech = note("speech");
@@ -141,7 +140,7 @@ TEST(OpenLeague, MakesTheFolderTheOpenLeagueFirstInTheList) {
               (std::vector<std::string>{second.path().string() + "/", first.path().string() + "/"}));
     EXPECT_EQ(s.league().ActiveTeamCount(), 2);
     EXPECT_EQ(s.league().PlayerCount(), 4);
-    EXPECT_EQ(m.calls, (std::vector<std::string>{"schedule", "records"}));
+    EXPECT_EQ(m.calls, (std::vector<std::string>{"records"}));
 
     // The set-up file names it, and a new run opens it.
     auto setup = loadSetupFile(m.program / "HockeySetup2021.dat", {});
