@@ -28,5 +28,6 @@ struct CommandError : std::runtime_error {
 
 // Each area of the program adds its subcommands here (one file per area).
 void addLeagueCommands(CLI::App& app, GlobalOptions& options);
+void addNewLeagueCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
     app.add_option("--league", options.league, "League folder to work on (default: the league opened last)");
 
     addLeagueCommands(app, options);
+    addNewLeagueCommands(app, options);
 
     try {
         app.parse(argc, argv);
