@@ -38,6 +38,12 @@ bool makeNewLeagueSchedule(const fs::path& /*folder*/, const GeneratedLeague& /*
 // the rules store; the other rules keep their defaults.
 bool applyNewLeagueRules(const fs::path& /*folder*/, const GeneratedLeague& /*league*/) { return false; }
 
+// Works out the stored player ratings of every team from the real lines just
+// drawn, as the ratings tool does for an imported season. Returns false
+// while that tool isn't wired in: until then the players' ratings are 0.
+// TODO(lead): run the ratings generator over each live team here.
+bool rateNewLeaguePlayers(const fs::path& /*folder*/, const GeneratedLeague& /*league*/) { return false; }
+
 std::string recordText(const TeamRecord& t, int year) {
     DecisionShares shares = decisionShares(year);
     if (shares.ties > 0 && shares.overtimeLosses > 0)
@@ -96,9 +102,9 @@ void printRulesToSet(const GeneratedLeague& league) {
 void addBlankLeague(CLI::App& app) {
     struct Args {
         std::string folder;
-        int divisions = 1;
-        int teamsPerDivision = 0;
-        int year = 1920;
+        int divisions = 4;
+        int teamsPerDivision = 6;
+        int year = 2017;
         bool overwrite = false;
     };
     auto args = std::make_shared<Args>();
@@ -118,8 +124,10 @@ void addBlankLeague(CLI::App& app) {
             int teams = 0;
             for (const auto& t : files.teams) teams += t.TeamActive == 1 ? 1 : 0;
             fmt::print("New League Folder Created! {}: {} teams of {}.\n", args->folder, teams, args->year);
+        } catch (const LeagueFolderExists& e) {
+            throw CommandError(std::string(e.what()) + " Give --overwrite to replace them.");
         } catch (const ToolRefused& e) {
-            throw CommandError(std::string(e.what()) + (args->overwrite ? "" : " (give --overwrite to replace them)"));
+            throw CommandError(e.what());
         }
     });
 }
@@ -153,14 +161,18 @@ void addNewLeague(CLI::App& app, GlobalOptions& options) {
             writeLeagueFolder(args->folder, league.files);
             bool scheduled = makeNewLeagueSchedule(args->folder, league);
             bool named = applyNewLeagueRules(args->folder, league);
+            bool rated = rateNewLeaguePlayers(args->folder, league);
             fmt::print("Made \"{}\" in {}: {} teams in the era of {}, seed {}.\n", league.leagueName, args->folder,
                        opts.teams, opts.year, opts.seed);
             printTeams(league);
             printFigures(league);
             if (!named) printRulesToSet(league);
+            if (!rated) fmt::print("\nPlayer ratings weren't worked out yet: run the ratings tool on each team.\n");
             if (!scheduled) fmt::print("\nNo schedule was made yet: the league has no games to play.\n");
+        } catch (const LeagueFolderExists& e) {
+            throw CommandError(std::string(e.what()) + " Give --overwrite to replace them.");
         } catch (const ToolRefused& e) {
-            throw CommandError(std::string(e.what()) + (args->overwrite ? "" : " (give --overwrite to replace them)"));
+            throw CommandError(e.what());
         }
     });
 }

@@ -58,13 +58,16 @@ LeagueFiles blankLeague(const std::vector<int>& teamsPerDivision, int teamYear) 
 }
 
 void checkNewLeagueFolder(const fs::path& folder, bool overwrite) {
-    if (folder.empty() || folder.filename().string().find_first_not_of(' ') == std::string::npos)
+    fs::path named = folder.lexically_normal();
+    if (!named.has_filename()) named = named.parent_path();  // "Leagues/New/" names "New"
+    if (named.filename().string().find_first_not_of(' ') == std::string::npos)
         throw ToolRefused("You Must Specify A Folder Name!");
     std::error_code ec;
     if (!fs::exists(folder, ec)) return;
     if (!fs::is_directory(folder, ec)) throw ToolRefused(fmt::format("{} Already Exists!", folder.string()));
     if (fs::directory_iterator(folder, ec) == fs::directory_iterator()) return;
-    if (!overwrite) throw ToolRefused(fmt::format("{} Already Exists! Overwrite Teams And Players?", folder.string()));
+    if (!overwrite)
+        throw LeagueFolderExists(fmt::format("{} Already Exists! Overwrite Teams And Players?", folder.string()));
 }
 
 void writeLeagueFolder(const fs::path& folder, const LeagueFiles& files) {

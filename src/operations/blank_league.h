@@ -21,6 +21,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// The new league's folder already holds files, and leave to overwrite them
+// wasn't given.
+class LeagueFolderExists : public ToolRefused {
+public:
+    using ToolRefused::ToolRefused;
+};
+
 inline constexpr std::uint8_t kCreateStampA = 37;  // the team slot was made by the blank-league tool
 inline constexpr std::uint8_t kCreateStampB = 44;  // the team was created rather than imported
 
