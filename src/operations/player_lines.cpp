@@ -87,7 +87,6 @@ void drawScoring(Random& rng, const Group& skaters, const Group& everyone, const
                           capsOf(skaters, [](auto& m) { return kByteCap - m.line.PPG - m.line.SHG; }));
     for (std::size_t i = 0; i < skaters.size(); ++i) {
         Member& m = *skaters[i];
-        m.evenGoals = esg[i];
         m.line.Goals = std::uint8_t(m.line.PPG + m.line.SHG + esg[i]);
     }
     auto ppa = drawCounts(rng, s.powerPlayAssists, weigh(skaters, [&](auto& m) { return m.powerPlay * passBent(m); }));
@@ -102,7 +101,6 @@ void drawScoring(Random& rng, const Group& skaters, const Group& everyone, const
     auto esa = drawCounts(rng, evenAssists, weigh(everyone, [&](auto& m) { return double(m.even) * passBent(m); }));
     for (std::size_t i = 0; i < everyone.size(); ++i) {
         Member& m = *everyone[i];
-        m.evenAssists = esa[i];
         m.line.Assists = std::int16_t(m.line.PPA + m.line.SHA + esa[i]);
     }
 }

@@ -80,7 +80,6 @@ struct Member {
     // Seconds at even strength, on the power play, short-handed; for a
     // goalie, his seconds in goal.
     Count even = 0, powerPlay = 0, shortHanded = 0;
-    Count evenGoals = 0, evenAssists = 0;
     Count minors = 0, majors = 0, fights = 0, misconducts = 0, gameMisconducts = 0, matches = 0;
     StatLine line{};
 };

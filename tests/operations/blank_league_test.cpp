@@ -97,6 +97,12 @@ TEST(BlankLeague, RefusesAndOverwritesOnlyWhenTold) {
     EXPECT_EQ(playerFiles, 1);
     EXPECT_EQ(readBytes(dir / "Notes.txt").size(), 4u);
 
+    // A trailing separator still names the folder; only a folder with files
+    // in it wants leave to be overwritten.
+    EXPECT_NO_THROW(checkNewLeagueFolder(tmp / "Fresh/", false));
+    EXPECT_THROW(checkNewLeagueFolder(dir, false), LeagueFolderExists);
+    EXPECT_NO_THROW(checkNewLeagueFolder(dir, true));
+
     // An empty folder is as good as none; no divisions, no teams.
     fs::path empty = tmp / "Empty";
     fs::create_directories(empty);
