@@ -55,5 +55,6 @@ void addLeagueCommands(CLI::App& app, GlobalOptions& options);
 void addRulesCommands(CLI::App& app, GlobalOptions& options);
 void addImportSeasonCommands(CLI::App& app, GlobalOptions& options);
 void addScheduleCommands(CLI::App& app, GlobalOptions& options);
+void addNewLeagueCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
     addRulesCommands(app, options);
     addImportSeasonCommands(app, options);
     addScheduleCommands(app, options);
+    addNewLeagueCommands(app, options);
 
     try {
         app.parse(argc, argv);

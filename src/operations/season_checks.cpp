@@ -83,7 +83,7 @@ Written readWritten(const fs::path& dir) {
     RandomFile playerFile(findFile(dir, kPlayerFile), codec::slotWidth<PlayerRecord>());
     auto players = readRecords<PlayerRecord>(playerFile, playerFile.count(kPlayerRounding));
     w.teams = readRecords<TeamRecord>(RandomFile(findFile(dir, kTeamFile), codec::slotWidth<TeamRecord>()), kMaxTeams);
-    RandomFile skedFile(findFile(dir, kScheduleFile), codec::slotWidth<GameRecord>());
+    RandomFile skedFile(findFile(dir, kDefaultScheduleFile), codec::slotWidth<GameRecord>());
     auto schedule = readRecords<GameRecord>(skedFile, skedFile.count(kScheduleRounding));
     auto results = readResults(findFile(dir, kRealResultsFile));
     w.players = players.size(), w.games = schedule.size(), w.results = results.size();

@@ -718,12 +718,12 @@ void writeFiles(const ImportedLeague& league, const fs::path& dir) {
     rewriteRecords(RandomFile(dir / kPlayerFile, codec::slotWidth<PlayerRecord>()), league.players);
     rewriteRecords(RandomFile(dir / kTeamFile, codec::slotWidth<TeamRecord>()), league.teams);
     rewriteRecords(RandomFile(dir / kGamePlanFile, codec::slotWidth<GamePlanRecord>()), league.gamePlans);
-    rewriteRecords(RandomFile(dir / kScheduleFile, codec::slotWidth<GameRecord>()), league.schedule);
+    rewriteRecords(RandomFile(dir / kDefaultScheduleFile, codec::slotWidth<GameRecord>()), league.schedule);
     writeFileAtomic(dir / kRealResultsFile, realResultsText(league.results));
 }
 
 const std::vector<std::string_view>& leagueFiles() {
-    static const std::vector<std::string_view> files = {kPlayerFile, kTeamFile, kGamePlanFile, kScheduleFile,
+    static const std::vector<std::string_view> files = {kPlayerFile, kTeamFile, kGamePlanFile, kDefaultScheduleFile,
                                                    kRealResultsFile};
     return files;
 }

@@ -12,6 +12,7 @@
 
 #include "league/files.h"
 #include "league/records.h"
+#include "league/schedule.h"
 #include "operations/season_data.h"
 
 namespace tallyrink {

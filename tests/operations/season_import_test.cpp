@@ -310,7 +310,7 @@ TEST(ImportSeason, GoalieStintsFollowTheirGamesAndStarts) {
 
 TEST(ImportSeason, ScheduleIsUnplayedInDateOrderAndResultsLieBeside) {
     Imported im;
-    RandomFile sked(im.dir / kScheduleFile, 200);
+    RandomFile sked(im.dir / kDefaultScheduleFile, 200);
     auto games = readRecords<GameRecord>(sked, sked.count(kScheduleRounding));
     ASSERT_EQ(games.size(), 6u);
     // Game 2 started earlier on the same date.
@@ -411,7 +411,7 @@ TEST(ImportSeason, WritingIsAllOrNothingAndKeepsAnExistingLeague) {
 
     // A new folder appears whole, with no scratch folder left beside it.
     writeLeague(league, tmp / "new", false);
-    for (std::string_view name : {kPlayerFile, kTeamFile, kGamePlanFile, kScheduleFile, kRealResultsFile})
+    for (std::string_view name : {kPlayerFile, kTeamFile, kGamePlanFile, kDefaultScheduleFile, kRealResultsFile})
         EXPECT_TRUE(fs::exists(tmp / "new" / name)) << name;
     int entries = 0;
     for ([[maybe_unused]] auto& e : fs::directory_iterator(tmp.path())) ++entries;
