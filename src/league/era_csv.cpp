@@ -13,45 +13,11 @@
 #include <utility>
 
 #include "league/files.h"
+#include "league/text.h"
 
 namespace tallyrink {
 
 namespace {
-
-// One line split at commas outside double quotes; a doubled quote inside
-// quotes is one quote. Values are trimmed of blanks.
-std::vector<std::string> splitCsvLine(std::string_view line) {
-    std::vector<std::string> out;
-    std::string cur;
-    bool quoted = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        char c = line[i];
-        if (quoted) {
-            if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
-                cur += '"';
-                ++i;
-            } else if (c == '"') {
-                quoted = false;
-            } else {
-                cur += c;
-            }
-        } else if (c == '"') {
-            quoted = true;
-        } else if (c == ',') {
-            out.push_back(std::move(cur));
-            cur.clear();
-        } else {
-            cur += c;
-        }
-    }
-    out.push_back(std::move(cur));
-    for (auto& v : out) {
-        auto b = v.find_first_not_of(" \t");
-        auto e = v.find_last_not_of(" \t");
-        v = b == std::string::npos ? std::string() : v.substr(b, e - b + 1);
-    }
-    return out;
-}
 
 std::optional<double> parseNumber(const std::string& text) {
     if (text.empty()) return std::nullopt;

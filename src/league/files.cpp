@@ -11,15 +11,11 @@
 #include <random>
 #include <system_error>
 
+#include "league/text.h"
+
 namespace tallyrink {
 
 namespace {
-
-bool equalNoCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-           });
-}
 
 fs::path findPart(const fs::path& dir, const std::string& part) {
     std::error_code ec;

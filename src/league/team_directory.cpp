@@ -4,24 +4,11 @@
 #include <cctype>
 #include <charconv>
 
+#include "league/text.h"
+
 namespace tallyrink {
 
 namespace {
-
-constexpr std::string_view kTeamsFile = "HKTEAMS";
-
-std::string lower(std::string_view s) {
-    std::string out(s);
-    for (auto& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-}
-
-std::string_view trim(std::string_view s) {
-    auto b = s.find_first_not_of(" \t\r\n");
-    if (b == std::string_view::npos) return {};
-    auto e = s.find_last_not_of(" \t\r\n");
-    return s.substr(b, e - b + 1);
-}
 
 std::string upperPrefix(std::string_view s, std::size_t n) {
     std::string out;
@@ -35,7 +22,7 @@ std::string upperPrefix(std::string_view s, std::size_t n) {
 }  // namespace
 
 TeamDirectory TeamDirectory::load(const fs::path& leagueDir) {
-    RandomFile file(findFile(leagueDir, kTeamsFile), codec::slotWidth<TeamRecord>());
+    RandomFile file(findFile(leagueDir, kTeamFile), codec::slotWidth<TeamRecord>());
     // Slots past the end of the file read as never written: free.
     return fromRecords(readRecords<TeamRecord>(file, kMaxTeams));
 }
@@ -69,7 +56,7 @@ std::vector<int> TeamDirectory::activeNumbers() const {
 
 std::string TeamDirectory::fullName(int t) const {
     const auto& n = team(t);
-    if (n.nickname.empty() || lower(n.nickname) == lower(n.city)) return n.city;
+    if (n.nickname.empty() || lowered(n.nickname) == lowered(n.city)) return n.city;
     if (n.city.empty()) return n.nickname;
     return n.city + " " + n.nickname;
 }
@@ -78,13 +65,13 @@ std::string TeamDirectory::displayName(int t) const {
     const auto& n = team(t);
     if (n.city.empty()) return n.abbrev.empty() ? "Team " + std::to_string(t) : n.abbrev;
     for (int o = 1; o <= kMaxTeams; ++o) {
-        if (o != t && team(o).active && lower(team(o).city) == lower(n.city)) return n.city + " (" + n.abbrev + ")";
+        if (o != t && team(o).active && lowered(team(o).city) == lowered(n.city)) return n.city + " (" + n.abbrev + ")";
     }
     return n.city;
 }
 
 TeamDirectory::Match TeamDirectory::find(std::string_view text) const {
-    auto want = lower(trim(text));
+    auto want = lowered(trimmed(text));
     if (want.empty()) return {};
     int number = 0;
     auto [p, ec] = std::from_chars(want.data(), want.data() + want.size(), number);
@@ -97,8 +84,8 @@ TeamDirectory::Match TeamDirectory::find(std::string_view text) const {
         for (int t = 1; t <= kMaxTeams; ++t) {
             if (!team(t).active) continue;
             const auto& n = team(t);
-            bool hit = key == 0 ? (lower(n.abbrev) == want || lower(fullName(t)) == want)
-                                : (lower(n.city) == want || lower(n.nickname) == want);
+            bool hit = key == 0 ? (lowered(n.abbrev) == want || lowered(fullName(t)) == want)
+                                : (lowered(n.city) == want || lowered(n.nickname) == want);
             if (hit) hits.push_back(t);
         }
         if (hits.size() == 1) return {hits.front(), false};

@@ -1,4 +1,5 @@
 #include "operations/csv_schedule.h"
+#include "league/text.h"
 
 #include <fmt/format.h>
 
@@ -18,19 +19,6 @@ struct Item {
     int column = 0;  // the item's place in its line, from 1
 };
 
-std::string lower(std::string_view s) {
-    std::string out(s);
-    for (auto& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-}
-
-std::string trim(std::string_view s) {
-    auto b = s.find_first_not_of(" \t");
-    if (b == std::string_view::npos) return {};
-    auto e = s.find_last_not_of(" \t");
-    return std::string(s.substr(b, e - b + 1));
-}
-
 bool isNumber(std::string_view s) {
     return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
@@ -41,38 +29,9 @@ int toInt(std::string_view s) {
     return ec == std::errc() && p == s.data() + s.size() ? v : -1;
 }
 
-// The fields of one line: separated by commas, a field in double quotes may
-// hold commas and doubled quotes.
+// The fields of one line; a spreadsheet pads short rows with empty cells.
 std::vector<std::string> splitLine(std::string_view line) {
-    std::vector<std::string> fields;
-    std::string cur;
-    bool quoted = false;
-    bool wasQuoted = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        char c = line[i];
-        if (quoted) {
-            if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
-                cur += '"';
-                ++i;
-            } else if (c == '"') {
-                quoted = false;
-            } else {
-                cur += c;
-            }
-        } else if (c == '"' && trim(cur).empty()) {
-            quoted = true;
-            wasQuoted = true;
-            cur.clear();
-        } else if (c == ',') {
-            fields.push_back(wasQuoted ? cur : trim(cur));
-            cur.clear();
-            wasQuoted = false;
-        } else {
-            cur += c;
-        }
-    }
-    fields.push_back(wasQuoted ? cur : trim(cur));
-    // A spreadsheet pads short rows with empty cells.
+    auto fields = splitCsvLine(line);
     while (!fields.empty() && fields.back().empty()) fields.pop_back();
     return fields;
 }
@@ -97,7 +56,7 @@ Items readItems(std::string_view text) {
         pos = end + 1;
         if (fields.empty()) continue;
         // A heading line as a spreadsheet writes it.
-        bool heading = first && lower(fields.front()) == "month";
+        bool heading = first && lowered(fields.front()) == "month";
         first = false;
         if (heading) continue;
         if (fields.size() != 4 && out.oddLine == 0) {
@@ -112,14 +71,14 @@ Items readItems(std::string_view text) {
 
 // Calendar month of a month item, or 0.
 int parseMonth(std::string_view item) {
-    auto want = lower(trim(item));
+    auto want = lowered(trimmed(item));
     if (isNumber(want)) {
         int position = toInt(want);
         return position >= 1 && position <= 12 ? calendarMonth(position) : 0;
     }
     if (want.size() < 3) return 0;
     for (int position = 1; position <= 12; ++position) {
-        auto name = lower(monthName(calendarMonth(position)));
+        auto name = lowered(monthName(calendarMonth(position)));
         if (name.starts_with(want)) return calendarMonth(position);
     }
     return 0;
@@ -143,7 +102,7 @@ public:
         }
         // An old file may spell the first month out in full or with trimmings.
         auto& firstMonth = items.front().text;
-        if (firstMonth.size() >= 3 && !isNumber(trim(firstMonth))) firstMonth = trim(firstMonth).substr(0, 3);
+        if (firstMonth.size() >= 3 && !isNumber(trimmed(firstMonth))) firstMonth = trimmed(firstMonth).substr(0, 3);
 
         for (std::size_t k = 0; k < items.size(); k += 4) {
             if (!readGame(out, items, k)) return out;
@@ -172,7 +131,7 @@ private:
 
         int month = parseMonth(monthItem.text);
         if (month == 0) return failAt(out, monthItem, fmt::format("Invalid month: {} Game: {}", monthItem.text, game));
-        auto dayText = trim(dayItem.text);
+        auto dayText = trimmed(dayItem.text);
         int day = isNumber(dayText) ? toInt(dayText) : -1;
         if (day < 1 || day > scheduleMonthLength(month))
             return failAt(out, dayItem, fmt::format("Invalid Day For {} : {}", monthName(month), dayItem.text));

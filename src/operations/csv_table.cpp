@@ -5,43 +5,11 @@
 #include <charconv>
 
 #include "league/files.h"
+#include "league/text.h"
 
 namespace tallyrink {
 
 namespace {
-
-// Splits one record into cells. Quoted cells may hold commas, doubled quotes
-// and line breaks; `pos` moves past the record and its line end.
-std::vector<std::string> splitRecord(std::string_view text, std::size_t& pos, std::size_t& line) {
-    std::vector<std::string> cells(1);
-    bool quoted = false;
-    while (pos < text.size()) {
-        char c = text[pos++];
-        if (quoted) {
-            if (c == '"') {
-                if (pos < text.size() && text[pos] == '"') {
-                    cells.back() += '"';
-                    ++pos;
-                } else {
-                    quoted = false;
-                }
-            } else {
-                if (c == '\n') ++line;
-                cells.back() += c;
-            }
-        } else if (c == '"') {
-            quoted = true;
-        } else if (c == ',') {
-            cells.emplace_back();
-        } else if (c == '\n') {
-            ++line;
-            break;
-        } else if (c != '\r') {
-            cells.back() += c;
-        }
-    }
-    return cells;
-}
 
 bool blankRecord(const std::vector<std::string>& cells) { return cells.size() == 1 && cells[0].empty(); }
 
@@ -60,11 +28,11 @@ CsvTable CsvTable::parse(std::string name, std::string_view text) {
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
     std::size_t pos = 0;
     std::size_t line = 1;
-    t.header_ = splitRecord(text, pos, line);
+    t.header_ = splitCsvRecord(text, pos, line);
     if (blankRecord(t.header_)) throw FileError(fmt::format("{}: no header row", t.name_));
     while (pos < text.size()) {
         std::size_t first = line;
-        auto cells = splitRecord(text, pos, line);
+        auto cells = splitCsvRecord(text, pos, line);
         if (blankRecord(cells)) continue;
         if (cells.size() != t.header_.size())
             throw FileError(fmt::format("{}, line {}: {} cells where the header has {}", t.name_, first, cells.size(),
