@@ -176,13 +176,14 @@ void search(const PhraseTable& table, const std::string& text) {
 
 void show(const GlobalOptions& options, const std::string& keyText, const std::string& file,
           const std::string& searchText) {
+    const int key = keyText.empty() ? 0 : parseKey(keyText);
     const auto shown = loadForShow(options, file);
     printSource(shown);
     const auto& table = shown.load.table;
     if (!searchText.empty())
         search(table, searchText);
-    else if (!keyText.empty())
-        showKey(table, parseKey(keyText));
+    else if (key != 0)
+        showKey(table, key);
     else
         showAll(table);
     const auto fallbacks = shown.load.report.fallbacks();
@@ -224,10 +225,17 @@ void check(const std::string& file) {
     for (const auto& f : report.faults) byKey[f.key].push_back(f);
     for (const auto& [key, faults] : byKey) printFaultsOfKey(key, faults);
     if (report.recordsFound < kPhraseRecords) {
+        const std::size_t next = report.recordsFound + 1;
         const int key = static_cast<int>(report.recordsFound / kPhraseVariants) + 1;
         const int variant = static_cast<int>(report.recordsFound % kPhraseVariants) + 1;
-        fmt::print("The file ends before record {} (key {}, slot {}): the records after it read as blank.\n",
-                   report.recordsFound + 1, key, variant);
+        if (report.length % kPhraseWidth != 0)
+            fmt::print(
+                "The file ends inside record {} (key {}, slot {}): it and the records after it take the defaults.\n",
+                next, key, variant);
+        else
+            fmt::print(
+                "The file ends before record {} (key {}, slot {}): the records from there on take the defaults.\n",
+                next, key, variant);
     }
     const auto fallbacks = report.fallbacks();
     if (fallbacks == 0 && report.faults.empty())
