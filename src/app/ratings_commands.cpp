@@ -40,71 +40,71 @@ std::string nameOf(const PlayerRecord& p) {
     return name.size() > 22 ? name.substr(0, 22) : name;
 }
 
+// One row of the table: name, positions, games, then the ratings.
+constexpr char kRow[] =
+    "{:<22} {:<7} {:>3} {:>5} {:>5} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>5} "
+    "{:>3}\n";
+
 void printPlayers(const std::vector<RatingSubject>& players) {
-    fmt::print(
-        "{:<22} {:<7} {:>3} {:>5} {:>5} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} "
-        "{:>5} {:>3}\n",
-        "Player", "Pos", "GP", "Off", "Def", "FO", "Pas", "SI", "SO", "Skt", "PS", "Spt", "Blk", "Hit", "TkA", "PK",
-        "Dur", "Goal", "Enf");
+    fmt::print(kRow, "Player", "Pos", "GP", "Off", "Def", "FO", "Pas", "SI", "SO", "Skt", "PS", "Spt", "Blk", "Hit",
+               "TkA", "PK", "Dur", "Goal", "Enf");
     for (const auto& s : players) {
         const PlayerRecord& p = s.record;
         const bool goalie = isGoalie(p);
-        fmt::print(
-            "{:<22} {:<7} {:>3} {:>5} {:>5} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} {:>3} "
-            "{:>5} {:>3}\n",
-            nameOf(p), positionsOf(p), statLine(p, StatLineIndex::Real).GP, goalie ? "-" : tenths(p.RatingOffense),
-            goalie ? "-" : tenths(p.RatingDefense), p.RatingFaceoff, p.RatingPassing, p.RatingShotIn, p.RatingShotOut,
-            p.RatingSkate, p.RatingPenaltyShot, p.RatingSportsmanship, p.RatingBlock, p.RatingHit, p.RatingTakeaway,
-            stars(p.RatingPenaltyKill), p.RatingDurability, goalie ? tenths(p.RatingGoalie) : "-",
-            p.Enforcer == 1 ? "E" : "");
+        fmt::print(kRow, nameOf(p), positionsOf(p), statLine(p, StatLineIndex::Real).GP,
+                   goalie ? "-" : tenths(p.RatingOffense), goalie ? "-" : tenths(p.RatingDefense), p.RatingFaceoff,
+                   p.RatingPassing, p.RatingShotIn, p.RatingShotOut, p.RatingSkate, p.RatingPenaltyShot,
+                   p.RatingSportsmanship, p.RatingBlock, p.RatingHit, p.RatingTakeaway, stars(p.RatingPenaltyKill),
+                   p.RatingDurability, goalie ? tenths(p.RatingGoalie) : "-", p.Enforcer == 1 ? "E" : "");
     }
     for (const auto& s : players)
         if (!s.note.empty()) fmt::print("  {} (ratings file):{}\n", nameOf(s.record), s.note);
 }
 
 // The first five at even strength: the depth chart's first choices where
-// the team has a chart, else the best rated man for each place.
-struct FirstFive {
-    std::array<int, 6> index{-1, -1, -1, -1, -1, -1};  // into the player list, -1 empty
-};
+// the team has a chart, else the best rated man for each place; in goal the
+// starter, else the goalie with the most games. Places 0 to 5: left wing,
+// center, right wing, two defensemen, goalie.
+int chartRank(const PlayerRecord& p, int place) {
+    switch (place) {
+        case 0:
+            return p.DepthEven[0];
+        case 1:
+            return p.DepthEven[2];
+        case 2:
+            return p.DepthEven[1];
+        case 5:
+            return p.DepthGoalie;
+        default:
+            return p.DepthEven[3];
+    }
+}
 
-FirstFive firstFive(const std::vector<RatingSubject>& players) {
-    FirstFive five;
-    auto taken = [&](int i) { return std::find(five.index.begin(), five.index.end(), i) != five.index.end(); };
-    // Chart rank first, rating next; the first of equals stays.
-    auto pick = [&](int place, auto fits, auto depth, auto rating) {
-        int best = -1;
-        std::pair<int, int> bestKey{-1, -1};
+int placeScore(const PlayerRecord& p, int place) {
+    if (place == 5) return statLine(p, StatLineIndex::Real).GP;
+    return place >= 3 ? p.RatingDefense : p.RatingOffense;
+}
+
+bool fitsPlace(const PlayerRecord& p, int place) {
+    static constexpr std::size_t kFlag[] = {0, 1, 2, 3, 3, 4};
+    return p.PositionFlags[kFlag[place]] != 0 && (place == 5 || !isGoalie(p));
+}
+
+std::array<int, 6> firstFive(const std::vector<RatingSubject>& players) {
+    std::array<int, 6> chosen{-1, -1, -1, -1, -1, -1};  // index into the players, -1 nobody
+    for (int place : {1, 0, 2, 3, 4, 5}) {
+        std::pair<int, int> bestKey{-1, -1};  // the first of equals stays
         for (int i = 0; i < int(players.size()); ++i) {
             const PlayerRecord& p = players[std::size_t(i)].record;
-            if (taken(i) || !fits(p)) continue;
-            std::pair<int, int> key{depth(p), rating(p)};
+            if (std::find(chosen.begin(), chosen.end(), i) != chosen.end() || !fitsPlace(p, place)) continue;
+            std::pair<int, int> key{chartRank(p, place), placeScore(p, place)};
             if (key > bestKey) {
-                best = i;
+                chosen[std::size_t(place)] = i;
                 bestKey = key;
             }
         }
-        five.index[std::size_t(place)] = best;
-    };
-    auto flag = [](std::size_t f) {
-        return [f](const PlayerRecord& p) { return p.PositionFlags[f] != 0 && !isGoalie(p); };
-    };
-    auto offense = [](const PlayerRecord& p) { return int(p.RatingOffense); };
-    auto defense = [](const PlayerRecord& p) { return int(p.RatingDefense); };
-    pick(
-        1, flag(1), [](const PlayerRecord& p) { return int(p.DepthEven[2]); }, offense);
-    pick(
-        0, flag(0), [](const PlayerRecord& p) { return int(p.DepthEven[0]); }, offense);
-    pick(
-        2, flag(2), [](const PlayerRecord& p) { return int(p.DepthEven[1]); }, offense);
-    pick(
-        3, flag(3), [](const PlayerRecord& p) { return int(p.DepthEven[3]); }, defense);
-    pick(
-        4, flag(3), [](const PlayerRecord& p) { return int(p.DepthEven[3]); }, defense);
-    pick(
-        5, [](const PlayerRecord& p) { return isGoalie(p); }, [](const PlayerRecord& p) { return int(p.DepthGoalie); },
-        [](const PlayerRecord& p) { return int(p.RatingGoalie); });
-    return five;
+    }
+    return chosen;
 }
 
 void printFirstFive(const std::vector<RatingSubject>& players, const EraTable& era) {
@@ -112,12 +112,12 @@ void printFirstFive(const std::vector<RatingSubject>& players, const EraTable& e
     std::vector<UnitPlayer> roster;
     roster.reserve(players.size());
     for (const auto& s : players) roster.push_back({&s.record, s.averageMinutes});
-    FirstFive five = firstFive(players);
+    const std::array<int, 6> five = firstFive(players);
     std::array<UnitPlayer, 6> onIce{};
     static constexpr const char* kPlaces[] = {"LW", "C", "RW", "D", "D", "G"};
     std::string names;
     for (std::size_t place = 0; place < 6; ++place) {
-        int i = five.index[place];
+        int i = five[place];
         if (i < 0) continue;
         onIce[place] = roster[std::size_t(i)];
         names += fmt::format("{}{} {}", names.empty() ? "" : ", ", kPlaces[place],
@@ -175,8 +175,8 @@ void run(const Args& args, const GlobalOptions& options) {
     const bool generate = args.write || args.preview;
     const HistoricalRatings history = generate ? readHistoricalRatings(programDir) : HistoricalRatings{};
 
+    if (teams.activeNumbers().empty()) throw CommandError(fmt::format("The league in {} has no teams", dir.string()));
     std::vector<int> numbers = args.all ? teams.activeNumbers() : std::vector<int>{findTeam(teams, args.team)};
-    if (numbers.empty()) throw CommandError(fmt::format("The league in {} has no teams", dir.string()));
 
     if (args.all && args.write) {
         auto rated = rateLeague(dir, era, &history);
