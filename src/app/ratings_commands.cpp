@@ -142,7 +142,11 @@ void printInputs(const RatingInputs& in) {
 
 void printTeam(const TeamDirectory& teams, const TeamRating& rated, const EraTable& era, bool generated) {
     fmt::print("{} ({}), {} players\n", teams.fullName(rated.team), teams.team(rated.team).year, rated.players.size());
-    if (generated) printInputs(rated.inputs);
+    if (generated) {
+        printInputs(rated.inputs);
+        if (auto g = GetShotsFromGoalies(rated.players, rated.inputs))
+            fmt::print("Average Goalie: {:.1f}  Est. Save%: {:04.1f}\n", g->averageGoalie, g->savePct);
+    }
     fmt::print("\n");
     printPlayers(rated.players);
     printFirstFive(rated.players, era);

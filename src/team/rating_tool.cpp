@@ -2,6 +2,8 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
+
 #include "league/files.h"
 #include "league/league.h"
 
@@ -50,6 +52,19 @@ bool needsRatings(const PlayerRecord& p) {
     if (real.GP == 0) return false;
     if (isGoalie(p)) return real.Saves > 0 && p.RatingGoalie == 0;
     return p.RatingOffense == 0 && p.RatingDefense == 0;
+}
+
+int rateUnratedPlayers(std::span<PlayerRecord> players, const EraTable& era, int teamYear, bool college) {
+    if (std::none_of(players.begin(), players.end(), needsRatings)) return 0;
+    std::vector<PlayerRecord> rated(players.begin(), players.end());
+    rateRecords(rated, era, teamYear, college);
+    int count = 0;
+    for (std::size_t i = 0; i < players.size(); ++i) {
+        if (!needsRatings(players[i])) continue;
+        players[i] = rated[i];
+        ++count;
+    }
+    return count;
 }
 
 TeamRating readTeamForRating(const fs::path& leagueDir, int team, const EraTable& era) {

@@ -29,6 +29,12 @@ RatingInputs rateRecords(std::span<PlayerRecord> players, const EraTable& era, i
 // and no goalie rating.
 bool needsRatings(const PlayerRecord& p);
 
+// For a team being loaded: when any of its players needs ratings, the team
+// is rated as a whole (the ratings are relative to the team) and only the
+// players who needed them take the new values; hand-edited ratings of the
+// others stay. Returns the number of players rated.
+int rateUnratedPlayers(std::span<PlayerRecord> players, const EraTable& era, int teamYear, bool college);
+
 struct TeamRating {
     int team = 0;
     std::string city;

@@ -207,6 +207,21 @@ TEST(RatingTool, NeedsRatingsOnlyForPlayedUnratedPlayers) {
     EXPECT_TRUE(needsRatings(g));
 }
 
+TEST(RatingTool, TeamLoadRatesOnlyTheUnratedPlayers) {
+    auto lg = playedLeague();
+    std::vector<PlayerRecord> team(lg.players.begin(), lg.players.begin() + 20);
+    team[10].RatingOffense = 77;  // edited by hand
+    team[10].RatingDefense = 33;
+    const auto before = team;
+    EXPECT_EQ(rateUnratedPlayers(team, shippedEra(), 2018, false), 19);
+    EXPECT_EQ(team[10].RatingOffense, 77);
+    EXPECT_EQ(team[10].RatingDefense, 33);
+    EXPECT_GE(team[12].RatingOffense, 5);
+    EXPECT_GE(team[0].RatingGoalie, 15);
+    EXPECT_EQ(rateUnratedPlayers(team, shippedEra(), 2018, false), 0);  // all rated now
+    EXPECT_EQ(team[12].LastName, before[12].LastName);
+}
+
 // ---------------------------------------------------------------- a made-up league
 
 TEST(RatingTool, MadeUpLeagueRatesEveryPlayerInRange) {
