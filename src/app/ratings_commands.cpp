@@ -205,10 +205,9 @@ void run(const Args& args, const GlobalOptions& options) {
             writeLeagueRatingsCsv(dir);
             fmt::print("\nSaved the ratings of {} players. Wrote {}.\n", rated.players.size(),
                        (dir / std::string(kRatingsCsvFile)).string());
-        } else if (args.preview) {
-            fmt::print("\nNothing was saved: give --write to keep these ratings.\n");
         }
     }
+    if (args.preview) fmt::print("\nNothing was saved: give --write to keep these ratings.\n");
 }
 
 }  // namespace
