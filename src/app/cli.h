@@ -57,5 +57,6 @@ void addImportSeasonCommands(CLI::App& app, GlobalOptions& options);
 void addScheduleCommands(CLI::App& app, GlobalOptions& options);
 void addNewLeagueCommands(CLI::App& app, GlobalOptions& options);
 void addPhrasesCommands(CLI::App& app, GlobalOptions& options);
+void addRatingsCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

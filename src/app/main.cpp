@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     addScheduleCommands(app, options);
     addNewLeagueCommands(app, options);
     addPhrasesCommands(app, options);
+    addRatingsCommands(app, options);
 
     try {
         app.parse(argc, argv);
