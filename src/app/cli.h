@@ -44,6 +44,11 @@ std::unique_ptr<Session> startSession(const GlobalOptions& options);
 // The league folder a command works on: --league, else the league opened last.
 std::filesystem::path leagueDir(const GlobalOptions& options);
 
+// Works out and saves the stored ratings of every player of the league in
+// `folder`, from the program's era table, and writes its ratings file.
+// Returns the number of players rated.
+std::size_t rateWholeLeague(const GlobalOptions& options, const std::filesystem::path& folder);
+
 // A user-facing failure: main prints the message on one line to stderr and
 // exits non-zero.
 struct CommandError : std::runtime_error {

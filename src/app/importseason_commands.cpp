@@ -73,6 +73,7 @@ void runImportSeason(const ImportSeasonOptions& o, const GlobalOptions& global) 
         throw CommandError(fmt::format("{} of {} checks failed: the league was written, but doesn't match the data",
                                        failed, checks.size()));
     fmt::print("All {} checks passed.\n", checks.size());
+    fmt::print("Ratings: {} players rated from their real lines.\n", rateWholeLeague(global, o.dir));
 }
 
 }  // namespace

@@ -60,12 +60,6 @@ void applyNewLeagueRules(const fs::path& folder, const GeneratedLeague& league) 
     });
 }
 
-// Works out the stored player ratings of every team from the real lines just
-// drawn, as the ratings tool does for an imported season. Returns false
-// while that tool isn't wired in: until then the players' ratings are 0.
-// TODO(lead): run the ratings generator over each live team here.
-bool rateNewLeaguePlayers(const fs::path& /*folder*/, const GeneratedLeague& /*league*/) { return false; }
-
 std::string recordText(const TeamRecord& t, int year) {
     DecisionShares shares = decisionShares(year);
     if (shares.ties > 0 && shares.overtimeLosses > 0)
@@ -174,12 +168,12 @@ void addNewLeague(CLI::App& app, GlobalOptions& options) {
             writeLeagueFolder(args->folder, league.files);
             applyNewLeagueRules(args->folder, league);
             ScheduleOutcome schedule = makeNewLeagueSchedule(args->folder, league, opts.seed);
-            bool rated = rateNewLeaguePlayers(args->folder, league);
+            std::size_t rated = rateWholeLeague(options, args->folder);
             fmt::print("Made \"{}\" in {}: {} teams in the era of {}, seed {}.\n", league.leagueName, args->folder,
                        opts.teams, opts.year, opts.seed);
             printTeams(league);
             printFigures(league);
-            if (!rated) fmt::print("\nPlayer ratings weren't worked out yet: run the ratings tool on each team.\n");
+            fmt::print("\nRatings: {} players rated from their lines.\n", rated);
             if (schedule.ok)
                 fmt::print("\nSchedule: {} games from {}-10-05.\n", schedule.games, league.year);
             else

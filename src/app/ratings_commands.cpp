@@ -212,6 +212,14 @@ void run(const Args& args, const GlobalOptions& options) {
 
 }  // namespace
 
+std::size_t rateWholeLeague(const GlobalOptions& options, const std::filesystem::path& folder) {
+    const auto programDir = resolvePlaces(sessionOptions(options).places).ProgramDir;
+    const auto history = readHistoricalRatings(programDir);
+    std::size_t players = 0;
+    for (const auto& t : rateLeague(folder, LoadEra(programDir), &history)) players += t.refusal ? 0 : t.players.size();
+    return players;
+}
+
 void addRatingsCommands(CLI::App& app, GlobalOptions& options) {
     auto args = std::make_shared<Args>();
     auto* cmd = app.add_subcommand("ratings", "Show a team's player ratings, or work them out from the real season");

@@ -554,7 +554,7 @@ void LeagueBuilder::writeNotes(ImportedLeague& league) {
         "the date of its team's game by which he can have played all his games for it (a goalie's on his last game "
         "for it) and the next stint starts at its team's next game");
     n.push_back("team colours: not in the data; black on white");
-    n.push_back("player ratings: not in the data; left 0 for the ratings tool");
+    n.push_back("player ratings: not in the data; worked out from the real lines after the import");
     n.push_back("salaries: not in the data; worked out when a team is loaded");
     if (!cappedTeamGoals_.empty()) {
         std::string list;
