@@ -56,5 +56,6 @@ void addRulesCommands(CLI::App& app, GlobalOptions& options);
 void addImportSeasonCommands(CLI::App& app, GlobalOptions& options);
 void addScheduleCommands(CLI::App& app, GlobalOptions& options);
 void addNewLeagueCommands(CLI::App& app, GlobalOptions& options);
+void addRosterCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

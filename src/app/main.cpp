@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     addImportSeasonCommands(app, options);
     addScheduleCommands(app, options);
     addNewLeagueCommands(app, options);
+    addRosterCommands(app, options);
 
     try {
         app.parse(argc, argv);
