@@ -121,7 +121,7 @@ double fightsBySportsmanship(int sports, Random& rng) {
 
 double realFightRate(const PlayerRecord& p, const RateContext& ctx, double average, Random& rng) {
     const StatLine& real = realOf(p);
-    int sports = std::min<int>(p.RatingSportsmanship, 10);
+    int sports = ctx.sportsmanship >= 0 ? ctx.sportsmanship : std::min<int>(p.RatingSportsmanship, 10);
     double f = fightsBySportsmanship(sports, rng);
     if (p.Enforcer == 1) f = std::max(f + 5, 35.0);
     if (ctx.leagueFightData) f = p.Fights[0] == 0 ? (11 - sports) * 0.1 : f * 3;
@@ -162,6 +162,18 @@ void steerFights(const PlayerRecord& p, PlayerRates& out, Random& rng) {
 }
 
 }  // namespace
+
+int sportsmanshipFromPenalties(double pimPer60, double eraPimPerGame) {
+    double era = (eraPimPerGame > 0 ? eraPimPerGame : 9) / 2 / 5;
+    double ratio = pimPer60 / era;
+    static constexpr double steps[] = {6.5, 4.2, 3.3, 2.5, 2, 1.5, 1.1, 0.8, 0.5, 0.3};
+    int rating = 0;
+    for (double step : steps) {
+        if (ratio >= step) return rating;
+        ++rating;
+    }
+    return 10;
+}
 
 double realAverageMinutes(const PlayerRecord& p, const RateContext& ctx) {
     return minutesOf(RateSet::Real, p, ctx).average;

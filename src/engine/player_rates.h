@@ -56,7 +56,13 @@ struct RateContext {
     int year = 0;                  // PlayerYear, or the team's year when that is 0
     bool leagueFightData = false;  // the league holds real fight counts
     bool steerFights = false;      // a league game that isn't a playoff game, with the replay steered
+    int sportsmanship = -1;        // what the fight rate reads in place of the stored rating; -1 the stored one
 };
+
+// The sportsmanship a player's penalty minutes per 60 give, against the
+// era's penalty minutes per game: for a player whose ratings were never
+// generated, whose stored 0 would make a brawler of him.
+int sportsmanshipFromPenalties(double pimPer60, double eraPimPerGame);
 
 // One set's rates of one player (steps 1 to 16 of the rate work). The Real
 // set must be worked out before the Replay set: the replay pass reads the

@@ -323,6 +323,15 @@ RateContext GameSession::rateContext(const SideTables& s, const PlayerRecord& p)
     ctx.leagueFightData =
         scan_.realFights >= 50 && !endsWithNoCase(league_.leagueDir.filename().string(), "PROJECTION");
     ctx.steerFights = GameActive && GameType == 'L' && !PlayoffGame && league_.rules.AlternateRealityCheck != 1;
+    // Until the ratings are generated, fights follow the penalty record.
+    if (p.RatingSportsmanship == 0) {
+        if (isGoalie(p) && p.RatingGoalie == 0) ctx.sportsmanship = 10;
+        if (!isGoalie(p) && p.RatingOffense == 0 && p.RatingDefense == 0) {
+            const StatLine& real = realOf(p);
+            double minutes = real.GP * realAverageMinutes(p, ctx) + 0.1;
+            ctx.sportsmanship = sportsmanshipFromPenalties(real.Pim / minutes * 60, ctx.era.pimPerGame);
+        }
+    }
     return ctx;
 }
 

@@ -200,11 +200,29 @@ TEST(PlayerRates, FightRates) {
     s.Pim = 250;  // q = 0.357: + 15.7, then the cap
     EXPECT_DOUBLE_EQ(bothSets(p, ctx)[RateSet::Real].FightsPer1000, 45);
 
+    // A rating the load hands in stands for the stored one: 10 takes away
+    // the penalty bump of a 0.
+    ctx.sportsmanship = 10;
+    EXPECT_DOUBLE_EQ(bothSets(p, ctx)[RateSet::Real].FightsPer1000, 35);
+    ctx.sportsmanship = -1;
+
     // A league with real fight data: a player with none fights rarely.
     ctx.leagueFightData = true;
     p.RatingSportsmanship = 8;
     p.Enforcer = 0;
     EXPECT_NEAR(bothSets(p, ctx)[RateSet::Real].FightsPer1000, (11 - 8) * 0.1, 1e-12);
+}
+
+// An unrated player's sportsmanship from his penalty minutes per 60,
+// against a tenth of the era's penalty minutes a game (30: 3 a 60).
+TEST(PlayerRates, SportsmanshipStandInFromPenalties) {
+    EXPECT_EQ(sportsmanshipFromPenalties(0, 30), 10);
+    EXPECT_EQ(sportsmanshipFromPenalties(0.89, 30), 10);  // ratio 0.297
+    EXPECT_EQ(sportsmanshipFromPenalties(0.9, 30), 9);    // 0.3
+    EXPECT_EQ(sportsmanshipFromPenalties(3.0, 30), 7);    // 1.0, between 0.8 and 1.1
+    EXPECT_EQ(sportsmanshipFromPenalties(7.5, 30), 3);    // 2.5
+    EXPECT_EQ(sportsmanshipFromPenalties(20, 30), 0);     // 6.67
+    EXPECT_EQ(sportsmanshipFromPenalties(1.8, 0), 4);     // no era figure: 9 a game; ratio 2
 }
 
 TEST(PlayerRates, GoalieHasNoShootingAndEndlessShifts) {
