@@ -463,6 +463,16 @@ LineupTeam GameSession::lineupTeam(int sideIndex) {
     return t;
 }
 
+std::vector<std::string> GameSession::remakeDepthAndLines(int sideIndex) {
+    SideTables& s = side(sideIndex);
+    for (auto& p : s.GameRoster) clearDepth(p);
+    s.lines.clear();
+    LineupTeam team = lineupTeam(sideIndex);
+    HkAutofillDepth(team);
+    HkAutofillLines(team);
+    return completeLines(team, s.DisplayName);
+}
+
 // The third hook, then a plan never set up gets the default coach, and its
 // depth charts and lines are made anew from the roster.
 void GameSession::coach(int sideIndex) {
@@ -471,13 +481,11 @@ void GameSession::coach(int sideIndex) {
     LineupTeam team = lineupTeam(sideIndex);
     if (s.plan.GamePlanStamp != kGamePlanStamp) {
         applyDefaultCoach(s.plan, s.team.TeamYear);
-        for (auto& p : s.GameRoster) clearDepth(p);
-        s.lines.clear();
-        HkAutofillDepth(team);
-        HkAutofillLines(team);
+        auto filled = remakeDepthAndLines(sideIndex);
         s.notes.push_back(
             "New game plan: the default coach set the strategy, and the depth charts and lines were "
             "made from the roster");
+        s.notes.insert(s.notes.end(), filled.begin(), filled.end());
         return;
     }
     if (depthChartEmpty(team)) {

@@ -131,6 +131,12 @@ public:
     [[nodiscard]] int TeamIdOfSide(int s) const { return side(s).TeamId; }
     [[nodiscard]] const LeagueContext& league() const { return league_; }
 
+    // Makes the side's depth charts and lines anew from its roster, as a new
+    // game plan gets them (for a team whose ratings have just been made, or
+    // the league tools' "default lines"). Returns the notes of what had to be
+    // filled in; SaveTeam keeps the result.
+    std::vector<std::string> remakeDepthAndLines(int side);
+
     // The team as the lineup tools see it: candidates are the slots on the
     // team (in a game: those fit to play).
     [[nodiscard]] LineupTeam lineupTeam(int side);

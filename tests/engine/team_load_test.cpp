@@ -112,6 +112,17 @@ TEST(TeamLoad, SecondLoadGivesWhatTheFirstGave) {
         EXPECT_EQ(second.side(kVisitor).player(slot).GamesSinceReset,
                   first.side(kVisitor).player(slot).GamesSinceReset + 1);
 
+    // Remade from the roster, the charts come out as the first load made them.
+    SideTables& made = second.side(kVisitor);
+    auto lines = made.lines;
+    auto roster = made.GameRoster;
+    made.lines.clear();
+    for (auto& p : made.GameRoster) p.DepthEven = {};
+    second.remakeDepthAndLines(kVisitor);
+    EXPECT_EQ(made.lines.LineRoleLive, lines.LineRoleLive);
+    EXPECT_EQ(made.lines.LineFlagLive, lines.LineFlagLive);
+    for (std::size_t i = 0; i < roster.size(); ++i) EXPECT_EQ(made.GameRoster[i].DepthEven, roster[i].DepthEven);
+
     // Loading without a save in between changes nothing on disk.
     auto before = readBytes(dir / "HKPLAYER");
     GameSession third = sessionOn(dir.path());
@@ -493,6 +504,35 @@ TEST(TeamLoad, InAGameOnlyFitPlayersAreOnTheLines) {
     EXPECT_GE(now, 0);
     EXPECT_NE(now, center);
     for (int line = 1; line <= kLineSets; ++line) EXPECT_FALSE(side.lines.onLine(line, center)) << line;
+}
+
+}  // namespace
+}  // namespace tallyrink
+
+namespace tallyrink {
+namespace {
+
+// A short roster is told: who plays in goal without a goalie, who fills the
+// defense when three defensemen can't make three pairs.
+TEST(TeamLoad, ShortRosterIsReportedInTheNotes) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 1, .playersPerTeam = 14});
+    giveRealLines(lg);
+    lg.player(1).PositionFlags = {1, 0, 0, 0, 0};  // both goalies become wings
+    lg.player(2).PositionFlags = {0, 0, 1, 0, 0};
+    for (int r = 6; r <= 8; ++r) lg.player(r).PositionFlags = {0, 1, 0, 0, 0};  // three defensemen left
+    lg.write(dir.path());
+    GameSession game = sessionOn(dir.path());
+    Random rng(4);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    const auto& notes = game.side(kVisitor).notes;
+    auto said = [&](const std::string& text) {
+        return std::any_of(notes.begin(), notes.end(), [&](const std::string& n) { return n.find(text) != n.npos; });
+    };
+    EXPECT_TRUE(said("would play in goal"));
+    EXPECT_TRUE(said("Even-strength pair 2, right defense"));
+    EXPECT_TRUE(said("(a forward)"));
+    EXPECT_TRUE(said("New game plan"));
 }
 
 }  // namespace
