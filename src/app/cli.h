@@ -63,5 +63,6 @@ void addScheduleCommands(CLI::App& app, GlobalOptions& options);
 void addNewLeagueCommands(CLI::App& app, GlobalOptions& options);
 void addPhrasesCommands(CLI::App& app, GlobalOptions& options);
 void addRatingsCommands(CLI::App& app, GlobalOptions& options);
+void addRosterCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     addNewLeagueCommands(app, options);
     addPhrasesCommands(app, options);
     addRatingsCommands(app, options);
+    addRosterCommands(app, options);
 
     try {
         app.parse(argc, argv);

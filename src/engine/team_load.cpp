@@ -1,0 +1,634 @@
+#include "engine/team_load.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cctype>
+
+#include "engine/record_upgrades.h"
+#include "league/files.h"
+#include "league/league.h"
+#include "league/session.h"
+#include "team/default_coach.h"
+#include "team/lineup_tools.h"
+#include "team/positions.h"
+
+namespace tallyrink {
+
+namespace {
+
+const StatLine& realOf(const PlayerRecord& p) { return statLine(p, StatLineIndex::Real); }
+
+int monthLength(int seasonMonth) {
+    switch (calendarMonth(seasonMonth)) {
+        case 2:
+            return 28;
+        case 4:
+        case 6:
+        case 9:
+        case 11:
+            return 30;
+        default:
+            return 31;
+    }
+}
+
+bool endsWithNoCase(const std::string& text, std::string_view tail) {
+    if (text.size() < tail.size()) return false;
+    return std::equal(tail.begin(), tail.end(), text.end() - static_cast<std::ptrdiff_t>(tail.size()),
+                      [](char a, char b) { return std::toupper((unsigned char)a) == std::toupper((unsigned char)b); });
+}
+
+template <class R>
+bool sameBytes(const R& a, const R& b) {
+    return codec::toSlot(a) == codec::toSlot(b);
+}
+
+}  // namespace
+
+std::pair<int, int> dayAfter(int seasonMonth, int day) {
+    ++day;
+    if (day > monthLength(seasonMonth)) {
+        day = 1;
+        seasonMonth = seasonMonth % 12 + 1;
+    }
+    return {seasonMonth, day};
+}
+
+GameSession::GameSession(LeagueContext league, GeneralManagerHooks* generalManager)
+    : league_(std::move(league)), manager_(generalManager ? generalManager : &defaultManager_) {}
+
+GameSession GameSession::forSession(const Session& session, GeneralManagerHooks* generalManager) {
+    return GameSession({session.LeagueDir(), session.rules(), &session.era(), &session.schedule()}, generalManager);
+}
+
+const EraRecord& GameSession::eraRow(int year, int fallback) const { return league_.era->yearOr(year, fallback); }
+
+int GameSession::eraGamesOf(int year) const {
+    if (!EraTable::contains(year)) return 82;
+    int games = league_.era->year(year).Games;
+    return games > 0 ? games : 82;
+}
+
+const GameSession::LeagueScan& GameSession::leagueScan() {
+    if (scan_.done) return scan_;
+    scan_.done = true;
+    for (const auto& row : readPlayerRows(findFile(league_.leagueDir, kPlayerFile))) {
+        const PlayerRecord& p = row.player;
+        if (!isTeamNumber(p.TeamId)) continue;
+        scan_.realFights += p.Fights[0];
+        if (p.PlayerYear == 2020 && realOf(p).GP > 56) ++scan_.players2020;
+    }
+    return scan_;
+}
+
+void GameSession::loadGame(int visitor, int home, int calendarMonth, int day, Random& rng) {
+    GameActive = true;
+    GameMonth = seasonMonth(calendarMonth);
+    GameDay = day;
+    HkLoadTeam(kVisitor, visitor, rng);
+    HkLoadTeam(kHome, home, rng);
+}
+
+void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
+    if (!isTeamNumber(team)) return;
+    SideTables& s = side(sideIndex);
+    s = SideTables{};
+    s.TeamId = team;
+    s.DressedToday.fill(0);
+    manager_->beforeLoad(*this, sideIndex);
+    readTeam(s);
+    scanSchedule(s);
+    if (!GameActive) setLeagueDay(s);
+    readPlan(s);
+    repairRoster(s);
+    readPlayers(sideIndex, rng);
+    leagueFixes(s);
+    randomAbsences(s, rng);
+    capsAndLines(s);
+    computeRates(s, rng);
+    firstTimePlan(s);
+    remainingStamps(s);
+    availability(s);
+    coach(sideIndex);
+    lastFixes(s);
+    completeLineup(sideIndex);
+    noteUnrated(sideIndex);
+}
+
+// Games of the team in the schedule; a team with fewer than ten plays the
+// era's season.
+void GameSession::scanSchedule(SideTables& s) {
+    int count = 0;
+    if (league_.schedule) {
+        for (const GameRecord& g : league_.schedule->rows()) {
+            if (statusOf(g) == kDeleted || (g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId)) continue;
+            ++count;
+            s.scheduleOpen = s.scheduleOpen || isOpen(g);
+        }
+    }
+    s.SeasonGames = count < 10 ? eraGamesOf(s.team.TeamYear) : count;
+}
+
+// The date availability is judged by outside a game: the team's next game,
+// or the day after its last one when it has played them all.
+void GameSession::setLeagueDay(const SideTables& s) {
+    GameMonth = 2;
+    GameDay = 1;
+    int next = 0, last = 0;
+    if (league_.schedule) {
+        for (const GameRecord& g : league_.schedule->rows()) {
+            if (statusOf(g) == kDeleted || (g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId)) continue;
+            int key = dateKey(g.Month, g.Day);
+            if (isOpen(g) && (next == 0 || key < next)) next = key;
+            if (statusOf(g) == kPlayed && key > last) last = key;
+        }
+    }
+    if (next > 0) {
+        GameMonth = next / 100;
+        GameDay = next % 100;
+    } else if (last > 0) {
+        std::tie(GameMonth, GameDay) = dayAfter(last / 100, last % 100);
+    } else if (league_.rules.IsPlayoffFolder == 1) {
+        // A playoff module without games yet starts in April.
+        GameMonth = 8;
+        GameDay = 1;
+    }
+}
+
+void GameSession::readTeam(SideTables& s) {
+    RandomFile file(findFile(league_.leagueDir, kTeamFile), kTeamSlot);
+    s.team = readRecord<TeamRecord>(file, static_cast<std::size_t>(s.TeamId));
+    s.teamAsRead = s.team;
+    upgradeTeamRecord(s.team);
+}
+
+void GameSession::readPlan(SideTables& s) {
+    RandomFile file(findFile(league_.leagueDir, kGamePlanFile), kGamePlanSlot);
+    s.plan = readRecord<GamePlanRecord>(file, static_cast<std::size_t>(s.TeamId));
+    s.planAsRead = s.plan;
+    s.plan.GamePlanTeam = static_cast<std::int16_t>(s.TeamId);
+    upgradeGamePlan(s.plan, s.team.TeamYear);
+}
+
+// A team that hasn't played yet takes back players whose records name it
+// but whom no roster slot names.
+void GameSession::repairRoster(SideTables& s) {
+    auto& roster = s.team.Roster;
+    for (std::size_t slot = 0; slot < roster.size(); ++slot) {
+        if (roster[slot] > kMaxRosterPlayerId || roster[slot] < 0) {
+            s.notes.push_back(fmt::format("Roster slot {} named player {}, past the last player number: cleared",
+                                          slot + 1, roster[slot]));
+            roster[slot] = 0;
+        }
+    }
+    const TeamRecord& t = s.team;
+    if (t.Wins + t.Losses + t.Ties + t.OvertimeLosses > 0) return;
+    for (const auto& row : readPlayerRows(findFile(league_.leagueDir, kPlayerFile))) {
+        const PlayerRecord& p = row.player;
+        if (p.TeamId != s.TeamId || row.recordNumber > kMaxRosterPlayerId) continue;
+        auto id = static_cast<std::int16_t>(row.recordNumber);
+        if (std::find(roster.begin(), roster.end(), id) != roster.end()) continue;
+        auto empty = std::find(roster.begin(), roster.end(), std::int16_t{0});
+        std::string name = p.FirstName.str() + " " + p.LastName.str();
+        if (empty == roster.end()) {
+            s.notes.push_back(fmt::format("{} belongs to this team but the roster is full: left off", name));
+            continue;
+        }
+        *empty = id;
+        s.notes.push_back(fmt::format("{} belongs to this team but was on no roster slot: added", name));
+    }
+}
+
+void GameSession::readPlayers(int sideIndex, Random& rng) {
+    SideTables& s = side(sideIndex);
+    RandomFile file(findFile(league_.leagueDir, kPlayerFile), kPlayerSlot);
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        auto i = static_cast<std::size_t>(slot);
+        std::int16_t id = s.team.Roster[i];
+        PlayerRecord& p = s.GameRoster[i];
+        if (id <= 0) continue;
+        p = readRecord<PlayerRecord>(file, static_cast<std::size_t>(id));
+        s.rosterAsRead[i] = p;
+        if (p.PlayerId == 0) {
+            s.notes.push_back(
+                fmt::format("Roster slot {} named player {}, whose record is empty: the slot is freed", slot + 1, id));
+            continue;
+        }
+        // The record number is the key: a record that names another
+        // number is taken for the one it stands at.
+        p.PlayerId = id;
+        upgradePlayerRecord(p, s.team);
+        // Less than a minute a game is no real time on ice.
+        StatLine& real = statLine(p, StatLineIndex::Real);
+        if (real.Toi > 0 && real.Toi / 60 < real.GP) real.Toi = 0;
+        if (p.FormStamp != kFormStamp || statLine(p, StatLineIndex::Replay).GP == 0) {
+            int form = 0;
+            if (rng.rand(2) == 1) form = rng.rand(3) - rng.rand(3);
+            if (rng.rand(4) == 1) form += rng.rand(3) - rng.rand(3);
+            if (rng.rand(10) == 1) form += rng.rand(3) - rng.rand(3);
+            p.FormBias = static_cast<std::int16_t>(std::clamp(form, -10, 10));
+            p.FormStamp = kFormStamp;
+        }
+        manager_->afterPlayerRead(*this, sideIndex, slot);
+        // A player sat down by the general manager is being rested.
+        if (!GameActive && p.InactiveFlag != 99) ++p.GamesSinceReset;
+    }
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        const PlayerRecord& p = s.player(slot);
+        if (p.PlayerId == 0) continue;
+        std::string last = p.LastName.str();
+        bool shared = false;
+        for (int other = 0; other < kRosterSlots; ++other)
+            if (other != slot && s.onTeam(other) && s.player(other).LastName.str() == last) shared = true;
+        s.DisplayName[static_cast<std::size_t>(slot)] = shared ? p.FirstName.str() + " " + last : last;
+        s.ShortNameOf[static_cast<std::size_t>(slot)] = p.ShortName.str();
+    }
+}
+
+void GameSession::leagueFixes(SideTables& s) {
+    GamePlanRecord& plan = s.plan;
+    if (plan.DefenseRosterCountStamp == kDefenseRosterCountStamp) return;
+    plan.DefenseRosterCountStamp = kDefenseRosterCountStamp;
+    int year = s.team.TeamYear;
+    plan.DefenseRosterCount = static_cast<std::uint8_t>(defaultDefenseRosterCount(year));
+    if (year < 1920 || year > 1980) return;
+    // An early team that dressed few defensemen: by how many real games its
+    // defensemen played against a full season for each.
+    int skaterGames = 0, defenseGames = 0;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!s.onTeam(slot) || isGoalie(s.player(slot))) continue;
+        skaterGames += realOf(s.player(slot)).GP;
+        if (isDefenseman(s.player(slot))) defenseGames += realOf(s.player(slot)).GP;
+    }
+    int games = eraGamesOf(year);
+    if (skaterGames <= games * 12) return;
+    double x = double(defenseGames) / games;
+    if (x < 5.3) plan.DefenseRosterCount = 1;
+    if (x < 4.3) plan.DefenseRosterCount = 0;
+}
+
+// With the injury rule at 2, players sit out in the measure of the real
+// games they missed.
+void GameSession::randomAbsences(SideTables& s, Random& rng) {
+    if (league_.rules.InjuryCheck != 2 || GameActive) return;
+    int available = 0;
+    for (int slot = 0; slot < kRosterSlots; ++slot)
+        if (s.onTeam(slot) && s.DressedToday[static_cast<std::size_t>(slot)] == 0) ++available;
+    int absent = 0;
+    for (int tries = 0; tries < 30; ++tries) {
+        if (available - absent <= 8 + rng.rand(3)) break;
+        int slot = rng.rand(kRosterSlots) - 1;
+        const PlayerRecord& p = s.player(slot);
+        int year = p.PlayerYear <= 1920 ? 2008 : p.PlayerYear;
+        const EraRecord& era = eraRow(year, 2008);
+        int games = std::max<int>(collegeTeam(s) ? era.CollegeGames : era.Games, 15);
+        bool draw = rng.rand(games) > realOf(p).GP;
+        auto i = static_cast<std::size_t>(slot);
+        if (s.onTeam(slot) && s.DressedToday[i] == 0 && draw) {
+            s.DressedToday[i] = 1;
+            s.absentToday.push_back(s.DisplayName[i]);
+            ++absent;
+        }
+    }
+}
+
+void GameSession::capsAndLines(SideTables& s) {
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        auto i = static_cast<std::size_t>(slot);
+        PlayerRecord& p = s.player(slot);
+        // In a game the dressed roster is the one the records hold (after the
+        // general manager's say): the inactive, hurt and suspended are out.
+        if (GameActive && s.onTeam(slot) &&
+            (p.InactiveFlag == 99 || p.InjuryReturnMonth > 0 || p.SuspensionGamesLeft > 0))
+            s.DressedToday[i] = 1;
+        if (s.onTeam(slot)) {
+            if (!(GameActive && s.DressedToday[i] != 0)) loadStoredLines(p, slot, s.lines);
+            continue;
+        }
+        if (p.PlayerId > 0)
+            s.notes.push_back(
+                fmt::format("{} is on the roster but belongs to another team: he won't dress", s.DisplayName[i]));
+        s.DressedToday[i] = 1;
+        clearDepth(p);
+    }
+}
+
+RateContext GameSession::rateContext(const SideTables& s, const PlayerRecord& p) const {
+    RateContext ctx;
+    ctx.year = p.PlayerYear != 0 ? p.PlayerYear : s.team.TeamYear;
+    ctx.college = p.PlayerType.str() == "C";
+    ctx.era = figuresOf(eraRow(ctx.year, 2008), ctx.college ? EraLevel::College : EraLevel::Professional);
+    ctx.gamesForScale = eraRow(ctx.year >= 1920 && ctx.year <= 2050 ? ctx.year : 2012, 2012).Games;
+    ctx.leagueFightData =
+        scan_.realFights >= 50 && !endsWithNoCase(league_.leagueDir.filename().string(), "PROJECTION");
+    ctx.steerFights = GameActive && GameType == 'L' && !PlayoffGame && league_.rules.AlternateRealityCheck != 1;
+    // Until the ratings are generated, fights follow the penalty record.
+    if (p.RatingSportsmanship == 0) {
+        if (isGoalie(p) && p.RatingGoalie == 0) ctx.sportsmanship = 10;
+        if (!isGoalie(p) && p.RatingOffense == 0 && p.RatingDefense == 0) {
+            const StatLine& real = realOf(p);
+            double minutes = real.GP * realAverageMinutes(p, ctx) + 0.1;
+            ctx.sportsmanship = sportsmanshipFromPenalties(real.Pim / minutes * 60, ctx.era.pimPerGame);
+        }
+    }
+    return ctx;
+}
+
+void GameSession::computeRates(SideTables& s, Random& rng) {
+    leagueScan();
+    // Enforcers first: the fight and shift work reads the flag.
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        PlayerRecord& p = s.player(slot);
+        const StatLine& real = realOf(p);
+        if (!s.onTeam(slot) || real.GP < 1 || p.EnforcerStamp == kEnforcerStamp) continue;
+        p.EnforcerStamp = kEnforcerStamp;
+        RateContext ctx = rateContext(s, p);
+        double am = realAverageMinutes(p, ctx);
+        double hits60 = real.Hits / (real.GP * am + 0.1) * 60;
+        p.Enforcer = enforcerByRecord(p, am, hits60, ctx.era.pimPerGame) ? 1 : 0;
+    }
+    for (RateSet set : kRateSets)
+        for (int slot = 0; slot < kRosterSlots; ++slot)
+            if (s.onTeam(slot))
+                computeSetRates(set, s.player(slot), rateContext(s, s.player(slot)), rng,
+                                s.rates[static_cast<std::size_t>(slot)]);
+
+    ShiftContext shift;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        const PlayerRecord& p = s.player(slot);
+        if (!s.onTeam(slot) || isGoalie(p)) continue;
+        if (isDefenseman(p)) shift.defenseGames += realOf(p).GP;
+        if (s.DressedToday[static_cast<std::size_t>(slot)] == 0 && p.InactiveFlag != 99) ++shift.dressedSkaters;
+    }
+    shift.teamGames = s.team.Wins + s.team.Losses + s.team.Ties + s.team.OvertimeLosses;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        auto i = static_cast<std::size_t>(slot);
+        s.ShiftLimit[i] = 100;
+        s.MaxEnergy[i] = 100;
+        if (!s.onTeam(slot)) continue;
+        const PlayerRecord& p = s.player(slot);
+        int year = p.PlayerYear >= 1920 && p.PlayerYear <= 2100 ? p.PlayerYear : 2019;
+        shift.eraGames = eraGamesOf(year);
+        ShiftResult r = computeShift(p, s.rates[i][RateSet::Real].AverageMinutes, shift);
+        s.ShiftLimit[i] = r.ShiftLimit;
+        s.MaxEnergy[i] = r.MaxEnergy;
+    }
+}
+
+// A plan seen for the first time: a forward who plays big minutes on the
+// first line and on no other even line also takes a turn on the fourth.
+void GameSession::firstTimePlan(SideTables& s) {
+    if (s.plan.GamePlanTextStamp == kGamePlanTextStamp) return;
+    s.plan.GamePlanTextStamp = kGamePlanTextStamp;
+    s.plan.GamePlanText.assign("");
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        const PlayerRecord& p = s.player(slot);
+        if (!s.onTeam(slot) || !isForward(p)) continue;
+        if (s.rates[static_cast<std::size_t>(slot)][RateSet::Real].AverageMinutes < 24) continue;
+        if (s.lines.lineRole(1, slot) == ForwardRole::None) continue;
+        if (s.lines.onLine(2, slot) || s.lines.onLine(3, slot) || s.lines.onLine(4, slot)) continue;
+        ForwardRole role = ForwardRole::None;
+        if (hasFlag(p, Flag::LeftWing)) role = ForwardRole::LeftWing;
+        if (hasFlag(p, Flag::RightWing)) role = ForwardRole::RightWing;
+        if (hasFlag(p, Flag::Center)) role = ForwardRole::Center;
+        if (role == ForwardRole::None) continue;
+        for (int other = 0; other < kRosterSlots; ++other)
+            if (s.lines.lineRole(4, other) == role) s.lines.setLineRole(4, other, ForwardRole::None);
+        s.lines.setLineRole(4, slot, role);
+    }
+}
+
+void GameSession::remainingStamps(SideTables& s) {
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!s.onTeam(slot)) continue;
+        PlayerRecord& p = s.player(slot);
+        double am = s.rates[static_cast<std::size_t>(slot)][RateSet::Real].AverageMinutes;
+        if (p.PreferenceStamp != kPreferenceStamp) {
+            p.PreferenceStamp = kPreferenceStamp;
+            p.PullWhenFatigueBelow = 80;
+            p.Preference679 = p.NeverUseOnPowerPlay = p.NeverUseAsExtraAttacker = p.Preference67c = 0;
+            p.DoubleShiftWhenBehindLate = p.NeverUseOnPenaltyKill = p.NeverUseLateInGameWithLead = 0;
+            p.Preference680 = p.NeverUseOnFaceoffs = p.PreferredSide = 0;
+            p.GoalieTargetStarts = p.GoaliePullAfterGoalsAllowed = p.GoalieNeverPullInGamesStarted = 0;
+            if (isGoalie(p)) p.GoalieTargetStarts = realOf(p).GP;
+            if (isDefenseman(p) && am >= 22) p.Preference680 = 1;
+            if (isForward(p) && am >= 20) p.Preference67c = 1;
+        }
+        // No table of historical ratings ships with the program: the stamp
+        // only records that the look-up ran.
+        if (p.PlayerType.str() != "C" && p.PlayerYear <= 2013) p.SportsmanshipStamp = kSportsmanshipStamp;
+    }
+    TeamRecord& t = s.team;
+    if (t.OvertimeLosses > 100 || t.Ties > 100) t.Wins = t.Losses = t.Ties = t.OvertimeLosses = 0;
+    if (t.Wins == 0 && t.Losses == 0 && t.Ties == 0 && t.OvertimeLosses == 0) {
+        t.TeamFor[0].Goals = 0;
+        t.TeamAgainst[0].Goals = 0;
+    }
+    if (t.Arena.str().size() <= 1) t.Arena = {};
+}
+
+void GameSession::availability(SideTables& s) {
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!s.onTeam(slot)) continue;
+        auto i = static_cast<std::size_t>(slot);
+        PlayerRecord& p = s.player(slot);
+        int year = p.PlayerYear >= 1900 && p.PlayerYear <= 2050 ? p.PlayerYear : 2008;
+        const EraRecord& era = eraRow(year, 2008);
+        int games = collegeTeam(s) ? era.CollegeGames : era.Games;
+        s.SeasonGamesOfPlayer[i] = seasonGamesOfPlayer(p, games);
+        p.RatingDurability = durabilityOf(realOf(p).GP, s.SeasonGamesOfPlayer[i]);
+        p.GoalieRestGames =
+            isGoalie(p) ? goalieRestGames(realOf(p).GP, s.SeasonGamesOfPlayer[i], p.GoalieTargetStarts) : 0;
+    }
+}
+
+LineupTeam GameSession::lineupTeam(int sideIndex) {
+    SideTables& s = side(sideIndex);
+    LineupTeam t;
+    t.roster = &s.GameRoster;
+    t.lines = &s.lines;
+    if (GameActive) t.candidate = BuildFitList(s.GameRoster, s.TeamId, s.DressedToday);
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        auto i = static_cast<std::size_t>(slot);
+        if (!GameActive) t.candidate[i] = s.onTeam(slot);
+        const PlayerRecord& p = s.player(slot);
+        t.minutes[i] = s.rates[i][RateSet::Real].AverageMinutes;
+        int year = p.PlayerYear != 0 ? p.PlayerYear : s.team.TeamYear;
+        double savePct =
+            figuresOf(eraRow(year, 2008), p.PlayerType.str() == "C" ? EraLevel::College : EraLevel::Professional)
+                .savePct;
+        t.ratings[i] = lineupRatings(p, t.minutes[i], savePct);
+    }
+    return t;
+}
+
+std::vector<std::string> GameSession::remakeDepthAndLines(int sideIndex) {
+    SideTables& s = side(sideIndex);
+    for (auto& p : s.GameRoster) clearDepth(p);
+    s.lines.clear();
+    LineupTeam team = lineupTeam(sideIndex);
+    HkAutofillDepth(team);
+    HkAutofillLines(team);
+    return completeLines(team, s.DisplayName);
+}
+
+// The third hook, then a plan never set up gets the default coach, and its
+// depth charts and lines are made anew from the roster.
+void GameSession::coach(int sideIndex) {
+    manager_->afterTables(*this, sideIndex);
+    SideTables& s = side(sideIndex);
+    LineupTeam team = lineupTeam(sideIndex);
+    if (s.plan.GamePlanStamp != kGamePlanStamp) {
+        applyDefaultCoach(s.plan, s.team.TeamYear);
+        auto filled = remakeDepthAndLines(sideIndex);
+        s.notes.push_back(
+            "New game plan: the default coach set the strategy, and the depth charts and lines were "
+            "made from the roster");
+        s.notes.insert(s.notes.end(), filled.begin(), filled.end());
+        return;
+    }
+    if (depthChartEmpty(team)) {
+        HkAutofillDepth(team);
+        s.notes.push_back("The team had no depth charts: they were made from the roster");
+    }
+    // Roles already held stay; only empty places are filled.
+    FillForwards(team);
+    FillDefense(team);
+    bool noExtra = true, noShootout = true;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!team.candidate[static_cast<std::size_t>(slot)]) continue;
+        noExtra = noExtra && s.player(slot).DepthExtraAttacker == 0;
+        noShootout = noShootout && s.player(slot).DepthShootout == 0;
+    }
+    if (noExtra) FillExtraAttacker(team);
+    if (noShootout) FillShootout(team);
+}
+
+void GameSession::lastFixes(SideTables& s) {
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!s.onTeam(slot)) continue;
+        PlayerRecord& p = s.player(slot);
+        SalaryContext ctx;
+        int year = p.PlayerYear >= 1910 && p.PlayerYear <= 2050 ? p.PlayerYear : 2010;
+        ctx.era = figuresOf(eraRow(year, 2010), p.PlayerType.str() == "C" ? EraLevel::College : EraLevel::Professional);
+        bool known = EraTable::contains(p.PlayerYear) && league_.era->year(p.PlayerYear).Games > 0;
+        ctx.eraGames = known ? league_.era->year(p.PlayerYear).Games : eraRow(2009, 2009).Games;
+        ctx.scaleGames = p.PlayerYear >= 1900 && p.PlayerYear <= 2099;
+        ctx.shortSeasonCount = p.PlayerYear == 2020 && scan_.players2020 <= 200;
+        p.Salary = ComputeSalary(p, s.rates[static_cast<std::size_t>(slot)], ctx);
+        rescaleHitRating(p);
+    }
+    GamePlanRecord& plan = s.plan;
+    if (plan.FaceoffOptionStamp != kFaceoffOptionStamp) {
+        plan.FaceoffOptionStamp = kFaceoffOptionStamp;
+        plan.FaceoffOption = 0;
+        int best = -1, most = 99;
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            if (!s.onTeam(slot)) continue;
+            const StatLine& real = realOf(s.player(slot));
+            if (real.FaceoffsWon + real.FaceoffsLost > most) {
+                best = slot;
+                most = real.FaceoffsWon + real.FaceoffsLost;
+            }
+        }
+        if (best >= 0) {
+            const PlayerRecord& p = s.player(best);
+            bool center = hasFlag(p, Flag::Center) && s.lines.lineRole(1, best) == ForwardRole::Center &&
+                          p.DepthEven[static_cast<std::size_t>(EvenDepth::Center)] >= 9;
+            plan.FaceoffOption = center ? 0 : 1;
+        }
+    }
+}
+
+// What the fills couldn't do by the book: short lines filled from other
+// positions, no goalie, too few skaters.
+void GameSession::completeLineup(int sideIndex) {
+    SideTables& s = side(sideIndex);
+    LineupTeam team = lineupTeam(sideIndex);
+    auto notes = completeLines(team, s.DisplayName);
+    s.notes.insert(s.notes.end(), notes.begin(), notes.end());
+
+    LineupTeam fit = team;
+    fit.candidate = BuildFitList(s.GameRoster, s.TeamId, s.DressedToday);
+    bool emergency = false;
+    int goalie = chooseGoalie(fit, kNoSlot, &emergency);
+    if (goalie == kNoSlot) {
+        s.notes.push_back("Nobody on the roster is fit to play");
+        return;
+    }
+    if (emergency)
+        s.notes.push_back(fmt::format("No goalie is fit to play: {} would play in goal",
+                                      s.DisplayName[static_cast<std::size_t>(goalie)]));
+    int skaters = 0;
+    for (int slot = 0; slot < kRosterSlots; ++slot)
+        if (fit.candidate[static_cast<std::size_t>(slot)] && slot != goalie && !isGoalie(s.player(slot))) ++skaters;
+    if (skaters < 5)
+        s.notes.push_back(fmt::format("Only {} skaters are fit to play: a full five can't be put on the ice", skaters));
+    if (!s.absentToday.empty()) {
+        std::string names;
+        for (const auto& n : s.absentToday) names += (names.empty() ? "" : ", ") + n;
+        s.notes.push_back("Sitting out today for the real games they missed: " + names);
+    }
+}
+
+void GameSession::noteUnrated(int sideIndex) {
+    SideTables& s = side(sideIndex);
+    LineupTeam team = lineupTeam(sideIndex);
+    int unrated = 0;
+    for (int slot = 0; slot < kRosterSlots; ++slot)
+        if (team.candidate[static_cast<std::size_t>(slot)] && team.ratings[static_cast<std::size_t>(slot)].standIn)
+            ++unrated;
+    if (unrated > 0)
+        s.notes.push_back(
+            fmt::format("{} player{} no stored ratings: depth charts and lines read stand-ins from the "
+                        "real statistics until the ratings are generated",
+                        unrated, unrated == 1 ? " has" : "s have"));
+}
+
+bool GameSession::loadChangedRecords(int sideIndex) const {
+    const SideTables& s = side(sideIndex);
+    if (!isTeamNumber(s.TeamId)) return false;
+    TeamRecord team = s.team;
+    for (int slot = 0; slot < kRosterSlots; ++slot)
+        if (s.player(slot).PlayerId == 0) team.Roster[static_cast<std::size_t>(slot)] = 0;
+    if (!sameBytes(team, s.teamAsRead) || !sameBytes(s.plan, s.planAsRead)) return true;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!s.onTeam(slot)) continue;
+        auto i = static_cast<std::size_t>(slot);
+        PlayerRecord p = s.GameRoster[i];
+        if (!GameActive) storeLiveLines(s.lines, slot, p);
+        const PlayerRecord& read = s.rosterAsRead[i];
+        p.GamesSinceReset = read.GamesSinceReset;
+        // Form is drawn afresh at every load until the player has a replay
+        // game; a new draw alone is nothing to save.
+        if (read.FormStamp == kFormStamp && statLine(read, StatLineIndex::Replay).GP == 0) p.FormBias = read.FormBias;
+        if (!sameBytes(p, read)) return true;
+    }
+    return false;
+}
+
+void GameSession::SaveTeam(int sideIndex) {
+    SideTables& s = side(sideIndex);
+    if (!isTeamNumber(s.TeamId)) return;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        auto i = static_cast<std::size_t>(slot);
+        if (s.player(slot).PlayerId == 0) s.team.Roster[i] = 0;
+        if (!GameActive && s.onTeam(slot)) storeLiveLines(s.lines, slot, s.player(slot));
+    }
+    const fs::path& dir = league_.leagueDir;
+    auto team = static_cast<std::size_t>(s.TeamId);
+    writeRecord(RandomFile(findFile(dir, kTeamFile), kTeamSlot), team, s.team);
+    writeRecord(RandomFile(findFile(dir, kGamePlanFile), kGamePlanSlot), team, s.plan);
+    RandomFile players(findFile(dir, kPlayerFile), kPlayerSlot);
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!s.onTeam(slot)) continue;
+        const PlayerRecord& p = s.player(slot);
+        writeRecord(players, static_cast<std::size_t>(p.PlayerId), p);
+        s.rosterAsRead[static_cast<std::size_t>(slot)] = p;
+    }
+    s.teamAsRead = s.team;
+    s.planAsRead = s.plan;
+}
+
+}  // namespace tallyrink

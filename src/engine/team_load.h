@@ -1,0 +1,188 @@
+#pragma once
+
+// Team load: turns a team number into a working team at one side of a game
+// session. The team record, its game plan and its 50 player records are
+// read; records written by an earlier edition are upgraded by their stamps;
+// bad values go back to their defaults; and the per-player tables the play
+// engine reads (minutes, rates per 60, shooting, fights, shifts, energy,
+// availability) are worked out from the real-life and replay lines.
+//
+// Every roster screen and every game goes through it, so a load that isn't
+// followed by a game changes nothing but the one-time stamp work and the
+// draws the rate work calls for. Nothing is written until SaveTeam.
+//
+// Sides are 0 (visitor) and 1 (home); roster slots are 0-based.
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/player_rates.h"
+#include "league/era.h"
+#include "league/random.h"
+#include "league/records.h"
+#include "league/rules.h"
+#include "league/schedule.h"
+#include "team/lines.h"
+
+namespace tallyrink {
+
+class Session;
+class GameSession;
+
+inline constexpr int kVisitor = 0;
+inline constexpr int kHome = 1;
+
+// The computer general manager's say in a load: who dresses. It is asked
+// before anything is read, after each player is read and after all tables
+// stand. Until it is built the defaults do nothing, so the dressed roster
+// is the one the records hold.
+class GeneralManagerHooks {
+public:
+    virtual ~GeneralManagerHooks() = default;
+    virtual void beforeLoad(GameSession& /*game*/, int /*side*/) {}
+    virtual void afterPlayerRead(GameSession& /*game*/, int /*side*/, int /*slot*/) {}
+    virtual void afterTables(GameSession& /*game*/, int /*side*/) {}
+};
+
+// One side of a game session: the team at hand and every table worked out
+// for it.
+struct SideTables {
+    int TeamId = 0;  // TeamIdOfSide
+    TeamRecord team{};
+    GamePlanRecord plan{};
+    BySlot<PlayerRecord> GameRoster{};
+    BySlot<PlayerRates> rates{};  // AverageMinutes ... FightsPer1000 by set, ShootingPct, ShotStyleFactor
+    BySlot<std::int32_t> ShiftLimit{};
+    BySlot<std::uint8_t> MaxEnergy{};
+    BySlot<std::int16_t> SeasonGamesOfPlayer{};
+    BySlot<std::int16_t> DressedToday{};  // 1 out for this game
+    BySlot<std::string> DisplayName{};
+    BySlot<std::string> ShortNameOf{};
+    LineTables lines;                      // LineRoleLive and LineFlagLive
+    int SeasonGames = 0;                   // games of the team in the schedule, or the era's
+    bool scheduleOpen = false;             // the team has a game still to play
+    std::vector<std::string> absentToday;  // players sitting out for their real games missed
+    // What the load filled in or repaired that a coach should know about.
+    std::vector<std::string> notes;
+
+    // The records as they were read, to tell whether the load changed them.
+    TeamRecord teamAsRead{};
+    GamePlanRecord planAsRead{};
+    BySlot<PlayerRecord> rosterAsRead{};
+
+    [[nodiscard]] bool onTeam(int slot) const {
+        const PlayerRecord& p = GameRoster[static_cast<std::size_t>(slot)];
+        return TeamId != 0 && p.PlayerId > 0 && p.TeamId == TeamId;
+    }
+    [[nodiscard]] PlayerRecord& player(int slot) { return GameRoster[static_cast<std::size_t>(slot)]; }
+    [[nodiscard]] const PlayerRecord& player(int slot) const { return GameRoster[static_cast<std::size_t>(slot)]; }
+    [[nodiscard]] const SetRates& rate(RateSet set, int slot) const {
+        return rates[static_cast<std::size_t>(slot)][set];
+    }
+};
+
+// What a team load reads besides the team's own records.
+struct LeagueContext {
+    std::filesystem::path leagueDir;
+    RulesRecord rules{};
+    const EraTable* era = nullptr;       // required
+    const Schedule* schedule = nullptr;  // null: the league has no schedule
+};
+
+class GameSession {
+public:
+    explicit GameSession(LeagueContext league, GeneralManagerHooks* generalManager = nullptr);
+    // A session on the open league of a started program run.
+    static GameSession forSession(const Session& session, GeneralManagerHooks* generalManager = nullptr);
+
+    // Set by the caller before a game's loads.
+    bool GameActive = false;
+    char GameType = 'L';  // 'L' league, 'E' exhibition
+    bool PlayoffGame = false;
+    int GameMonth = 0;  // season month of the game or the league day
+    int GameDay = 0;
+
+    // Loads `team` at `side`. A team number outside 1 to 288 changes nothing.
+    // Throws FileError when a league file can't be read.
+    void HkLoadTeam(int side, int team, Random& rng);
+
+    // Sets up a game between two teams on a date (calendar month) and loads
+    // both sides, visitor first.
+    void loadGame(int visitor, int home, int calendarMonth, int day, Random& rng);
+
+    // Writes the side's team record, game plan and players back. Outside a
+    // game the live line tables are first copied into the players' stored
+    // roles. Rows of players who now belong to another team aren't written:
+    // that team's load owns them.
+    void SaveTeam(int side);
+
+    // True when saving the side would change its files in more than what
+    // every load changes (the count of loads, GamesSinceReset, and the form
+    // of a player without a replay game, drawn anew each time): a stamp
+    // fired, a bad value was reset, or lines and depth charts were filled in.
+    [[nodiscard]] bool loadChangedRecords(int side) const;
+
+    [[nodiscard]] SideTables& side(int s) { return sides_.at(static_cast<std::size_t>(s)); }
+    [[nodiscard]] const SideTables& side(int s) const { return sides_.at(static_cast<std::size_t>(s)); }
+    [[nodiscard]] int TeamIdOfSide(int s) const { return side(s).TeamId; }
+    [[nodiscard]] const LeagueContext& league() const { return league_; }
+
+    // Makes the side's depth charts and lines anew from its roster, as a new
+    // game plan gets them (for a team whose ratings have just been made, or
+    // the league tools' "default lines"). Returns the notes of what had to be
+    // filled in; SaveTeam keeps the result.
+    std::vector<std::string> remakeDepthAndLines(int side);
+
+    // The team as the lineup tools see it: candidates are the slots on the
+    // team (in a game: those fit to play).
+    [[nodiscard]] LineupTeam lineupTeam(int side);
+    // The era row of a year, the year `fallback` standing in outside the table.
+    [[nodiscard]] const EraRecord& eraRow(int year, int fallback) const;
+
+private:
+    struct LeagueScan {
+        bool done = false;
+        int realFights = 0;   // real fights of all players on teams
+        int players2020 = 0;  // players of 2020 with more than 56 real games
+    };
+
+    void scanSchedule(SideTables& s);
+    void setLeagueDay(const SideTables& s);
+    void readTeam(SideTables& s);
+    void readPlan(SideTables& s);
+    void repairRoster(SideTables& s);
+    void readPlayers(int side, Random& rng);
+    void leagueFixes(SideTables& s);
+    void randomAbsences(SideTables& s, Random& rng);
+    void capsAndLines(SideTables& s);
+    void computeRates(SideTables& s, Random& rng);
+    void firstTimePlan(SideTables& s);
+    void remainingStamps(SideTables& s);
+    void availability(SideTables& s);
+    void coach(int side);
+    void enforcers(SideTables& s);
+    void lastFixes(SideTables& s);
+    void completeLineup(int side);
+    void noteUnrated(int side);
+
+    [[nodiscard]] RateContext rateContext(const SideTables& s, const PlayerRecord& p) const;
+    [[nodiscard]] int eraGamesOf(int year) const;
+    const LeagueScan& leagueScan();
+    [[nodiscard]] bool collegeTeam(const SideTables& s) const { return s.team.TeamType.str() == "C"; }
+
+    LeagueContext league_;
+    GeneralManagerHooks defaultManager_;
+    GeneralManagerHooks* manager_;
+    std::vector<SideTables> sides_ = std::vector<SideTables>(2);  // large: kept off the stack
+    LeagueScan scan_;
+};
+
+// The day after a date of the season (season month, day); the 13th month is
+// the first.
+std::pair<int, int> dayAfter(int seasonMonth, int day);
+
+}  // namespace tallyrink

@@ -1,0 +1,707 @@
+#include "team/lines.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <initializer_list>
+
+#include "team/positions.h"
+
+namespace tallyrink {
+
+namespace {
+
+constexpr std::size_t idx(EvenDepth d) { return static_cast<std::size_t>(d); }
+constexpr std::size_t idx(KillDepth d) { return static_cast<std::size_t>(d); }
+
+const StatLine& realOf(const PlayerRecord& p) { return statLine(p, StatLineIndex::Real); }
+
+}  // namespace
+
+// ---- Line tables ------------------------------------------------------------
+
+int LineTables::holderOf(int line, ForwardRole r) const {
+    for (int s = 0; s < kRosterSlots; ++s)
+        if (lineRole(line, s) == r) return s;
+    return -1;
+}
+
+int LineTables::holderOf(int line, PairRole r) const {
+    for (int s = 0; s < kRosterSlots; ++s)
+        if (pairRole(line, s) == r) return s;
+    return -1;
+}
+
+bool LineTables::lineUsed(int line) const {
+    for (int s = 0; s < kRosterSlots; ++s)
+        if (onLine(line, s)) return true;
+    return false;
+}
+
+void LineTables::clearSlot(int slot) {
+    for (auto& set : LineRoleLive) set[static_cast<std::size_t>(slot)] = 0;
+    for (auto& set : LineFlagLive) set[static_cast<std::size_t>(slot)] = 0;
+}
+
+void loadStoredLines(const PlayerRecord& p, int slot, LineTables& lines) {
+    auto keep = [](std::uint8_t role) -> std::uint8_t { return role > 3 ? 0 : role; };
+    for (int line = 1; line <= kStoredLineSets; ++line) {
+        auto i = static_cast<std::size_t>(line - 1);
+        lines.LineRoleLive[i][static_cast<std::size_t>(slot)] = keep(p.LineRoleStored[i]);
+        lines.LineFlagLive[i][static_cast<std::size_t>(slot)] = keep(p.LineFlagStored[i]);
+    }
+    for (std::size_t k = 0; k < 2; ++k) {
+        lines.LineRoleLive[kStoredLineSets + k][static_cast<std::size_t>(slot)] = keep(p.ExtraLineRole[k]);
+        lines.LineFlagLive[kStoredLineSets + k][static_cast<std::size_t>(slot)] = keep(p.ExtraLineFlag[k]);
+    }
+}
+
+void storeLiveLines(const LineTables& lines, int slot, PlayerRecord& p) {
+    for (int line = 1; line <= kStoredLineSets; ++line) {
+        auto i = static_cast<std::size_t>(line - 1);
+        p.LineRoleStored[i] = lines.LineRoleLive[i][static_cast<std::size_t>(slot)];
+        p.LineFlagStored[i] = lines.LineFlagLive[i][static_cast<std::size_t>(slot)];
+    }
+    for (std::size_t k = 0; k < 2; ++k) {
+        p.ExtraLineRole[k] = lines.LineRoleLive[kStoredLineSets + k][static_cast<std::size_t>(slot)];
+        p.ExtraLineFlag[k] = lines.LineFlagLive[kStoredLineSets + k][static_cast<std::size_t>(slot)];
+    }
+}
+
+// ---- Situations -------------------------------------------------------------
+
+LineRange situationLines(int own, int opponent) {
+    own = std::clamp(own, 3, 5);
+    opponent = std::clamp(opponent, 3, 5);
+    if (own == 5) return opponent == 5 ? LineRange{1, 6} : LineRange{7, 10};
+    if (own == 4) {
+        if (opponent == 5) return {11, 14};
+        if (opponent == 3) return {17, 19};
+        return {20, 21};
+    }
+    return opponent == 3 ? LineRange{22, 23} : LineRange{15, 16};
+}
+
+DepthKind depthKindOf(int own, int opponent) {
+    if (own > opponent) return DepthKind::PowerPlay;
+    if (own < opponent) return DepthKind::PenaltyKill;
+    return DepthKind::Even;
+}
+
+int fallbackLine(int line) {
+    if (line == 5 || line == 6) return line - 4;
+    if (line == 9 || line == 10) return line - 2;
+    if (line == 13 || line == 14) return line - 2;
+    if (line == 15 || line == 16) return line - 4;
+    if (line >= 17 && line <= 19) return line == 18 ? 8 : 7;
+    if (line == 20 || line == 21) return line - 19;
+    if (line == 22 || line == 23) return line - 2;
+    if (line >= 24 && line <= kLineSets) return 1;
+    return 0;
+}
+
+std::string lineCaption(int line) {
+    if (line >= 1 && line <= 6) return fmt::format("Even-strength line {}", line);
+    if (line >= 7 && line <= 10) return fmt::format("Power play unit {}", line - 6);
+    if (line >= 11 && line <= 14) return fmt::format("Penalty kill unit {}", line - 10);
+    if (line == 15 || line == 16) return fmt::format("3-on-5 unit {}", line - 14);
+    if (line >= 17 && line <= 19) return fmt::format("4-on-3 unit {}", line - 16);
+    if (line == 20 || line == 21) return fmt::format("4-on-4 unit {}", line - 19);
+    if (line == 22 || line == 23) return fmt::format("3-on-3 unit {}", line - 21);
+    return fmt::format("Line set {}", line);
+}
+
+// ---- Ratings the fills read -------------------------------------------------
+
+LineupRatings lineupRatings(const PlayerRecord& p, double averageMinutes, double eraSavePct) {
+    LineupRatings r{double(p.RatingOffense), double(p.RatingDefense),     double(p.RatingPenaltyKill),
+                    double(p.RatingGoalie),  double(p.RatingPenaltyShot), false};
+    const StatLine& real = realOf(p);
+    if (isGoalie(p)) {
+        if (p.RatingGoalie > 0) return r;
+        r.standIn = true;
+        // A goalie at the era's save percentage rates 6.5, a point of
+        // save percentage being worth a whole point of rating. His record
+        // is drawn toward a backup's figure by 500 shots, so a few good
+        // games don't make him the starter.
+        double faced = double(real.Saves) + real.GoalsAllowed;
+        double pct = (real.Saves + 500 * (eraSavePct - 0.5) / 100) / (faced + 500) * 100;
+        r.goalie = std::clamp(65 + (pct - eraSavePct) * 10, 15.0, 100.0);
+        return r;
+    }
+    if (p.RatingOffense > 0 || p.RatingDefense > 0) return r;
+    r.standIn = true;
+    // Scoring rate for offence, and the coach's trust (ice time) for
+    // defence, on the scales of the stored ratings: a first-line forward
+    // near 8, a depth player near 4. A short record is drawn toward an
+    // ordinary player's rate by 15 hours of it, so ten good games don't
+    // make a star.
+    bool defense = isDefenseman(p);
+    double hours = real.GP * averageMinutes / 60;
+    double points60 = (real.Goals + real.Assists + 15 * (defense ? 0.7 : 1.2)) / (hours + 15);
+    double goals60 = (real.Goals + 15 * (defense ? 0.15 : 0.5)) / (hours + 15);
+    r.offense = 10 * std::clamp(2 + 2.5 * points60, 0.5, 10.0);
+    r.defense = 10 * std::clamp(2 + (averageMinutes - 10) / 3, 2.0, 10.0);
+    if (p.RatingPenaltyKill == 0 && real.ToiSH > 0) {
+        double k = real.ToiSH / 60.0;
+        r.penaltyKill = k < 5 ? 0 : k > 0.7 * real.GP + 5 ? 2 : 1;
+    }
+    if (p.RatingPenaltyShot == 0) r.penaltyShot = std::clamp(std::round(2 + 4 * goals60), 1.0, 10.0);
+    return r;
+}
+
+// ---- Depth charts -----------------------------------------------------------
+
+namespace {
+
+// Even a player with few minutes and few games stays a candidate: the
+// corrections order the chart, they don't take a man off it.
+constexpr double kUsageFloor = 0.02;
+
+// Under 18 minutes a game a score loses 8% a minute, under 30 games 1% a game.
+double usageFactor(const LineupTeam& t, int slot) {
+    double f = 1;
+    double minutes = t.minutes[static_cast<std::size_t>(slot)];
+    int gp = realOf(t.player(slot)).GP;
+    if (minutes < 18) f *= 1 - (18 - minutes) * 0.08;
+    if (gp < 30) f *= 1 - (30 - gp) * 0.01;
+    return std::max(f, kUsageFloor);
+}
+
+double drawsPer60(const LineupTeam& t, int slot) {
+    const StatLine& real = realOf(t.player(slot));
+    double minutes = real.GP * t.minutes[static_cast<std::size_t>(slot)];
+    return minutes > 0 ? (real.FaceoffsWon + real.FaceoffsLost) / minutes * 60 : 0;
+}
+
+bool teamHasDraws(const LineupTeam& t) {
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!t.candidate[static_cast<std::size_t>(s)]) continue;
+        const StatLine& real = realOf(t.player(s));
+        if (real.FaceoffsWon + real.FaceoffsLost > 0) return true;
+    }
+    return false;
+}
+
+// How much a centre's score counts by the draws he takes: a man flagged only
+// at centre is a centre whatever his draws; a winger who can play centre
+// and takes few draws ranks behind the real centres. Without any draw data
+// (older seasons, a team never given them) the draws say nothing.
+double centerFactor(const LineupTeam& t, int slot, bool draws) {
+    const PlayerRecord& p = t.player(slot);
+    if (!hasFlag(p, Flag::LeftWing) && !hasFlag(p, Flag::RightWing)) return 1.1;
+    double q = drawsPer60(t, slot);
+    if (q == 0 && (!draws || p.PlayerYear < 1998)) return 1;
+    if (q <= 5) return 0.3;
+    if (q <= 12) return 0.5;
+    if (q <= 20) return 0.7;
+    return 1;
+}
+
+std::string lcFirst(std::string text) {
+    if (!text.empty()) text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+    return text;
+}
+
+// The side a player asked to play (PreferredSide: 1 left, 2 right) holds
+// him off the other side's places; 0 plays either.
+bool wrongHand(const PlayerRecord& p, bool leftSide) { return leftSide ? p.PreferredSide == 2 : p.PreferredSide == 1; }
+
+template <class Score, class Field>
+void rankChart(LineupTeam& t, int top, int bottom, Score score, Field field) {
+    for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
+    BySlot<bool> ranked{};
+    BySlot<double> scores{};
+    for (int s = 0; s < kRosterSlots; ++s)
+        if (t.candidate[static_cast<std::size_t>(s)]) scores[static_cast<std::size_t>(s)] = score(s);
+    for (int rank = top; rank >= bottom; --rank) {
+        int best = -1;
+        double bestScore = 0;
+        for (int s = 0; s < kRosterSlots; ++s) {
+            auto i = static_cast<std::size_t>(s);
+            if (!t.candidate[i] || ranked[i]) continue;
+            if (scores[i] > bestScore) {
+                best = s;
+                bestScore = scores[i];
+            }
+        }
+        if (best < 0) return;
+        ranked[static_cast<std::size_t>(best)] = true;
+        field(t.player(best)) = static_cast<std::uint8_t>(rank);
+    }
+}
+
+double centerDepthScore(const LineupTeam& t, int slot, bool draws) {
+    const PlayerRecord& p = t.player(slot);
+    if (isGoalie(p) || !hasFlag(p, Flag::Center)) return 0;
+    const auto& r = t.ratings[static_cast<std::size_t>(slot)];
+    double score = 1000 + r.defense / 30 + r.offense / 7 + 100000;
+    return score * centerFactor(t, slot, draws) * usageFactor(t, slot);
+}
+
+// Defensemen aren't ranked at wing: the line fill never takes them there,
+// and a rank they held would be one a forward lacks.
+double wingDepthScore(const LineupTeam& t, int slot, bool left) {
+    const PlayerRecord& p = t.player(slot);
+    if (!isForward(p)) return 0;
+    const auto& r = t.ratings[static_cast<std::size_t>(slot)];
+    double score = 1000 + r.defense / 30 + r.offense / 10;
+    if (hasFlag(p, left ? Flag::LeftWing : Flag::RightWing))
+        score += 100000;
+    else
+        score *= 0.9;
+    if (wrongHand(p, left)) score *= 0.1;
+    return score * usageFactor(t, slot);
+}
+
+// Even-strength minutes a game as a whole number.
+int evenMinutesOf(const PlayerRecord& p) {
+    const StatLine& real = realOf(p);
+    if (real.GP == 0) return 0;
+    return static_cast<int>((real.Toi - real.ToiPP - real.ToiSH) / 60.0 / real.GP);
+}
+
+bool anyoneHas(const LineupTeam& t, std::int32_t StatLine::*field) {
+    for (int s = 0; s < kRosterSlots; ++s)
+        if (t.candidate[static_cast<std::size_t>(s)] && realOf(t.player(s)).*field > 0) return true;
+    return false;
+}
+
+// The share of his even-strength time a player also got on the power play
+// (or the kill): a team's own use of a player counts for more than ratings.
+double specialTeamsFactor(const PlayerRecord& p, std::int32_t StatLine::*field, bool teamHasTime, int evenFloor,
+                          std::initializer_list<std::pair<double, double>> steps) {
+    int even = evenMinutesOf(p);
+    if (!teamHasTime || even <= evenFloor) return 1;
+    const StatLine& real = realOf(p);
+    double share = (real.*field / 60.0) / ((real.GP + 0.1) * even);
+    for (auto [limit, factor] : steps)
+        if (share < limit) return factor;
+    return 1;
+}
+
+// The first step holds a share of exactly 0 only.
+double powerPlayFactor(const PlayerRecord& p, bool teamHasTime) {
+    return specialTeamsFactor(p, &StatLine::ToiPP, teamHasTime, 5,
+                              {{1e-12, 0.01}, {0.1, 0.05}, {0.2, 0.3}, {0.3, 0.5}});
+}
+
+double killFactor(const PlayerRecord& p, bool teamHasTime) {
+    return specialTeamsFactor(p, &StatLine::ToiSH, teamHasTime, 4, {{0.05, 0.3}, {0.15, 0.5}, {0.25, 0.7}});
+}
+
+}  // namespace
+
+void clearDepth(PlayerRecord& p) {
+    p.DepthEven = {};
+    p.DepthPowerPlay = {};
+    p.DepthPenaltyKill = {};
+    p.DepthGoalie = 0;
+    p.DepthExtraAttacker = 0;
+    p.DepthShootout = 0;
+}
+
+bool depthChartEmpty(const LineupTeam& t) {
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!t.candidate[static_cast<std::size_t>(s)]) continue;
+        const PlayerRecord& p = t.player(s);
+        if (p.DepthGoalie > 0) return false;
+        for (auto d : p.DepthEven)
+            if (d > 0) return false;
+    }
+    return true;
+}
+
+void FillForwardDepth(LineupTeam& t) {
+    bool draws = teamHasDraws(t);
+    rankChart(
+        t, 10, 1, [&](int s) { return centerDepthScore(t, s, draws); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; });
+    rankChart(
+        t, 10, 1, [&](int s) { return wingDepthScore(t, s, true); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; });
+    rankChart(
+        t, 10, 1, [&](int s) { return wingDepthScore(t, s, false); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; });
+}
+
+void FillDefenseDepth(LineupTeam& t) {
+    rankChart(
+        t, 10, 1,
+        [&](int s) {
+            if (!isDefenseman(t.player(s))) return 0.0;
+            const auto& r = t.ratings[static_cast<std::size_t>(s)];
+            return (10 + (r.offense / 2 + r.defense) * 10) * usageFactor(t, s);
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Defense)]; });
+}
+
+void FillGoalieDepth(LineupTeam& t) {
+    rankChart(
+        t, 10, 1,
+        [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (!isGoalie(p)) return 0.0;
+            double score = t.ratings[static_cast<std::size_t>(s)].goalie * 100 + realOf(p).Toi / 1000.0 + 10000;
+            return score * usageFactor(t, s);
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthGoalie; });
+}
+
+void FillPowerPlayDepth(LineupTeam& t) {
+    bool draws = teamHasDraws(t);
+    bool ppTime = anyoneHas(t, &StatLine::ToiPP);
+    auto forwardScore = [&](int s, Flag position) {
+        const PlayerRecord& p = t.player(s);
+        if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
+        double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
+        if (position == Flag::Center && hasFlag(p, Flag::Center)) score *= centerFactor(t, s, draws);
+        score *= powerPlayFactor(p, ppTime);
+        if (!hasFlag(p, position) && realOf(p).ToiPP < 150) score *= 0.7;
+        return score * usageFactor(t, s);
+    };
+    rankChart(
+        t, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Center)]; });
+    rankChart(
+        t, 10, 1, [&](int s) { return forwardScore(s, Flag::LeftWing); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::LeftWing)]; });
+    rankChart(
+        t, 10, 1, [&](int s) { return forwardScore(s, Flag::RightWing); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::RightWing)]; });
+    // The point men: the same offence score among the defencemen.
+    rankChart(
+        t, 10, 1,
+        [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (!isDefenseman(p)) return 0.0;
+            double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
+            return score * powerPlayFactor(p, ppTime) * usageFactor(t, s);
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; });
+}
+
+void FillPenaltyKillDepth(LineupTeam& t) {
+    bool shTime = anyoneHas(t, &StatLine::ToiSH);
+    auto forwardScore = [&](int s) {
+        const PlayerRecord& p = t.player(s);
+        if (isGoalie(p) || !hasForwardFlag(p)) return 0.0;
+        const auto& r = t.ratings[static_cast<std::size_t>(s)];
+        double score = (100 + r.penaltyKill * 1000 + r.offense / 5.5 + r.defense) * 10 + 10000;
+        if (hasFlag(p, Flag::Center) && !hasFlag(p, Flag::LeftWing) && !hasFlag(p, Flag::RightWing)) score *= 1.1;
+        return score * killFactor(p, shTime) * usageFactor(t, s);
+    };
+    auto defenseScore = [&](int s) {
+        const PlayerRecord& p = t.player(s);
+        if (!isDefenseman(p)) return 0.0;
+        const auto& r = t.ratings[static_cast<std::size_t>(s)];
+        const StatLine& real = realOf(p);
+        double use = real.GP > 0 ? real.ToiSH / 60.0 / real.GP : 0;  // short-handed minutes a game
+        double score = (100 + (r.penaltyKill * 3 + use) * 100 + r.offense / 5.5 + r.defense) * 10 + 10000;
+        return score * killFactor(p, shTime) * usageFactor(t, s);
+    };
+    rankChart(t, 10, 1, forwardScore,
+              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; });
+    rankChart(t, 10, 1, forwardScore,
+              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardRight)]; });
+    rankChart(t, 10, 1, defenseScore,
+              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; });
+}
+
+void HkAutofillDepth(LineupTeam& t) {
+    FillForwardDepth(t);
+    FillDefenseDepth(t);
+    FillGoalieDepth(t);
+    FillPowerPlayDepth(t);
+    FillPenaltyKillDepth(t);
+}
+
+// ---- Lines --------------------------------------------------------------------
+
+namespace {
+
+std::size_t depthIndexOf(ForwardRole r) {
+    switch (r) {
+        case ForwardRole::LeftWing:
+            return idx(EvenDepth::LeftWing);
+        case ForwardRole::RightWing:
+            return idx(EvenDepth::RightWing);
+        default:
+            return idx(EvenDepth::Center);
+    }
+}
+
+Flag flagOf(ForwardRole r) {
+    switch (r) {
+        case ForwardRole::LeftWing:
+            return Flag::LeftWing;
+        case ForwardRole::RightWing:
+            return Flag::RightWing;
+        default:
+            return Flag::Center;
+    }
+}
+
+bool onAnyLine(const LineTables& lines, int first, int last, int slot, int except = 0) {
+    for (int line = first; line <= last; ++line)
+        if (line != except && lines.onLine(line, slot)) return true;
+    return false;
+}
+
+bool onAnyPair(const LineTables& lines, int first, int last, int slot, int except = 0) {
+    for (int line = first; line <= last; ++line)
+        if (line != except && lines.pairRole(line, slot) != PairRole::None) return true;
+    return false;
+}
+
+// The best candidate without a role on the line; -1 when no score is above 0.
+template <class Score>
+int bestFor(const LineupTeam& t, int line, Score score) {
+    int best = -1;
+    double bestScore = 0;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!t.candidate[static_cast<std::size_t>(s)] || t.lines->onLine(line, s)) continue;
+        double v = score(s);
+        if (v > bestScore) {
+            best = s;
+            bestScore = v;
+        }
+    }
+    return best;
+}
+
+double evenForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
+    const PlayerRecord& p = t.player(slot);
+    if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0;
+    if (role == ForwardRole::Center && !hasFlag(p, Flag::Center)) return 0;
+    if (onAnyLine(*t.lines, 1, 4, slot)) return 0;
+    double score = (hasFlag(p, flagOf(role)) ? 100 : 0) + 1000.0 * p.DepthEven[depthIndexOf(role)];
+    if (role != ForwardRole::Center && wrongHand(p, role == ForwardRole::LeftWing)) score *= 0.1;
+    return score;
+}
+
+double powerPlayForwardScore(const LineupTeam& t, int slot, int line, ForwardRole role) {
+    const PlayerRecord& p = t.player(slot);
+    if (isGoalie(p)) return 0;
+    if (role == ForwardRole::Center && !hasFlag(p, Flag::Center)) return 0;
+    if (onAnyLine(*t.lines, 7, 10, slot, line)) return 0;
+    double score = t.ratings[static_cast<std::size_t>(slot)].offense / 10 + 100;
+    if (hasFlag(p, flagOf(role))) score += 100;
+    score += 1000.0 * p.DepthPowerPlay[depthIndexOf(role)];
+    if (hasForwardFlag(p)) score += 100;
+    if (role != ForwardRole::Center && wrongHand(p, role == ForwardRole::LeftWing)) score *= 0.1;
+    return score;
+}
+
+double killForwardScore(const LineupTeam& t, int slot, int line, ForwardRole role) {
+    const PlayerRecord& p = t.player(slot);
+    if (isGoalie(p)) return 0;
+    if (onAnyLine(*t.lines, 11, 14, slot, line)) return 0;
+    const auto& r = t.ratings[static_cast<std::size_t>(slot)];
+    auto side = role == ForwardRole::LeftWing ? KillDepth::ForwardLeft : KillDepth::ForwardRight;
+    double score = r.penaltyKill * 100 + (hasForwardFlag(p) ? 100 : 0) + 1000.0 * p.DepthPenaltyKill[idx(side)];
+    if (r.offense > 70) score *= 0.5;
+    if (r.offense > 90) score *= 0.5;
+    return score;
+}
+
+void fillForwardLine(LineupTeam& t, int line) {
+    bool kill = line >= 11;
+    std::vector<ForwardRole> roles =
+        kill ? std::vector{ForwardRole::LeftWing, ForwardRole::RightWing}
+             : std::vector{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
+    for (ForwardRole role : roles) {
+        if (t.lines->holderOf(line, role) >= 0) continue;
+        int best = bestFor(t, line, [&](int s) {
+            if (line <= 4) return evenForwardScore(t, s, role);
+            if (line <= 10) return powerPlayForwardScore(t, s, line, role);
+            return killForwardScore(t, s, line, role);
+        });
+        if (best >= 0) t.lines->setLineRole(line, best, role);
+    }
+}
+
+double pairScore(const LineupTeam& t, int slot, int line, PairRole role) {
+    const PlayerRecord& p = t.player(slot);
+    if (!isDefenseman(p)) return 0;
+    const auto& r = t.ratings[static_cast<std::size_t>(slot)];
+    if (line <= 4) {
+        if (line >= 2 && onAnyPair(*t.lines, 1, 4, slot)) return 0;
+        double score = 1000.0 * p.DepthEven[idx(EvenDepth::Defense)] + 100;
+        if (wrongHand(p, role == PairRole::Left)) score *= 0.1;
+        return score;
+    }
+    if (line <= 10) {
+        if (onAnyPair(*t.lines, 7, 10, slot, line)) return 0;
+        return r.defense * 90 + 1001.0 * p.DepthPowerPlay[idx(EvenDepth::Defense)] + 10000;
+    }
+    if (onAnyPair(*t.lines, 11, 14, slot, line)) return 0;
+    return r.penaltyKill * 90 + 1001.0 * p.DepthPenaltyKill[idx(KillDepth::Defense)] + 10000;
+}
+
+void fillPair(LineupTeam& t, int line) {
+    for (PairRole role : {PairRole::Left, PairRole::Right}) {
+        if (t.lines->holderOf(line, role) >= 0) continue;
+        int best = bestFor(t, line, [&](int s) { return pairScore(t, s, line, role); });
+        if (best >= 0) t.lines->setPairRole(line, best, role);
+    }
+}
+
+constexpr std::array kFilledLines = {1, 2, 3, 4, 7, 8, 11, 12};
+
+}  // namespace
+
+void FillForwards(LineupTeam& t) {
+    for (int line : kFilledLines) fillForwardLine(t, line);
+}
+
+void FillDefense(LineupTeam& t) {
+    for (int line : kFilledLines) fillPair(t, line);
+}
+
+void FillExtraAttacker(LineupTeam& t) {
+    rankChart(
+        t, 15, 9,
+        [&](int s) { return isGoalie(t.player(s)) ? 0.0 : t.ratings[static_cast<std::size_t>(s)].offense * 10; },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthExtraAttacker; });
+}
+
+void FillShootout(LineupTeam& t) {
+    rankChart(
+        t, 15, 9,
+        [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (isGoalie(p)) return 0.0;
+            const auto& r = t.ratings[static_cast<std::size_t>(s)];
+            return r.penaltyShot * 1000 + r.offense * 10 + realOf(p).Goals;
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthShootout; });
+}
+
+void HkAutofillLines(LineupTeam& t) {
+    FillForwards(t);
+    FillDefense(t);
+    FillExtraAttacker(t);
+    FillShootout(t);
+}
+
+// ---- Completing short lines -----------------------------------------------------
+
+namespace {
+
+struct Need {
+    int line;
+    ForwardRole forward;  // None for a defence role
+    PairRole pair;
+};
+
+std::vector<Need> neededRoles() {
+    std::vector<Need> needs;
+    auto forwards = [&](int line, bool center) {
+        if (center) needs.push_back({line, ForwardRole::Center, PairRole::None});
+        needs.push_back({line, ForwardRole::LeftWing, PairRole::None});
+        needs.push_back({line, ForwardRole::RightWing, PairRole::None});
+    };
+    auto pair = [&](int line) {
+        needs.push_back({line, ForwardRole::None, PairRole::Left});
+        needs.push_back({line, ForwardRole::None, PairRole::Right});
+    };
+    for (int line = 1; line <= 4; ++line) forwards(line, true);
+    for (int line = 1; line <= 3; ++line) pair(line);
+    for (int line : {7, 8}) {
+        forwards(line, true);
+        pair(line);
+    }
+    for (int line : {11, 12}) {
+        forwards(line, false);
+        pair(line);
+    }
+    return needs;
+}
+
+LineRange groupOf(int line) {
+    if (line <= 6) return {1, 6};
+    if (line <= 10) return {7, 10};
+    return {11, 14};
+}
+
+std::uint8_t depthFor(const PlayerRecord& p, const Need& n) {
+    bool pp = n.line >= 7 && n.line <= 10;
+    bool kill = n.line >= 11;
+    if (n.forward != ForwardRole::None) {
+        if (kill)
+            return p.DepthPenaltyKill[idx(n.forward == ForwardRole::LeftWing ? KillDepth::ForwardLeft
+                                                                             : KillDepth::ForwardRight)];
+        return pp ? p.DepthPowerPlay[depthIndexOf(n.forward)] : p.DepthEven[depthIndexOf(n.forward)];
+    }
+    if (kill) return p.DepthPenaltyKill[idx(KillDepth::Defense)];
+    return pp ? p.DepthPowerPlay[idx(EvenDepth::Defense)] : p.DepthEven[idx(EvenDepth::Defense)];
+}
+
+std::string roleName(const Need& n) {
+    switch (n.forward) {
+        case ForwardRole::LeftWing:
+            return "left wing";
+        case ForwardRole::Center:
+            return "center";
+        case ForwardRole::RightWing:
+            return "right wing";
+        case ForwardRole::None:
+            break;
+    }
+    return n.pair == PairRole::Left ? "left defense" : "right defense";
+}
+
+std::string needCaption(const Need& n) {
+    if (n.line <= 6 && n.forward == ForwardRole::None) return fmt::format("Even-strength pair {}", n.line);
+    return lineCaption(n.line);
+}
+
+int otherLineOf(const LineTables& lines, int slot, LineRange group, int except) {
+    for (int line = group.first; line <= group.last; ++line)
+        if (line != except && lines.onLine(line, slot)) return line;
+    return 0;
+}
+
+}  // namespace
+
+std::vector<std::string> completeLines(LineupTeam& t, const BySlot<std::string>& nameOf) {
+    std::vector<std::string> notes;
+    for (const Need& n : neededRoles()) {
+        bool forwardRole = n.forward != ForwardRole::None;
+        int holder = forwardRole ? t.lines->holderOf(n.line, n.forward) : t.lines->holderOf(n.line, n.pair);
+        if (holder >= 0) continue;
+        LineRange group = groupOf(n.line);
+        int best = bestFor(t, n.line, [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (isGoalie(p)) return 0.0;
+            const auto& r = t.ratings[static_cast<std::size_t>(s)];
+            bool rightKind = forwardRole ? isForward(p) : isDefenseman(p);
+            double score = 1 + r.offense / 10 + r.defense / 10 + t.minutes[static_cast<std::size_t>(s)];
+            score += 1000.0 * depthFor(p, n);
+            if (forwardRole && hasFlag(p, flagOf(n.forward))) score += 20000;
+            if (rightKind) score += 100000;
+            if (otherLineOf(*t.lines, s, group, n.line) == 0) score += 1000000;
+            return score;
+        });
+        if (best < 0) continue;
+        const PlayerRecord& p = t.player(best);
+        std::string why;
+        if (int other = otherLineOf(*t.lines, best, group, n.line); other > 0)
+            why = fmt::format(", also on {}", lcFirst(needCaption({other, n.forward, n.pair})));
+        if (forwardRole && !isForward(p)) why = ", a defenseman" + why;
+        if (!forwardRole && !isDefenseman(p)) why = ", a forward" + why;
+        if (forwardRole)
+            t.lines->setLineRole(n.line, best, n.forward);
+        else
+            t.lines->setPairRole(n.line, best, n.pair);
+        notes.push_back(fmt::format("{}, {}: {} fills in{}", needCaption(n), roleName(n),
+                                    nameOf[static_cast<std::size_t>(best)],
+                                    why.empty() ? "" : " (" + why.substr(2) + ")"));
+    }
+    return notes;
+}
+
+}  // namespace tallyrink

@@ -1,0 +1,301 @@
+#include "team/lineup_tools.h"
+
+#include <algorithm>
+
+#include "team/positions.h"
+
+namespace tallyrink {
+
+namespace {
+
+constexpr std::size_t at(IcePos p) { return static_cast<std::size_t>(p); }
+
+bool isForwardPos(IcePos p) { return p == IcePos::LeftWing || p == IcePos::Center || p == IcePos::RightWing; }
+
+std::uint8_t depthAt(const PlayerRecord& p, DepthKind kind, IcePos pos) {
+    auto even = [](IcePos q) {
+        switch (q) {
+            case IcePos::LeftWing:
+                return EvenDepth::LeftWing;
+            case IcePos::RightWing:
+                return EvenDepth::RightWing;
+            case IcePos::Center:
+                return EvenDepth::Center;
+            default:
+                return EvenDepth::Defense;
+        }
+    };
+    auto i = static_cast<std::size_t>(even(pos));
+    switch (kind) {
+        case DepthKind::Even:
+            return p.DepthEven[i];
+        case DepthKind::PowerPlay:
+            return p.DepthPowerPlay[i];
+        case DepthKind::PenaltyKill:
+            if (!isForwardPos(pos)) return p.DepthPenaltyKill[static_cast<std::size_t>(KillDepth::Defense)];
+            return p.DepthPenaltyKill[static_cast<std::size_t>(pos == IcePos::RightWing ? KillDepth::ForwardRight
+                                                                                        : KillDepth::ForwardLeft)];
+    }
+    return 0;
+}
+
+Flag flagAt(IcePos p) {
+    switch (p) {
+        case IcePos::LeftWing:
+            return Flag::LeftWing;
+        case IcePos::Center:
+            return Flag::Center;
+        case IcePos::RightWing:
+            return Flag::RightWing;
+        default:
+            return Flag::Defense;
+    }
+}
+
+bool freeSkater(const LineupTeam& t, const OnIce& ice, int goalie, int slot) {
+    return t.candidate[static_cast<std::size_t>(slot)] && slot != goalie && !ice.holds(slot) &&
+           !isGoalie(t.player(slot));
+}
+
+// The line that gives a place its players: the line asked for when a fit
+// player holds a role of that kind on it, else the first line behind it in
+// the chain of stand-ins that has one; 0 when none has.
+int sourceLine(const LineupTeam& t, int line, bool forwards) {
+    for (int hops = 0; line > 0 && hops < kLineSets; ++hops, line = fallbackLine(line)) {
+        for (int s = 0; s < kRosterSlots; ++s) {
+            if (!t.candidate[static_cast<std::size_t>(s)]) continue;
+            bool role = forwards ? t.lines->lineRole(line, s) != ForwardRole::None
+                                 : t.lines->pairRole(line, s) != PairRole::None;
+            if (role) return line;
+        }
+    }
+    return 0;
+}
+
+// Puts the fit holders of a line's roles on their places; holders whose
+// place isn't wanted in this situation are left for the places still open.
+void placeFromLine(const LineupTeam& t, int line, bool forwards, const std::vector<IcePos>& wanted, int goalie,
+                   IceSource source, IcePlacement& out) {
+    if (line == 0) return;
+    std::vector<int> spare;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!freeSkater(t, out.onIce, goalie, s)) continue;
+        IcePos pos;
+        if (forwards) {
+            ForwardRole r = t.lines->lineRole(line, s);
+            if (r == ForwardRole::None) continue;
+            pos = r == ForwardRole::LeftWing ? IcePos::LeftWing
+                  : r == ForwardRole::Center ? IcePos::Center
+                                             : IcePos::RightWing;
+        } else {
+            PairRole r = t.lines->pairRole(line, s);
+            if (r == PairRole::None) continue;
+            pos = r == PairRole::Left ? IcePos::LeftDefense : IcePos::RightDefense;
+        }
+        bool open = std::find(wanted.begin(), wanted.end(), pos) != wanted.end() && out.onIce[pos] == kNoSlot;
+        if (open) {
+            out.onIce[pos] = s;
+            out.source[at(pos)] = source;
+        } else {
+            spare.push_back(s);
+        }
+    }
+    for (IcePos pos : wanted) {
+        if (out.onIce[pos] != kNoSlot || isForwardPos(pos) != forwards || spare.empty()) continue;
+        out.onIce[pos] = spare.front();
+        out.source[at(pos)] = source;
+        spare.erase(spare.begin());
+    }
+}
+
+// The best fit free skater for a place: a player of the place's kind first,
+// then one flagged for the very place, then by the situation's depth chart,
+// his ratings and his minutes.
+void placeFromBench(const LineupTeam& t, DepthKind kind, const std::vector<IcePos>& wanted, int goalie,
+                    IcePlacement& out) {
+    for (IcePos pos : wanted) {
+        if (out.onIce[pos] != kNoSlot) continue;
+        int best = kNoSlot;
+        double bestScore = 0;
+        for (int s = 0; s < kRosterSlots; ++s) {
+            if (!freeSkater(t, out.onIce, goalie, s)) continue;
+            const PlayerRecord& p = t.player(s);
+            const auto& r = t.ratings[static_cast<std::size_t>(s)];
+            bool rightKind = isForwardPos(pos) ? isForward(p) : isDefenseman(p);
+            double score = 1 + t.minutes[static_cast<std::size_t>(s)] + (r.offense + r.defense) / 10;
+            score += 1000.0 * depthAt(p, kind, pos);
+            if (hasFlag(p, flagAt(pos))) score += 100000;
+            if (rightKind) score += 1000000;
+            if (score > bestScore) {
+                best = s;
+                bestScore = score;
+            }
+        }
+        if (best == kNoSlot) continue;
+        const PlayerRecord& p = t.player(best);
+        bool rightKind = isForwardPos(pos) ? isForward(p) : isDefenseman(p);
+        out.onIce[pos] = best;
+        out.source[at(pos)] = rightKind && depthAt(p, kind, pos) > 0 ? IceSource::DepthChart : IceSource::Bench;
+    }
+}
+
+}  // namespace
+
+bool OnIce::holds(int s) const { return s != kNoSlot && std::find(slot.begin(), slot.end(), s) != slot.end(); }
+
+std::string positionName(IcePos p) {
+    switch (p) {
+        case IcePos::LeftWing:
+            return "Left Wing";
+        case IcePos::Center:
+            return "Center";
+        case IcePos::RightWing:
+            return "Right Wing";
+        case IcePos::LeftDefense:
+            return "Left Defenseman";
+        case IcePos::RightDefense:
+            return "Right Defenseman";
+        case IcePos::GoalieOrExtra:
+            break;
+    }
+    return "Goalie";
+}
+
+BySlot<bool> BuildFitList(const BySlot<PlayerRecord>& roster, int teamId, const BySlot<std::int16_t>& dressedToday,
+                          const BySlot<int>* energy) {
+    BySlot<bool> fit{};
+    for (std::size_t s = 0; s < roster.size(); ++s) {
+        const PlayerRecord& p = roster[s];
+        fit[s] = p.PlayerId > 0 && p.TeamId == teamId && p.InjuryReturnMonth == 0 && p.SuspensionGamesLeft == 0 &&
+                 dressedToday[s] == 0 && p.InactiveFlag != 99 && (energy == nullptr || (*energy)[s] >= 80);
+    }
+    return fit;
+}
+
+std::vector<IcePos> requiredPositions(int skaters, int threeSkaterFormation) {
+    if (skaters >= 5)
+        return {IcePos::LeftWing, IcePos::Center, IcePos::RightWing, IcePos::LeftDefense, IcePos::RightDefense};
+    if (skaters == 4) return {IcePos::LeftWing, IcePos::RightWing, IcePos::LeftDefense, IcePos::RightDefense};
+    if (threeSkaterFormation == 1) return {IcePos::LeftWing, IcePos::RightWing, IcePos::LeftDefense};
+    return {IcePos::Center, IcePos::LeftDefense, IcePos::RightDefense};
+}
+
+int chooseGoalie(const LineupTeam& t, int wanted, bool* emergency) {
+    if (emergency) *emergency = false;
+    auto fit = [&](int s) { return s >= 0 && s < kRosterSlots && t.candidate[static_cast<std::size_t>(s)]; };
+    if (fit(wanted) && isGoalie(t.player(wanted))) return wanted;
+    int best = kNoSlot;
+    int bestDepth = -1;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!fit(s) || !isGoalie(t.player(s))) continue;
+        if (t.player(s).DepthGoalie > bestDepth) {
+            best = s;
+            bestDepth = t.player(s).DepthGoalie;
+        }
+    }
+    if (best != kNoSlot) return best;
+    // No goalie: the skater the team can best spare goes in net.
+    double fewest = 0;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!fit(s)) continue;
+        double m = t.minutes[static_cast<std::size_t>(s)];
+        if (best == kNoSlot || m < fewest) {
+            best = s;
+            fewest = m;
+        }
+    }
+    if (best != kNoSlot && emergency) *emergency = true;
+    return best;
+}
+
+IcePlacement PutLinesOnIce(const LineupTeam& t, const IceRequest& req, Random* rng) {
+    IcePlacement out;
+    bool emergency = false;
+    out.goalie = chooseGoalie(t, req.goalie, &emergency);
+    int own = std::clamp(req.own, 3, 5);
+    std::vector<IcePos> wanted = requiredPositions(own, req.threeSkaterFormation);
+    LineRange range = situationLines(own, req.opponent);
+    int forwardLine = std::min(range.first + std::max(req.unit, 1) - 1, range.last);
+    int pairNumber = req.pair > 0 ? req.pair : req.unit;
+    int pairLine = std::min(range.first + std::max(pairNumber, 1) - 1, range.last);
+
+    int fLine = sourceLine(t, forwardLine, true);
+    int dLine = sourceLine(t, pairLine, false);
+    out.forwardLine = fLine;
+    out.pairLine = dLine;
+    placeFromLine(t, fLine, true, wanted, out.goalie, fLine == forwardLine ? IceSource::Line : IceSource::StandInLine,
+                  out);
+    placeFromLine(t, dLine, false, wanted, out.goalie, dLine == pairLine ? IceSource::Line : IceSource::StandInLine,
+                  out);
+    placeFromBench(t, depthKindOf(own, req.opponent), wanted, out.goalie, out);
+
+    if (req.goaliePulled) {
+        if (FindExtraAttacker(t, out.onIce, out.goalie, rng) != kNoSlot)
+            out.source[at(IcePos::GoalieOrExtra)] = IceSource::ExtraAttacker;
+    } else if (out.goalie != kNoSlot) {
+        out.onIce[IcePos::GoalieOrExtra] = out.goalie;
+        out.source[at(IcePos::GoalieOrExtra)] = emergency ? IceSource::EmergencyGoalie : IceSource::Goalie;
+    }
+    return out;
+}
+
+int FindExtraAttacker(const LineupTeam& t, OnIce& ice, int goalie, Random* rng) {
+    ice[IcePos::GoalieOrExtra] = kNoSlot;
+    int best = kNoSlot;
+    double bestScore = 0;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!freeSkater(t, ice, goalie, s)) continue;
+        const PlayerRecord& p = t.player(s);
+        if (p.NeverUseAsExtraAttacker == 1) continue;
+        double score = p.DepthExtraAttacker * 10.0;
+        if (score > 0 && isForward(p) && rng) score += rng->rand(10);
+        if (score > bestScore) {
+            best = s;
+            bestScore = score;
+        }
+    }
+    if (best == kNoSlot) {
+        for (int s = 0; s < kRosterSlots; ++s) {
+            if (!freeSkater(t, ice, goalie, s) || t.player(s).NeverUseAsExtraAttacker == 1) continue;
+            double score = 1 + t.ratings[static_cast<std::size_t>(s)].offense;
+            if (score > bestScore) {
+                best = s;
+                bestScore = score;
+            }
+        }
+    }
+    ice[IcePos::GoalieOrExtra] = best;
+    return best;
+}
+
+LineupCheck CheckLineup(const OnIce& ice, int skaters, bool goaliePulled, int formation, bool shownOnScreen) {
+    LineupCheck check;
+    for (IcePos pos : requiredPositions(std::clamp(skaters, 3, 5), formation)) {
+        if (ice[pos] == kNoSlot) {
+            check.LineupValid = false;
+            check.fault = positionName(pos);
+            return check;
+        }
+    }
+    if (ice[IcePos::GoalieOrExtra] == kNoSlot) {
+        check.LineupValid = false;
+        check.fault = goaliePulled ? "You are missing an extra attacker!" : "You are missing a goalie!";
+        return check;
+    }
+    if (shownOnScreen) {
+        for (std::size_t a = 0; a < kIcePositions; ++a)
+            for (std::size_t b = a + 1; b < kIcePositions; ++b)
+                if (ice.slot[a] != kNoSlot && ice.slot[a] == ice.slot[b]) {
+                    check.LineupValid = false;
+                    check.fault = "Duplicate Player";
+                    return check;
+                }
+    }
+    return check;
+}
+
+LineupMessage lineupInvalidMessage(const std::string& city, const std::string& fault) {
+    return {city + " Lineup Is Invalid!", city + " lineup is invalid!\n\n" + fault};
+}
+
+}  // namespace tallyrink

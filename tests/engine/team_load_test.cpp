@@ -1,0 +1,539 @@
+#include "engine/team_load.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "engine/record_upgrades.h"
+#include "league/files.h"
+#include "support/league_fixture.h"
+#include "support/temp_dir.h"
+#include "team/positions.h"
+
+namespace tallyrink {
+namespace {
+
+using testing::LeagueFixture;
+using testing::TempDir;
+
+const EraTable& shippedEra() {
+    static const EraTable table = LoadEra(std::filesystem::path(TALLYRINK_SOURCE_DIR) / "data");
+    return table;
+}
+
+GameSession sessionOn(const fs::path& dir, const Schedule* schedule = nullptr, RulesRecord rules = defaultRules(2018)) {
+    return GameSession({dir, rules, &shippedEra(), schedule});
+}
+
+StatLine& real(PlayerRecord& p) { return statLine(p, StatLineIndex::Real); }
+
+// Real lines that look like a season and call for no draws: every skater
+// has shots, and sportsmanship 7 gives a fixed fight rate.
+void giveRealLines(LeagueFixture& lg) {
+    for (int r = 1; r <= lg.playerCount(); ++r) {
+        PlayerRecord& p = lg.player(r);
+        StatLine& s = real(p);
+        s.GP = static_cast<std::uint8_t>(40 + r % 43);
+        p.RatingSportsmanship = 7;
+        if (isGoalie(p)) {
+            s.Toi = s.GP * 3500;
+            s.Saves = static_cast<std::int16_t>(s.GP * 27);
+            s.GoalsAllowed = static_cast<std::int16_t>(s.GP * 3);
+            continue;
+        }
+        s.Goals = static_cast<std::uint8_t>(r % 25);
+        s.Assists = static_cast<std::int16_t>(r % 30 + 3);
+        s.Sog = static_cast<std::int16_t>(s.Goals * 8 + 20);
+        s.Pim = static_cast<std::int16_t>(r % 40);
+        s.Hits = static_cast<std::int16_t>(r * 3 % 120);
+        s.Toi = s.GP * (600 + (r * 37) % 700);
+        s.ToiPP = s.GP * (r % 3) * 60;
+        s.ToiSH = s.GP * (r % 2) * 60;
+        s.FaceoffsWon = static_cast<std::int16_t>(hasFlag(p, Flag::Center) ? 300 + r : 0);
+        s.FaceoffsLost = static_cast<std::int16_t>(hasFlag(p, Flag::Center) ? 280 : 0);
+    }
+}
+
+// Everything of a side the play engine reads, to compare two loads.
+void expectSameTables(const SideTables& a, const SideTables& b, bool sameRecords = true) {
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        auto i = static_cast<std::size_t>(slot);
+        SCOPED_TRACE(slot);
+        for (RateSet set : kRateSets) {
+            const SetRates& x = a.rates[i][set];
+            const SetRates& y = b.rates[i][set];
+            EXPECT_DOUBLE_EQ(x.AverageMinutes, y.AverageMinutes);
+            EXPECT_EQ(x.EvenMinutes, y.EvenMinutes);
+            EXPECT_DOUBLE_EQ(x.GoalsPer60, y.GoalsPer60);
+            EXPECT_DOUBLE_EQ(x.AssistsPer60, y.AssistsPer60);
+            EXPECT_DOUBLE_EQ(x.ShotsPer60, y.ShotsPer60);
+            EXPECT_DOUBLE_EQ(x.NonFightPimPer60, y.NonFightPimPer60);
+            EXPECT_DOUBLE_EQ(x.FightsPer1000, y.FightsPer1000);
+        }
+        EXPECT_DOUBLE_EQ(a.rates[i].ShootingPct, b.rates[i].ShootingPct);
+        EXPECT_DOUBLE_EQ(a.rates[i].ShotStyleFactor, b.rates[i].ShotStyleFactor);
+        EXPECT_EQ(a.ShiftLimit[i], b.ShiftLimit[i]);
+        EXPECT_EQ(a.MaxEnergy[i], b.MaxEnergy[i]);
+        EXPECT_EQ(a.SeasonGamesOfPlayer[i], b.SeasonGamesOfPlayer[i]);
+        EXPECT_EQ(a.DressedToday[i], b.DressedToday[i]);
+        EXPECT_EQ(a.DisplayName[i], b.DisplayName[i]);
+        if (sameRecords) {
+            PlayerRecord p = a.GameRoster[i];
+            p.GamesSinceReset = b.GameRoster[i].GamesSinceReset;
+            EXPECT_EQ(codec::toSlot(p), codec::toSlot(b.GameRoster[i]));
+        }
+    }
+    EXPECT_EQ(a.lines.LineRoleLive, b.lines.LineRoleLive);
+    EXPECT_EQ(a.lines.LineFlagLive, b.lines.LineFlagLive);
+    EXPECT_EQ(a.SeasonGames, b.SeasonGames);
+}
+
+TEST(TeamLoad, SecondLoadGivesWhatTheFirstGave) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 22, .gamesPlayed = 10});
+    giveRealLines(lg);
+    lg.write(dir.path());
+
+    // The first load upgrades every record and makes lines and depth
+    // charts for the new plan; what it saves must load to the same tables.
+    GameSession first = sessionOn(dir.path());
+    Random a(5);
+    first.HkLoadTeam(kVisitor, 1, a);
+    EXPECT_TRUE(first.loadChangedRecords(kVisitor));
+    first.SaveTeam(kVisitor);
+    EXPECT_FALSE(first.loadChangedRecords(kVisitor));
+
+    GameSession second = sessionOn(dir.path());
+    Random b(99);  // other draws: nothing here depends on them
+    second.HkLoadTeam(kVisitor, 1, b);
+    EXPECT_FALSE(second.loadChangedRecords(kVisitor));
+    expectSameTables(first.side(kVisitor), second.side(kVisitor));
+    for (int slot = 0; slot < 22; ++slot)
+        EXPECT_EQ(second.side(kVisitor).player(slot).GamesSinceReset,
+                  first.side(kVisitor).player(slot).GamesSinceReset + 1);
+
+    // Remade from the roster, the charts come out as the first load made them.
+    SideTables& made = second.side(kVisitor);
+    auto lines = made.lines;
+    auto roster = made.GameRoster;
+    made.lines.clear();
+    for (auto& p : made.GameRoster) p.DepthEven = {};
+    second.remakeDepthAndLines(kVisitor);
+    EXPECT_EQ(made.lines.LineRoleLive, lines.LineRoleLive);
+    EXPECT_EQ(made.lines.LineFlagLive, lines.LineFlagLive);
+    for (std::size_t i = 0; i < roster.size(); ++i) EXPECT_EQ(made.GameRoster[i].DepthEven, roster[i].DepthEven);
+
+    // Loading without a save in between changes nothing on disk.
+    auto before = readBytes(dir / "HKPLAYER");
+    GameSession third = sessionOn(dir.path());
+    Random c(99);
+    third.HkLoadTeam(kVisitor, 1, c);
+    expectSameTables(second.side(kVisitor), third.side(kVisitor));
+    EXPECT_EQ(readBytes(dir / "HKPLAYER"), before);
+}
+
+TEST(TeamLoad, AnOldRecordIsUpgradedByEveryStamp) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 1, .playersPerTeam = 20});
+    giveRealLines(lg);
+    TeamRecord& t = lg.team(1);
+    t.City.assign("Toronto");
+    t.Abbrev.assign("T/X");
+    t.Nickname = {};
+    t.LogoFile.assign("logo.gif");
+    t.ForeColor = 0x12345678;
+    t.BackColor = 0x00ABCDEF;
+    t.FightsCount[0] = 500;
+    t.Majors = 12;
+    t.GoalsFiveOnFive[0] = 44;
+    t.Streak = 4;
+    t.CoachShort.assign("Hap Day");
+    t.RealWins = 130;
+    t.Arena.assign("x");
+    PlayerRecord& p = lg.player(9);  // a forward
+    p.ShortName.assign("Ab");
+    p.PlayerYear = 0;
+    p.PhotoFile.assign("face.gif");
+    p.InactiveFlag = 7;
+    p.ConsecutiveGames = 120;
+    p.GamesSinceReset = 150;
+    p.AvailStartMonth = 6;
+    p.AvailStartDay = 31;
+    p.AvailEndMonth = 3;
+    p.AvailEndDay = 31;
+    p.RatingPassing = 12;
+    p.RatingPenaltyShot = 14;
+    p.RatingOffense = 150;
+    p.RatingDefense = 120;
+    p.UsageSogAggressiveness = 5;
+    p.OnIceGoals = {3, 4};
+    p.ShotsBySpot[0][2] = 7;
+    p.PowerPlayShots = {2, 1};
+    p.LastGameGoals = 3;
+    p.LastOpponent.assign("Boston");
+    p.RealMinors = 5;
+    p.ScoringChances = {8, 1};
+    p.PenaltyShotsTaken = 3;
+    p.GamesStarted = 4;
+    p.HiddenSalary = 1000;
+    p.HatTricks = 2;
+    p.InjuryType = 4;
+    p.GoaliePullAfterGoalsAllowed = 9;
+    p.TotalRowTeams.assign("ABC");
+    p.LineRoleStored[19] = 2;                        // line 20
+    p.LineFlagStored[20] = 1;                        // line 21
+    statLine(p, StatLineIndex::Replay).Assists = 6;  // no replay games: cleared
+    lg.write(dir.path());
+
+    GameSession game = sessionOn(dir.path());
+    Random rng(3);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    game.SaveTeam(kVisitor);
+    const SideTables& side = game.side(kVisitor);
+
+    RandomFile teams(dir / "HKTEAMS", 1500);
+    TeamRecord team = readRecord<TeamRecord>(teams, 1);
+    EXPECT_EQ(team.Abbrev.str(), "T");
+    EXPECT_EQ(team.Nickname.str(), "Toronto");
+    EXPECT_EQ(team.LogoFile.str(), "Toronto.jpg");
+    EXPECT_EQ(team.Anthem, 1);
+    EXPECT_EQ(team.AnthemStamp, kAnthemStamp);
+    EXPECT_EQ(team.FightsCount[0], 0);
+    EXPECT_EQ(team.Majors, 0);
+    EXPECT_EQ(team.GoalsFiveOnFive[0], 0);
+    EXPECT_EQ(team.Streak, 0);
+    EXPECT_EQ(team.CoachName.str(), "Hap Day");
+    EXPECT_EQ(team.CoachPhotoFile.str(), "Hap Day.jpg");
+    EXPECT_EQ(team.RoadForeColor, 0x345678);  // road colours follow the home colours, made plain RGB
+    EXPECT_EQ(team.RoadBackColor, 0xABCDEF);
+    EXPECT_EQ(team.TimeZone, 0);
+    EXPECT_EQ(team.RealWins, 0);
+    EXPECT_TRUE(team.Arena.blank());
+    EXPECT_EQ(team.ArenaFile.str(), "Arena.jpg");
+    EXPECT_EQ(team.UniformFile[1].str(), "Uni-Home-Toronto.jpg");
+    for (auto [stamp, value] : {std::pair{team.AkaStamp, kAkaStamp},
+                                {team.ChancesStamp, kTeamChancesStamp},
+                                {team.EmailStamp, kEmailStamp},
+                                {team.CoachNameStamp, kCoachNameStamp},
+                                {team.ColorStamp, kColorStamp},
+                                {team.StreakStamp, kStreakStamp},
+                                {team.GoalTypeStamp, kGoalTypeStamp},
+                                {team.RoadColorStamp, kRoadColorStamp},
+                                {team.ArenaStamp, kArenaStamp},
+                                {team.RealRecordStamp, kRealRecordStamp},
+                                {team.UniformStamp, kTeamUniformStamp},
+                                {team.CoachPhotoStamp, kCoachPhotoStamp},
+                                {team.LogoStamp, kLogoStamp}})
+        EXPECT_EQ(stamp, value);
+
+    GamePlanRecord plan = readRecord<GamePlanRecord>(RandomFile(dir / "HKgameplan", 32000), 1);
+    EXPECT_EQ(plan.GamePlanStamp, kGamePlanStamp);  // the default coach ran
+    EXPECT_EQ(plan.LineUsage, (std::array<std::uint8_t, 4>{6, 5, 4, 3}));
+    EXPECT_EQ(plan.LineCountChoice, 1);
+    EXPECT_EQ(plan.ActivateAdditionalPlayers, 1);
+    EXPECT_EQ(plan.PullTrailingByOne, 80);
+    EXPECT_EQ(plan.DefenseRosterCount, 2);
+    EXPECT_EQ(plan.ZoneEntry, 3);
+    EXPECT_EQ(plan.LineStrategy[0], 4);
+    EXPECT_EQ(plan.LineStrategy[12], 0);  // set 13: a penalty-kill set
+    for (auto [stamp, value] : {std::pair{plan.ZoneLineStamp, kZoneLineStamp},
+                                {plan.LineCountStamp, kLineCountStamp},
+                                {plan.UsageStamp, kUsageStamp},
+                                {plan.DailyPreferenceStamp, kDailyPreferenceStamp},
+                                {plan.ShadowStamp, kShadowStamp},
+                                {plan.UseDailyLinesStamp, kUseDailyLinesStamp},
+                                {plan.ActivateStamp, kActivateStamp},
+                                {plan.PullStamp, kPlanPullStamp},
+                                {plan.DefenseRosterCountStamp, kDefenseRosterCountStamp},
+                                {plan.YankGoalieStamp, kYankGoalieStamp},
+                                {plan.GamePlanTextStamp, kGamePlanTextStamp},
+                                {plan.LineStrategyStamp, kLineStrategyStamp},
+                                {plan.FaceoffOptionStamp, kFaceoffOptionStamp}})
+        EXPECT_EQ(stamp, value);
+
+    PlayerRecord q = readRecord<PlayerRecord>(RandomFile(dir / "HKPLAYER", 1500), 9);
+    EXPECT_EQ(q.ShortName.str(), "Last9");
+    EXPECT_EQ(q.PlayerYear, 2018);
+    EXPECT_EQ(q.PhotoFile.str(), "Toronto.jpg");  // the team's logo
+    EXPECT_EQ(q.InactiveFlag, 0);
+    EXPECT_EQ(q.ConsecutiveGames, 99);
+    EXPECT_EQ(q.GamesSinceReset, 1);  // 150 is out of range: 0, then this load
+    EXPECT_EQ(q.AvailStartDay, 29);   // February
+    EXPECT_EQ(q.AvailEndDay, 30);     // November
+    EXPECT_EQ(q.RatingPassing, 10);
+    EXPECT_EQ(q.RatingPenaltyShot, 10);
+    EXPECT_EQ(q.RatingOffense, 100);
+    EXPECT_EQ(q.RatingDefense, 100);
+    EXPECT_EQ(q.UsageSogAggressiveness, 3);
+    EXPECT_EQ(q.OnIceGoals, (std::array<std::int16_t, 2>{0, 0}));
+    EXPECT_EQ(q.ShotsBySpot[0][2], 0);
+    EXPECT_EQ(q.PowerPlayShots[0], 0);
+    EXPECT_EQ(q.LastGameGoals, 0);
+    EXPECT_TRUE(q.LastOpponent.blank());
+    EXPECT_EQ(q.RealMinors, 0);
+    EXPECT_EQ(q.ScoringChances[0], 0);
+    EXPECT_EQ(q.PenaltyShotsTaken, 0);
+    EXPECT_EQ(q.GamesStarted, 0);
+    EXPECT_EQ(q.HiddenSalary, 0);
+    EXPECT_EQ(q.HatTricks, 0);
+    EXPECT_EQ(q.InjuryType, 0);
+    EXPECT_EQ(q.GoaliePullAfterGoalsAllowed, 0);
+    EXPECT_TRUE(q.TotalRowTeams.blank());
+    EXPECT_EQ(statLine(q, StatLineIndex::Replay).Assists, 0);
+    EXPECT_EQ(q.OriginalTeam.str(), "T");
+    EXPECT_EQ(q.PullWhenFatigueBelow, 80);
+    EXPECT_GE(q.FormBias, -10);
+    EXPECT_LE(q.FormBias, 10);
+    EXPECT_GE(q.Salary, 250);
+    EXPECT_GT(q.RatingDurability, 0);
+    for (auto [stamp, value] : {std::pair{q.OriginalTeamStamp, kOriginalTeamStamp},
+                                {q.FormStamp, kFormStamp},
+                                {q.UniformStamp, kUniformStamp},
+                                {q.SportsmanshipStamp, std::uint8_t{0}},  // a 2018 player: no look-up
+                                {q.EnforcerStamp, kEnforcerStamp},
+                                {q.DurabilityStamp, kDurabilityStamp},
+                                {q.RatingsAdjustStamp, kRatingsAdjustStamp},
+                                {q.ZoneStamp, kZoneStamp},
+                                {q.ExtraLinesStamp, kExtraLinesStamp},
+                                {q.OnIceStamp, kOnIceStamp},
+                                {q.HitRatingStamp, kHitRatingStamp},
+                                {q.SpotStamp, kSpotStamp},
+                                {q.PowerPlayShotStamp, kPowerPlayShotStamp},
+                                {q.NicknameStamp, kNicknameStamp},
+                                {q.LastGameStamp, kLastGameStamp},
+                                {q.RealPenaltyStamp, kRealPenaltyStamp},
+                                {q.ChancesStamp, kPlayerChancesStamp},
+                                {q.PreferenceStamp, kPreferenceStamp},
+                                {q.GoalieStatStamp, kGoalieStatStamp},
+                                {q.PenaltyDrawnStamp, kPenaltyDrawnStamp},
+                                {q.PullStamp, kPlayerPullStamp},
+                                {q.InjuryTypeStamp, kInjuryTypeStamp},
+                                {q.HatTrickStamp, kHatTrickStamp},
+                                {q.HiddenSalaryStamp, kHiddenSalaryStamp}})
+        EXPECT_EQ(stamp, value);
+    // The default coach of a new plan made the lines anew, so the copied
+    // extra lines went with the rest.
+    EXPECT_EQ(side.lines.lineRole(22, 8), ForwardRole::None);
+
+    // A goalie's preferences: his target starts are his real games.
+    PlayerRecord g = readRecord<PlayerRecord>(RandomFile(dir / "HKPLAYER", 1500), 1);
+    EXPECT_EQ(g.GoalieTargetStarts, real(lg.player(1)).GP);
+    EXPECT_GE(g.GoalieRestGames, 4);
+}
+
+// The extra lines are copied from lines 20 and 21 once, at their stamp.
+TEST(TeamLoad, ExtraLinesComeFromTheFourOnFourLines) {
+    PlayerRecord p;
+    p.LineRoleStored[19] = 2;
+    p.LineFlagStored[20] = 1;
+    upgradePlayerRecord(p, TeamRecord{});
+    EXPECT_EQ(p.ExtraLineRole, (std::array<std::uint8_t, 2>{2, 0}));
+    EXPECT_EQ(p.ExtraLineFlag, (std::array<std::uint8_t, 2>{0, 1}));
+    p.LineRoleStored[19] = 3;
+    upgradePlayerRecord(p, TeamRecord{});
+    EXPECT_EQ(p.ExtraLineRole[0], 2);  // stamped: not again
+}
+
+TEST(TeamLoad, FormIsDrawnOnceAReplayHasBegun) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 1, .playersPerTeam = 20, .gamesPlayed = 5});
+    giveRealLines(lg);
+    lg.player(3).FormStamp = kFormStamp;
+    lg.player(3).FormBias = 7;
+    lg.player(4).FormStamp = kFormStamp;
+    lg.player(4).FormBias = 7;
+    statLine(lg.player(4), StatLineIndex::Replay).GP = 0;  // no replay game yet: drawn again
+    lg.write(dir.path());
+    int redrawn = 0;
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        GameSession game = sessionOn(dir.path());
+        Random rng(seed);
+        game.HkLoadTeam(kVisitor, 1, rng);
+        EXPECT_EQ(game.side(kVisitor).player(2).FormBias, 7);
+        redrawn += game.side(kVisitor).player(3).FormBias != 7;
+    }
+    EXPECT_GT(redrawn, 0);
+}
+
+TEST(TeamLoad, RosterEntriesThatDontHoldAPlayer) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 20, .gamesPlayed = 3});
+    giveRealLines(lg);
+    lg.team(1).Roster[20] = 31000;  // past the last player number
+    lg.team(1).Roster[21] = 25;     // a player of team 2
+    int empty = lg.addPlayer(0, "", "");
+    lg.player(empty) = PlayerRecord{};  // a free record
+    lg.team(1).Roster[22] = static_cast<std::int16_t>(empty);
+    lg.player(25).DepthEven[0] = 9;
+    lg.write(dir.path());
+    auto other = readRecord<PlayerRecord>(RandomFile(dir / "HKPLAYER", 1500), 25);
+
+    GameSession game = sessionOn(dir.path());
+    Random rng(1);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    const SideTables& side = game.side(kVisitor);
+    EXPECT_EQ(side.team.Roster[20], 0);
+    EXPECT_FALSE(side.onTeam(21));
+    EXPECT_EQ(side.DressedToday[21], 1);
+    EXPECT_EQ(side.player(21).DepthEven[0], 0);  // cleared in the table only
+    EXPECT_EQ(side.notes.size() >= 3, true);
+    game.SaveTeam(kVisitor);
+    // The other team's player is that team's to save.
+    auto after = readRecord<PlayerRecord>(RandomFile(dir / "HKPLAYER", 1500), 25);
+    EXPECT_EQ(codec::toSlot(after), codec::toSlot(other));
+    TeamRecord team = readRecord<TeamRecord>(RandomFile(dir / "HKTEAMS", 1500), 1);
+    EXPECT_EQ(team.Roster[21], 25);
+    EXPECT_EQ(team.Roster[22], 0);  // the free record's slot is freed
+}
+
+TEST(TeamLoad, TeamThatHasNotPlayedTakesBackItsPlayers) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 20});
+    lg.team(1).Roster[5] = 0;  // player 6 names team 1 but is on no slot
+    lg.team(2).Roster[5] = 0;  // player 26 likewise, but team 2 has played
+    lg.team(2).Wins = 3;
+    lg.write(dir.path());
+    GameSession game = sessionOn(dir.path());
+    Random rng(1);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    game.HkLoadTeam(kHome, 2, rng);
+    EXPECT_EQ(game.side(kVisitor).team.Roster[5], 6);
+    EXPECT_EQ(game.side(kHome).team.Roster[5], 0);
+}
+
+TEST(TeamLoad, SavingNeverShortensAFile) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 20, .freeAgents = 30});
+    giveRealLines(lg);
+    lg.withGamePlans = false;  // no plan file: the save makes room for team 2's
+    lg.write(dir.path());
+    auto players = fileLength(dir / "HKPLAYER");
+    GameSession game = sessionOn(dir.path());
+    Random rng(1);
+    game.HkLoadTeam(kVisitor, 2, rng);
+    game.SaveTeam(kVisitor);
+    EXPECT_EQ(fileLength(dir / "HKPLAYER"), players);
+    EXPECT_EQ(fileLength(dir / "HKTEAMS"), 288u * 1500);
+    EXPECT_EQ(fileLength(dir / "HKgameplan"), 32000u + 31337);
+    EXPECT_EQ(readRecord<GamePlanRecord>(RandomFile(dir / "HKgameplan", 32000), 2).GamePlanTeam, 2);
+}
+
+TEST(TeamLoad, RandomAbsencesFollowRealGamesMissed) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 25});
+    for (int r = 1; r <= 25; ++r) real(lg.player(r)).GP = 2;  // team 1 missed nearly every game
+    lg.team(2).Roster.fill(0);
+    for (int r = 26; r <= 33; ++r) lg.team(2).Roster[std::size_t(r - 26)] = std::int16_t(r);  // 8 players
+    lg.team(2).Wins = 1;  // a team that has played keeps its roster as it stands
+    lg.write(dir.path());
+    RulesRecord rules = defaultRules(2018);
+    rules.InjuryCheck = 2;
+    GameSession game = sessionOn(dir.path(), nullptr, rules);
+    Random rng(11);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    int out = 0;
+    for (auto d : game.side(kVisitor).DressedToday) out += d;
+    EXPECT_EQ(out - 25, static_cast<int>(game.side(kVisitor).absentToday.size()));  // 25 empty slots are out
+    EXPECT_GE(game.side(kVisitor).absentToday.size(), 1u);
+    EXPECT_GE(25 - static_cast<int>(game.side(kVisitor).absentToday.size()), 9);
+
+    game.HkLoadTeam(kHome, 2, rng);  // eight men: nobody sits
+    EXPECT_TRUE(game.side(kHome).absentToday.empty());
+
+    game.loadGame(1, 2, 11, 1, rng);  // in a game the general manager decides
+    EXPECT_TRUE(game.side(kVisitor).absentToday.empty());
+}
+
+TEST(TeamLoad, LeagueDayAndSeasonGamesFromTheSchedule) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 3, .playersPerTeam = 20});
+    lg.write(dir.path());
+    std::vector<GameRecord> rows;
+    for (int d = 1; d <= 12; ++d) rows.push_back(newGameRecord(1, 2, 10, d, 2018));
+    rows.push_back(newGameRecord(3, 1, 1, 15, 2018));
+    for (int d = 0; d < 5; ++d) rows[std::size_t(d)].Status.assign("P");
+    Schedule schedule = Schedule::fromRows(dir.path(), rows);
+    GameSession game = sessionOn(dir.path(), &schedule);
+    Random rng(1);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    EXPECT_EQ(game.side(kVisitor).SeasonGames, 13);
+    EXPECT_EQ(game.GameMonth, 2);  // October 6, the first game left
+    EXPECT_EQ(game.GameDay, 6);
+    game.HkLoadTeam(kHome, 3, rng);
+    EXPECT_EQ(game.side(kHome).SeasonGames, 82);  // one game: the era's season
+
+    for (auto& r : rows) r.Status.assign("P");
+    schedule = Schedule::fromRows(dir.path(), rows);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    EXPECT_EQ(game.GameMonth, 5);  // the day after January 15
+    EXPECT_EQ(game.GameDay, 16);
+
+    EXPECT_EQ(dayAfter(6, 28), (std::pair{7, 1}));   // February
+    EXPECT_EQ(dayAfter(3, 30), (std::pair{4, 1}));   // November
+    EXPECT_EQ(dayAfter(4, 30), (std::pair{4, 31}));  // December
+    EXPECT_EQ(dayAfter(12, 31), (std::pair{1, 1}));  // August to September
+}
+
+TEST(TeamLoad, InAGameOnlyFitPlayersAreOnTheLines) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 22});
+    giveRealLines(lg);
+    lg.write(dir.path());
+    {
+        GameSession setup = sessionOn(dir.path());
+        Random rng(1);
+        setup.HkLoadTeam(kVisitor, 1, rng);
+        setup.SaveTeam(kVisitor);
+    }
+    // The first-line center is scratched for the game.
+    GameSession look = sessionOn(dir.path());
+    Random rng(2);
+    look.HkLoadTeam(kVisitor, 1, rng);
+    int center = look.side(kVisitor).lines.holderOf(1, ForwardRole::Center);
+    ASSERT_GE(center, 0);
+    PlayerRecord p = look.side(kVisitor).player(center);
+    p.InactiveFlag = 99;
+    writeRecord(RandomFile(dir / "HKPLAYER", 1500), std::size_t(p.PlayerId), p);
+
+    GameSession game = sessionOn(dir.path());
+    game.loadGame(1, 2, 11, 3, rng);
+    EXPECT_TRUE(game.GameActive);
+    EXPECT_EQ(game.GameMonth, 3);
+    const SideTables& side = game.side(kVisitor);
+    int now = side.lines.holderOf(1, ForwardRole::Center);
+    EXPECT_GE(now, 0);
+    EXPECT_NE(now, center);
+    for (int line = 1; line <= kLineSets; ++line) EXPECT_FALSE(side.lines.onLine(line, center)) << line;
+}
+
+}  // namespace
+}  // namespace tallyrink
+
+namespace tallyrink {
+namespace {
+
+// A short roster is told: who plays in goal without a goalie, who fills the
+// defense when three defensemen can't make three pairs.
+TEST(TeamLoad, ShortRosterIsReportedInTheNotes) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 1, .playersPerTeam = 14});
+    giveRealLines(lg);
+    lg.player(1).PositionFlags = {1, 0, 0, 0, 0};  // both goalies become wings
+    lg.player(2).PositionFlags = {0, 0, 1, 0, 0};
+    for (int r = 6; r <= 8; ++r) lg.player(r).PositionFlags = {0, 1, 0, 0, 0};  // three defensemen left
+    lg.write(dir.path());
+    GameSession game = sessionOn(dir.path());
+    Random rng(4);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    const auto& notes = game.side(kVisitor).notes;
+    auto said = [&](const std::string& text) {
+        return std::any_of(notes.begin(), notes.end(), [&](const std::string& n) { return n.find(text) != n.npos; });
+    };
+    EXPECT_TRUE(said("would play in goal"));
+    EXPECT_TRUE(said("Even-strength pair 2, right defense"));
+    EXPECT_TRUE(said("(a forward)"));
+    EXPECT_TRUE(said("New game plan"));
+}
+
+}  // namespace
+}  // namespace tallyrink
