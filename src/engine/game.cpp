@@ -148,7 +148,7 @@ void Game::OffenseCommand(Call call) {
         s_.ContinueTeam = s_.PuckTeam;
         s_.PlayZone = Zone::ContinueBox;
         s_.lineChangeMade = {false, false};
-        if (!driverRunning_) SetPlayBox();
+        resumeDriver();
         return;
     }
     PlayStep();
@@ -160,7 +160,7 @@ void Game::ContinueCommand() {
     if (isFaceoff(z)) {
         if (faceoffStage(z) == 1) {
             s_.PlayZone = faceoffZone(faceoffSpot(z), faceoffEndSide(z), 2);
-            if (!driverRunning_) SetPlayBox();
+            resumeDriver();
             return;
         }
         FaceoffStep();
@@ -177,7 +177,7 @@ void Game::ContinueCommand() {
     }
     if (s_.Paused) {
         s_.Paused = false;
-        if (!driverRunning_) SetPlayBox();
+        resumeDriver();
     }
 }
 
@@ -199,7 +199,7 @@ void Game::PlayStep() {
         ShootoutStep();
         GameOverCheck();
         if (shown()) presenter_->ShowPlayLines(*this, lines_);
-        if (!driverRunning_) SetPlayBox();
+        resumeDriver();
         return;
     }
     if (s_.PlayZone == Zone::ContinueBox) {
@@ -240,7 +240,7 @@ void Game::PlayStep() {
         if (s_.PlayZone == Zone::OffenseZone) presenter_->ShowOffenseTargets(*this);
         presenter_->ShowPlayLines(*this, lines_);
     }
-    if (!driverRunning_) SetPlayBox();
+    resumeDriver();
 }
 
 Result Game::drawResult(const PlayChances& c) {
@@ -899,6 +899,12 @@ void Game::computerLineChange(int side, bool atFaceoff) {
     if (even) s_.defensePair[at(side)] = s_.defensePair[at(side)] % kEvenPairs + 1;
     putUnitOnIce(side);
     s_.lineChangeMade[at(side)] = true;
+}
+
+// On a screen a command or a step hands back to the driver, which asks for
+// the next decision; without one the caller's driver loop goes on.
+void Game::resumeDriver() {
+    if (shown() && !driverRunning_) SetPlayBox();
 }
 
 void Game::tell(std::string line) { lines_.push_back(std::move(line)); }

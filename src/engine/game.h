@@ -131,6 +131,9 @@ public:
     void ContinueCommand();
     // The chances the coming step would draw from; changes nothing.
     PlayChances ProbeOnly();
+    // Works out `PlayResult` as drawn: the next zone and possession, the
+    // score and shots, and the play's time. Called once by PlayStep.
+    void ApplyPlay();
 
     // InitGame and SetPlayBox in one, for games nobody decides in.
     void playToEnd();
@@ -156,7 +159,6 @@ private:
     Result drawResult(const PlayChances& c);
     Result splitTurnover(const PlayChances& c);
     Result applyOverrides(Result r);
-    void ApplyPlay();
     void FaceoffStep();
     void ShootoutStep();
     int FindShootoutShooter(int side);
@@ -187,6 +189,7 @@ private:
     void recountSkaters();
     [[nodiscard]] int minPenaltyLeft() const;
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
+    void resumeDriver();
     void tell(std::string line);
     bool shown() const { return !s_.NoDisplay; }
 
