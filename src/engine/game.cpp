@@ -674,6 +674,7 @@ void Game::SetPlayTime() {
     if (z == Zone::OffenseZone || z == Zone::Rush) t = t * .55 + 3 * rng_.rnd() - 3 * rng_.rnd();
     t *= 1.05;
     if (s_.PlayResult == Result::MoveUp) t = 3 + 3 * rng_.rnd() + 3 * rng_.rnd();
+    t *= eraPace();
     if (t > 40 && s_.Clock < 30 + rng_.rand(30)) t = 30 + rng_.rand(10);
     if (s_.LastPlayResult == Result::Clear && t <= 3) t = 3 + rng_.rand(2);
     if (s_.PlayResult == Result::Penalty && t >= 15) t = 13 + rng_.rand(5);
@@ -707,6 +708,32 @@ void Game::SetPlayTime() {
         t = std::max(0, s_.Clock - rng_.rand(3));
     }
     s_.PlayTime = t;
+}
+
+// Plays of an era with many events (shots, penalties, fights) are short;
+// an era of 34 a team a game plays at par. The era is that of a skater
+// picked at random from the ice.
+double Game::eraPace() {
+    int side = rng_.rand(2) - 1;
+    int slot = s_.onIce[at(side)].slot[at(2 + rng_.rand(3))];
+    int year = slot == kNoSlot ? 0 : session_.side(side).player(slot).PlayerYear;
+    if (year < 1900 || year > 2050) year = 2014;
+    const EraRecord& era = session_.eraRow(year, 2014);
+    bool college = session_.side(kHome).team.TeamType.str() == "C";
+    double savePct = college ? era.CollegeSavePct : era.SavePct;
+    double goals = college ? era.CollegeGoalsPerTeam : era.GoalsPerTeam;
+    double pim = college ? era.CollegePim : era.PimPerGame;
+    if (savePct <= 0 || savePct >= 100 || goals <= 0) return 1;
+    double shots = goals / (100 - savePct) * 100;
+    double fights = college ? 0 : era.FightsPerGame;
+    double penalties = ((pim - fights * 5 * 1.3) / 2) / 2.52;
+    double events = penalties + shots + fights;
+    if (year <= 2003) events -= std::min(.005 * (2003 - year), .2) * shots;
+    double pace = events > 0 ? std::clamp((34 / events) * (34 / events), .7, 1.3) : 1;
+    if (penalties > 5.5 + 2 * rng_.rnd()) pace *= 1.2;  // many whistles: longer stops
+    if (pim / 2 < 7 + 5 * rng_.rnd()) pace *= .93;
+    if (pim / 2 > 12 + 7 * rng_.rnd()) pace *= 1.1;
+    return pace;
 }
 
 int Game::minPenaltyLeft() const {

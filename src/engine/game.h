@@ -188,6 +188,7 @@ private:
     void restoreEveryone();
     void recountSkaters();
     [[nodiscard]] int minPenaltyLeft() const;
+    double eraPace();
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();
     void tell(std::string line);

@@ -38,26 +38,26 @@ PlayChances baseRow(Zone z) {
             break;
         case Zone::OffenseShooter:
             c.PassChance = 100;
-            c.GoalChance = 52;
-            c.SaveChance = 440;
-            c.BlockChance = 100;
-            c.MissChance = 120;
+            c.GoalChance = 42;
+            c.SaveChance = 390;
+            c.BlockChance = 90;
+            c.MissChance = 105;
             c.ClearChance = 40;
             break;
         case Zone::Rush:
             c.PassChance = 120;
-            c.GoalChance = 66;
-            c.SaveChance = 450;
-            c.BlockChance = 40;
-            c.MissChance = 120;
+            c.GoalChance = 54;
+            c.SaveChance = 400;
+            c.BlockChance = 35;
+            c.MissChance = 105;
             c.ClearChance = 30;
             break;
         default:  // the offensive zone, and a draw won in the other end
             c.PassChance = 220;
-            c.GoalChance = 30;
-            c.SaveChance = 290;
-            c.BlockChance = 110;
-            c.MissChance = 110;
+            c.GoalChance = 24;
+            c.SaveChance = 255;
+            c.BlockChance = 95;
+            c.MissChance = 95;
             c.ClearChance = 60;
             break;
     }
