@@ -104,6 +104,8 @@ void Game::SetPlayBox() {
             for (int side : {kVisitor, kHome})
                 if (coach(side) == CoachKind::Computer || s_.NoDisplay) computerLineChange(side, isFaceoff(z));
         }
+        for (int side : {kVisitor, kHome})
+            if (coach(side) == CoachKind::Computer || s_.NoDisplay) computerGoaliePull(side);
         int side = decidingSide();
         if (coach(side) == CoachKind::Computer || s_.NoDisplay) {
             if (z == Zone::ContinueBox) {
@@ -319,7 +321,9 @@ Result Game::applyOverrides(Result r) {
     // and the next step draws again.
     bool late = (s_.Period >= periods_ && s_.Clock <= 120) || s_.Clock <= 30;
     bool ownHalf = s_.PlayZone == Zone::DefenseZone || s_.PlayZone == Zone::NeutralZone;
-    if (late && ownHalf && std::abs(s_.Score[0] - s_.Score[1]) <= 2 && !(s_.entryFromFaceoff && s_.OffensiveDraw)) {
+    bool netsManned = !s_.GoaliePulled[0] && !s_.GoaliePulled[1];
+    if (late && ownHalf && netsManned && std::abs(s_.Score[0] - s_.Score[1]) <= 2 &&
+        !(s_.entryFromFaceoff && s_.OffensiveDraw)) {
         switch (r) {
             case Result::OffenseShooter:
             case Result::OffenseZone:
@@ -835,6 +839,7 @@ void Game::endOfPeriod() {
     s_.periodEnds = false;
     s_.Momentum = s_.Momentum > 0 ? std::max(0.0, s_.Momentum - .2) : std::min(0.0, s_.Momentum + .2);
     restoreEveryone();
+    for (int side : {kVisitor, kHome}) returnGoalie(side);
     auto nextPeriod = [&](int seconds) {
         ++s_.Period;
         s_.Clock = seconds;
@@ -890,7 +895,8 @@ void Game::putUnitOnIce(int side) {
     req.unit = s_.forwardUnit[at(side)];
     req.pair = even ? s_.defensePair[at(side)] : 0;
     req.goalie = s_.goalie[at(side)];
-    IcePlacement placed = PutLinesOnIce(teams_[at(side)], req);
+    req.goaliePulled = s_.GoaliePulled[at(side)];
+    IcePlacement placed = PutLinesOnIce(teams_[at(side)], req, &rng_);
     OnIce before = s_.onIce[at(side)];
     s_.onIce[at(side)] = placed.onIce;
     if (placed.goalie != kNoSlot) s_.goalie[at(side)] = placed.goalie;
@@ -932,6 +938,38 @@ void Game::computerLineChange(int side, bool atFaceoff) {
 // the next decision; without one the caller's driver loop goes on.
 void Game::resumeDriver() {
     if (shown() && !driverRunning_) SetPlayBox();
+}
+
+// Late in the last period (and in overtime) a computer coach trailing by
+// one or two goals takes his goalie out for an extra attacker at the time
+// his game plan sets, and puts him back when the score no longer asks for
+// it or the draw is in his own end.
+void Game::computerGoaliePull(int side) {
+    if (s_.Period < periods_ || s_.Clock > 120 || s_.PlayZone == Zone::Shootout) return;
+    const GamePlanRecord& plan = session_.side(side).plan;
+    int behind = s_.Score[at(other(side))] - s_.Score[at(side)];
+    bool ownEndDraw = faceoffSpot(s_.PlayZone) == FaceoffSpot::Defense && isFaceoff(s_.PlayZone) &&
+                      faceoffEndSide(s_.PlayZone) == side;
+    bool pressedInOwnEnd = s_.PuckTeam == other(side) && isOffenseState(s_.PlayZone);
+    if (s_.GoaliePulled[at(side)]) {
+        if (!pressedInOwnEnd && (behind < 1 || behind > 2 || ownEndDraw)) returnGoalie(side);
+        return;
+    }
+    if (plan.DontPullGoalie == 1 || behind < 1 || behind > 2 || ownEndDraw || pressedInOwnEnd) return;
+    int at2 = plan.PullTrailingByTwo > 0 ? plan.PullTrailingByTwo : 100;
+    int at1 = plan.PullTrailingByOne > 0 ? plan.PullTrailingByOne : 80;
+    bool wait = behind == 2 ? plan.WaitForPossessionTrailingByTwo == 1 : plan.WaitForPossessionTrailingByOne == 1;
+    if (s_.Clock >= (behind == 2 ? at2 : at1)) return;
+    if (wait && (s_.PuckTeam != side || isFaceoff(s_.PlayZone))) return;
+    s_.GoaliePulled[at(side)] = true;
+    putUnitOnIce(side);
+    if (shown()) tell(fmt::format("{} pull their goalie", session_.side(side).team.Abbrev.str()));
+}
+
+void Game::returnGoalie(int side) {
+    if (!s_.GoaliePulled[at(side)]) return;
+    s_.GoaliePulled[at(side)] = false;
+    putUnitOnIce(side);
 }
 
 void Game::tell(std::string line) { lines_.push_back(std::move(line)); }

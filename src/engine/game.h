@@ -68,7 +68,8 @@ struct GameState {
     std::array<OnIce, 2> onIce{};
     std::array<int, 2> goalie{kNoSlot, kNoSlot};
     std::array<int, 2> Skaters{5, 5};
-    std::array<int, 2> forwardUnit{1, 1};  // the unit of the situation on the ice
+    std::array<bool, 2> GoaliePulled{false, false};  // out of the net for an extra attacker
+    std::array<int, 2> forwardUnit{1, 1};            // the unit of the situation on the ice
     std::array<int, 2> defensePair{1, 1};
     std::array<bool, 2> lineChangeMade{false, false};
     // Minor penalties running, seconds left, two a side at most.
@@ -151,7 +152,11 @@ public:
     [[nodiscard]] int decidingSide() const;
     // The final score as the schedule shows it: the shootout winner gets one.
     [[nodiscard]] std::array<int, 2> finalScore() const;
-    [[nodiscard]] int strength(int side) const { return s_.Skaters[static_cast<std::size_t>(side)]; }
+    // Skaters, the extra attacker counted.
+    [[nodiscard]] int strength(int side) const {
+        auto i = static_cast<std::size_t>(side);
+        return s_.Skaters[i] + (s_.GoaliePulled[i] ? 1 : 0);
+    }
     [[nodiscard]] int strengthEdge() const { return strength(s_.PuckTeam) - strength(s_.OtherTeam()); }
 
 private:
@@ -184,6 +189,8 @@ private:
     // Lines and the ice.
     void putUnitOnIce(int side);
     void computerLineChange(int side, bool force);
+    void computerGoaliePull(int side);
+    void returnGoalie(int side);
     [[nodiscard]] bool lineChangeDue(int side) const;
     void restoreEveryone();
     void recountSkaters();

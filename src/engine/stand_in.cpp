@@ -125,6 +125,13 @@ PlayChances StandInChances(const Game& game) {
         c.EntryChance = scaled(c.EntryChance, .6);
         c.ClearChance = scaled(c.ClearChance, 1.8);
     }
+    // An empty net is shot at from anywhere and seldom missed.
+    if (s.GoaliePulled[static_cast<std::size_t>(s.OtherTeam())]) {
+        if (z == Zone::DefenseZone) c.GoalChance += 60;
+        if (z == Zone::NeutralZone) c.GoalChance += 120;
+        c.GoalChance += c.SaveChance / 2;
+        c.SaveChance /= 2;
+    }
     // A side already two men short isn't called for more.
     if (game.strength(s.OtherTeam()) <= 3) c.PenaltyOppChance = 0;
     if (game.strength(s.PuckTeam) <= 3) c.PenaltyOwnChance = 0;
@@ -148,6 +155,9 @@ Call StandInComputerCall(const Game& game, int side, Random& rng) {
     bool shortHanded = game.strength(side) < game.strength(side == 0 ? 1 : 0);
     int lead = s.Score[static_cast<std::size_t>(side)] - s.Score[static_cast<std::size_t>(side == 0 ? 1 : 0)];
     bool lateLead = s.Period >= game.periods() && s.Clock < 300 && lead > 0;
+    bool emptyNet = s.GoaliePulled[static_cast<std::size_t>(side == 0 ? 1 : 0)];
+    if (emptyNet && (s.PlayZone == Zone::DefenseZone || s.PlayZone == Zone::NeutralZone))
+        return r <= 50 ? Call::Shoot : r <= 80 ? Call::Clear : Call::Advance;
     switch (s.PlayZone) {
         case Zone::DefenseZone:
             if (shortHanded || lateLead) return r <= 50 ? Call::Clear : Call::Safe;

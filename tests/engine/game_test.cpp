@@ -360,6 +360,41 @@ TEST(Handshake, ALineChangeGivesTheOtherCoachATurnAndThenRunsTheSavedCall) {
     EXPECT_EQ(s.steps, 2);
 }
 
+TEST(Handshake, AComputerCoachTrailingLatePullsHisGoalieAndPutsHimBack) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    session->side(kVisitor).plan.WaitForPossessionTrailingByOne = 0;
+    session->side(kVisitor).plan.DontPullGoalie = 0;
+    Recorder screen;
+    GameOptions options = humans();
+    options.coach[kVisitor] = CoachKind::Computer;
+    Game game(*session, options, &screen);
+    game.InitGame();
+    int goalie = game.state().goalie[kVisitor];
+    GameState& s = game.editState();
+    s.Period = 3;
+    s.Clock = 150;
+    s.Score = {1, 2};
+    s.PlayZone = Zone::NeutralZone;
+    s.PuckTeam = kHome;  // the human decides, so the driver stops at once
+    game.SetPlayBox();
+    EXPECT_FALSE(s.GoaliePulled[kVisitor]);  // too early
+
+    s.Clock = 70;
+    game.SetPlayBox();
+    ASSERT_TRUE(s.GoaliePulled[kVisitor]);
+    EXPECT_EQ(game.strength(kVisitor), 6);
+    EXPECT_EQ(game.strengthEdge(), -1);
+    int extra = s.onIce[kVisitor][IcePos::GoalieOrExtra];
+    EXPECT_NE(extra, goalie);
+    EXPECT_NE(extra, kNoSlot);
+    EXPECT_EQ(s.goalie[kVisitor], goalie);
+
+    s.Score = {2, 2};
+    game.SetPlayBox();
+    EXPECT_FALSE(s.GoaliePulled[kVisitor]);
+    EXPECT_EQ(s.onIce[kVisitor][IcePos::GoalieOrExtra], goalie);
+}
+
 // ---- Periods, overtime, shootout -------------------------------------------------------
 
 // Runs steps from the neutral zone with the horn about to go.
