@@ -92,6 +92,7 @@ void printSummary(const Game& game, const std::array<std::string, 2>& code, cons
     fmt::print("\nScoring\n");
     for (const GoalNote& g : s.goals) {
         std::string strength = g.strengthEdge > 0 ? " (PP)" : g.strengthEdge < 0 ? " (SH)" : "";
+        if (g.emptyNet) strength += " (EN)";
         fmt::print("  {:>4} {:>5}  {}{}\n", periodName(g.period, game.periods()), clockText(g.clock),
                    code[static_cast<std::size_t>(g.side)], strength);
     }

@@ -451,7 +451,8 @@ void Game::onPass() {
 void Game::onGoal() {
     int side = s_.PuckTeam;
     ++s_.Score[at(side)];
-    s_.goals.push_back({s_.Period, s_.Clock, side, strengthEdge()});
+    s_.goals.push_back({s_.Period, s_.Clock, side, s_.Skaters[at(side)] - s_.Skaters[at(other(side))],
+                        s_.GoaliePulled[at(other(side))]});
     // A goal ends the shortest minor of a team short-handed by it.
     if (powerPlay(side)) {
         auto& box = s_.penaltyLeft[at(other(side))];

@@ -45,7 +45,8 @@ struct GoalNote {
     int period = 0;
     int clock = 0;  // seconds left in the period
     int side = 0;
-    int strengthEdge = 0;  // scorer's skaters less the other side's
+    int strengthEdge = 0;  // scorer's skaters less the other side's, extra attackers not counted
+    bool emptyNet = false;
 };
 
 // The play state. Everything a step reads or writes stands here; a test or
