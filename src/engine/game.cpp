@@ -89,7 +89,7 @@ void Game::SetPlayBox() {
     driverRunning_ = true;
     while (!s_.GameEndedFlag) {
         if (s_.Paused) {
-            if (shown()) presenter_->ShowPause(*this);
+            if (!s_.NoDisplay) presenter_->ShowPause(*this);
             break;
         }
         if (s_.PuckTeam != kVisitor && s_.PuckTeam != kHome) s_.PuckTeam = kVisitor;
@@ -102,12 +102,12 @@ void Game::SetPlayBox() {
         Zone z = s_.PlayZone;
         if (faceoffStage(z) == 1 || z == Zone::DefenseZone || z == Zone::NeutralZone) {
             for (int side : {kVisitor, kHome})
-                if (coach(side) == CoachKind::Computer || s_.NoDisplay) computerLineChange(side, isFaceoff(z));
+                if (computerDecides(side)) computerLineChange(side, isFaceoff(z));
         }
         for (int side : {kVisitor, kHome})
-            if (coach(side) == CoachKind::Computer || s_.NoDisplay) computerGoaliePull(side);
+            if (computerDecides(side)) computerGoaliePull(side);
         int side = decidingSide();
-        if (coach(side) == CoachKind::Computer || s_.NoDisplay) {
+        if (computerDecides(side)) {
             if (z == Zone::ContinueBox) {
                 computerLineChange(side, false);
                 ContinueCommand();
@@ -158,6 +158,11 @@ void Game::OffenseCommand(Call call) {
 
 void Game::ContinueCommand() {
     if (s_.GameOverFlag) return;
+    if (s_.Paused) {  // the user's Continue after a stop
+        s_.Paused = false;
+        resumeDriver();
+        return;
+    }
     Zone z = s_.PlayZone;
     if (isFaceoff(z)) {
         if (faceoffStage(z) == 1) {
@@ -176,10 +181,6 @@ void Game::ContinueCommand() {
         s_.lineChangeMade = {false, false};
         PlayStep();
         return;
-    }
-    if (s_.Paused) {
-        s_.Paused = false;
-        resumeDriver();
     }
 }
 
@@ -225,6 +226,7 @@ void Game::PlayStep() {
     if (s_.ProbeOnly) return;
 
     s_.penaltyOn = -1;
+    Result previous = s_.LastPlayResult;
     s_.PlayResult = applyOverrides(drawResult(chances_));
     s_.StepPuckTeam = s_.PuckTeam;
     ApplyPlay();
@@ -233,6 +235,7 @@ void Game::PlayStep() {
     s_.entryFromFaceoff = false;
     s_.OffensiveDraw = false;
     s_.lineChangeMade = {false, false};
+    tvTimeout(previous);
     RunClock();
     GameOverCheck();
     ++s_.steps;
@@ -463,7 +466,7 @@ void Game::onGoal() {
         if (*shortest > 0) *shortest = 0;
         recountSkaters();
     }
-    if (shown()) tell(fmt::format("GOAL {}", session_.side(side).team.Abbrev.str()));
+    if (telling()) tell(fmt::format("GOAL {}", session_.side(side).team.Abbrev.str()));
     s_.PlayZone = Zone::FaceoffCenter1;
     s_.PuckTeam = kVisitor;
 }
@@ -507,7 +510,7 @@ void Game::onPenalty(int side) {
     if (side == kBothSides) {
         // Coincidental: nobody is short-handed.
         s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
-        if (shown()) tell("PENALTY coincidental");
+        if (telling()) tell("PENALTY coincidental");
         return;
     }
     auto& box = s_.penaltyLeft[at(side)];
@@ -518,7 +521,7 @@ void Game::onPenalty(int side) {
         }
     }
     recountSkaters();
-    if (shown()) tell(fmt::format("PENALTY {}", session_.side(side).team.Abbrev.str()));
+    if (telling()) tell(fmt::format("PENALTY {}", session_.side(side).team.Abbrev.str()));
     s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
 }
 
@@ -602,7 +605,7 @@ void Game::ShootoutStep() {
     s_.LastPlayResult = s_.PlayResult;
     if (shooter != kNoSlot) s_.ShootoutUsed[at(side)][at(shooter)] = true;
     if (goal) ++s_.ShootoutGoals[at(side)];
-    if (shown()) tell(std::string(text(s_.PlayResult)));
+    if (telling()) tell(std::string(text(s_.PlayResult)));
 
     int left = std::max(shootoutRounds_ - round, 0);
     int leftVisitor = left;
@@ -793,6 +796,10 @@ void Game::RunClock() {
     }
     recountSkaters();
     s_.Clock = static_cast<int>(roundHalfEven(s_.Clock - t));
+    // A goal is timed at the end of its play.
+    if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())
+        s_.goals.back().clock = s_.Clock;
+    checkAutoStop();
     SetEnergy();
     endOfPeriod();
 }
@@ -849,6 +856,7 @@ void Game::endOfPeriod() {
         s_.PlayCall = Call::None;
         s_.PlayResult = Result::None;
         s_.shotsByPeriod.push_back({0, 0});
+        s_.tvTimeoutsTaken = 0;
     };
     if (s_.Period < periods_) {
         nextPeriod(periodSeconds());
@@ -860,12 +868,12 @@ void Game::endOfPeriod() {
     }
     bool anotherPeriod = overtimeMinutes_ > 0 && (s_.Period == periods_ || overtimeType_ == 1);
     if (anotherPeriod) {
-        if (shown()) tell(s_.Period == periods_ ? "overtime!" : "we'll play another period!");
+        if (telling()) tell(s_.Period == periods_ ? "overtime!" : "we'll play another period!");
         nextPeriod(overtimeSeconds());
         return;
     }
     if (shootoutRounds_ > 0) {
-        if (shown()) tell("we're headed for a shootout!");
+        if (telling()) tell("we're headed for a shootout!");
         s_.PlayZone = Zone::Shootout;
         s_.PuckTeam = kVisitor;
         s_.shootoutSide = kVisitor;
@@ -884,6 +892,41 @@ void Game::GameOverCheck() {
     if (!s_.GameOverFlag || s_.GameEndedFlag) return;
     s_.GameEndedFlag = true;
     presenter_->GameOver(*this);
+}
+
+void Game::runTo(AutoStop stop) {
+    s_.AutoPlayTo = stop;
+    s_.Paused = false;
+    SetPlayBox();
+}
+
+void Game::checkAutoStop() {
+    if (s_.AutoPlayTo == AutoStop::None) return;
+    AutoStopPoint at = pointOf(s_.AutoPlayTo);
+    bool fires = at.minutes == 0 ? s_.Period == at.period && s_.Clock <= 0
+                                 : s_.Period == at.period && s_.Clock < at.minutes * 60;
+    // A stop already passed isn't waited for into the next periods.
+    if (fires || s_.Period > at.period) {
+        s_.AutoPlayTo = AutoStop::None;
+        s_.Paused = true;
+    }
+}
+
+// Broadcast breaks: two a period at the first whistle after 14 and 6
+// minutes left, when play is even and the stop isn't a goal, a penalty or
+// an icing. Everybody gets his breath back.
+void Game::tvTimeout(Result previous) {
+    const RulesRecord& rules = session_.league().rules;
+    if (rules.TVTimeoutsCheck != 1 || rules.TimeoutsAllowedCheck != 1) return;
+    if (!isFaceoff(s_.PlayZone) || s_.PlayResult == Result::Goal || s_.PlayResult == Result::Penalty ||
+        previous == Result::Penalty || s_.PlayResult == Result::Clear)
+        return;
+    if (strength(0) != strength(1) || s_.Period > 3 || s_.Clock <= 120) return;
+    int due = s_.Clock <= 360 ? 2 : s_.Clock <= 840 ? 1 : 0;
+    if (s_.tvTimeoutsTaken >= due) return;
+    s_.tvTimeoutsTaken = due;
+    restoreEveryone();
+    if (telling()) tell("TV Timeout");
 }
 
 // ---- Lines -----------------------------------------------------------------------
@@ -938,7 +981,7 @@ void Game::computerLineChange(int side, bool atFaceoff) {
 // On a screen a command or a step hands back to the driver, which asks for
 // the next decision; without one the caller's driver loop goes on.
 void Game::resumeDriver() {
-    if (shown() && !driverRunning_) SetPlayBox();
+    if (!s_.NoDisplay && !driverRunning_) SetPlayBox();
 }
 
 // Late in the last period (and in overtime) a computer coach trailing by
@@ -964,7 +1007,7 @@ void Game::computerGoaliePull(int side) {
     if (wait && (s_.PuckTeam != side || isFaceoff(s_.PlayZone))) return;
     s_.GoaliePulled[at(side)] = true;
     putUnitOnIce(side);
-    if (shown()) tell(fmt::format("{} pull their goalie", session_.side(side).team.Abbrev.str()));
+    if (telling()) tell(fmt::format("{} pull their goalie", session_.side(side).team.Abbrev.str()));
 }
 
 void Game::returnGoalie(int side) {

@@ -93,6 +93,8 @@ struct GameState {
     bool NoDisplay = true;
     bool ProbeOnly = false;
     bool Paused = false;
+    AutoStop AutoPlayTo = AutoStop::None;  // the computer calls for both until this stop
+    int tvTimeoutsTaken = 0;               // in this period
     bool GameOverFlag = false;
     bool GameEndedFlag = false;
     GameEnd endedBy = GameEnd::None;
@@ -136,6 +138,10 @@ public:
     // Works out `PlayResult` as drawn: the next zone and possession, the
     // score and shots, and the play's time. Called once by PlayStep.
     void ApplyPlay();
+
+    // Lets the computer make every call, the human's too, and show nothing
+    // until the stop is reached; then the game pauses.
+    void runTo(AutoStop stop);
 
     // InitGame and SetPlayBox in one, for games nobody decides in.
     void playToEnd();
@@ -200,7 +206,15 @@ private:
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();
     void tell(std::string line);
-    bool shown() const { return !s_.NoDisplay; }
+    // Lines are told whenever there is a screen; the presenter sees them
+    // only when the game isn't running ahead to a stop.
+    bool telling() const { return !s_.NoDisplay; }
+    bool shown() const { return !s_.NoDisplay && s_.AutoPlayTo == AutoStop::None; }
+    bool computerDecides(int side) const {
+        return coach(side) == CoachKind::Computer || s_.NoDisplay || s_.AutoPlayTo != AutoStop::None;
+    }
+    void checkAutoStop();
+    void tvTimeout(Result previous);
 
     GameSession& session_;
     GameOptions options_;

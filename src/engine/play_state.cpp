@@ -41,6 +41,40 @@ constexpr std::array<std::string_view, kResultCount> kResultText = {
     "END",
 };
 
+constexpr std::array<std::string_view, kAutoStopCount> kAutoStopText = {
+    "NONE",
+    "End 1st Period",
+    "End 2nd Period",
+    "End 3rd Period",
+    "1st Period - 2 Minutes",
+    "1st Period - 5 Minutes",
+    "1st Period - 10 Minutes",
+    "2nd Period - 2 Minutes",
+    "2nd Period - 5 Minutes",
+    "2nd Period - 10 Minutes",
+    "3rd Period - 1 Minute",
+    "3rd Period - 2 Minutes",
+    "3rd Period - 5 Minutes",
+    "3rd Period - 10 Minutes",
+};
+
+constexpr std::array<AutoStopPoint, kAutoStopCount> kAutoStopPoint = {{
+    {0, 0},
+    {1, 0},
+    {2, 0},
+    {3, 0},
+    {1, 2},
+    {1, 5},
+    {1, 10},
+    {2, 2},
+    {2, 5},
+    {2, 10},
+    {3, 1},
+    {3, 2},
+    {3, 5},
+    {3, 10},
+}};
+
 template <class E, std::size_t N>
 std::optional<E> lookUp(const std::array<std::string_view, N>& table, std::string_view s) {
     for (std::size_t i = 0; i < N; ++i)
@@ -63,6 +97,10 @@ std::optional<Result> resultFromText(std::string_view s) {
     if (s.empty()) return std::nullopt;
     return lookUp<Result>(kResultText, s);
 }
+
+std::string_view text(AutoStop a) { return kAutoStopText.at(static_cast<std::size_t>(a)); }
+std::optional<AutoStop> autoStopFromText(std::string_view s) { return lookUp<AutoStop>(kAutoStopText, s); }
+AutoStopPoint pointOf(AutoStop a) { return kAutoStopPoint.at(static_cast<std::size_t>(a)); }
 
 bool isFaceoff(Zone z) { return static_cast<int>(z) <= static_cast<int>(Zone::FaceoffNeutral22); }
 

@@ -99,6 +99,36 @@ std::optional<Zone> zoneFromText(std::string_view s);
 std::optional<Call> callFromText(std::string_view s);
 std::optional<Result> resultFromText(std::string_view s);
 
+// ---- Stops of a game run ahead -----------------------------------------------
+
+// Where a game shown on a screen, run ahead by the computer, stops again:
+// "NONE", "End 1st Period", "2nd Period - 5 Minutes", ...
+enum class AutoStop : std::uint8_t {
+    None,
+    End1st,
+    End2nd,
+    End3rd,
+    First2,
+    First5,
+    First10,
+    Second2,
+    Second5,
+    Second10,
+    Third1,
+    Third2,
+    Third5,
+    Third10,
+};
+inline constexpr std::size_t kAutoStopCount = 14;
+std::string_view text(AutoStop a);
+std::optional<AutoStop> autoStopFromText(std::string_view s);
+// The period a stop is in, and the minutes left at it (0: the period's end).
+struct AutoStopPoint {
+    int period = 0;
+    int minutes = 0;
+};
+AutoStopPoint pointOf(AutoStop a);
+
 // ---- Faceoff states ---------------------------------------------------------
 
 enum class FaceoffSpot : std::uint8_t { Center, Defense, Neutral };

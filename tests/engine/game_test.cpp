@@ -71,13 +71,15 @@ std::unique_ptr<GameSession> loaded(const RulesRecord& rules, std::uint64_t seed
 struct Recorder final : GamePresenter {
     std::vector<std::pair<char, int>> asked;  // 'P' play call, 'L' line change; side
     int gameOver = 0;
-    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
+    int pauses = 0;
+    int linesShown = 0;
+    void ShowPlayLines(const Game&, const std::vector<std::string>&) override { ++linesShown; }
     void ShowClock(const Game&) override {}
     void ShowIce(const Game&) override {}
     void ShowOffenseTargets(const Game&) override {}
     void AskPlayCall(const Game&, int side) override { asked.emplace_back('P', side); }
     void AskLineChange(const Game&, int side) override { asked.emplace_back('L', side); }
-    void ShowPause(const Game&) override {}
+    void ShowPause(const Game&) override { ++pauses; }
     void GameOver(const Game&) override { ++gameOver; }
 };
 
@@ -100,6 +102,10 @@ TEST(PlayState, LiteralsRoundTripAndFaceoffStatesDecode) {
         EXPECT_EQ(callFromText(text(static_cast<Call>(i))), static_cast<Call>(i));
     for (std::size_t i = 1; i < kResultCount; ++i)
         EXPECT_EQ(resultFromText(text(static_cast<Result>(i))), static_cast<Result>(i));
+    for (std::size_t i = 0; i < kAutoStopCount; ++i)
+        EXPECT_EQ(autoStopFromText(text(static_cast<AutoStop>(i))), static_cast<AutoStop>(i));
+    EXPECT_EQ(pointOf(*autoStopFromText("3rd Period - 1 Minute")).minutes, 1);
+    EXPECT_EQ(pointOf(*autoStopFromText("End 2nd Period")).period, 2);
     EXPECT_FALSE(zoneFromText("FACEOFF-CENTER-3"));
     EXPECT_FALSE(callFromText(""));
     EXPECT_FALSE(resultFromText("goal"));
@@ -393,6 +399,34 @@ TEST(Handshake, AComputerCoachTrailingLatePullsHisGoalieAndPutsHimBack) {
     game.SetPlayBox();
     EXPECT_FALSE(s.GoaliePulled[kVisitor]);
     EXPECT_EQ(s.onIce[kVisitor][IcePos::GoalieOrExtra], goalie);
+}
+
+TEST(Handshake, RunningAheadToAStopAsksNobodyAndPausesThere) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    Recorder screen;
+    Game game(*session, humans(), &screen);
+    game.InitGame();
+    game.runTo(AutoStop::End1st);
+    const GameState& s = game.state();
+    EXPECT_TRUE(s.Paused);
+    EXPECT_EQ(s.Period, 2);
+    EXPECT_EQ(s.Clock, 1200);
+    EXPECT_EQ(s.AutoPlayTo, AutoStop::None);
+    EXPECT_TRUE(screen.asked.empty());
+    EXPECT_LE(screen.linesShown, 1);  // the play that reached the stop
+    EXPECT_EQ(screen.pauses, 1);
+    EXPECT_GT(s.steps, 50);
+
+    game.ContinueCommand();  // the user's Continue: his turn at the draw
+    EXPECT_FALSE(s.Paused);
+    ASSERT_EQ(screen.asked.size(), 1u);
+    EXPECT_EQ(screen.asked[0], std::make_pair('L', kVisitor));
+
+    game.runTo(AutoStop::Second5);
+    EXPECT_TRUE(s.Paused);
+    EXPECT_EQ(s.Period, 2);
+    EXPECT_LT(s.Clock, 300);
+    EXPECT_GT(s.Clock, 200);
 }
 
 // ---- Periods, overtime, shootout -------------------------------------------------------
