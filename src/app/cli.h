@@ -64,5 +64,6 @@ void addNewLeagueCommands(CLI::App& app, GlobalOptions& options);
 void addPhrasesCommands(CLI::App& app, GlobalOptions& options);
 void addRatingsCommands(CLI::App& app, GlobalOptions& options);
 void addRosterCommands(CLI::App& app, GlobalOptions& options);
+void addPlayCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

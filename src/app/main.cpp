@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
     addPhrasesCommands(app, options);
     addRatingsCommands(app, options);
     addRosterCommands(app, options);
+    addPlayCommands(app, options);
 
     try {
         app.parse(argc, argv);

@@ -1,0 +1,148 @@
+// Playing one game of the schedule from the command line: both teams coached
+// by the computer, nothing written to the league, the result printed. A seed
+// given twice gives the same game.
+
+#include <fmt/core.h>
+
+#include <memory>
+#include <optional>
+
+#include "app/cli.h"
+#include "engine/game.h"
+#include "engine/team_load.h"
+
+namespace tallyrink::cli {
+
+namespace {
+
+struct PlayOptions {
+    std::size_t game = 0;
+    bool fast = false;
+    std::optional<std::uint64_t> seed;
+};
+
+std::string periodName(int period, int periods) {
+    if (period > periods) return period == periods + 1 ? "OT" : fmt::format("OT{}", period - periods);
+    switch (period) {
+        case 1:
+            return "1st";
+        case 2:
+            return "2nd";
+        case 3:
+            return "3rd";
+        default:
+            return fmt::format("{}th", period);
+    }
+}
+
+std::string clockText(int seconds) { return fmt::format("{}:{:02}", seconds / 60, seconds % 60); }
+
+// Prints the lines of each play as they come, with the time they were told.
+class LinePrinter final : public GamePresenter {
+public:
+    void ShowPlayLines(const Game& game, const std::vector<std::string>& lines) override {
+        const GameState& s = game.state();
+        for (const auto& line : lines)
+            fmt::print("  {:>4} {:>5}  {}\n", periodName(s.Period, game.periods()), clockText(s.Clock), line);
+    }
+    void ShowClock(const Game&) override {}
+    void ShowIce(const Game&) override {}
+    void ShowOffenseTargets(const Game&) override {}
+    void AskPlayCall(const Game&, int) override {}
+    void AskLineChange(const Game&, int) override {}
+    void ShowPause(const Game&) override {}
+    void GameOver(const Game&) override {}
+};
+
+void printSummary(const Game& game, const std::array<std::string, 2>& code, const std::array<std::string, 2>& name) {
+    const GameState& s = game.state();
+    std::array<int, 2> score = game.finalScore();
+    std::string how(gameEndText(s.endedBy));
+    fmt::print("Final: {} {}, {} {} ({})\n", name[0], score[0], name[1], score[1], how);
+
+    std::size_t periods = s.shotsByPeriod.size();
+    std::string header = fmt::format("{:<8}", "");
+    for (std::size_t p = 0; p < periods; ++p)
+        header += fmt::format("{:>5}", periodName(static_cast<int>(p) + 1, game.periods()));
+    bool shootout = s.endedBy == GameEnd::Shootout;
+    if (shootout) header += fmt::format("{:>5}", "SO");
+    header += fmt::format("{:>7}", "Total");
+
+    fmt::print("\nGoals\n{}\n", header);
+    for (int side : {kVisitor, kHome}) {
+        std::vector<int> byPeriod(periods, 0);
+        for (const GoalNote& g : s.goals)
+            if (g.side == side) ++byPeriod[static_cast<std::size_t>(g.period - 1)];
+        std::string row = fmt::format("{:<8}", code[static_cast<std::size_t>(side)]);
+        for (int n : byPeriod) row += fmt::format("{:>5}", n);
+        if (shootout) row += fmt::format("{:>5}", s.ShootoutGoals[static_cast<std::size_t>(side)]);
+        row += fmt::format("{:>7}", score[static_cast<std::size_t>(side)]);
+        fmt::print("{}\n", row);
+    }
+
+    fmt::print("\nShots\n{}\n", header);
+    for (int side : {kVisitor, kHome}) {
+        std::string row = fmt::format("{:<8}", code[static_cast<std::size_t>(side)]);
+        for (const auto& p : s.shotsByPeriod) row += fmt::format("{:>5}", p[static_cast<std::size_t>(side)]);
+        if (shootout) row += fmt::format("{:>5}", "");
+        row += fmt::format("{:>7}", s.Shots[static_cast<std::size_t>(side)]);
+        fmt::print("{}\n", row);
+    }
+
+    fmt::print("\nScoring\n");
+    for (const GoalNote& g : s.goals) {
+        std::string strength = g.strengthEdge > 0 ? " (PP)" : g.strengthEdge < 0 ? " (SH)" : "";
+        if (g.emptyNet) strength += " (EN)";
+        fmt::print("  {:>4} {:>5}  {}{}\n", periodName(g.period, game.periods()), clockText(g.clock),
+                   code[static_cast<std::size_t>(g.side)], strength);
+    }
+    if (s.goals.empty()) fmt::print("  none\n");
+}
+
+void playGame(const GlobalOptions& options, const PlayOptions& o) {
+    auto session = startSession(options);
+    const Schedule& schedule = session->schedule();
+    if (o.game < 1 || o.game > schedule.size())
+        throw CommandError(
+            fmt::format("There is no game {} in the schedule (it has {} games)", o.game, schedule.size()));
+    const GameRecord& row = schedule.row(o.game);
+    if (row.VisitorTeam < 1 || row.HomeTeam < 1 || row.VisitorTeam == row.HomeTeam)
+        throw CommandError(fmt::format("Game {} of the schedule has been deleted", o.game));
+
+    std::uint64_t seed = o.seed.value_or(Random::freshSeed());
+    GameSession session2 = GameSession::forSession(*session);
+    Random loadDraws(seed);
+    session2.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, loadDraws);
+
+    std::array<std::string, 2> code;
+    std::array<std::string, 2> name;
+    for (int side : {kVisitor, kHome}) {
+        const TeamRecord& t = session2.side(side).team;
+        code[static_cast<std::size_t>(side)] = t.Abbrev.str();
+        name[static_cast<std::size_t>(side)] = t.City.str();
+    }
+    fmt::print("Game {}: {} at {}, {}/{} (seed {})\n", o.game, name[0], name[1], int{row.Month}, int{row.Day}, seed);
+
+    LinePrinter printer;
+    GameOptions gameOptions;
+    gameOptions.seed = seed;
+    gameOptions.noDisplay = o.fast;
+    Game game(session2, gameOptions, o.fast ? nullptr : &printer);
+    game.playToEnd();
+    if (!o.fast) fmt::print("\n");
+    printSummary(game, code, name);
+}
+
+}  // namespace
+
+void addPlayCommands(CLI::App& app, GlobalOptions& options) {
+    auto o = std::make_shared<PlayOptions>();
+    auto* cmd = app.add_subcommand(
+        "play", "Play a game of the schedule with two computer coaches; nothing is written to the league");
+    cmd->add_option("game", o->game, "Row of the schedule, from 1")->required();
+    cmd->add_flag("--fast", o->fast, "No play-by-play: only the result");
+    cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
+    cmd->callback([&options, o] { playGame(options, *o); });
+}
+
+}  // namespace tallyrink::cli

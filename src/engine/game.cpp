@@ -1,0 +1,1021 @@
+#include "engine/game.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/stand_in.h"
+#include "team/positions.h"
+
+namespace tallyrink {
+
+namespace {
+
+constexpr int kEvenForwardUnits = 4;
+constexpr int kEvenPairs = 3;
+constexpr int kSpecialUnits = 2;
+constexpr int kMinorSeconds = 120;
+constexpr int kMaxShootoutRound = 50;
+
+int other(int side) { return side == 0 ? 1 : 0; }
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+}  // namespace
+
+std::string_view gameEndText(GameEnd e) {
+    switch (e) {
+        case GameEnd::Regulation:
+            return "regulation";
+        case GameEnd::Overtime:
+            return "overtime";
+        case GameEnd::Shootout:
+            return "shootout";
+        case GameEnd::Tie:
+            return "tie";
+        case GameEnd::None:
+            break;
+    }
+    return "not finished";
+}
+
+Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
+    : session_(session), options_(options), presenter_(presenter ? presenter : &nullPresenter_), rng_(options.seed) {
+    const RulesRecord& rules = session_.league().rules;
+    bool playoff = session_.PlayoffGame;
+    periods_ = std::max(1, periodsPerGame(rules));
+    minutes_ = std::max(1, periodMinutes(rules));
+    overtimeMinutes_ = overtimeMinutes(rules, playoff);
+    overtimeType_ = overtimeType(rules, playoff);
+    shootoutRounds_ = tallyrink::shootoutRounds(rules, playoff);
+    lines_.reserve(16);
+}
+
+// ---- Start ------------------------------------------------------------------
+
+void Game::InitGame() {
+    s_ = GameState{};
+    s_.NoDisplay = options_.noDisplay;
+    s_.Clock = periodSeconds();
+    s_.shotsByPeriod.assign(1, {0, 0});
+    s_.goals.reserve(24);
+    for (int side : {kVisitor, kHome}) {
+        SideTables& t = session_.side(side);
+        LineupTeam& team = teams_[at(side)];
+        team = session_.lineupTeam(side);
+        team.candidate = BuildFitList(t.GameRoster, t.TeamId, t.DressedToday);
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) s_.Energy[at(side)][slot] = t.MaxEnergy[slot];
+        s_.goalie[at(side)] = chooseGoalie(team, kNoSlot);
+        putUnitOnIce(side);
+    }
+}
+
+void Game::playToEnd() {
+    InitGame();
+    SetPlayBox();
+}
+
+// ---- The driver and the two commands ----------------------------------------
+
+int Game::decidingSide() const {
+    if (isFaceoff(s_.PlayZone)) return faceoffStage(s_.PlayZone) == 1 ? kVisitor : kHome;
+    if (s_.PlayZone == Zone::ContinueBox) return other(s_.ContinueTeam);
+    if (s_.PlayZone == Zone::Shootout) return s_.shootoutSide;
+    return s_.PuckTeam;
+}
+
+void Game::SetPlayBox() {
+    if (driverRunning_) return;
+    driverRunning_ = true;
+    while (!s_.GameEndedFlag) {
+        if (s_.Paused) {
+            if (!s_.NoDisplay) presenter_->ShowPause(*this);
+            break;
+        }
+        if (s_.PuckTeam != kVisitor && s_.PuckTeam != kHome) s_.PuckTeam = kVisitor;
+        if (s_.GameOverFlag) {
+            GameOverCheck();
+            break;
+        }
+        // Computer coaches change lines on the way out of their end and
+        // before every draw.
+        Zone z = s_.PlayZone;
+        if (faceoffStage(z) == 1 || z == Zone::DefenseZone || z == Zone::NeutralZone) {
+            for (int side : {kVisitor, kHome})
+                if (computerDecides(side)) computerLineChange(side, isFaceoff(z));
+        }
+        for (int side : {kVisitor, kHome})
+            if (computerDecides(side)) computerGoaliePull(side);
+        int side = decidingSide();
+        if (computerDecides(side)) {
+            if (z == Zone::ContinueBox) {
+                computerLineChange(side, false);
+                ContinueCommand();
+            } else if (z == Zone::Shootout) {
+                PlayStep();
+            } else {
+                OffenseCommand(StandInComputerCall(*this, side, rng_));
+            }
+            continue;
+        }
+        if (isFaceoff(z) || z == Zone::ContinueBox)
+            presenter_->AskLineChange(*this, side);
+        else
+            presenter_->AskPlayCall(*this, side);
+        break;
+    }
+    driverRunning_ = false;
+}
+
+void Game::OffenseCommand(Call call) {
+    if (s_.GameOverFlag) return;
+    s_.PlayCall = call;
+    Zone z = s_.PlayZone;
+    if (isFaceoff(z)) {
+        s_.FaceoffCall[at(decidingSide())] = call;
+        ContinueCommand();
+        return;
+    }
+    if (z == Zone::Shootout || z == Zone::ContinueBox) {
+        PlayStep();
+        return;
+    }
+    s_.FaceoffCall[at(s_.PuckTeam)] = call;
+    // The other coach may answer a line change, or a power play setting up
+    // in its own end, with a change of his own before the play runs.
+    bool answer = s_.lineChangeMade[at(s_.PuckTeam)] || (powerPlay(s_.PuckTeam) && z == Zone::DefenseZone);
+    if (answer) {
+        s_.ContinueZone = z;
+        s_.ContinueCall = call;
+        s_.ContinueTeam = s_.PuckTeam;
+        s_.PlayZone = Zone::ContinueBox;
+        s_.lineChangeMade = {false, false};
+        resumeDriver();
+        return;
+    }
+    PlayStep();
+}
+
+void Game::ContinueCommand() {
+    if (s_.GameOverFlag) return;
+    if (s_.Paused) {  // the user's Continue after a stop
+        s_.Paused = false;
+        resumeDriver();
+        return;
+    }
+    Zone z = s_.PlayZone;
+    if (isFaceoff(z)) {
+        if (faceoffStage(z) == 1) {
+            s_.PlayZone = faceoffZone(faceoffSpot(z), faceoffEndSide(z), 2);
+            resumeDriver();
+            return;
+        }
+        FaceoffStep();
+        PlayStep();
+        return;
+    }
+    if (z == Zone::ContinueBox) {
+        s_.PlayZone = s_.ContinueZone;
+        s_.PlayCall = s_.ContinueCall;
+        s_.PuckTeam = s_.ContinueTeam;
+        s_.lineChangeMade = {false, false};
+        PlayStep();
+        return;
+    }
+}
+
+PlayChances Game::ProbeOnly() {
+    bool was = s_.ProbeOnly;
+    s_.ProbeOnly = true;
+    PlayStep();
+    s_.ProbeOnly = was;
+    return chances_;
+}
+
+// ---- One step -----------------------------------------------------------------
+
+void Game::PlayStep() {
+    if (s_.Paused || s_.GameOverFlag) return;
+    if (s_.PlayZone == Zone::Shootout) {
+        if (s_.ProbeOnly) return;
+        lines_.clear();
+        ShootoutStep();
+        GameOverCheck();
+        if (shown()) presenter_->ShowPlayLines(*this, lines_);
+        resumeDriver();
+        return;
+    }
+    if (s_.PlayZone == Zone::ContinueBox) {
+        s_.PlayZone = s_.ContinueZone;
+        s_.PuckTeam = s_.ContinueTeam;
+    }
+    if (isFaceoff(s_.PlayZone)) {
+        // Called straight on a draw (a probe of a faceoff state reads the
+        // winner's first play only after the draw is made).
+        if (s_.ProbeOnly) return;
+        FaceoffStep();
+    }
+    if (!s_.ProbeOnly) {
+        lines_.clear();
+        s_.EntryZone = s_.PlayZone;
+        if (!isOffenseState(s_.PlayZone) && s_.PlayRating == 0) SetPlayRating();
+        s_.LastPlayCall = s_.PlayCall;
+    }
+
+    chances_ = StandInChances(*this);
+    if (s_.ProbeOnly) return;
+
+    s_.penaltyOn = -1;
+    Result previous = s_.LastPlayResult;
+    s_.PlayResult = applyOverrides(drawResult(chances_));
+    s_.StepPuckTeam = s_.PuckTeam;
+    ApplyPlay();
+    SetPlayRating();
+    s_.LastPlayResult = s_.PlayResult;
+    s_.entryFromFaceoff = false;
+    s_.OffensiveDraw = false;
+    s_.lineChangeMade = {false, false};
+    tvTimeout(previous);
+    RunClock();
+    GameOverCheck();
+    ++s_.steps;
+    if (shown()) {
+        presenter_->ShowClock(*this);
+        presenter_->ShowIce(*this);
+        if (s_.PlayZone == Zone::OffenseZone) presenter_->ShowOffenseTargets(*this);
+        presenter_->ShowPlayLines(*this, lines_);
+    }
+    resumeDriver();
+}
+
+Result Game::drawResult(const PlayChances& c) {
+    int r = rng_.rand(1000);
+    int total = c.EntryChance;
+    if (r <= total) return rng_.rand(100) <= 20 ? Result::OffenseShooter : Result::OffenseZone;
+    total += c.PenaltyOppChance;
+    if (r <= total) {
+        s_.penaltyOn = s_.OtherTeam();
+        return Result::Penalty;
+    }
+    total += c.PenaltyOwnChance;
+    if (r <= total) {
+        s_.penaltyOn = s_.PuckTeam;
+        return Result::Penalty;
+    }
+    total += c.PenaltyBothChance;
+    // A fight lies over the start of the pass band: it is taken first and
+    // doesn't move the bands after it.
+    if (r <= total + c.FightChance) {
+        s_.penaltyOn = kBothSides;
+        return Result::Penalty;
+    }
+    total += c.PassChance;
+    if (r <= total) return s_.PlayCall == Call::Retreat ? Result::Retreat : Result::Pass;
+    total += c.GoalChance;
+    if (r <= total) return Result::Goal;
+    total += c.SaveChance;
+    if (r <= total) return Result::Save;
+    total += c.BlockChance;
+    if (r <= total) return Result::Block;
+    total += c.MissChance;
+    if (r <= total) return Result::Miss;
+    total += c.ClearChance;
+    if (r <= total) {
+        if (s_.OffensiveDraw && s_.entryFromFaceoff) return Result::To;
+        if (s_.PlayCall == Call::Clear && s_.PlayZone == Zone::DefenseZone && rng_.rand(100) <= 15)
+            return Result::ToDefense;
+        if (s_.PlayCall == Call::Clear && s_.PlayZone == Zone::NeutralZone && rng_.rand(100) <= 5)
+            return Result::ToNeutral;
+        return Result::Clear;
+    }
+    total += c.OffsideChance;
+    if (r <= total) return Result::Offsides;
+    return splitTurnover(c);
+}
+
+Result Game::splitTurnover(const PlayChances& c) {
+    double r2 = rng_.rnd();
+    Result r = Result::To;
+    if (r2 <= c.TurnoverDefenseShare)
+        r = Result::ToDefense;
+    else if (r2 <= c.TurnoverDefenseShare + c.TurnoverNeutralShare)
+        r = Result::ToNeutral;
+    else if (r2 <= c.TurnoverDefenseShare + c.TurnoverNeutralShare + c.TurnoverRushShare)
+        r = Result::ToRush;
+    bool pressing = isOffenseState(s_.PlayZone) || (s_.OffensiveDraw && s_.entryFromFaceoff);
+    if (pressing && (r == Result::ToDefense || r == Result::ToNeutral)) r = Result::To;
+    // A team that isn't ahead late doesn't give the leader a rush.
+    if (r == Result::ToRush && s_.Period >= 3) {
+        int puck = s_.Score[at(s_.PuckTeam)];
+        int otherScore = s_.Score[at(s_.OtherTeam())];
+        if (otherScore >= puck + rng_.rand(3) && rng_.rand(10) <= 7) r = Result::To;
+    }
+    return r;
+}
+
+Result Game::applyOverrides(Result r) {
+    bool lastPeriod = s_.Period == periods_;
+    bool tied = s_.Score[0] == s_.Score[1];
+    if (lastPeriod && tied && s_.Clock < 60 + rng_.rand(30) &&
+        (r == Result::Block || r == Result::Save || r == Result::Miss) && rng_.rand(100) <= 5)
+        r = Result::Goal;
+    if (s_.PlayCall == Call::Clear && (isOffenseState(s_.PlayZone) || isShotResult(r))) r = Result::Clear;
+    // Late in a close game the puck is walked up quickly: the play moves up
+    // and the next step draws again.
+    bool late = (s_.Period >= periods_ && s_.Clock <= 120) || s_.Clock <= 30;
+    bool ownHalf = s_.PlayZone == Zone::DefenseZone || s_.PlayZone == Zone::NeutralZone;
+    bool netsManned = !s_.GoaliePulled[0] && !s_.GoaliePulled[1];
+    if (late && ownHalf && netsManned && std::abs(s_.Score[0] - s_.Score[1]) <= 2 &&
+        !(s_.entryFromFaceoff && s_.OffensiveDraw)) {
+        switch (r) {
+            case Result::OffenseShooter:
+            case Result::OffenseZone:
+            case Result::Miss:
+            case Result::Block:
+            case Result::Save:
+            case Result::Goal:
+            case Result::To:
+            case Result::ToRush:
+            case Result::ToNeutral:
+            case Result::Offsides:
+                r = Result::MoveUp;
+                break;
+            default:
+                break;
+        }
+    }
+    return r;
+}
+
+// ---- Applying the result ------------------------------------------------------
+
+void Game::ApplyPlay() {
+    s_.LastZone = s_.PlayZone;
+    Result& r = s_.PlayResult;
+
+    // Time running out inside the play: a late shot loses its edge, and far
+    // from the net the horn may go with nothing at all.
+    int horn = 5 + rng_.rand(6);
+    switch (s_.PlayZone) {
+        case Zone::OffenseShooter:
+            horn = 1 + rng_.rand(2);
+            break;
+        case Zone::Rush:
+            horn = 2 + rng_.rand(2);
+            break;
+        case Zone::OffenseZone:
+            horn = 3 + rng_.rand(2);
+            break;
+        case Zone::NeutralZone:
+            horn = 4 + rng_.rand(5);
+            break;
+        default:
+            break;
+    }
+    if (s_.Clock <= horn) {
+        s_.periodEnds = true;
+        if (r == Result::Goal && rng_.rand(10) <= 4) r = Result::Save;
+        if (r == Result::Save && rng_.rand(10) <= 6) r = Result::Miss;
+    }
+
+    if (r == Result::Goal || r == Result::Save) {
+        ++s_.Shots[at(s_.PuckTeam)];
+        ++s_.shotsByPeriod.back()[at(s_.PuckTeam)];
+    }
+
+    switch (r) {
+        case Result::Penalty:
+            onPenalty(s_.penaltyOn);
+            break;
+        case Result::Pass:
+        case Result::OffenseShooter:
+            onPass();
+            break;
+        case Result::OffenseZone:
+            s_.PlayZone = Zone::OffenseZone;
+            break;
+        case Result::MoveUp:
+            if (s_.PlayZone == Zone::DefenseZone)
+                s_.PlayZone = Zone::NeutralZone;
+            else if (s_.PlayZone == Zone::NeutralZone)
+                onPass();
+            break;
+        case Result::Offsides:
+            s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
+            break;
+        case Result::Clear:
+            onClear();
+            break;
+        case Result::Goal:
+        case Result::ClearGoal:
+            onGoal();
+            break;
+        case Result::Save:
+        case Result::ClearSave:
+            onSave();
+            break;
+        case Result::Miss:
+        case Result::Block:
+            onMissOrBlock();
+            break;
+        case Result::To:
+        case Result::ToDefense:
+        case Result::ToNeutral:
+        case Result::ToRush:
+            onTurnover(r);
+            break;
+        case Result::Retreat:
+            // Told as a retreat; play goes on from the plain zone.
+            s_.PlayZone = rng_.rand(100) <= 70 ? Zone::NeutralZoneRetreat : Zone::DefenseZoneRetreat;
+            break;
+        case Result::NoPlay:
+            s_.periodEnds = true;
+            s_.PlayZone = Zone::FaceoffCenter1;
+            break;
+        case Result::Delay:
+            s_.PlayZone = Zone::FaceoffCenter1;
+            s_.PuckTeam = kVisitor;
+            break;
+        default:
+            break;
+    }
+    if (s_.PlayZone == Zone::NeutralZoneRetreat) s_.PlayZone = Zone::NeutralZone;
+    if (s_.PlayZone == Zone::DefenseZoneRetreat) s_.PlayZone = Zone::DefenseZone;
+    if (s_.periodEnds) s_.PlayZone = Zone::FaceoffCenter1;
+    SetPlayTime();
+}
+
+void Game::onPass() {
+    bool shooter = s_.PlayResult == Result::OffenseShooter || rng_.rand(100) <= 30;
+    if (session_.league().rules.AllowOffensiveZonePlayCallsCheck == 0) shooter = false;
+    s_.PlayZone = shooter ? Zone::OffenseShooter : Zone::OffenseZone;
+}
+
+void Game::onGoal() {
+    int side = s_.PuckTeam;
+    ++s_.Score[at(side)];
+    s_.goals.push_back({s_.Period, s_.Clock, side, s_.Skaters[at(side)] - s_.Skaters[at(other(side))],
+                        s_.GoaliePulled[at(other(side))]});
+    // A goal ends the shortest minor of a team short-handed by it.
+    if (powerPlay(side)) {
+        auto& box = s_.penaltyLeft[at(other(side))];
+        auto shortest = std::min_element(box.begin(), box.end(), [](int a, int b) {
+            if (a == 0) return false;
+            return b == 0 || a < b;
+        });
+        if (*shortest > 0) *shortest = 0;
+        recountSkaters();
+    }
+    if (telling()) tell(fmt::format("GOAL {}", session_.side(side).team.Abbrev.str()));
+    s_.PlayZone = Zone::FaceoffCenter1;
+    s_.PuckTeam = kVisitor;
+}
+
+void Game::onSave() {
+    int r = rng_.rand(100);
+    if (r <= 55) {
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, s_.OtherTeam(), 1);  // frozen
+    } else if (r <= 80) {
+        changePossession();
+        s_.PlayZone = Zone::DefenseZone;
+    } else {
+        s_.PlayZone = Zone::OffenseZone;  // the rebound stays with the shooters
+    }
+}
+
+void Game::onMissOrBlock() {
+    int r = rng_.rand(100);
+    if (r <= 45) {
+        s_.PlayZone = Zone::OffenseZone;
+    } else if (r <= 85) {
+        changePossession();
+        s_.PlayZone = Zone::DefenseZone;
+    } else {
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, s_.OtherTeam(), 1);  // out of play
+    }
+}
+
+void Game::onClear() {
+    int clearing = s_.PuckTeam;
+    if (!isOffenseState(s_.PlayZone) && !powerPlay(other(clearing)) && rng_.rand(100) <= 25) {
+        // Iced: the draw comes back to the clearing team's end.
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, clearing, 1);
+        return;
+    }
+    changePossession();
+    s_.PlayZone = isOffenseState(s_.LastZone) && rng_.rand(2) == 1 ? Zone::NeutralZone : Zone::DefenseZone;
+}
+
+void Game::onPenalty(int side) {
+    if (side == kBothSides) {
+        // Coincidental: nobody is short-handed.
+        s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
+        if (telling()) tell("PENALTY coincidental");
+        return;
+    }
+    auto& box = s_.penaltyLeft[at(side)];
+    for (int& left : box) {
+        if (left == 0) {
+            left = kMinorSeconds;
+            break;
+        }
+    }
+    recountSkaters();
+    if (telling()) tell(fmt::format("PENALTY {}", session_.side(side).team.Abbrev.str()));
+    s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
+}
+
+void Game::onTurnover(Result r) {
+    changePossession();
+    switch (r) {
+        case Result::ToDefense:
+            s_.PlayZone = Zone::OffenseZone;
+            break;
+        case Result::ToNeutral:
+            s_.PlayZone = Zone::NeutralZone;
+            break;
+        case Result::ToRush: {
+            s_.PlayZone = Zone::Rush;
+            int stronger = powerPlay(s_.PuckTeam);
+            if (stronger && rng_.rand(100) <= 80) s_.PlayZone = Zone::DefenseZone;
+            if (powerPlay(s_.OtherTeam()) && rng_.rand(100) <= 90) s_.PlayZone = Zone::DefenseZone;
+            break;
+        }
+        default:
+            s_.PlayZone = Zone::DefenseZone;
+            break;
+    }
+}
+
+void Game::FaceoffStep() {
+    Zone z = s_.PlayZone;
+    auto faceoffOf = [&](int side) {
+        int slot = s_.onIce[at(side)][IcePos::Center];
+        if (slot == kNoSlot) slot = s_.onIce[at(side)][IcePos::LeftWing];
+        return slot == kNoSlot ? 5 : int{session_.side(side).player(slot).RatingFaceoff};
+    };
+    int visitorChance = std::clamp(500 + (faceoffOf(kVisitor) - faceoffOf(kHome)) * 25, 300, 700);
+    int winner = rng_.rand(1000) <= visitorChance ? kVisitor : kHome;
+    s_.PuckTeam = winner;
+    s_.OffensiveDraw = faceoffSpot(z) == FaceoffSpot::Defense && faceoffEndSide(z) == other(winner);
+    s_.entryFromFaceoff = true;
+    s_.PlayZone = Zone::DefenseZone;
+    Call call = s_.FaceoffCall[at(winner)];
+    if (call == Call::None || call == Call::Computer || call == Call::DrawForward || call == Call::DrawBack)
+        call = StandInComputerCall(*this, winner, rng_);
+    s_.PlayCall = call;
+}
+
+// ---- The shootout -------------------------------------------------------------
+
+int Game::FindShootoutShooter(int side) {
+    const SideTables& t = session_.side(side);
+    const LineupTeam& team = teams_[at(side)];
+    auto& used = s_.ShootoutUsed[at(side)];
+    for (int pass = 0; pass < 2; ++pass) {
+        int best = kNoSlot;
+        int bestScore = -1;
+        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
+            const PlayerRecord& p = t.player(slot);
+            if (!team.candidate[at(slot)] || isGoalie(p) || used[at(slot)]) continue;
+            int score = p.DepthShootout * 1000 + p.RatingPenaltyShot * 100 + p.RatingShotOut + rng_.rand(5);
+            if (score > bestScore) {
+                bestScore = score;
+                best = slot;
+            }
+        }
+        if (best != kNoSlot) return best;
+        used = {};  // everyone has shot: they go again
+    }
+    return kNoSlot;
+}
+
+void Game::ShootoutStep() {
+    int side = s_.shootoutSide;
+    int shooter = FindShootoutShooter(side);
+    double penaltyShot = shooter == kNoSlot ? 5 : session_.side(side).player(shooter).RatingPenaltyShot;
+    int goalie = s_.goalie[at(other(side))];
+    double goalieRating = goalie == kNoSlot ? 65 : session_.side(other(side)).player(goalie).RatingGoalie;
+    double c = std::clamp((penaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
+    int round = s_.ShootoutRound;
+    if (round >= 2 + rng_.rand(3)) c *= side == kVisitor ? .5 : 1.5;
+    if (round >= 4 + rng_.rand(3) && side == kHome) c = s_.ShootoutGoals[0] == s_.ShootoutGoals[1] ? 1000 : 0;
+    bool goal = rng_.rand(1000) <= c;
+    s_.PlayResult = goal ? Result::ShootoutGoal : Result::ShootoutMiss;
+    s_.LastPlayResult = s_.PlayResult;
+    if (shooter != kNoSlot) s_.ShootoutUsed[at(side)][at(shooter)] = true;
+    if (goal) ++s_.ShootoutGoals[at(side)];
+    if (telling()) tell(std::string(text(s_.PlayResult)));
+
+    int left = std::max(shootoutRounds_ - round, 0);
+    int leftVisitor = left;
+    int leftHome = left + (side == kVisitor ? 1 : 0);
+    if (s_.ShootoutGoals[0] + leftVisitor < s_.ShootoutGoals[1] ||
+        s_.ShootoutGoals[1] + leftHome < s_.ShootoutGoals[0]) {
+        finishGame(GameEnd::Shootout);
+        return;
+    }
+    if (side == kVisitor) {
+        s_.shootoutSide = kHome;
+        return;
+    }
+    s_.shootoutSide = kVisitor;
+    if (++s_.ShootoutRound > kMaxShootoutRound) {
+        // Never reached in practice: the late rounds decide. Settle it by lot.
+        ++s_.ShootoutGoals[at(rng_.rand(2) - 1)];
+        finishGame(GameEnd::Shootout);
+    }
+}
+
+std::array<int, 2> Game::finalScore() const {
+    std::array<int, 2> score = s_.Score;
+    if (s_.endedBy == GameEnd::Shootout) ++score[s_.ShootoutGoals[0] > s_.ShootoutGoals[1] ? 0 : 1];
+    return score;
+}
+
+// ---- Play rating ----------------------------------------------------------------
+
+void Game::SetPlayRating() {
+    double r = 5.7 + 2 * rng_.rnd() - 2 * rng_.rnd();
+    bool against = (s_.PuckTeam == kVisitor && s_.Momentum < 0) || (s_.PuckTeam == kHome && s_.Momentum > 0);
+    if (against) r -= std::fabs(s_.Momentum);
+    if (s_.PlayZone == Zone::Rush) r += 2;
+    if (s_.Skaters[0] == 4 && s_.Skaters[1] == 4) r += 1;
+    if (s_.Skaters[0] == 3 && s_.Skaters[1] == 3) r += 2;
+    switch (strengthEdge()) {
+        case 2:
+            r += 4.5;
+            if (r < 5.6) r = 5.25 - .5 * rng_.rnd();
+            break;
+        case 1:
+            r += 2;
+            if (r < 4.5) r = 4.25 - .5 * rng_.rnd();
+            if (r > 8.5) r = 8.25 + .5 * rng_.rnd();
+            break;
+        case 0:
+            r -= rng_.rnd();
+            if (r > 7.5) r = 7.25 + .5 * rng_.rnd();
+            break;
+        case -1:
+            r -= 2;
+            if (r > 2) r = 2 + .5 * rng_.rnd();
+            break;
+        default:
+            r -= 4;
+            if (r > 1.25) r = 1 + .5 * rng_.rnd();
+            break;
+    }
+    if (strengthEdge() < 0 && rng_.rand(5) == 1) r = 2 + 3 * rng_.rnd();
+    if (isFaceoff(s_.PlayZone)) r = 5;
+    s_.PlayRating = std::clamp(r, 1.0, 10.0);
+}
+
+// ---- The clock -------------------------------------------------------------------
+
+void Game::SetPlayTime() {
+    Zone z = s_.LastZone;
+    bool lastPeriod = s_.Period == periods_;
+    double t = 14.5 + 4 * rng_.rnd() - 4 * rng_.rnd();
+    if (lastPeriod && s_.Clock < 120) t *= .35;
+    if (t < 7) t = 3 + rng_.rand(2);
+    if (z == Zone::OffenseShooter) t = t * .45 + 3 * rng_.rnd() - 3 * rng_.rnd();
+    if (z == Zone::OffenseZone || z == Zone::Rush) t = t * .55 + 3 * rng_.rnd() - 3 * rng_.rnd();
+    t *= 1.05;
+    if (s_.PlayResult == Result::MoveUp) t = 3 + 3 * rng_.rnd() + 3 * rng_.rnd();
+    t *= eraPace();
+    if (t > 40 && s_.Clock < 30 + rng_.rand(30)) t = 30 + rng_.rand(10);
+    if (s_.LastPlayResult == Result::Clear && t <= 3) t = 3 + rng_.rand(2);
+    if (s_.PlayResult == Result::Penalty && t >= 15) t = 13 + rng_.rand(5);
+    t = std::max(t, z == Zone::DefenseZone ? 5.0 : z == Zone::NeutralZone ? 4.0 : 3.0);
+
+    // The leader kills time; the trailing team hurries.
+    int lead = s_.Score[at(s_.PuckTeam)] - s_.Score[at(s_.OtherTeam())];
+    if (lead < 0 && s_.Clock < 60 + rng_.rand(60)) t *= .7;
+    if (lead > 0 && s_.Period >= 2) {
+        t *= 1.05;
+        if (lead > rng_.rand(3)) t *= 1.1;
+    }
+    if (t < 2 + rng_.rand(2)) t = 2 + rng_.rand(2);
+
+    // Fit the play to the end of the nearest penalty.
+    int pen = minPenaltyLeft();
+    if (t > 7 && pen < 30 && pen - t <= 5) t = pen - 5;
+    if (t > pen) t = pen;
+    double d = pen - t;
+    if (d >= 1 && d <= 5 + rng_.rand(5)) t = pen;
+
+    if (session_.league().rules.AllowOffensiveZonePlayCallsCheck == 0) t *= isOffenseState(z) ? .65 : .95;
+    if (t < 3 && s_.Clock >= 3) t = 3;
+    if (t < 1) t = 1;
+    if (t > s_.Clock) t = s_.Clock;
+    if (s_.periodEnds) {
+        t = s_.Clock;
+        s_.PlayZone = Zone::FaceoffCenter1;
+    } else if (t >= s_.Clock) {
+        // Only the horn ends a period: an ordinary play leaves time on the clock.
+        t = std::max(0, s_.Clock - rng_.rand(3));
+    }
+    s_.PlayTime = t;
+}
+
+// Plays of an era with many events (shots, penalties, fights) are short;
+// an era of 34 a team a game plays at par. The era is that of a skater
+// picked at random from the ice.
+double Game::eraPace() {
+    int side = rng_.rand(2) - 1;
+    int slot = s_.onIce[at(side)].slot[at(2 + rng_.rand(3))];
+    int year = slot == kNoSlot ? 0 : session_.side(side).player(slot).PlayerYear;
+    if (year < 1900 || year > 2050) year = 2014;
+    const EraRecord& era = session_.eraRow(year, 2014);
+    bool college = session_.side(kHome).team.TeamType.str() == "C";
+    double savePct = college ? era.CollegeSavePct : era.SavePct;
+    double goals = college ? era.CollegeGoalsPerTeam : era.GoalsPerTeam;
+    double pim = college ? era.CollegePim : era.PimPerGame;
+    if (savePct <= 0 || savePct >= 100 || goals <= 0) return 1;
+    double shots = goals / (100 - savePct) * 100;
+    double fights = college ? 0 : era.FightsPerGame;
+    double penalties = ((pim - fights * 5 * 1.3) / 2) / 2.52;
+    double events = penalties + shots + fights;
+    if (year <= 2003) events -= std::min(.005 * (2003 - year), .2) * shots;
+    double pace = events > 0 ? std::clamp((34 / events) * (34 / events), .7, 1.3) : 1;
+    if (penalties > 5.5 + 2 * rng_.rnd()) pace *= 1.2;  // many whistles: longer stops
+    if (pim / 2 < 7 + 5 * rng_.rnd()) pace *= .93;
+    if (pim / 2 > 12 + 7 * rng_.rnd()) pace *= 1.1;
+    return pace;
+}
+
+int Game::minPenaltyLeft() const {
+    int least = 999;
+    for (const auto& box : s_.penaltyLeft)
+        for (int left : box)
+            if (left > 0) least = std::min(least, left);
+    return least;
+}
+
+void Game::recountSkaters() {
+    std::array<int, 2> before = s_.Skaters;
+    for (int side : {kVisitor, kHome}) {
+        int running = 0;
+        for (int left : s_.penaltyLeft[at(side)]) running += left > 0 ? 1 : 0;
+        s_.Skaters[at(side)] = std::max(3, 5 - running);
+    }
+    if (before != s_.Skaters) {
+        for (int side : {kVisitor, kHome}) {
+            s_.forwardUnit[at(side)] = 1;
+            s_.defensePair[at(side)] = 1;
+            putUnitOnIce(side);
+        }
+    }
+}
+
+void Game::RunClock() {
+    double t = s_.PlayTime;
+    bool faceoff = isFaceoff(s_.PlayZone);
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        const OnIce& ice = s_.onIce[at(side)];
+        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
+            int limit = tables.ShiftLimit[at(slot)];
+            if (limit <= 0) continue;
+            double& secs = s_.ShiftSecs[at(side)][at(slot)];
+            bool on = ice.holds(slot);
+            if (faceoff) secs -= on ? 4.9 : 7;
+            if (!on) {
+                double q = .5 - (100 - tables.MaxEnergy[at(slot)]) * .01;
+                secs -= t * q;
+                s_.stint[at(side)][at(slot)] = 0;
+            } else {
+                int e = s_.Energy[at(side)][at(slot)];
+                double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
+                secs += t * rate;
+                s_.stint[at(side)][at(slot)] += t;
+            }
+            secs = std::max(secs, 0.0);
+        }
+        for (int& left : s_.penaltyLeft[at(side)]) left = std::max(0, left - static_cast<int>(std::lround(t)));
+    }
+    recountSkaters();
+    s_.Clock = static_cast<int>(roundHalfEven(s_.Clock - t));
+    // A goal is timed at the end of its play.
+    if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())
+        s_.goals.back().clock = s_.Clock;
+    checkAutoStop();
+    SetEnergy();
+    endOfPeriod();
+}
+
+void Game::SetEnergy() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
+            int limit = tables.ShiftLimit[slot];
+            int maxEnergy = tables.MaxEnergy[slot];
+            double secs = s_.ShiftSecs[at(side)][slot];
+            int& energy = s_.Energy[at(side)][slot];
+            if (limit <= 0) continue;
+            int e = maxEnergy;
+            if (secs > limit) {
+                e = std::clamp(static_cast<int>(roundHalfEven(80 - (secs - limit) * .3)), 0, 79);
+                if (energy >= 80 && energy - e > 10) e = energy - 2 + rng_.rand(5) - rng_.rand(5);
+            } else if (secs > 0) {
+                e = static_cast<int>(roundHalfEven(maxEnergy - (secs / limit) * 20));
+                e = std::max(e, 80);
+            }
+            energy = std::clamp(e, 0, 100);
+        }
+    }
+}
+
+void Game::restoreEveryone() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
+            s_.Energy[at(side)][slot] = tables.MaxEnergy[slot];
+            s_.ShiftSecs[at(side)][slot] = 0;
+            s_.stint[at(side)][slot] = 0;
+        }
+    }
+}
+
+void Game::endOfPeriod() {
+    bool tied = s_.Score[0] == s_.Score[1];
+    if (s_.Period > periods_ && overtimeType_ != 2 && !tied) {
+        finishGame(GameEnd::Overtime);  // sudden death
+        return;
+    }
+    if (s_.Clock > 0) return;
+    s_.periodEnds = false;
+    s_.Momentum = s_.Momentum > 0 ? std::max(0.0, s_.Momentum - .2) : std::min(0.0, s_.Momentum + .2);
+    restoreEveryone();
+    for (int side : {kVisitor, kHome}) returnGoalie(side);
+    auto nextPeriod = [&](int seconds) {
+        ++s_.Period;
+        s_.Clock = seconds;
+        s_.PlayZone = Zone::FaceoffCenter1;
+        s_.PuckTeam = kVisitor;
+        s_.PlayCall = Call::None;
+        s_.PlayResult = Result::None;
+        s_.shotsByPeriod.push_back({0, 0});
+        s_.tvTimeoutsTaken = 0;
+    };
+    if (s_.Period < periods_) {
+        nextPeriod(periodSeconds());
+        return;
+    }
+    if (!tied) {
+        finishGame(s_.Period > periods_ ? GameEnd::Overtime : GameEnd::Regulation);
+        return;
+    }
+    bool anotherPeriod = overtimeMinutes_ > 0 && (s_.Period == periods_ || overtimeType_ == 1);
+    if (anotherPeriod) {
+        if (telling()) tell(s_.Period == periods_ ? "overtime!" : "we'll play another period!");
+        nextPeriod(overtimeSeconds());
+        return;
+    }
+    if (shootoutRounds_ > 0) {
+        if (telling()) tell("we're headed for a shootout!");
+        s_.PlayZone = Zone::Shootout;
+        s_.PuckTeam = kVisitor;
+        s_.shootoutSide = kVisitor;
+        s_.ShootoutRound = 1;
+        return;
+    }
+    finishGame(GameEnd::Tie);
+}
+
+void Game::finishGame(GameEnd how) {
+    s_.GameOverFlag = true;
+    s_.endedBy = how;
+}
+
+void Game::GameOverCheck() {
+    if (!s_.GameOverFlag || s_.GameEndedFlag) return;
+    s_.GameEndedFlag = true;
+    presenter_->GameOver(*this);
+}
+
+void Game::runTo(AutoStop stop) {
+    s_.AutoPlayTo = stop;
+    s_.Paused = false;
+    SetPlayBox();
+}
+
+void Game::checkAutoStop() {
+    if (s_.AutoPlayTo == AutoStop::None) return;
+    AutoStopPoint at = pointOf(s_.AutoPlayTo);
+    bool fires = at.minutes == 0 ? s_.Period == at.period && s_.Clock <= 0
+                                 : s_.Period == at.period && s_.Clock < at.minutes * 60;
+    // A stop already passed isn't waited for into the next periods.
+    if (fires || s_.Period > at.period) {
+        s_.AutoPlayTo = AutoStop::None;
+        s_.Paused = true;
+    }
+}
+
+// Broadcast breaks: two a period at the first whistle after 14 and 6
+// minutes left, when play is even and the stop isn't a goal, a penalty or
+// an icing. Everybody gets his breath back.
+void Game::tvTimeout(Result previous) {
+    const RulesRecord& rules = session_.league().rules;
+    if (rules.TVTimeoutsCheck != 1 || rules.TimeoutsAllowedCheck != 1) return;
+    if (!isFaceoff(s_.PlayZone) || s_.PlayResult == Result::Goal || s_.PlayResult == Result::Penalty ||
+        previous == Result::Penalty || s_.PlayResult == Result::Clear)
+        return;
+    if (strength(0) != strength(1) || s_.Period > 3 || s_.Clock <= 120) return;
+    int due = s_.Clock <= 360 ? 2 : s_.Clock <= 840 ? 1 : 0;
+    if (s_.tvTimeoutsTaken >= due) return;
+    s_.tvTimeoutsTaken = due;
+    restoreEveryone();
+    if (telling()) tell("TV Timeout");
+}
+
+// ---- Lines -----------------------------------------------------------------------
+
+void Game::putUnitOnIce(int side) {
+    bool even = s_.Skaters[0] == 5 && s_.Skaters[1] == 5;
+    IceRequest req;
+    req.own = s_.Skaters[at(side)];
+    req.opponent = s_.Skaters[at(other(side))];
+    req.unit = s_.forwardUnit[at(side)];
+    req.pair = even ? s_.defensePair[at(side)] : 0;
+    req.goalie = s_.goalie[at(side)];
+    req.goaliePulled = s_.GoaliePulled[at(side)];
+    IcePlacement placed = PutLinesOnIce(teams_[at(side)], req, &rng_);
+    OnIce before = s_.onIce[at(side)];
+    s_.onIce[at(side)] = placed.onIce;
+    if (placed.goalie != kNoSlot) s_.goalie[at(side)] = placed.goalie;
+    for (int slot : placed.onIce.slot)
+        if (slot != kNoSlot && !before.holds(slot)) s_.stint[at(side)][at(slot)] = 0;
+}
+
+bool Game::lineChangeDue(int side) const {
+    const SideTables& tables = session_.side(side);
+    const OnIce& ice = s_.onIce[at(side)];
+    for (std::size_t pos = 0; pos < 5; ++pos) {
+        int slot = ice.slot[pos];
+        if (slot == kNoSlot) continue;
+        if (s_.Energy[at(side)][at(slot)] <= 60) return true;
+        int limit = pos <= 2 ? 60 : 70;
+        int year = tables.player(slot).PlayerYear;
+        limit += (year <= 1969 ? 15 : 0) + (year <= 1964 ? 15 : 0) + (year <= 1959 ? 15 : 0);
+        if (s_.stint[at(side)][at(slot)] > limit) return true;
+    }
+    return false;
+}
+
+void Game::computerLineChange(int side, bool atFaceoff) {
+    if (!lineChangeDue(side)) return;
+    if (!atFaceoff) {
+        if (s_.Skaters[0] != s_.Skaters[1] && rng_.rand(2) == 1) return;
+        // The iced or cleared team can't change.
+        if (s_.LastPlayResult == Result::Clear && side != s_.PuckTeam && !powerPlay(side)) return;
+    }
+    bool even = s_.Skaters[0] == 5 && s_.Skaters[1] == 5;
+    int units = even ? kEvenForwardUnits : kSpecialUnits;
+    s_.forwardUnit[at(side)] = s_.forwardUnit[at(side)] % units + 1;
+    if (even) s_.defensePair[at(side)] = s_.defensePair[at(side)] % kEvenPairs + 1;
+    putUnitOnIce(side);
+    s_.lineChangeMade[at(side)] = true;
+}
+
+// On a screen a command or a step hands back to the driver, which asks for
+// the next decision; without one the caller's driver loop goes on.
+void Game::resumeDriver() {
+    if (!s_.NoDisplay && !driverRunning_) SetPlayBox();
+}
+
+// Late in the last period (and in overtime) a computer coach trailing by
+// one or two goals takes his goalie out for an extra attacker at the time
+// his game plan sets, and puts him back when the score no longer asks for
+// it or the draw is in his own end.
+void Game::computerGoaliePull(int side) {
+    if (s_.Period < periods_ || s_.Clock > 120 || s_.PlayZone == Zone::Shootout) return;
+    const GamePlanRecord& plan = session_.side(side).plan;
+    int behind = s_.Score[at(other(side))] - s_.Score[at(side)];
+    bool ownEndDraw = faceoffSpot(s_.PlayZone) == FaceoffSpot::Defense && isFaceoff(s_.PlayZone) &&
+                      faceoffEndSide(s_.PlayZone) == side;
+    bool pressedInOwnEnd = s_.PuckTeam == other(side) && isOffenseState(s_.PlayZone);
+    if (s_.GoaliePulled[at(side)]) {
+        if (!pressedInOwnEnd && (behind < 1 || behind > 2 || ownEndDraw)) returnGoalie(side);
+        return;
+    }
+    if (plan.DontPullGoalie == 1 || behind < 1 || behind > 2 || ownEndDraw || pressedInOwnEnd) return;
+    int at2 = plan.PullTrailingByTwo > 0 ? plan.PullTrailingByTwo : 100;
+    int at1 = plan.PullTrailingByOne > 0 ? plan.PullTrailingByOne : 80;
+    bool wait = behind == 2 ? plan.WaitForPossessionTrailingByTwo == 1 : plan.WaitForPossessionTrailingByOne == 1;
+    if (s_.Clock >= (behind == 2 ? at2 : at1)) return;
+    if (wait && (s_.PuckTeam != side || isFaceoff(s_.PlayZone))) return;
+    s_.GoaliePulled[at(side)] = true;
+    putUnitOnIce(side);
+    if (telling()) tell(fmt::format("{} pull their goalie", session_.side(side).team.Abbrev.str()));
+}
+
+void Game::returnGoalie(int side) {
+    if (!s_.GoaliePulled[at(side)]) return;
+    s_.GoaliePulled[at(side)] = false;
+    putUnitOnIce(side);
+}
+
+void Game::tell(std::string line) { lines_.push_back(std::move(line)); }
+
+}  // namespace tallyrink

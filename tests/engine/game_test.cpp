@@ -1,0 +1,631 @@
+// The play loop: the zone states and their literals, the transitions of a
+// step, the faceoff and line-change handshakes, the end of periods, overtime
+// and the shootout, replay by seed, and whole schedules of a made-up league
+// played to a legal end.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+
+#include "engine/game.h"
+#include "engine/stand_in.h"
+#include "operations/blank_league.h"
+#include "operations/era_figures.h"
+#include "operations/new_league.h"
+#include "operations/schedule_generator.h"
+#include "support/temp_dir.h"
+
+namespace tallyrink {
+namespace {
+
+using testing::TempDir;
+
+const EraTable& shippedEra() {
+    static const EraTable table = LoadEra(std::filesystem::path(TALLYRINK_SOURCE_DIR) / "data");
+    return table;
+}
+
+// Six made-up teams, written once for all tests of this file.
+struct MadeUpLeague {
+    TempDir dir;
+    std::vector<int> teams;
+    MadeUpLeague() {
+        NewLeagueOptions options;
+        options.teams = 6;
+        options.year = 2017;
+        options.seed = 31;
+        GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
+        writeLeagueFolder(dir.path(), league.files);
+        for (int t = 1; t <= kMaxTeams; ++t)
+            if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) teams.push_back(t);
+    }
+};
+
+MadeUpLeague& madeUp() {
+    static MadeUpLeague league;
+    return league;
+}
+
+// Regulation of three 20-minute periods; overtime and shootout as given.
+RulesRecord rulesWith(int overtimeFives, int overtimeKind, int shootoutValue) {
+    RulesRecord r = defaultRules(2017);
+    r.Periodslist = 2;
+    r.Minuteslist = 19;
+    r.OTLengthlist = static_cast<std::uint8_t>(overtimeFives);
+    r.OTTypelist = static_cast<std::uint8_t>(overtimeKind);
+    r.ShootOutList = static_cast<std::uint8_t>(shootoutValue);
+    r.AllowOffensiveZonePlayCallsCheck = 1;
+    return r;
+}
+
+std::unique_ptr<GameSession> loaded(const RulesRecord& rules, std::uint64_t seed = 1, int visitor = 0, int home = 1) {
+    MadeUpLeague& lg = madeUp();
+    auto session = std::make_unique<GameSession>(LeagueContext{lg.dir.path(), rules, &shippedEra(), nullptr});
+    Random draws(seed);
+    session->loadGame(lg.teams.at(std::size_t(visitor)), lg.teams.at(std::size_t(home)), 11, 10, draws);
+    return session;
+}
+
+// Remembers who was asked for what.
+struct Recorder final : GamePresenter {
+    std::vector<std::pair<char, int>> asked;  // 'P' play call, 'L' line change; side
+    int gameOver = 0;
+    int pauses = 0;
+    int linesShown = 0;
+    void ShowPlayLines(const Game&, const std::vector<std::string>&) override { ++linesShown; }
+    void ShowClock(const Game&) override {}
+    void ShowIce(const Game&) override {}
+    void ShowOffenseTargets(const Game&) override {}
+    void AskPlayCall(const Game&, int side) override { asked.emplace_back('P', side); }
+    void AskLineChange(const Game&, int side) override { asked.emplace_back('L', side); }
+    void ShowPause(const Game&) override { ++pauses; }
+    void GameOver(const Game&) override { ++gameOver; }
+};
+
+GameOptions humans(std::uint64_t seed = 3) {
+    GameOptions o;
+    o.seed = seed;
+    o.coach = {CoachKind::Human, CoachKind::Human};
+    o.noDisplay = false;
+    return o;
+}
+
+// ---- Literals ------------------------------------------------------------------
+
+TEST(PlayState, LiteralsRoundTripAndFaceoffStatesDecode) {
+    for (std::size_t i = 0; i < kZoneCount; ++i) {
+        auto z = static_cast<Zone>(i);
+        EXPECT_EQ(zoneFromText(text(z)), z) << text(z);
+    }
+    for (std::size_t i = 1; i < kCallCount; ++i)
+        EXPECT_EQ(callFromText(text(static_cast<Call>(i))), static_cast<Call>(i));
+    for (std::size_t i = 1; i < kResultCount; ++i)
+        EXPECT_EQ(resultFromText(text(static_cast<Result>(i))), static_cast<Result>(i));
+    for (std::size_t i = 0; i < kAutoStopCount; ++i)
+        EXPECT_EQ(autoStopFromText(text(static_cast<AutoStop>(i))), static_cast<AutoStop>(i));
+    EXPECT_EQ(pointOf(*autoStopFromText("3rd Period - 1 Minute")).minutes, 1);
+    EXPECT_EQ(pointOf(*autoStopFromText("End 2nd Period")).period, 2);
+    EXPECT_FALSE(zoneFromText("FACEOFF-CENTER-3"));
+    EXPECT_FALSE(callFromText(""));
+    EXPECT_FALSE(resultFromText("goal"));
+    EXPECT_EQ(text(Call::DumpChase), "DUMP/CHASE");
+    EXPECT_EQ(text(Call::DrawForward), "DRAW FORWARD");
+
+    EXPECT_EQ(text(faceoffZone(FaceoffSpot::Defense, kHome, 2)), "FACEOFF-DEFENSE-2-2");
+    EXPECT_EQ(text(faceoffZone(FaceoffSpot::Neutral, kVisitor, 1)), "FACEOFF-NEUTRAL-1-1");
+    EXPECT_EQ(text(faceoffZone(FaceoffSpot::Center, kHome, 2)), "FACEOFF-CENTER-2");
+    for (std::size_t i = 0; i < kZoneCount; ++i) {
+        auto z = static_cast<Zone>(i);
+        std::string_view t = text(z);
+        EXPECT_EQ(isFaceoff(z), t.starts_with("FACEOFF")) << t;
+        if (!isFaceoff(z)) {
+            EXPECT_EQ(faceoffStage(z), 0);
+            continue;
+        }
+        EXPECT_EQ(faceoffStage(z), t.back() - '0') << t;
+        if (faceoffSpot(z) != FaceoffSpot::Center) {
+            EXPECT_EQ(faceoffEndSide(z) + 1, t[t.size() - 3] - '0') << t;
+        }
+        EXPECT_EQ(faceoffZone(faceoffSpot(z), faceoffEndSide(z), faceoffStage(z)), z) << t;
+    }
+}
+
+// ---- Transitions -----------------------------------------------------------------
+
+class Transitions : public ::testing::Test {
+protected:
+    std::unique_ptr<GameSession> session = loaded(rulesWith(1, 0, 1));
+    Game game{*session, GameOptions{}};
+    void SetUp() override { game.InitGame(); }
+    // A hand-set state in mid-period and the result to apply.
+    const GameState& apply(Zone zone, int puck, Result result) {
+        GameState& s = game.editState();
+        s.PlayZone = zone;
+        s.PuckTeam = puck;
+        s.PlayResult = result;
+        s.Clock = 600;
+        game.ApplyPlay();
+        return game.state();
+    }
+};
+
+TEST_F(Transitions, PossessionAndZoneFollowTheResult) {
+    EXPECT_EQ(apply(Zone::NeutralZone, kVisitor, Result::ToDefense).PlayZone, Zone::OffenseZone);
+    EXPECT_EQ(game.state().PuckTeam, kHome);
+    EXPECT_EQ(apply(Zone::OffenseZone, kVisitor, Result::To).PlayZone, Zone::DefenseZone);
+    EXPECT_EQ(game.state().PuckTeam, kHome);
+    EXPECT_EQ(apply(Zone::DefenseZone, kHome, Result::ToNeutral).PlayZone, Zone::NeutralZone);
+    EXPECT_EQ(game.state().PuckTeam, kVisitor);
+    EXPECT_EQ(apply(Zone::DefenseZone, kHome, Result::MoveUp).PlayZone, Zone::NeutralZone);
+    EXPECT_EQ(game.state().PuckTeam, kHome);
+    EXPECT_EQ(apply(Zone::NeutralZone, kVisitor, Result::OffenseZone).PlayZone, Zone::OffenseZone);
+    // Offside: the draw is outside the blue line of the other team.
+    EXPECT_EQ(text(apply(Zone::NeutralZone, kVisitor, Result::Offsides).PlayZone), "FACEOFF-NEUTRAL-2-1");
+    EXPECT_EQ(text(apply(Zone::DefenseZone, kHome, Result::Offsides).PlayZone), "FACEOFF-NEUTRAL-1-1");
+    for (int i = 0; i < 30; ++i) {
+        Zone z = apply(Zone::OffenseZone, kVisitor, Result::Retreat).PlayZone;
+        EXPECT_TRUE(z == Zone::DefenseZone || z == Zone::NeutralZone) << text(z);
+        Zone p = apply(Zone::NeutralZone, kVisitor, Result::Pass).PlayZone;
+        EXPECT_TRUE(p == Zone::OffenseZone || p == Zone::OffenseShooter) << text(p);
+    }
+}
+
+TEST_F(Transitions, GoalsShotsAndPenaltiesChangeTheScoreAndManpower) {
+    const GameState& s = apply(Zone::OffenseShooter, kHome, Result::Goal);
+    EXPECT_EQ(s.Score[kHome], 1);
+    EXPECT_EQ(s.Shots[kHome], 1);
+    EXPECT_EQ(s.PlayZone, Zone::FaceoffCenter1);
+    EXPECT_EQ(s.PuckTeam, kVisitor);
+    apply(Zone::OffenseZone, kVisitor, Result::Block);
+    apply(Zone::OffenseZone, kVisitor, Result::Miss);
+    EXPECT_EQ(s.Shots[kVisitor], 0);  // blocked and missed shots aren't on goal
+    apply(Zone::OffenseZone, kVisitor, Result::Save);
+    EXPECT_EQ(s.Shots[kVisitor], 1);
+    EXPECT_EQ(s.shotsByPeriod.back()[kVisitor], 1);
+
+    GameState& e = game.editState();
+    e.penaltyOn = kHome;
+    apply(Zone::NeutralZone, kVisitor, Result::Penalty);
+    EXPECT_EQ(s.Skaters[kHome], 4);
+    EXPECT_EQ(s.Skaters[kVisitor], 5);
+    EXPECT_EQ(text(s.PlayZone), "FACEOFF-DEFENSE-2-1");  // in the end of the side that took it
+    EXPECT_EQ(game.strengthEdge(), s.PuckTeam == kVisitor ? 1 : -1);
+    // A power-play goal frees the short-handed side.
+    apply(Zone::OffenseZone, kVisitor, Result::Goal);
+    EXPECT_EQ(s.Skaters[kHome], 5);
+    ASSERT_EQ(s.goals.size(), 2u);
+    EXPECT_EQ(s.goals.back().strengthEdge, 1);
+
+    e.penaltyOn = kBothSides;
+    apply(Zone::NeutralZone, kVisitor, Result::Penalty);
+    EXPECT_EQ(s.Skaters, (std::array<int, 2>{5, 5}));
+}
+
+TEST_F(Transitions, ReboundsEndInTheirStatesOnly) {
+    std::set<Zone> afterSave;
+    for (int i = 0; i < 200; ++i) {
+        const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
+        afterSave.insert(s.PlayZone);
+        if (s.PlayZone == Zone::OffenseZone) {
+            EXPECT_EQ(s.PuckTeam, kVisitor);
+        }
+        if (s.PlayZone == Zone::DefenseZone) {
+            EXPECT_EQ(s.PuckTeam, kHome);
+        }
+    }
+    // Frozen in the home end, taken by the home side, or the rebound kept.
+    EXPECT_EQ(afterSave, (std::set<Zone>{Zone::FaceoffDefense21, Zone::DefenseZone, Zone::OffenseZone}));
+}
+
+TEST_F(Transitions, TheHornInsideAPlayEndsThePeriod) {
+    GameState& s = game.editState();
+    s.PlayZone = Zone::NeutralZone;
+    s.PlayResult = Result::Pass;
+    s.Clock = 3;
+    game.ApplyPlay();
+    EXPECT_TRUE(s.periodEnds);
+    EXPECT_EQ(s.PlayZone, Zone::FaceoffCenter1);
+    EXPECT_EQ(s.PlayTime, 3);
+    // Mid-period a play leaves time for the next one.
+    for (int i = 0; i < 100; ++i) {
+        s.periodEnds = false;
+        s.PlayZone = Zone::OffenseShooter;
+        s.PlayResult = Result::Pass;
+        s.Clock = 40;
+        game.ApplyPlay();
+        EXPECT_GE(s.PlayTime, 1);
+        EXPECT_LT(s.PlayTime, 40);
+    }
+}
+
+TEST_F(Transitions, StepsDrawOnlyWhatTheZoneAllows) {
+    GameState& s = game.editState();
+    for (int i = 0; i < 400; ++i) {
+        s.PlayZone = Zone::OffenseZone;
+        s.PlayCall = Call::Pass;
+        s.PuckTeam = kVisitor;
+        s.Clock = 900;
+        s.Period = 1;
+        s.GameOverFlag = false;
+        game.PlayStep();
+        Result r = s.PlayResult;
+        // A turnover in the far end gives the puck back in the taker's own end.
+        EXPECT_NE(r, Result::ToDefense);
+        EXPECT_NE(r, Result::ToNeutral);
+        EXPECT_NE(r, Result::Offsides);
+        EXPECT_EQ(s.LastPlayResult, r);
+        EXPECT_EQ(s.LastPlayCall, Call::Pass);
+        EXPECT_EQ(s.LastZone, Zone::OffenseZone);
+    }
+    // The call "CLEAR" in the far end is a clear, whatever was drawn.
+    for (int i = 0; i < 50; ++i) {
+        s.PlayZone = Zone::OffenseShooter;
+        s.PlayCall = Call::Clear;
+        s.Clock = 900;
+        game.PlayStep();
+        EXPECT_TRUE(s.LastPlayResult == Result::Clear || s.LastPlayResult == Result::Penalty) << text(s.LastPlayResult);
+    }
+}
+
+TEST_F(Transitions, AProbeChangesNothingAndDrawsNothing) {
+    auto other = loaded(rulesWith(1, 0, 1));
+    Game twin(*other, GameOptions{});
+    twin.InitGame();
+    for (Game* g : {&game, &twin}) {
+        GameState& s = g->editState();
+        s.PlayZone = Zone::OffenseZone;
+        s.PlayCall = Call::Shoot;
+        s.Clock = 700;
+    }
+    GameState before = game.state();
+    PlayChances c = game.ProbeOnly();
+    EXPECT_GT(c.ShootChance(), 0);
+    EXPECT_EQ(c.EntryChance, 0);
+    const GameState& s = game.state();
+    EXPECT_EQ(s.Clock, before.Clock);
+    EXPECT_EQ(s.PlayResult, before.PlayResult);
+    EXPECT_EQ(s.PlayZone, before.PlayZone);
+    EXPECT_EQ(s.steps, before.steps);
+    EXPECT_FALSE(s.ProbeOnly);
+    // The probed game goes on exactly as the one never probed.
+    for (int i = 0; i < 20; ++i) {
+        game.PlayStep();
+        twin.PlayStep();
+    }
+    EXPECT_EQ(game.state().Clock, twin.state().Clock);
+    EXPECT_EQ(game.state().PlayResult, twin.state().PlayResult);
+    EXPECT_EQ(game.state().Shots, twin.state().Shots);
+}
+
+// ---- Handshakes --------------------------------------------------------------------
+
+TEST(Handshake, AFaceoffAsksVisitorThenHomeThenPlaysTheWinnersCall) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    Recorder screen;
+    Game game(*session, humans(), &screen);
+    game.InitGame();
+    game.SetPlayBox();
+    ASSERT_EQ(screen.asked, (std::vector<std::pair<char, int>>{{'L', kVisitor}}));
+    EXPECT_EQ(game.state().PlayZone, Zone::FaceoffCenter1);
+
+    game.OffenseCommand(Call::Aggressive);
+    EXPECT_EQ(game.state().PlayZone, Zone::FaceoffCenter2);
+    EXPECT_EQ(game.state().FaceoffCall[kVisitor], Call::Aggressive);
+    EXPECT_EQ(game.state().steps, 0);
+    ASSERT_EQ(screen.asked.size(), 2u);
+    EXPECT_EQ(screen.asked[1], std::make_pair('L', kHome));
+
+    game.OffenseCommand(Call::Safe);
+    const GameState& s = game.state();
+    EXPECT_EQ(s.steps, 1);
+    EXPECT_EQ(s.FaceoffCall[kHome], Call::Safe);
+    EXPECT_EQ(s.LastPlayCall, s.FaceoffCall[std::size_t(s.StepPuckTeam)]);
+    EXPECT_EQ(s.LastZone, Zone::DefenseZone);  // the winner starts from his own end
+    // The driver came back for the next decision.
+    EXPECT_EQ(screen.asked.size(), 3u);
+    EXPECT_EQ(screen.asked.back().second, game.decidingSide());
+
+    // Confirming lines alone moves a draw on from the first stage only.
+    game.editState().PlayZone = Zone::FaceoffDefense11;
+    game.ContinueCommand();
+    EXPECT_EQ(game.state().PlayZone, Zone::FaceoffDefense12);
+    EXPECT_EQ(game.state().steps, 1);
+}
+
+TEST(Handshake, ALineChangeGivesTheOtherCoachATurnAndThenRunsTheSavedCall) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    Recorder screen;
+    Game game(*session, humans(), &screen);
+    game.InitGame();
+    GameState& s = game.editState();
+    s.PlayZone = Zone::NeutralZone;
+    s.PuckTeam = kHome;
+    s.lineChangeMade[kHome] = true;
+    game.OffenseCommand(Call::DumpChase);
+    EXPECT_EQ(s.PlayZone, Zone::ContinueBox);
+    EXPECT_EQ(s.ContinueZone, Zone::NeutralZone);
+    EXPECT_EQ(s.ContinueCall, Call::DumpChase);
+    EXPECT_EQ(s.ContinueTeam, kHome);
+    EXPECT_EQ(s.steps, 0);
+    ASSERT_FALSE(screen.asked.empty());
+    EXPECT_EQ(screen.asked.back(), std::make_pair('L', kVisitor));
+
+    game.ContinueCommand();
+    EXPECT_EQ(s.steps, 1);
+    EXPECT_EQ(s.StepPuckTeam, kHome);
+    EXPECT_EQ(s.LastPlayCall, Call::DumpChase);
+    EXPECT_EQ(s.LastZone, Zone::NeutralZone);
+
+    // With no change made the call runs at once.
+    s.PlayZone = Zone::NeutralZone;
+    s.PuckTeam = kVisitor;
+    s.Skaters = {5, 5};
+    s.penaltyLeft = {};
+    game.OffenseCommand(Call::Balanced);
+    EXPECT_EQ(s.steps, 2);
+}
+
+TEST(Handshake, AComputerCoachTrailingLatePullsHisGoalieAndPutsHimBack) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    session->side(kVisitor).plan.WaitForPossessionTrailingByOne = 0;
+    session->side(kVisitor).plan.DontPullGoalie = 0;
+    Recorder screen;
+    GameOptions options = humans();
+    options.coach[kVisitor] = CoachKind::Computer;
+    Game game(*session, options, &screen);
+    game.InitGame();
+    int goalie = game.state().goalie[kVisitor];
+    GameState& s = game.editState();
+    s.Period = 3;
+    s.Clock = 150;
+    s.Score = {1, 2};
+    s.PlayZone = Zone::NeutralZone;
+    s.PuckTeam = kHome;  // the human decides, so the driver stops at once
+    game.SetPlayBox();
+    EXPECT_FALSE(s.GoaliePulled[kVisitor]);  // too early
+
+    s.Clock = 70;
+    game.SetPlayBox();
+    ASSERT_TRUE(s.GoaliePulled[kVisitor]);
+    EXPECT_EQ(game.strength(kVisitor), 6);
+    EXPECT_EQ(game.strengthEdge(), -1);
+    int extra = s.onIce[kVisitor][IcePos::GoalieOrExtra];
+    EXPECT_NE(extra, goalie);
+    EXPECT_NE(extra, kNoSlot);
+    EXPECT_EQ(s.goalie[kVisitor], goalie);
+
+    s.Score = {2, 2};
+    game.SetPlayBox();
+    EXPECT_FALSE(s.GoaliePulled[kVisitor]);
+    EXPECT_EQ(s.onIce[kVisitor][IcePos::GoalieOrExtra], goalie);
+}
+
+TEST(Handshake, RunningAheadToAStopAsksNobodyAndPausesThere) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    Recorder screen;
+    Game game(*session, humans(), &screen);
+    game.InitGame();
+    game.runTo(AutoStop::End1st);
+    const GameState& s = game.state();
+    EXPECT_TRUE(s.Paused);
+    EXPECT_EQ(s.Period, 2);
+    EXPECT_EQ(s.Clock, 1200);
+    EXPECT_EQ(s.AutoPlayTo, AutoStop::None);
+    EXPECT_TRUE(screen.asked.empty());
+    EXPECT_LE(screen.linesShown, 1);  // the play that reached the stop
+    EXPECT_EQ(screen.pauses, 1);
+    EXPECT_GT(s.steps, 50);
+
+    game.ContinueCommand();  // the user's Continue: his turn at the draw
+    EXPECT_FALSE(s.Paused);
+    ASSERT_EQ(screen.asked.size(), 1u);
+    EXPECT_EQ(screen.asked[0], std::make_pair('L', kVisitor));
+
+    game.runTo(AutoStop::Second5);
+    EXPECT_TRUE(s.Paused);
+    EXPECT_EQ(s.Period, 2);
+    EXPECT_LT(s.Clock, 300);
+    EXPECT_GT(s.Clock, 200);
+}
+
+// ---- Periods, overtime, shootout -------------------------------------------------------
+
+// Runs steps from the neutral zone with the horn about to go.
+void playToHorn(Game& game, int period, std::array<int, 2> score) {
+    GameState& s = game.editState();
+    s.Period = period;
+    s.Score = score;
+    s.Clock = 2;
+    s.PlayZone = Zone::NeutralZone;
+    s.PlayCall = Call::Safe;
+    game.PlayStep();
+}
+
+TEST(Periods, RegulationOvertimeAndShootoutFollowTheRules) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    {
+        Game game(*session, humans());
+        game.InitGame();
+        playToHorn(game, 1, {0, 0});
+        EXPECT_EQ(game.state().Period, 2);
+        EXPECT_EQ(game.state().Clock, 1200);
+        EXPECT_EQ(game.state().PlayZone, Zone::FaceoffCenter1);
+        EXPECT_EQ(game.state().shotsByPeriod.size(), 2u);
+        EXPECT_FALSE(game.state().GameOverFlag);
+    }
+    {
+        Game game(*session, humans());
+        game.InitGame();
+        playToHorn(game, 3, {2, 1});
+        EXPECT_TRUE(game.state().GameEndedFlag);
+        EXPECT_EQ(game.state().endedBy, GameEnd::Regulation);
+    }
+    {  // tied: five minutes of overtime, then sudden death
+        Game game(*session, humans());
+        game.InitGame();
+        playToHorn(game, 3, {2, 2});
+        EXPECT_EQ(game.state().Period, 4);
+        EXPECT_EQ(game.state().Clock, 300);
+        EXPECT_FALSE(game.state().GameOverFlag);
+        GameState& s = game.editState();
+        s.PlayZone = Zone::OffenseShooter;
+        s.Clock = 250;
+        s.PuckTeam = kHome;
+        s.PlayResult = Result::Goal;
+        game.ApplyPlay();
+        game.editState().PlayZone = Zone::NeutralZone;
+        game.PlayStep();
+        EXPECT_EQ(game.state().endedBy, GameEnd::Overtime);
+        EXPECT_EQ(game.finalScore(), (std::array<int, 2>{2, 3}));
+        // The overtime ends, still tied: the shootout.
+        Game next(*session, humans());
+        next.InitGame();
+        playToHorn(next, 4, {1, 1});
+        EXPECT_EQ(next.state().PlayZone, Zone::Shootout);
+        EXPECT_EQ(next.state().Period, 4);
+    }
+}
+
+TEST(Periods, NoOvertimeOrShootoutLeavesATie) {
+    auto session = loaded(rulesWith(0, 0, 0));
+    Game game(*session, humans());
+    game.InitGame();
+    playToHorn(game, 3, {3, 3});
+    EXPECT_EQ(game.state().endedBy, GameEnd::Tie);
+    EXPECT_EQ(game.state().Period, 3);
+}
+
+TEST(Periods, AFullOvertimePeriodAndOvertimesUntilAGoal) {
+    {  // kind 2: a goal doesn't end the overtime before its horn
+        auto session = loaded(rulesWith(2, 2, 0));
+        Game game(*session, humans());
+        game.InitGame();
+        playToHorn(game, 3, {1, 1});
+        ASSERT_EQ(game.state().Period, 4);
+        EXPECT_EQ(game.state().Clock, 600);
+        game.editState().Score = {1, 2};
+        game.editState().PlayZone = Zone::NeutralZone;
+        game.PlayStep();
+        EXPECT_FALSE(game.state().GameOverFlag);
+        playToHorn(game, 4, {1, 2});
+        EXPECT_EQ(game.state().endedBy, GameEnd::Overtime);
+    }
+    {  // kind 1: overtime periods go on while tied
+        auto session = loaded(rulesWith(1, 1, 3));
+        Game game(*session, humans());
+        game.InitGame();
+        playToHorn(game, 4, {0, 0});
+        EXPECT_EQ(game.state().Period, 5);
+        EXPECT_EQ(game.state().PlayZone, Zone::FaceoffCenter1);
+    }
+}
+
+TEST(Periods, AShootoutEndsWithOneSideAheadAfterFullRounds) {
+    auto session = loaded(rulesWith(1, 0, 1));
+    EXPECT_EQ(shootoutRounds(session->league().rules, false), 3);
+    for (std::uint64_t seed = 1; seed <= 40; ++seed) {
+        Game game(*session, GameOptions{.seed = seed});
+        game.InitGame();
+        GameState& s = game.editState();
+        s.Period = 4;
+        s.Score = {2, 2};
+        s.PlayZone = Zone::Shootout;
+        game.SetPlayBox();
+        ASSERT_EQ(s.endedBy, GameEnd::Shootout);
+        EXPECT_NE(s.ShootoutGoals[0], s.ShootoutGoals[1]);
+        auto score = game.finalScore();
+        EXPECT_EQ(score[0] + score[1], 5);
+        int winner = s.ShootoutGoals[0] > s.ShootoutGoals[1] ? 0 : 1;
+        EXPECT_EQ(score[std::size_t(winner)], 3);
+        EXPECT_LE(s.ShootoutRound, 50);
+    }
+}
+
+// ---- Whole games -------------------------------------------------------------------------
+
+struct Outcome {
+    std::array<int, 2> score{};
+    std::array<int, 2> shots{};
+    int steps = 0;
+    GameEnd end = GameEnd::None;
+    bool operator==(const Outcome&) const = default;
+};
+
+Outcome playWhole(std::uint64_t seed, int visitor = 0, int home = 1) {
+    auto session = loaded(rulesWith(1, 0, 1), seed, visitor, home);
+    Game game(*session, GameOptions{.seed = seed});
+    game.playToEnd();
+    return {game.finalScore(), game.state().Shots, game.state().steps, game.state().endedBy};
+}
+
+TEST(WholeGames, TheSameSeedPlaysTheSameGame) {
+    Outcome first = playWhole(2024);
+    EXPECT_EQ(playWhole(2024), first);
+    bool differs = false;
+    for (std::uint64_t seed = 1; seed <= 5 && !differs; ++seed) differs = !(playWhole(seed) == first);
+    EXPECT_TRUE(differs);
+}
+
+// Checks that a finished game ended in a way its rules allow.
+void expectLegalEnd(const Game& game) {
+    const GameState& s = game.state();
+    ASSERT_TRUE(s.GameEndedFlag);
+    EXPECT_EQ(s.shotsByPeriod.size(), std::size_t(s.Period));
+    std::array<int, 2> shots{};
+    for (const auto& p : s.shotsByPeriod)
+        for (int side : {0, 1}) shots[std::size_t(side)] += p[std::size_t(side)];
+    EXPECT_EQ(shots, s.Shots);
+    for (int side : {0, 1}) EXPECT_GE(s.Shots[std::size_t(side)], s.Score[std::size_t(side)]);
+    EXPECT_EQ(int(s.goals.size()), s.Score[0] + s.Score[1]);
+    switch (s.endedBy) {
+        case GameEnd::Regulation:
+            EXPECT_EQ(s.Period, game.periods());
+            EXPECT_NE(s.Score[0], s.Score[1]);
+            EXPECT_GE(s.Clock, 0);
+            break;
+        case GameEnd::Overtime:
+            EXPECT_EQ(s.Period, game.periods() + 1);
+            EXPECT_EQ(std::abs(s.Score[0] - s.Score[1]), 1);  // sudden death
+            break;
+        case GameEnd::Shootout:
+            EXPECT_EQ(s.Score[0], s.Score[1]);
+            EXPECT_NE(s.ShootoutGoals[0], s.ShootoutGoals[1]);
+            break;
+        default:
+            ADD_FAILURE() << "ended by " << gameEndText(s.endedBy);
+    }
+}
+
+TEST(WholeGames, EveryGameOfAMadeUpScheduleEndsLegallyAtLeagueRates) {
+    MadeUpLeague& lg = madeUp();
+    Random draws(8);
+    ScheduleRequest request;
+    request.gamesPerTeam = 10;
+    request.seasonYear = 2017;
+    GeneratedSchedule schedule = generateSchedule(lg.teams, request, draws);
+    ASSERT_EQ(schedule.records.size(), 30u);
+    int goals = 0, shots = 0, overtimes = 0;
+    std::uint64_t seed = 100;
+    for (const GameRecord& row : schedule.records) {
+        GameSession session({lg.dir.path(), rulesWith(1, 0, 1), &shippedEra(), nullptr});
+        Random loadDraws(++seed);
+        session.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, loadDraws);
+        Game game(session, GameOptions{.seed = seed});
+        game.playToEnd();
+        SCOPED_TRACE(::testing::Message() << "game " << row.VisitorTeam << " at " << row.HomeTeam);
+        expectLegalEnd(game);
+        goals += game.state().Score[0] + game.state().Score[1];
+        shots += game.state().Shots[0] + game.state().Shots[1];
+        overtimes += game.state().endedBy != GameEnd::Regulation ? 1 : 0;
+    }
+    double games = double(schedule.records.size());
+    EXPECT_GT(goals / games / 2, 1.8);
+    EXPECT_LT(goals / games / 2, 4.2);
+    EXPECT_GT(shots / games / 2, 22);
+    EXPECT_LT(shots / games / 2, 38);
+    EXPECT_LT(overtimes, 15);
+}
+
+}  // namespace
+}  // namespace tallyrink
