@@ -202,3 +202,17 @@ const FieldInfo* findField(std::string_view name) {
 }
 
 }  // namespace tallyrink::codec
+
+// A record's codec is instantiated once, in the .cpp that holds its field
+// table: the field walks are large, and every file that reads the record
+// would otherwise compile them again. The header of the record declares it
+// with TALLYRINK_EXTERN_RECORD_CODEC, its .cpp defines it with
+// TALLYRINK_INSTANTIATE_RECORD_CODEC; both stand in namespace tallyrink::codec.
+#define TALLYRINK_RECORD_CODEC_FUNCTIONS(prefix, R)                  \
+    prefix template void decode<R>(const std::uint8_t*, R&);         \
+    prefix template void encode<R>(const R&, std::uint8_t*);         \
+    prefix template R fromSlot<R>(std::span<const std::uint8_t>);    \
+    prefix template std::vector<std::uint8_t> toSlot<R>(const R&);   \
+    prefix template std::vector<FieldInfo> fieldInfo<R>();
+#define TALLYRINK_EXTERN_RECORD_CODEC(R) TALLYRINK_RECORD_CODEC_FUNCTIONS(extern, R)
+#define TALLYRINK_INSTANTIATE_RECORD_CODEC(R) TALLYRINK_RECORD_CODEC_FUNCTIONS(, R)

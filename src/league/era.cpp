@@ -30,11 +30,7 @@ struct FieldTable<EraRecord> {
 
 static_assert(tilesExactly<EraRecord>());
 
-template void decode<EraRecord>(const std::uint8_t*, EraRecord&);
-template void encode<EraRecord>(const EraRecord&, std::uint8_t*);
-template EraRecord fromSlot<EraRecord>(std::span<const std::uint8_t>);
-template std::vector<std::uint8_t> toSlot<EraRecord>(const EraRecord&);
-template std::vector<FieldInfo> fieldInfo<EraRecord>();
+TALLYRINK_INSTANTIATE_RECORD_CODEC(EraRecord)
 
 }  // namespace tallyrink::codec
 

@@ -106,10 +106,6 @@ struct Layout<EraRecord> {
     static constexpr std::size_t slot = 100;
 };
 
-extern template void decode<EraRecord>(const std::uint8_t*, EraRecord&);
-extern template void encode<EraRecord>(const EraRecord&, std::uint8_t*);
-extern template EraRecord fromSlot<EraRecord>(std::span<const std::uint8_t>);
-extern template std::vector<std::uint8_t> toSlot<EraRecord>(const EraRecord&);
-extern template std::vector<FieldInfo> fieldInfo<EraRecord>();
+TALLYRINK_EXTERN_RECORD_CODEC(EraRecord)
 
 }  // namespace tallyrink::codec

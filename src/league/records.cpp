@@ -9,18 +9,11 @@ static_assert(tilesExactly<TeamRecord>());
 static_assert(tilesExactly<GamePlanRecord>());
 static_assert(tilesExactly<GameRecord>());
 
-#define TALLYRINK_RECORD_CODEC(R)                                 \
-    template void decode<R>(const std::uint8_t*, R&);             \
-    template void encode<R>(const R&, std::uint8_t*);             \
-    template R fromSlot<R>(std::span<const std::uint8_t>);        \
-    template std::vector<std::uint8_t> toSlot<R>(const R&);       \
-    template std::vector<FieldInfo> fieldInfo<R>();
-TALLYRINK_RECORD_CODEC(StatLine)
-TALLYRINK_RECORD_CODEC(TeamStatLine)
-TALLYRINK_RECORD_CODEC(PlayerRecord)
-TALLYRINK_RECORD_CODEC(TeamRecord)
-TALLYRINK_RECORD_CODEC(GamePlanRecord)
-TALLYRINK_RECORD_CODEC(GameRecord)
-#undef TALLYRINK_RECORD_CODEC
+TALLYRINK_INSTANTIATE_RECORD_CODEC(StatLine)
+TALLYRINK_INSTANTIATE_RECORD_CODEC(TeamStatLine)
+TALLYRINK_INSTANTIATE_RECORD_CODEC(PlayerRecord)
+TALLYRINK_INSTANTIATE_RECORD_CODEC(TeamRecord)
+TALLYRINK_INSTANTIATE_RECORD_CODEC(GamePlanRecord)
+TALLYRINK_INSTANTIATE_RECORD_CODEC(GameRecord)
 
 }  // namespace tallyrink::codec

@@ -609,20 +609,11 @@ struct Layout<GameRecord> {
     static constexpr std::size_t slot = 200;
 };
 
-// Instantiated once, in records.cpp: the field walks are large, and every
-// file that reads a record would otherwise compile them again.
-#define TALLYRINK_RECORD_CODEC(R)                                        \
-    extern template void decode<R>(const std::uint8_t*, R&);             \
-    extern template void encode<R>(const R&, std::uint8_t*);             \
-    extern template R fromSlot<R>(std::span<const std::uint8_t>);        \
-    extern template std::vector<std::uint8_t> toSlot<R>(const R&);       \
-    extern template std::vector<FieldInfo> fieldInfo<R>();
-TALLYRINK_RECORD_CODEC(StatLine)
-TALLYRINK_RECORD_CODEC(TeamStatLine)
-TALLYRINK_RECORD_CODEC(PlayerRecord)
-TALLYRINK_RECORD_CODEC(TeamRecord)
-TALLYRINK_RECORD_CODEC(GamePlanRecord)
-TALLYRINK_RECORD_CODEC(GameRecord)
-#undef TALLYRINK_RECORD_CODEC
+TALLYRINK_EXTERN_RECORD_CODEC(StatLine)
+TALLYRINK_EXTERN_RECORD_CODEC(TeamStatLine)
+TALLYRINK_EXTERN_RECORD_CODEC(PlayerRecord)
+TALLYRINK_EXTERN_RECORD_CODEC(TeamRecord)
+TALLYRINK_EXTERN_RECORD_CODEC(GamePlanRecord)
+TALLYRINK_EXTERN_RECORD_CODEC(GameRecord)
 
 }  // namespace tallyrink::codec

@@ -177,11 +177,7 @@ struct FieldTable<RulesRecord> {
 
 static_assert(tilesExactly<RulesRecord>());
 
-template void decode<RulesRecord>(const std::uint8_t*, RulesRecord&);
-template void encode<RulesRecord>(const RulesRecord&, std::uint8_t*);
-template RulesRecord fromSlot<RulesRecord>(std::span<const std::uint8_t>);
-template std::vector<std::uint8_t> toSlot<RulesRecord>(const RulesRecord&);
-template std::vector<FieldInfo> fieldInfo<RulesRecord>();
+TALLYRINK_INSTANTIATE_RECORD_CODEC(RulesRecord)
 
 }  // namespace tallyrink::codec
 

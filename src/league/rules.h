@@ -279,10 +279,6 @@ struct Layout<RulesRecord> {
     static constexpr std::size_t size = kRulesRecordSize;
 };
 
-extern template void decode<RulesRecord>(const std::uint8_t*, RulesRecord&);
-extern template void encode<RulesRecord>(const RulesRecord&, std::uint8_t*);
-extern template RulesRecord fromSlot<RulesRecord>(std::span<const std::uint8_t>);
-extern template std::vector<std::uint8_t> toSlot<RulesRecord>(const RulesRecord&);
-extern template std::vector<FieldInfo> fieldInfo<RulesRecord>();
+TALLYRINK_EXTERN_RECORD_CODEC(RulesRecord)
 
 }  // namespace tallyrink::codec

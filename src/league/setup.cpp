@@ -134,11 +134,7 @@ struct FieldTable<SetupRecord> {
 
 static_assert(tilesExactly<SetupRecord>());
 
-template void decode<SetupRecord>(const std::uint8_t*, SetupRecord&);
-template void encode<SetupRecord>(const SetupRecord&, std::uint8_t*);
-template SetupRecord fromSlot<SetupRecord>(std::span<const std::uint8_t>);
-template std::vector<std::uint8_t> toSlot<SetupRecord>(const SetupRecord&);
-template std::vector<FieldInfo> fieldInfo<SetupRecord>();
+TALLYRINK_INSTANTIATE_RECORD_CODEC(SetupRecord)
 
 }  // namespace tallyrink::codec
 

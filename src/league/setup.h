@@ -219,10 +219,6 @@ struct Layout<SetupRecord> {
     static constexpr std::size_t slot = 30000;
 };
 
-extern template void decode<SetupRecord>(const std::uint8_t*, SetupRecord&);
-extern template void encode<SetupRecord>(const SetupRecord&, std::uint8_t*);
-extern template SetupRecord fromSlot<SetupRecord>(std::span<const std::uint8_t>);
-extern template std::vector<std::uint8_t> toSlot<SetupRecord>(const SetupRecord&);
-extern template std::vector<FieldInfo> fieldInfo<SetupRecord>();
+TALLYRINK_EXTERN_RECORD_CODEC(SetupRecord)
 
 }  // namespace tallyrink::codec

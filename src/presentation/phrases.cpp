@@ -19,11 +19,7 @@ struct FieldTable<PhraseRecord> {
 
 static_assert(tilesExactly<PhraseRecord>());
 
-template void decode<PhraseRecord>(const std::uint8_t*, PhraseRecord&);
-template void encode<PhraseRecord>(const PhraseRecord&, std::uint8_t*);
-template PhraseRecord fromSlot<PhraseRecord>(std::span<const std::uint8_t>);
-template std::vector<std::uint8_t> toSlot<PhraseRecord>(const PhraseRecord&);
-template std::vector<FieldInfo> fieldInfo<PhraseRecord>();
+TALLYRINK_INSTANTIATE_RECORD_CODEC(PhraseRecord)
 
 }  // namespace tallyrink::codec
 

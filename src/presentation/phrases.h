@@ -482,10 +482,6 @@ struct Layout<PhraseRecord> {
     static constexpr std::size_t size = kPhraseWidth;
 };
 
-extern template void decode<PhraseRecord>(const std::uint8_t*, PhraseRecord&);
-extern template void encode<PhraseRecord>(const PhraseRecord&, std::uint8_t*);
-extern template PhraseRecord fromSlot<PhraseRecord>(std::span<const std::uint8_t>);
-extern template std::vector<std::uint8_t> toSlot<PhraseRecord>(const PhraseRecord&);
-extern template std::vector<FieldInfo> fieldInfo<PhraseRecord>();
+TALLYRINK_EXTERN_RECORD_CODEC(PhraseRecord)
 
 }  // namespace tallyrink::codec
