@@ -36,8 +36,9 @@ void printDivisions(const ImportedLeague& league) {
 }
 
 void runImportSeason(const ImportSeasonOptions& o, const GlobalOptions& global) {
-    std::filesystem::path from =
-        o.from.empty() ? defaultSeasonFolder(resolvePlaces(sessionOptions(global).places).ProgramDir) : std::filesystem::path(o.from);
+    std::filesystem::path from = o.from.empty()
+                                     ? defaultSeasonFolder(resolvePlaces(sessionOptions(global).places).ProgramDir)
+                                     : std::filesystem::path(o.from);
     SeasonData data = readSeasonData(from);
     ImportedLeague league = buildLeague(data);
     writeLeague(league, o.dir, o.force);

@@ -51,9 +51,9 @@ void info(const GlobalOptions& options) {
     lines.push_back({"Schedule", fmt::format("{} ({} games: {} played, {} to play)", session->scheduleFileName(),
                                              open + played, played, open)});
     if (auto date = schedule.leagueDate())
-        lines.push_back({"League date", date->year > 0 ? fmt::format("{:04}-{:02}-{:02}", date->year, date->month,
-                                                                     date->day)
-                                                       : fmt::format("{:02}-{:02}", date->month, date->day)});
+        lines.push_back({"League date", date->year > 0
+                                            ? fmt::format("{:04}-{:02}-{:02}", date->year, date->month, date->day)
+                                            : fmt::format("{:02}-{:02}", date->month, date->day)});
     for (const auto& source : options.infoSources) {
         auto more = source(*session);
         lines.insert(lines.end(), more.begin(), more.end());

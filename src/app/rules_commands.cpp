@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "app/cli.h"
-#include "league/places.h"
 #include "league/era.h"
 #include "league/era_csv.h"
 #include "league/files.h"
+#include "league/places.h"
 #include "league/records.h"
 #include "league/rules.h"
 
@@ -26,7 +26,9 @@ namespace fs = std::filesystem;
 
 // The folder of the program's own files: --program-dir, else the shipped data
 // folder of the build or of the installation, else the current folder.
-fs::path programFolder(const GlobalOptions& options) { return resolvePlaces(sessionOptions(options).places).ProgramDir; }
+fs::path programFolder(const GlobalOptions& options) {
+    return resolvePlaces(sessionOptions(options).places).ProgramDir;
+}
 
 std::optional<EraTable> loadEraIfPresent(const fs::path& programDir) {
     std::error_code ec;

@@ -237,8 +237,7 @@ void listSchedule(const GlobalOptions& options, const ListOptions& o) {
     auto when = dateText(calendarYearOf(schedule.seasonYear(), month), month, day);
     if (o.date.empty())
         fmt::print("League date: {} ({} game{} that day; {} of {} games still to play)\n", when, rows.size(),
-                   rows.size() == 1 ? "" : "s",
-                   openGames(schedule), games);
+                   rows.size() == 1 ? "" : "s", openGames(schedule), games);
     else
         fmt::print("Games on {}: {}\n", when, rows.size());
     if (!rows.empty()) printGames(schedule, teams, rows, false);

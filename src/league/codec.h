@@ -62,8 +62,8 @@ template <>
 struct Wire<std::int32_t> {
     static constexpr std::size_t width = 4;
     static void get(const std::uint8_t* p, std::int32_t& v) {
-        std::uint32_t u = std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
-                          std::uint32_t{p[3]} << 24;
+        std::uint32_t u =
+            std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 | std::uint32_t{p[3]} << 24;
         v = static_cast<std::int32_t>(u);
     }
     static void put(std::uint8_t* p, std::int32_t v) {
@@ -132,14 +132,20 @@ constexpr std::size_t slotWidth() {
 
 template <Record R>
 void decode(const std::uint8_t* p, R& r) {
-    std::apply([&](const auto&... f) { (Wire<std::remove_cvref_t<decltype(r.*(f.member))>>::get(p + f.offset, r.*(f.member)), ...); },
-               FieldTable<R>::fields);
+    std::apply(
+        [&](const auto&... f) {
+            (Wire<std::remove_cvref_t<decltype(r.*(f.member))>>::get(p + f.offset, r.*(f.member)), ...);
+        },
+        FieldTable<R>::fields);
 }
 
 template <Record R>
 void encode(const R& r, std::uint8_t* p) {
-    std::apply([&](const auto&... f) { (Wire<std::remove_cvref_t<decltype(r.*(f.member))>>::put(p + f.offset, r.*(f.member)), ...); },
-               FieldTable<R>::fields);
+    std::apply(
+        [&](const auto&... f) {
+            (Wire<std::remove_cvref_t<decltype(r.*(f.member))>>::put(p + f.offset, r.*(f.member)), ...);
+        },
+        FieldTable<R>::fields);
 }
 
 template <Record R>
@@ -208,11 +214,11 @@ const FieldInfo* findField(std::string_view name) {
 // would otherwise compile them again. The header of the record declares it
 // with TALLYRINK_EXTERN_RECORD_CODEC, its .cpp defines it with
 // TALLYRINK_INSTANTIATE_RECORD_CODEC; both stand in namespace tallyrink::codec.
-#define TALLYRINK_RECORD_CODEC_FUNCTIONS(prefix, R)                  \
-    prefix template void decode<R>(const std::uint8_t*, R&);         \
-    prefix template void encode<R>(const R&, std::uint8_t*);         \
-    prefix template R fromSlot<R>(std::span<const std::uint8_t>);    \
-    prefix template std::vector<std::uint8_t> toSlot<R>(const R&);   \
+#define TALLYRINK_RECORD_CODEC_FUNCTIONS(prefix, R)                \
+    prefix template void decode<R>(const std::uint8_t*, R&);       \
+    prefix template void encode<R>(const R&, std::uint8_t*);       \
+    prefix template R fromSlot<R>(std::span<const std::uint8_t>);  \
+    prefix template std::vector<std::uint8_t> toSlot<R>(const R&); \
     prefix template std::vector<FieldInfo> fieldInfo<R>();
 #define TALLYRINK_EXTERN_RECORD_CODEC(R) TALLYRINK_RECORD_CODEC_FUNCTIONS(extern, R)
 #define TALLYRINK_INSTANTIATE_RECORD_CODEC(R) TALLYRINK_RECORD_CODEC_FUNCTIONS(, R)

@@ -20,7 +20,6 @@ namespace fs = std::filesystem;
 // The player table has room for this many rows and never grows past it.
 inline constexpr std::size_t kPlayerTableRows = 300000;
 
-
 inline constexpr std::size_t kPlayerSlot = 1500;
 inline constexpr std::size_t kTeamSlot = 1500;
 inline constexpr std::size_t kGamePlanSlot = 32000;

@@ -724,7 +724,7 @@ void writeFiles(const ImportedLeague& league, const fs::path& dir) {
 
 const std::vector<std::string_view>& leagueFiles() {
     static const std::vector<std::string_view> files = {kPlayerFile, kTeamFile, kGamePlanFile, kDefaultScheduleFile,
-                                                   kRealResultsFile};
+                                                        kRealResultsFile};
     return files;
 }
 

@@ -26,9 +26,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0) return 0;
     std::span<const std::uint8_t> in(data + 1, size - 1);
     switch (data[0] % 3) {
-        case 0: roundTrip<tallyrink::PlayerRecord>(in); break;
-        case 1: roundTrip<tallyrink::TeamRecord>(in); break;
-        default: roundTrip<tallyrink::GamePlanRecord>(in); break;
+        case 0:
+            roundTrip<tallyrink::PlayerRecord>(in);
+            break;
+        case 1:
+            roundTrip<tallyrink::TeamRecord>(in);
+            break;
+        default:
+            roundTrip<tallyrink::GamePlanRecord>(in);
+            break;
     }
     return 0;
 }

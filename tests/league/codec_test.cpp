@@ -45,8 +45,14 @@ TEST(RecordLayout, SizesAndSlots) {
 // Fields that other programs' files and the exchange formats rely on, spread
 // over each record so that a shifted group shows up.
 TEST(RecordLayout, PinnedOffsets) {
-    expectPins<StatLine>({{"GP", 0, 1}, {"Assists", 3, 2}, {"Toi", 9, 4}, {"Sog", 23, 2}, {"GWG", 33, 1},
-                          {"Takeaways", 45, 2}, {"Saves", 54, 2}, {"GoalieOvertimeLosses", 57, 1}});
+    expectPins<StatLine>({{"GP", 0, 1},
+                          {"Assists", 3, 2},
+                          {"Toi", 9, 4},
+                          {"Sog", 23, 2},
+                          {"GWG", 33, 1},
+                          {"Takeaways", 45, 2},
+                          {"Saves", 54, 2},
+                          {"GoalieOvertimeLosses", 57, 1}});
     expectPins<TeamStatLine>({{"Pim", 8, 2}, {"Toi", 10, 4}, {"ToiSH", 18, 4}, {"Takeaways", 54, 2}});
     expectPins<PlayerRecord>({{"TeamId", 2, 2},
                               {"ShortName", 35, 15},

@@ -20,7 +20,6 @@ EraTargets eraOf(int year) {
     return eraTargets(table, year);
 }
 
-
 using testing::TempDir;
 
 const StatLine& real(const PlayerRecord& p) { return statLine(p, StatLineIndex::Real); }
