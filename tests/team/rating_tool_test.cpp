@@ -7,6 +7,7 @@
 #include "operations/blank_league.h"
 #include "operations/new_league.h"
 #include "support/league_fixture.h"
+#include "support/rating_checks.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
@@ -242,20 +243,7 @@ TEST(RatingTool, MadeUpLeagueRatesEveryPlayerInRange) {
         for (const auto& s : t.players) {
             const PlayerRecord& p = s.record;
             const std::string who = p.LastName.str();
-            EXPECT_LE(p.RatingFaceoff, 10) << who;
-            EXPECT_LE(p.RatingPassing, 10) << who;
-            EXPECT_LE(p.RatingShotIn, 10) << who;
-            EXPECT_LE(p.RatingShotOut, 10) << who;
-            EXPECT_LE(p.RatingSkate, 10) << who;
-            EXPECT_LE(p.RatingPenaltyShot, 10) << who;
-            EXPECT_LE(p.RatingSportsmanship, 10) << who;
-            EXPECT_LE(p.RatingBlock, 10) << who;
-            EXPECT_LE(p.RatingHit, 10) << who;
-            EXPECT_LE(p.RatingTakeaway, 10) << who;
-            EXPECT_LE(p.RatingPenaltyKill, 2) << who;
-            EXPECT_LE(p.RatingDefense, 100) << who;
-            EXPECT_GE(p.RatingDurability, 1) << who;
-            EXPECT_LE(p.RatingDurability, 10) << who;
+            testing::expectRatingCaps(p);
             if (isGoalie(p)) {
                 if (p.Stats[0].Saves > 0) {
                     EXPECT_GE(p.RatingGoalie, 15) << who;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "league/random.h"
+#include "support/rating_checks.h"
 
 namespace tallyrink {
 namespace {
@@ -501,20 +502,7 @@ TEST(AverageMinutes, FromTimeOnIceElseEstimatedFromPoints) {
 void expectInRange(const PlayerRecord& p) {
     std::string who = p.LastName.str();
     const bool goalie = isGoalie(p);
-    EXPECT_LE(p.RatingFaceoff, 10) << who;
-    EXPECT_LE(p.RatingPassing, 10) << who;
-    EXPECT_LE(p.RatingShotIn, 10) << who;
-    EXPECT_LE(p.RatingShotOut, 10) << who;
-    EXPECT_LE(p.RatingSkate, 10) << who;
-    EXPECT_LE(p.RatingPenaltyShot, 10) << who;
-    EXPECT_LE(p.RatingSportsmanship, 10) << who;
-    EXPECT_LE(p.RatingBlock, 10) << who;
-    EXPECT_LE(p.RatingHit, 10) << who;
-    EXPECT_LE(p.RatingTakeaway, 10) << who;
-    EXPECT_LE(p.RatingPenaltyKill, 2) << who;
-    EXPECT_LE(p.RatingDefense, 100) << who;
-    EXPECT_GE(p.RatingDurability, 1) << who;
-    EXPECT_LE(p.RatingDurability, 10) << who;
+    testing::expectRatingCaps(p);
     if (goalie) {
         EXPECT_EQ(p.RatingOffense, 0) << who;
         EXPECT_EQ(p.RatingDefense, 0) << who;
