@@ -8,6 +8,7 @@
 #include "operations/blank_league.h"
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
+#include "support/source_tree.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ struct BenchLeague {
 
     BenchLeague() {
         dir = fs::temp_directory_path() / ("tallyrink-bench-" + std::to_string(std::random_device{}()));
-        era = LoadEra(fs::path(TALLYRINK_SOURCE_DIR) / "data");
+        era = LoadEra(test::shippedDataDir());
         NewLeagueOptions options;
         options.teams = 8;
         options.year = 2017;

@@ -14,17 +14,15 @@
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
 #include "operations/schedule_generator.h"
+#include "support/source_tree.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
 namespace {
 
-using testing::TempDir;
+using test::shippedEra;
 
-const EraTable& shippedEra() {
-    static const EraTable table = LoadEra(std::filesystem::path(TALLYRINK_SOURCE_DIR) / "data");
-    return table;
-}
+using testing::TempDir;
 
 // Six made-up teams, written once for all tests of this file.
 struct MadeUpLeague {

@@ -11,6 +11,7 @@
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
 #include "operations/season_import.h"
+#include "support/source_tree.h"
 #include "support/temp_dir.h"
 #include "team/lineup_tools.h"
 #include "team/positions.h"
@@ -18,12 +19,9 @@
 namespace tallyrink {
 namespace {
 
-using testing::TempDir;
+using test::shippedEra;
 
-const EraTable& shippedEra() {
-    static const EraTable table = LoadEra(std::filesystem::path(TALLYRINK_SOURCE_DIR) / "data");
-    return table;
-}
+using testing::TempDir;
 
 // Every situation the engine plays, with its units.
 std::vector<IceRequest> situations() {

@@ -7,19 +7,17 @@
 #include "engine/record_upgrades.h"
 #include "league/files.h"
 #include "support/league_fixture.h"
+#include "support/source_tree.h"
 #include "support/temp_dir.h"
 #include "team/positions.h"
 
 namespace tallyrink {
 namespace {
 
+using test::shippedEra;
+
 using testing::LeagueFixture;
 using testing::TempDir;
-
-const EraTable& shippedEra() {
-    static const EraTable table = LoadEra(std::filesystem::path(TALLYRINK_SOURCE_DIR) / "data");
-    return table;
-}
 
 GameSession sessionOn(const fs::path& dir, const Schedule* schedule = nullptr, RulesRecord rules = defaultRules(2018)) {
     return GameSession({dir, rules, &shippedEra(), schedule});

@@ -9,6 +9,7 @@
 #include "league/era.h"
 #include "league/era_csv.h"
 #include "league/files.h"
+#include "support/source_tree.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
@@ -283,7 +284,7 @@ TEST(EraSeasonBuild, ProblemsNameTheLineAndColumn) {
 
 // The era file the program ships, as the engine will read it.
 TEST(ShippedEra, ReadsBackTheRealSeasons) {
-    const fs::path data = fs::path(TALLYRINK_SOURCE_DIR) / "data";
+    const fs::path data = test::shippedDataDir();
     const auto era = LoadEra(data);
     const auto& e2017 = era.year(2017);
     EXPECT_EQ(e2017.Games, 82);
@@ -311,7 +312,7 @@ TEST(ShippedEra, ReadsBackTheRealSeasons) {
 }
 
 TEST(ShippedEra, IsWhatItsSourceBuilds) {
-    const fs::path root(TALLYRINK_SOURCE_DIR);
+    const fs::path root = test::sourceDir();
     const auto build = buildEraFromSeasons(root / "data" / "sources" / "nhl_league_by_season.csv");
     ASSERT_TRUE(build.problems.empty()) << joined(build.problems);
     TempDir dir;

@@ -9,16 +9,14 @@
 #include <set>
 
 #include "league/files.h"
+#include "support/source_tree.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
 namespace {
 
 // The era table the program ships.
-EraTargets eraOf(int year) {
-    static const EraTable table = LoadEra(std::filesystem::path(TALLYRINK_SOURCE_DIR) / "data");
-    return eraTargets(table, year);
-}
+EraTargets eraOf(int year) { return eraTargets(test::shippedEra(), year); }
 
 using testing::TempDir;
 

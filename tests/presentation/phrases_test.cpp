@@ -12,6 +12,7 @@
 #include "league/codec.h"
 #include "league/files.h"
 #include "presentation/phrases.h"
+#include "support/source_tree.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
@@ -369,7 +370,7 @@ TEST(PhraseEditor, SearchResetAndFileNames) {
 }
 
 TEST(ShippedPhraseFile, EqualsTheBuiltFile) {
-    const fs::path data = fs::path(TALLYRINK_SOURCE_DIR) / "data";
+    const fs::path data = test::shippedDataDir();
     const auto shipped = findFile(data, "HkPbp.HKp");
     ASSERT_TRUE(fs::exists(shipped)) << shipped;
     EXPECT_EQ(readBytes(shipped), PhraseFile::standard().bytes());

@@ -8,18 +8,16 @@
 #include "operations/new_league.h"
 #include "support/league_fixture.h"
 #include "support/rating_checks.h"
+#include "support/source_tree.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
 namespace {
 
+using test::shippedEra;
+
 using testing::LeagueFixture;
 using testing::TempDir;
-
-const EraTable& shippedEra() {
-    static const EraTable era = LoadEra(std::filesystem::path(TALLYRINK_SOURCE_DIR) / "data");
-    return era;
-}
 
 PlayerRecord named(const std::string& first, const std::string& last) {
     PlayerRecord p;
