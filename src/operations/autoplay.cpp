@@ -1,0 +1,152 @@
+#include "operations/autoplay.h"
+
+#include <fmt/format.h>
+
+namespace tallyrink {
+
+namespace {
+
+constexpr int kNoGameKey = 1232;
+
+void setStatus(GameRecord& g, char c) { g.Status.raw[0] = c; }
+
+bool bothComputer(const GameRecord& g) { return g.Coach[0].raw[0] == 'C' && g.Coach[1].raw[0] == 'C'; }
+
+int keyOf(const GameRecord& g) { return dateKey(g.Month, g.Day); }
+
+bool inScope(const GameRecord& g, MarkScope scope, const LeagueDate& date, int team) {
+    switch (scope) {
+        case MarkScope::Day:
+            return g.Month == date.month && g.Day == date.day;
+        case MarkScope::Through:
+            return onOrBefore(g.Month, g.Day, date);
+        case MarkScope::Month:
+            return g.Month == date.month;
+        case MarkScope::All:
+            return true;
+        case MarkScope::Team:
+            return g.VisitorTeam == team || g.HomeTeam == team;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool onOrBefore(int month, int day, const LeagueDate& date) {
+    if (month == date.month) return day <= date.day;
+    if (date.month >= 8) return month >= 8 && month < date.month;
+    return month < date.month || month >= 8;
+}
+
+int markGames(Schedule& schedule, MarkScope scope, const LeagueDate& date, int team) {
+    int marked = 0;
+    for (std::size_t r = 1; r <= schedule.size(); ++r) {
+        GameRecord& g = schedule.row(r);
+        if (statusOf(g) != kUnplayed || g.VisitorTeam == 0 || g.HomeTeam == 0) continue;
+        if (!inScope(g, scope, date, team)) continue;
+        setStatus(g, kMarked);
+        ++marked;
+    }
+    return marked;
+}
+
+int unmarkGames(Schedule& schedule) {
+    int n = 0;
+    for (std::size_t r = 1; r <= schedule.size(); ++r) {
+        GameRecord& g = schedule.row(r);
+        if (statusOf(g) == kMarked) {
+            setStatus(g, kUnplayed);
+            ++n;
+        }
+    }
+    return n;
+}
+
+std::optional<std::size_t> PlayCommandChosen(const Schedule& schedule) {
+    const auto& rows = schedule.rows();
+    int firstHumanKey = kNoGameKey;
+    for (const auto& g : rows)
+        if (statusOf(g) == kMarked && !bothComputer(g)) firstHumanKey = std::min(firstHumanKey, keyOf(g));
+
+    std::optional<std::size_t> chosen;
+    int chosenKey = kNoGameKey;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const GameRecord& g = rows[i];
+        if (statusOf(g) != kMarked || !bothComputer(g)) continue;
+        int key = keyOf(g);
+        if (key <= firstHumanKey && key < chosenKey) {
+            chosen = i + 1;
+            chosenKey = key;
+        }
+    }
+    // A game of an earlier date, whoever coaches it, goes first.
+    bool earlier = false;
+    for (const auto& g : rows)
+        if (statusOf(g) == kMarked && keyOf(g) < chosenKey) earlier = true;
+    if (earlier || !chosen) {
+        chosen.reset();
+        chosenKey = kNoGameKey + 1;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const GameRecord& g = rows[i];
+            if (statusOf(g) == kMarked && keyOf(g) < chosenKey) {
+                chosen = i + 1;
+                chosenKey = keyOf(g);
+            }
+        }
+    }
+    return chosen;
+}
+
+AutoplayResult runAutoplay(Schedule& schedule, const ActiveTeams& active, GameRunner& runner,
+                           const AutoplayHooks& hooks) {
+    using Clock = std::chrono::steady_clock;
+    AutoplayResult result;
+    auto started = Clock::now();
+    int total = 0;
+    for (const auto& g : schedule.rows()) total += statusOf(g) == kMarked;
+    if (total == 0) {
+        result.end = AutoplayEnd::NothingMarked;
+        return result;
+    }
+    // The marks go to the file first, so a run cut short by a crash is seen
+    // for what it was; the rows are numbered as saved from here on.
+    schedule.save(active);
+
+    auto finish = [&](AutoplayEnd end) {
+        result.end = end;
+        result.seconds = std::chrono::duration<double>(Clock::now() - started).count();
+        if (unmarkGames(schedule) > 0) schedule.save(active);
+        return result;
+    };
+
+    while (true) {
+        if (hooks.stopRequested && hooks.stopRequested()) return finish(AutoplayEnd::Stopped);
+        auto row = PlayCommandChosen(schedule);
+        if (!row) return finish(AutoplayEnd::Done);
+        const GameRecord& g = schedule.row(*row);
+        if (!bothComputer(g)) {
+            result.humanRow = *row;
+            return finish(AutoplayEnd::HumanGame);
+        }
+        LeagueDate date{g.Month, g.Day, seasonMonth(g.Month), calendarYearOf(schedule.seasonYear(), g.Month)};
+        runner.playAndPost(schedule, *row);
+        if (statusOf(schedule.row(*row)) == kMarked) {
+            // A runner that didn't post must not make the run loop forever on
+            // one game.
+            throw std::logic_error(fmt::format("game {} was played but not posted", *row));
+        }
+        ++result.played;
+        if (hooks.progress) {
+            AutoplayProgress p;
+            p.done = result.played;
+            p.total = total;
+            p.date = date;
+            double seconds = std::chrono::duration<double>(Clock::now() - started).count();
+            p.gamesPerSecond = seconds > 0 ? result.played / seconds : 0;
+            p.secondsLeft = p.gamesPerSecond > 0 ? (total - result.played) / p.gamesPerSecond : 0;
+            hooks.progress(p);
+        }
+    }
+}
+
+}  // namespace tallyrink
