@@ -8,8 +8,13 @@
 #include <optional>
 
 #include "app/cli.h"
+#include "app/terminal_presenter.h"
 #include "engine/game.h"
 #include "engine/team_load.h"
+
+#include <unistd.h>
+
+#include <iostream>
 
 namespace tallyrink::cli {
 
@@ -18,40 +23,9 @@ namespace {
 struct PlayOptions {
     std::size_t game = 0;
     bool fast = false;
+    std::optional<double> pace;
+    std::string coach;  // "visitor", "home", "both" or empty
     std::optional<std::uint64_t> seed;
-};
-
-std::string periodName(int period, int periods) {
-    if (period > periods) return period == periods + 1 ? "OT" : fmt::format("OT{}", period - periods);
-    switch (period) {
-        case 1:
-            return "1st";
-        case 2:
-            return "2nd";
-        case 3:
-            return "3rd";
-        default:
-            return fmt::format("{}th", period);
-    }
-}
-
-std::string clockText(int seconds) { return fmt::format("{}:{:02}", seconds / 60, seconds % 60); }
-
-// Prints the lines of each play as they come, with the time they were told.
-class LinePrinter final : public GamePresenter {
-public:
-    void ShowPlayLines(const Game& game, const std::vector<std::string>& lines) override {
-        const GameState& s = game.state();
-        for (const auto& line : lines)
-            fmt::print("  {:>4} {:>5}  {}\n", periodName(s.Period, game.periods()), clockText(s.Clock), line);
-    }
-    void ShowClock(const Game&) override {}
-    void ShowIce(const Game&) override {}
-    void ShowOffenseTargets(const Game&) override {}
-    void AskPlayCall(const Game&, int) override {}
-    void AskLineChange(const Game&, int) override {}
-    void ShowPause(const Game&) override {}
-    void GameOver(const Game&) override {}
 };
 
 void printSummary(const Game& game, const std::array<std::string, 2>& code, const std::array<std::string, 2>& name) {
@@ -123,13 +97,20 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     }
     fmt::print("Game {}: {} at {}, {}/{} (seed {})\n", o.game, name[0], name[1], int{row.Month}, int{row.Day}, seed);
 
-    LinePrinter printer;
+    bool interactive = isatty(STDOUT_FILENO) != 0;
+    TerminalOptions terminal;
+    terminal.pace = o.pace.value_or(interactive ? 0.8 : 0.0);
+    TerminalPresenter presenter(std::cout, terminal);
     GameOptions gameOptions;
     gameOptions.seed = seed;
-    gameOptions.noDisplay = o.fast;
-    Game game(session2, gameOptions, o.fast ? nullptr : &printer);
-    game.playToEnd();
-    if (!o.fast) fmt::print("\n");
+    gameOptions.noDisplay = o.fast && o.coach.empty();
+    if (o.coach == "visitor" || o.coach == "both") gameOptions.coach[kVisitor] = CoachKind::Human;
+    if (o.coach == "home" || o.coach == "both") gameOptions.coach[kHome] = CoachKind::Human;
+    if (o.fast) terminal.pace = 0;
+    Game game(session2, gameOptions, gameOptions.noDisplay ? nullptr : &presenter);
+    coachGame(game, presenter, std::cin, std::cout);
+    std::cout.flush();
+    if (!gameOptions.noDisplay) fmt::print("\n");
     printSummary(game, code, name);
 }
 
@@ -140,7 +121,11 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
     auto* cmd = app.add_subcommand(
         "play", "Play a game of the schedule with two computer coaches; nothing is written to the league");
     cmd->add_option("game", o->game, "Row of the schedule, from 1")->required();
-    cmd->add_flag("--fast", o->fast, "No play-by-play: only the result");
+    cmd->add_flag("--fast", o->fast, "No play-by-play and no pause: only the result");
+    cmd->add_option("--pace", o->pace, "Seconds each play line stays before the next (default 0.8 on a terminal)")
+        ->check(CLI::Range(0.0, 10.0));
+    cmd->add_option("--coach", o->coach, "Call the plays yourself for one side or both")
+        ->check(CLI::IsMember({"visitor", "home", "both"}));
     cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
     cmd->callback([&options, o] { playGame(options, *o); });
 }

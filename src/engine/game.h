@@ -155,6 +155,8 @@ public:
     [[nodiscard]] int overtimeSeconds() const { return overtimeMinutes_ * 60; }
     [[nodiscard]] int shootoutRounds() const { return shootoutRounds_; }
     [[nodiscard]] CoachKind coach(int side) const { return options_.coach[static_cast<std::size_t>(side)]; }
+    // Hands a side to the computer or to a person from the next decision on.
+    void setCoach(int side, CoachKind kind) { options_.coach[static_cast<std::size_t>(side)] = kind; }
     // The side whose coach decides next.
     [[nodiscard]] int decidingSide() const;
     // The final score as the schedule shows it: the shootout winner gets one.

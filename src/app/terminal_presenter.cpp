@@ -1,0 +1,142 @@
+#include "app/terminal_presenter.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <thread>
+
+#include "presentation/call_menu.h"
+
+namespace tallyrink::cli {
+
+std::string periodName(int period, int periods) {
+    if (period > periods) return period == periods + 1 ? "OT" : fmt::format("OT{}", period - periods);
+    switch (period) {
+        case 1:
+            return "1st";
+        case 2:
+            return "2nd";
+        case 3:
+            return "3rd";
+        default:
+            return fmt::format("{}th", period);
+    }
+}
+
+std::string clockText(int seconds) { return fmt::format("{}:{:02}", seconds / 60, seconds % 60); }
+
+void TerminalPresenter::ShowPlayLines(const Game& game, const std::vector<std::string>& lines) {
+    const GameState& s = game.state();
+    for (const auto& line : lines) {
+        out_ << fmt::format("  {:>4} {:>5}  {}\n", periodName(s.Period, game.periods()), clockText(s.Clock), line);
+        out_.flush();
+        if (options_.pace > 0) std::this_thread::sleep_for(std::chrono::duration<double>(options_.pace));
+    }
+}
+
+void TerminalPresenter::ShowClock(const Game& game) {
+    const GameState& s = game.state();
+    if (s.Period == shownPeriod_) return;
+    shownPeriod_ = s.Period;
+    std::string name = s.PlayZone == Zone::Shootout ? std::string("Shootout")
+                       : s.Period > game.periods()  ? std::string("Overtime")
+                                                    : periodName(s.Period, game.periods()) + " period";
+    out_ << fmt::format("\n-- {} --   {}\n", name, scoreboard(game));
+}
+
+void TerminalPresenter::AskPlayCall(const Game&, int side) { pending_ = {Ask::PlayCall, side}; }
+
+void TerminalPresenter::AskLineChange(const Game&, int side) { pending_ = {Ask::LineChange, side}; }
+
+void TerminalPresenter::GameOver(const Game&) { over_ = true; }
+
+TerminalPresenter::Pending TerminalPresenter::takePending() {
+    Pending p = pending_;
+    pending_ = {};
+    return p;
+}
+
+std::string TerminalPresenter::scoreboard(const Game& game) {
+    const GameState& s = game.state();
+    auto code = [&](int side) { return game.session().side(side).team.Abbrev.str(); };
+    std::string clock = s.PlayZone == Zone::Shootout ? std::string("-------") : clockText(s.Clock);
+    std::string strength = fmt::format("{}-on-{}", game.strength(kVisitor), game.strength(kHome));
+    return fmt::format("{} {}  |  {} {} ({} SOG)  {} {} ({} SOG)  |  {}", periodName(s.Period, game.periods()), clock,
+                       code(kVisitor), s.Score[0], s.Shots[0], code(kHome), s.Score[1], s.Shots[1], strength);
+}
+
+namespace {
+
+void showChoices(const Game& game, int side, const std::vector<CallChoice>& choices, bool lineChange,
+                 std::ostream& out) {
+    std::string team = game.session().side(side).team.City.str();
+    out << fmt::format("\n{}\n{}\n", TerminalPresenter::scoreboard(game), callBoxCaption(game));
+    if (choices.empty()) {
+        out << fmt::format("{}: press Enter to go on", team);
+    } else {
+        out << fmt::format("{}, select how to proceed:", team);
+        for (const auto& c : choices) out << "  " << c.caption;
+    }
+    out << "\n  (Enter: the first choice; q: the computer coaches the rest";
+    if (lineChange) out << "; lines stay as they are";
+    out << ")\n> ";
+    out.flush();
+}
+
+}  // namespace
+
+void coachGame(Game& game, TerminalPresenter& presenter, std::istream& in, std::ostream& out) {
+    game.InitGame();
+    game.SetPlayBox();
+    while (!game.state().GameEndedFlag) {
+        auto pending = presenter.takePending();
+        if (pending.ask == TerminalPresenter::Ask::None) {
+            // Nothing asked of the user: the driver has more to run.
+            game.SetPlayBox();
+            if (presenter.takePending().ask == TerminalPresenter::Ask::None && !game.state().GameEndedFlag) {
+                // The engine stopped with no question: let the computer finish.
+                game.setCoach(kVisitor, CoachKind::Computer);
+                game.setCoach(kHome, CoachKind::Computer);
+                game.SetPlayBox();
+                break;
+            }
+            continue;
+        }
+        int side = pending.side;
+        presenter.ShowClock(game);
+        auto choices = callChoices(game, side);
+        bool lineChange = pending.ask == TerminalPresenter::Ask::LineChange;
+        while (true) {
+            showChoices(game, side, choices, lineChange, out);
+            std::string answer;
+            if (!std::getline(in, answer) || answer == "q" || answer == "Q") {
+                if (!in) out << "\n";
+                out << "The computer coaches the rest of the game.\n";
+                game.setCoach(kVisitor, CoachKind::Computer);
+                game.setCoach(kHome, CoachKind::Computer);
+                if (choices.empty())
+                    game.ContinueCommand();
+                else
+                    game.SetPlayBox();
+                break;
+            }
+            answer.erase(0, answer.find_first_not_of(" \t"));
+            if (choices.empty()) {
+                game.ContinueCommand();
+                break;
+            }
+            if (answer.empty()) answer = std::string(1, choices.front().key);
+            const CallChoice* picked = nullptr;
+            for (const auto& c : choices)
+                if (answer.size() == 1 && answer[0] == c.key) picked = &c;
+            if (picked == nullptr) {
+                out << "Invalid Choice!\n";
+                continue;
+            }
+            game.OffenseCommand(picked->call);
+            break;
+        }
+    }
+}
+
+}  // namespace tallyrink::cli
