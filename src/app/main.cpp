@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
     addRosterCommands(app, options);
     addPlayCommands(app, options);
     addReportCommands(app, options);
+    addBenchCommands(app, options);
 
     try {
         app.parse(argc, argv);

@@ -17,6 +17,7 @@
 #include "league/rules.h"
 #include "operations/blank_league.h"
 #include "operations/era_figures.h"
+#include "operations/made_up_league.h"
 #include "operations/new_league.h"
 #include "operations/schedule_generator.h"
 
@@ -25,40 +26,6 @@ namespace tallyrink::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Era figures of `year` for a new league, from the program's era table.
-EraTargets newLeagueEra(const GlobalOptions& options, int year) {
-    return eraTargets(LoadEra(resolvePlaces(sessionOptions(options).places).ProgramDir), year);
-}
-
-// Games against each division rival: about a third of the season within
-// the division, as modern leagues play it; none when one division holds all.
-int divisionGamesFor(const GeneratedLeague& league, int games) {
-    if (league.teamsPerDivision.size() < 2) return 0;
-    int rivals = *std::max_element(league.teamsPerDivision.begin(), league.teamsPerDivision.end()) - 1;
-    if (rivals < 1) return 0;
-    int dg = static_cast<int>(0.35 * games / rivals) / 2 * 2;
-    return std::clamp(dg, 0, 20);
-}
-
-// The season's schedule of a freshly made league, from early October of its
-// year, drawn from the league's own seed so the same seed makes the same season.
-ScheduleOutcome makeNewLeagueSchedule(const fs::path& folder, const GeneratedLeague& league, std::uint64_t seed) {
-    int games = std::clamp(league.era.games / 2 * 2, 10, 98);
-    return makeComputerSchedule(folder, games, divisionGamesFor(league, games), league.year, 10, 5, seed);
-}
-
-// The league's name and its division and conference names go into its
-// rules; every other rule keeps the default of the league's year.
-void applyNewLeagueRules(const fs::path& folder, const GeneratedLeague& league) {
-    modifyRules(folder, league.year, [&](RulesRecord& r) {
-        r.LeagueName.assign(league.leagueName);
-        for (std::size_t d = 0; d < league.divisionNames.size() && d < r.DivisionName.size(); ++d)
-            r.DivisionName[d].assign(league.divisionNames[d]);
-        for (std::size_t c = 0; c < league.conferenceNames.size() && c < r.ConferenceName.size(); ++c)
-            r.ConferenceName[c].assign(league.conferenceNames[c]);
-    });
-}
 
 std::string recordText(const TeamRecord& t, int year) {
     DecisionShares shares = decisionShares(year);
@@ -164,11 +131,12 @@ void addNewLeague(CLI::App& app, GlobalOptions& options) {
         opts.seed = args->seed.value_or(Random::freshSeed());
         try {
             checkNewLeagueFolder(args->folder, args->overwrite);
-            GeneratedLeague league = generateLeague(opts, newLeagueEra(options, opts.year));
-            writeLeagueFolder(args->folder, league.files);
-            applyNewLeagueRules(args->folder, league);
-            ScheduleOutcome schedule = makeNewLeagueSchedule(args->folder, league, opts.seed);
-            std::size_t rated = rateWholeLeague(options, args->folder);
+            const auto programDir = resolvePlaces(sessionOptions(options).places).ProgramDir;
+            const auto history = readHistoricalRatings(programDir);
+            MadeUpLeagueFolder made = makeMadeUpLeague(args->folder, opts, LoadEra(programDir), &history);
+            const GeneratedLeague& league = made.league;
+            const ScheduleOutcome& schedule = made.schedule;
+            std::size_t rated = made.rated;
             fmt::print("Made \"{}\" in {}: {} teams in the era of {}, seed {}.\n", league.leagueName, args->folder,
                        opts.teams, opts.year, opts.seed);
             printTeams(league);

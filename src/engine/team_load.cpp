@@ -70,16 +70,22 @@ int GameSession::eraGamesOf(int year) const {
     return games > 0 ? games : 82;
 }
 
-const GameSession::LeagueScan& GameSession::leagueScan() {
-    if (scan_.done) return scan_;
-    scan_.done = true;
-    for (const auto& row : readPlayerRows(findFile(league_.leagueDir, kPlayerFile))) {
+LeaguePlayerIndex LeaguePlayerIndex::read(const std::filesystem::path& leagueDir) {
+    LeaguePlayerIndex index;
+    for (const auto& row : readPlayerRows(findFile(leagueDir, kPlayerFile))) {
         const PlayerRecord& p = row.player;
         if (!isTeamNumber(p.TeamId)) continue;
-        scan_.realFights += p.Fights[0];
-        if (p.PlayerYear == 2020 && realOf(p).GP > 56) ++scan_.players2020;
+        index.realFights += p.Fights[0];
+        if (p.PlayerYear == 2020 && realOf(p).GP > 56) ++index.players2020;
+        index.recordsOfTeam[static_cast<std::size_t>(p.TeamId)].push_back(row.recordNumber);
     }
-    return scan_;
+    return index;
+}
+
+const LeaguePlayerIndex& GameSession::playerIndex() const {
+    if (league_.players != nullptr) return *league_.players;
+    if (!ownIndex_) ownIndex_ = LeaguePlayerIndex::read(league_.leagueDir);
+    return *ownIndex_;
 }
 
 void GameSession::loadGame(int visitor, int home, int calendarMonth, int day, Random& rng) {
@@ -184,11 +190,14 @@ void GameSession::repairRoster(SideTables& s) {
     }
     const TeamRecord& t = s.team;
     if (t.Wins + t.Losses + t.Ties + t.OvertimeLosses > 0) return;
-    for (const auto& row : readPlayerRows(findFile(league_.leagueDir, kPlayerFile))) {
-        const PlayerRecord& p = row.player;
-        if (p.TeamId != s.TeamId || row.recordNumber > kMaxRosterPlayerId) continue;
-        auto id = static_cast<std::int16_t>(row.recordNumber);
+    const auto& records = playerIndex().recordsOfTeam[static_cast<std::size_t>(s.TeamId)];
+    std::optional<RandomFile> file;
+    for (std::int32_t record : records) {
+        if (record > kMaxRosterPlayerId) continue;
+        auto id = static_cast<std::int16_t>(record);
         if (std::find(roster.begin(), roster.end(), id) != roster.end()) continue;
+        if (!file) file.emplace(findFile(league_.leagueDir, kPlayerFile), kPlayerSlot);
+        const PlayerRecord p = readRecord<PlayerRecord>(*file, static_cast<std::size_t>(record));
         auto empty = std::find(roster.begin(), roster.end(), std::int16_t{0});
         std::string name = p.FirstName.str() + " " + p.LastName.str();
         if (empty == roster.end()) {
@@ -321,7 +330,7 @@ RateContext GameSession::rateContext(const SideTables& s, const PlayerRecord& p)
     ctx.era = figuresOf(eraRow(ctx.year, 2008), ctx.college ? EraLevel::College : EraLevel::Professional);
     ctx.gamesForScale = eraRow(ctx.year >= 1920 && ctx.year <= 2050 ? ctx.year : 2012, 2012).Games;
     ctx.leagueFightData =
-        scan_.realFights >= 50 && !endsWithNoCase(league_.leagueDir.filename().string(), "PROJECTION");
+        playerIndex().realFights >= 50 && !endsWithNoCase(league_.leagueDir.filename().string(), "PROJECTION");
     ctx.steerFights = GameActive && GameType == 'L' && !PlayoffGame && league_.rules.AlternateRealityCheck != 1;
     // Until the ratings are generated, fights follow the penalty record.
     if (p.RatingSportsmanship == 0) {
@@ -336,7 +345,7 @@ RateContext GameSession::rateContext(const SideTables& s, const PlayerRecord& p)
 }
 
 void GameSession::computeRates(SideTables& s, Random& rng) {
-    leagueScan();
+    playerIndex();
     // Enforcers first: the fight and shift work reads the flag.
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         PlayerRecord& p = s.player(slot);
@@ -515,7 +524,7 @@ void GameSession::lastFixes(SideTables& s) {
         bool known = EraTable::contains(p.PlayerYear) && league_.era->year(p.PlayerYear).Games > 0;
         ctx.eraGames = known ? league_.era->year(p.PlayerYear).Games : eraRow(2009, 2009).Games;
         ctx.scaleGames = p.PlayerYear >= 1900 && p.PlayerYear <= 2099;
-        ctx.shortSeasonCount = p.PlayerYear == 2020 && scan_.players2020 <= 200;
+        ctx.shortSeasonCount = p.PlayerYear == 2020 && playerIndex().players2020 <= 200;
         p.Salary = ComputeSalary(p, s.rates[static_cast<std::size_t>(slot)], ctx);
         rescaleHitRating(p);
     }

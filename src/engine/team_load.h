@@ -86,11 +86,24 @@ struct SideTables {
 };
 
 // What a team load reads besides the team's own records.
+// What a team load needs from the whole player file. Nothing a game posts
+// changes it, so a run of many games reads the file for it once.
+struct LeaguePlayerIndex {
+    int realFights = 0;   // real fights of all players on teams
+    int players2020 = 0;  // players of 2020 with more than 56 real games
+    // Record numbers of the players whose team id is t, by t (1 to 288).
+    std::vector<std::vector<std::int32_t>> recordsOfTeam = std::vector<std::vector<std::int32_t>>(kMaxTeams + 1);
+
+    static LeaguePlayerIndex read(const std::filesystem::path& leagueDir);
+};
+
 struct LeagueContext {
     std::filesystem::path leagueDir;
     RulesRecord rules{};
     const EraTable* era = nullptr;       // required
     const Schedule* schedule = nullptr;  // null: the league has no schedule
+    // Null: the session reads its own at the first load.
+    const LeaguePlayerIndex* players = nullptr;
 };
 
 class GameSession {
@@ -144,12 +157,6 @@ public:
     [[nodiscard]] const EraRecord& eraRow(int year, int fallback) const;
 
 private:
-    struct LeagueScan {
-        bool done = false;
-        int realFights = 0;   // real fights of all players on teams
-        int players2020 = 0;  // players of 2020 with more than 56 real games
-    };
-
     void scanSchedule(SideTables& s);
     void setLeagueDay(const SideTables& s);
     void readTeam(SideTables& s);
@@ -171,14 +178,15 @@ private:
 
     [[nodiscard]] RateContext rateContext(const SideTables& s, const PlayerRecord& p) const;
     [[nodiscard]] int eraGamesOf(int year) const;
-    const LeagueScan& leagueScan();
+    // The index of the context, or one read from the league at the first call.
+    const LeaguePlayerIndex& playerIndex() const;
     [[nodiscard]] bool collegeTeam(const SideTables& s) const { return s.team.TeamType.str() == "C"; }
 
     LeagueContext league_;
     GeneralManagerHooks defaultManager_;
     GeneralManagerHooks* manager_;
     std::vector<SideTables> sides_ = std::vector<SideTables>(2);  // large: kept off the stack
-    LeagueScan scan_;
+    mutable std::optional<LeaguePlayerIndex> ownIndex_;
 };
 
 // The day after a date of the season (season month, day); the 13th month is
