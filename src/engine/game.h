@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/computer_coach.h"
 #include "engine/play_chances.h"
 #include "engine/play_state.h"
 #include "engine/presenter.h"
@@ -115,6 +116,8 @@ struct GameState {
     std::array<BySlot<double>, 2> stint{};  // seconds on the ice since the last change
 
     int steps = 0;
+
+    CoachState coach;  // the computer coach, line changes, timeouts
 };
 
 class Game {
@@ -188,18 +191,12 @@ private:
     void SetPlayRating();
     void SetPlayTime();
     void RunClock();
-    void SetEnergy();
     void endOfPeriod();
     void GameOverCheck();
     void finishGame(GameEnd how);
 
     // Lines and the ice.
     void putUnitOnIce(int side);
-    void computerLineChange(int side, bool force);
-    void computerGoaliePull(int side);
-    void returnGoalie(int side);
-    [[nodiscard]] bool lineChangeDue(int side) const;
-    void restoreEveryone();
     void recountSkaters();
     [[nodiscard]] int minPenaltyLeft() const;
     double eraPace();
@@ -215,6 +212,45 @@ private:
     }
     void checkAutoStop();
     void tvTimeout(Result previous);
+
+    // ---- Coach (computer_coach.cpp): the computer's calls, line changes,
+    // the goalie pull, coach timeouts, fatigue and ice time.
+public:
+    // The call the computer makes for `side` in the present state.
+    Call ChooseCall(int side);
+    // The breakout call of the side with the puck (at a draw: its faceoff call).
+    Call ChooseOffensePlay(int side, bool faceoff);
+    Call ChooseShooterPlay(int side);
+    // The position (0 to 5) the play goes to in the offensive zone, or
+    // kNoTarget.
+    int ChooseOffenseTarget(int side);
+    // Lays the plan's line-specific and late-game strategies over the live
+    // values of both sides.
+    void CoachInPlay();
+    // Seconds of the game, so far, each side's units have played.
+    [[nodiscard]] double unitSeconds(int side, UnitKind kind, int unit) const;
+
+private:
+    void coachInit();
+    void markEndGame();
+    void loadMatchingPairs();
+    [[nodiscard]] bool autoCallForHuman(int side);
+    [[nodiscard]] int leadOf(int side) const;
+    [[nodiscard]] double onIceOffense(int side) const;
+    [[nodiscard]] double onIceDefense(int side) const;
+    [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
+    // 0 no change due, 1 the late game asks for its lines, 2 men tired or
+    // past their shift.
+    [[nodiscard]] int lineChangeDue(int side);
+    void computerLineChange(int side, bool atFaceoff);
+    void chooseUnits(int side, bool preferenceOnly);
+    [[nodiscard]] bool unitRested(int side, int line, bool forwards) const;
+    void computerGoaliePull(int side);
+    void returnGoalie(int side);
+    void restoreEveryone();
+    void CoachTimeout();
+    void chargePlayers(double t);
+    void SetEnergy();
 
     GameSession& session_;
     GameOptions options_;
