@@ -227,6 +227,8 @@ public:
     // Lays the plan's line-specific and late-game strategies over the live
     // values of both sides.
     void CoachInPlay();
+    // A computer coach's timeout at a stoppage late in a close game.
+    void CoachTimeout();
     // Seconds of the game, so far, each side's units have played.
     [[nodiscard]] double unitSeconds(int side, UnitKind kind, int unit) const;
 
@@ -248,7 +250,6 @@ private:
     void computerGoaliePull(int side);
     void returnGoalie(int side);
     void restoreEveryone();
-    void CoachTimeout();
     void chargePlayers(double t);
     void SetEnergy();
 
