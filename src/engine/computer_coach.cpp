@@ -140,8 +140,9 @@ void Game::SetPlayBox() {
         // 2. A valid puck team; the end-game states.
         if (s_.PuckTeam != kVisitor && s_.PuckTeam != kHome) s_.PuckTeam = kVisitor;
         markEndGame();
-        // 3. The shooter's mood of a new play belongs to the chance table's
-        //    helpers. 4. A batch runner repaints between games, not here.
+        // 3. The mood of the shooter of a new play.
+        if (s_.find.newPlay) drawShooterMood();
+        // 4. A batch runner repaints between games, not here.
         // 5. Whether anything is shown.
         s_.NoDisplay = options_.noDisplay;
         // 6. Matching lines, worked out once.
@@ -355,9 +356,8 @@ Call Game::ChooseOffensePlay(int side, bool faceoff) {
 
 Call Game::ChooseShooterPlay(int side) {
     const OnIce& ice = s_.onIce[at(side)];
-    int target = s_.coach.target[at(side)];
-    int carrier = target >= 0 ? ice.slot[at(target)] : kNoSlot;
-    if (carrier == kNoSlot) carrier = ice[IcePos::Center];
+    int carrier = s_.find.Carrier;
+    if (carrier == kNoSlot || !ice.holds(carrier)) carrier = ice[IcePos::Center];
     if (carrier == kNoSlot) return Call::Shoot;
     const PlayerRecord& p = session_.side(side).player(carrier);
     double s = (p.RatingShotIn + p.RatingSkate) / (p.RatingShotOut + 2.0);
@@ -377,11 +377,15 @@ int Game::ChooseOffenseTarget(int side) {
     return drawTarget(offenseTargetWeights(rows, powerPlay, shooting, rng_), rng_);
 }
 
-// Until the play-call list of the offensive zone is kept in the state, the
-// skaters stand where their positions put them: the center in the slot,
-// the wings at mid range, the defensemen at the points; the center carries.
+// The men of the offensive zone where the play-call list put them, with
+// what the list says of each as a shooter. Before any list is built (or
+// when it is empty) they stand where their positions put them: the center
+// in the slot with the puck, the wings at mid range, the defensemen at the
+// points.
 std::array<TargetRow, 6> Game::offenseTargetRows(int side) const {
     static constexpr std::array<int, 6> kSpotOf{4, 3, 4, 5, 5, 3};
+    const FindState& f = s_.find;
+    bool listed = side == s_.PuckTeam && f.openCount > 0;
     std::array<TargetRow, 6> rows{};
     const OnIce& ice = s_.onIce[at(side)];
     const SideTables& t = session_.side(side);
@@ -391,11 +395,24 @@ std::array<TargetRow, 6> Game::offenseTargetRows(int side) const {
         if (pos == 5 && !s_.GoaliePulled[at(side)]) continue;
         const PlayerRecord& p = t.player(slot);
         TargetRow& r = rows[pos];
-        r.spot = kSpotOf[pos];
-        r.shotTendency = r.spot == 3 ? 3 : r.spot == 4 ? 2 : r.spot == 5 ? 1 : 0;
         r.passTendency = p.UsageOffensiveZone >= 1 && p.UsageOffensiveZone <= 5 ? p.UsageOffensiveZone : 3;
         r.shotsPer60 = t.rate(RateSet::Real, slot).ShotsPer60;
-        r.carrier = pos == static_cast<std::size_t>(IcePos::Center);
+        if (!listed) {
+            r.spot = kSpotOf[pos];
+            r.shotTendency = r.spot == kSpotIn ? 3 : r.spot == kSpotMid ? 2 : r.spot == kSpotOut ? 1 : 0;
+            r.carrier = pos == static_cast<std::size_t>(IcePos::Center);
+            continue;
+        }
+        r.spot = f.Spot[pos];
+        r.carrier = slot == f.Carrier;
+        r.shotTendency = 0;
+        for (int i = 0; i < f.openCount; ++i) {
+            const OpenMan& m = f.openMen[at(i)];
+            if (m.pos != static_cast<int>(pos)) continue;
+            // The list grades a shooter 0 to 10; the play reads four steps.
+            r.shotTendency = m.shotGrade >= 7 ? 3 : m.shotGrade >= 4 ? 2 : m.shotGrade >= 1 ? 1 : 0;
+            if (m.hasPuck) r.carrier = true;
+        }
     }
     return rows;
 }
