@@ -500,3 +500,89 @@ TEST(IceTime, TheFirstLinePlaysMoreThanTheFourth) {
 
 }  // namespace
 }  // namespace tallyrink
+
+namespace tallyrink {
+namespace {
+
+// ---- Strategy in play and calls made for a human ----------------------------------------
+
+TEST(CoachInPlay, TheLineOnTheIceBringsItsOwnSettings) {
+    auto session = loaded();
+    GamePlanRecord& plan = session->side(kVisitor).plan;
+    plan.LineOption[1] = 3;  // line 2: cycle low, two forecheckers more than the plan
+    plan.LineStrategy[1] = 6;
+    Game game(*session, GameOptions{.seed = 2});
+    game.InitGame();
+    game.CoachInPlay();
+    const GameState& s = game.state();
+    EXPECT_EQ(s.coach.live[kVisitor], planStrategy(plan));
+
+    // The second line comes on.
+    const LineTables& lines = session->side(kVisitor).lines;
+    OnIce& ice = game.editState().onIce[kVisitor];
+    ice[IcePos::LeftWing] = lines.holderOf(2, ForwardRole::LeftWing);
+    ice[IcePos::Center] = lines.holderOf(2, ForwardRole::Center);
+    ice[IcePos::RightWing] = lines.holderOf(2, ForwardRole::RightWing);
+    game.CoachInPlay();
+    EXPECT_EQ(s.coach.live[kVisitor].offenseSystem, 2);
+    EXPECT_EQ(s.coach.live[kVisitor].forecheck, planStrategy(plan).forecheck + 2);
+    EXPECT_EQ(s.coach.live[kHome], planStrategy(session->side(kHome).plan));
+
+    plan.DontUseLineSpecificSettings = 1;
+    game.CoachInPlay();
+    EXPECT_EQ(s.coach.live[kVisitor], planStrategy(plan));
+}
+
+// Answers every question of the screen with a plain call, and counts them.
+struct Answering final : GamePresenter {
+    Game* game = nullptr;
+    int asked = 0;
+    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
+    void ShowClock(const Game&) override {}
+    void ShowIce(const Game&) override {}
+    void ShowOffenseTargets(const Game&) override {}
+    void AskPlayCall(const Game&, int) override { ++asked; }
+    void AskLineChange(const Game&, int) override { ++asked; }
+    void ShowPause(const Game&) override {}
+    void GameOver(const Game&) override {}
+    void answer() {
+        // Fresh legs, as a coach who changes his lines keeps them.
+        GameState& s = game->editState();
+        for (auto& side : s.Energy) side.fill(100);
+        for (auto& side : s.ShiftSecs) side.fill(0);
+        Zone z = s.PlayZone;
+        if (z == Zone::ContinueBox)
+            game->ContinueCommand();
+        else
+            game->OffenseCommand(z == Zone::OffenseZone || z == Zone::OffenseShooter ? Call::Shoot : Call::Balanced);
+    }
+};
+
+int stepsPerQuestion(bool noComputerCalls) {
+    RulesRecord rules = regulationOnly();
+    rules.NoComputerPlayCallsCheck = noComputerCalls ? 1 : 0;
+    auto session = loaded(4, rules);
+    Answering screen;
+    GameOptions options;
+    options.seed = 9;
+    options.coach = {CoachKind::Human, CoachKind::Human};
+    options.noDisplay = false;
+    Game game(*session, options, &screen);
+    screen.game = &game;
+    game.InitGame();
+    game.SetPlayBox();
+    while (screen.asked < 400 && !game.state().GameEndedFlag) screen.answer();
+    return game.state().steps * 100 / std::max(screen.asked, 1);
+}
+
+TEST(CoachCalls, TheComputerCallsSomePlaysForAHumanUnlessTheRulesForbidIt) {
+    // A step needs one answer, or two at a faceoff (both coaches confirm).
+    int asked = stepsPerQuestion(true);
+    EXPECT_LE(asked, 100);
+    // Most of the own-end and neutral-zone plays of a quiet game the
+    // computer calls by itself.
+    EXPECT_GT(stepsPerQuestion(false), asked + 8);
+}
+
+}  // namespace
+}  // namespace tallyrink
