@@ -161,7 +161,7 @@ void Game::SetPlayBox() {
         Zone z = s_.PlayZone;
         if (faceoffStage(z) == 1 || z == Zone::DefenseZone || z == Zone::NeutralZone) {
             for (int side : {kVisitor, kHome})
-                if (computerDecides(side)) computerLineChange(side, isFaceoff(z));
+                if (computerDecides(side) || options_.autoLines[at(side)]) computerLineChange(side, isFaceoff(z));
         }
         // 11. The game is over.
         if (s_.GameOverFlag) {

@@ -40,6 +40,8 @@ struct GameOptions {
     std::uint64_t seed = 0;
     std::array<CoachKind, 2> coach{CoachKind::Computer, CoachKind::Computer};
     bool noDisplay = true;  // no screen: every presenter call but GameOver is skipped
+    // A human coach's "Auto-Lines": the computer changes his lines for him.
+    std::array<bool, 2> autoLines{false, false};
 };
 
 // A goal, for the scoring summary.

@@ -366,6 +366,26 @@ TEST_F(LineChanges, ATiredManBringsAChangeButNotAfterAClearAgainstHim) {
     EXPECT_FALSE(s.onIce[kVisitor].holds(wing));
 }
 
+TEST(LineChangesForAHuman, OnlyWithAutoLines) {
+    auto session = loaded();
+    for (bool autoLines : {false, true}) {
+        Silent screen;
+        GameOptions options = computerVisitor();
+        options.coach = {CoachKind::Human, CoachKind::Human};
+        options.autoLines[kVisitor] = autoLines;
+        Game game(*session, options, &screen);
+        game.InitGame();
+        GameState& s = game.editState();
+        s.PlayZone = Zone::NeutralZone;
+        s.PuckTeam = kHome;
+        int center = s.onIce[kVisitor][IcePos::Center];
+        s.stint[kVisitor][std::size_t(center)] = 90;
+        game.SetPlayBox();
+        EXPECT_EQ(s.onIce[kVisitor].holds(center), !autoLines);
+        EXPECT_EQ(screen.asked, 1);
+    }
+}
+
 TEST_F(LineChanges, TheTopLineGoesOutLateInACloseGame) {
     GameState& s = game.editState();
     s.forwardUnit[kVisitor] = 3;
