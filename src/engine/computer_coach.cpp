@@ -131,7 +131,6 @@ void Game::SetPlayBox() {
     if (driverRunning_) return;
     driverRunning_ = true;
     while (!s_.GameEndedFlag) {
-        ++s_.coach.passes;
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
             if (!s_.NoDisplay) presenter_->ShowPause(*this);

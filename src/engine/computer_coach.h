@@ -46,7 +46,6 @@ struct CoachState {
     std::array<std::array<std::array<double, kMaxUnits>, kUnitKinds>, 2> unitSecs{};
     // Who was on the ice when the clock last ran, to count shifts.
     std::array<BySlot<bool>, 2> wasOn{};
-    long passes = 0;  // turns of the driver
 };
 
 // One skater on the ice as the target choice sees him.
