@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/computer_coach.h"
+#include "engine/find_tools.h"
 #include "engine/play_chances.h"
 #include "engine/play_state.h"
 #include "engine/presenter.h"
@@ -38,6 +40,8 @@ struct GameOptions {
     std::uint64_t seed = 0;
     std::array<CoachKind, 2> coach{CoachKind::Computer, CoachKind::Computer};
     bool noDisplay = true;  // no screen: every presenter call but GameOver is skipped
+    // A human coach's "Auto-Lines": the computer changes his lines for him.
+    std::array<bool, 2> autoLines{false, false};
 };
 
 // A goal, for the scoring summary.
@@ -114,7 +118,13 @@ struct GameState {
     std::array<BySlot<int>, 2> Energy{};
     std::array<BySlot<double>, 2> stint{};  // seconds on the ice since the last change
 
+    // Carrier, passers, spots, open men, the picks of the events, the shot
+    // model's goalie form and the table's calibrations.
+    FindState find;
+
     int steps = 0;
+
+    CoachState coach;  // the computer coach, line changes, timeouts
 };
 
 class Game {
@@ -168,7 +178,43 @@ public:
     }
     [[nodiscard]] int strengthEdge() const { return strength(s_.PuckTeam) - strength(s_.OtherTeam()); }
 
+    // ---- Chances: selection tools, shot model, chance table ----------------
+    // Weighted picks among the players on the ice (find_tools.cpp). Each
+    // leaves its pick in state().find.
+    void FindCarrier();
+    void FindPassers();
+    // One pick per penalty for each side with find.PenaltiesToCall above 0.
+    void FindPenalized();
+    void FindDefender();
+    void FindTakeaway();
+    void FindBlocker();
+    void FindHitter();
+    // Names of a pass for narration; `unit` stands for the puck team's men
+    // on the ice (the unit before a line change), null for those now on it.
+    void PickNames(const OnIce* unit = nullptr);
+    void PickOpponentName();
+    // Spots of the attackers and the list of open men of the offensive zone.
+    void HkSetPlayCallList();
+    // A new carrier of the puck team after a loose puck; `takeawayPos` is the
+    // position of the man who took it away, kNoPos when nobody did.
+    void PickLooseCarrier(int takeawayPos = kNoPos);
+    // The chance table of the coming step (chance_table.cpp); with
+    // ProbeOnly set it draws nothing that a probe must not.
+    PlayChances ChanceTable();
+    // First stage of the shooting percentage (shooting.cpp): sets
+    // chances.GoalPct and chances.ShotClass.
+    void GoalPct(PlayChances& c);
+    // The rush stage: the percentage of a rush shot, whatever the first gave.
+    void RushGoalPct(PlayChances& c);
+
 private:
+    // Chances: the parts of a step up to the table (chance_table.cpp).
+    void drawShooterMood();
+    void moveForecheck();
+    void chooseCarrier();
+    void eraFactors();
+    void seasonCalibration();
+    void drawGoalieForm();
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
     Result splitTurnover(const PlayChances& c);
@@ -190,18 +236,12 @@ private:
     void SetPlayRating();
     void SetPlayTime();
     void RunClock();
-    void SetEnergy();
     void endOfPeriod();
     void GameOverCheck();
     void finishGame(GameEnd how);
 
     // Lines and the ice.
     void putUnitOnIce(int side);
-    void computerLineChange(int side, bool force);
-    void computerGoaliePull(int side);
-    void returnGoalie(int side);
-    [[nodiscard]] bool lineChangeDue(int side) const;
-    void restoreEveryone();
     void recountSkaters();
     [[nodiscard]] int minPenaltyLeft() const;
     double eraPace();
@@ -217,6 +257,46 @@ private:
     }
     void checkAutoStop();
     void tvTimeout(Result previous);
+
+    // ---- Coach (computer_coach.cpp): the computer's calls, line changes,
+    // the goalie pull, coach timeouts, fatigue and ice time.
+public:
+    // The call the computer makes for `side` in the present state.
+    Call ChooseCall(int side);
+    // The breakout call of the side with the puck (at a draw: its faceoff call).
+    Call ChooseOffensePlay(int side, bool faceoff);
+    Call ChooseShooterPlay(int side);
+    // The position (0 to 5) the play goes to in the offensive zone, or
+    // kNoTarget.
+    int ChooseOffenseTarget(int side);
+    // Lays the plan's line-specific and late-game strategies over the live
+    // values of both sides.
+    void CoachInPlay();
+    // A computer coach's timeout at a stoppage late in a close game.
+    void CoachTimeout();
+    // Seconds of the game, so far, each side's units have played.
+    [[nodiscard]] double unitSeconds(int side, UnitKind kind, int unit) const;
+
+private:
+    void coachInit();
+    void markEndGame();
+    void loadMatchingPairs();
+    [[nodiscard]] bool autoCallForHuman(int side);
+    [[nodiscard]] int leadOf(int side) const;
+    [[nodiscard]] double onIceOffense(int side) const;
+    [[nodiscard]] double onIceDefense(int side) const;
+    [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
+    // 0 no change due, 1 the late game asks for its lines, 2 men tired or
+    // past their shift.
+    [[nodiscard]] int lineChangeDue(int side);
+    void computerLineChange(int side, bool atFaceoff);
+    void chooseUnits(int side, bool preferenceOnly);
+    [[nodiscard]] bool unitRested(int side, int line, bool forwards) const;
+    void computerGoaliePull(int side);
+    void returnGoalie(int side);
+    void restoreEveryone();
+    void chargePlayers(double t);
+    void SetEnergy();
 
     GameSession& session_;
     GameOptions options_;

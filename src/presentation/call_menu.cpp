@@ -31,7 +31,7 @@ CallBox callBoxOf(const Game& game, int side) {
     return CallBox::Balanced;
 }
 
-std::vector<CallChoice> callChoices(const Game& game, int side, const std::vector<OpenMan>& openMen) {
+std::vector<CallChoice> callChoices(const Game& game, int side) {
     const GameState& s = game.state();
     switch (callBoxOf(game, side)) {
         case CallBox::Shootout:
@@ -56,10 +56,17 @@ std::vector<CallChoice> callChoices(const Game& game, int side, const std::vecto
         case CallBox::OffenseZone: {
             std::vector<CallChoice> out;
             char key = '1';
-            for (const OpenMan& m : openMen) {
-                if (key > '6') break;
-                std::string where = m.hasPuck ? "Puck" : m.depth;
-                out.push_back({key, fmt::format("{}-{} ({})", key, m.label, where), Call::PlayTo, m.position});
+            const FindState& find = s.find;
+            const SideTables& team = game.session().side(side);
+            for (int k = 0; k < find.openCount && key <= '6'; ++k) {
+                const OpenMan& m = find.openMen[static_cast<std::size_t>(k)];
+                if (m.slot == kNoSlot) continue;
+                std::string where = m.hasPuck ? std::string("Puck") : std::string(spotText(m.spot));
+                out.push_back(
+                    {key,
+                     fmt::format("{}-{} ({}, shot {}, pass {})", key,
+                                 team.ShortNameOf[static_cast<std::size_t>(m.slot)], where, m.shotGrade, m.passGrade),
+                     Call::PlayTo, m.pos});
                 ++key;
             }
             out.push_back({'7', "7-Shoot", Call::Shoot});

@@ -36,19 +36,11 @@ struct CallChoice {
     int target = 0;  // a player's position for a call at an open man, else 0
 };
 
-// An open man of the offensive zone, for the rows 1 to 6 of its call box.
-struct OpenMan {
-    int position = 0;      // 1 to 5 on the ice
-    std::string label;     // position abbreviation and name
-    std::string depth;     // "In", "Mid", "Out"
-    bool hasPuck = false;  // shown as "Puck"
-};
-
 CallBox callBoxOf(const Game& game, int side);
 
-// The choices of the box, in key order. `openMen` fills the rows of the
-// offensive zone; elsewhere it is not read.
-std::vector<CallChoice> callChoices(const Game& game, int side, const std::vector<OpenMan>& openMen = {});
+// The choices of the box, in key order; in the offensive zone the open men
+// of the game's list come first, rows 1 to 6.
+std::vector<CallChoice> callChoices(const Game& game, int side);
 
 // The text over the call box: who has the puck and where.
 std::string callBoxCaption(const Game& game);
