@@ -218,7 +218,7 @@ void Game::prepareNextState() {
     }
 }
 
-// The shot's class as the shooting model set it for this step; none yet.
-int Game::chanceShotClass() const { return 0; }
+// The shot's class as the shooting model set it for this step.
+int Game::chanceShotClass() const { return chances_.ShotClass; }
 
 }  // namespace tallyrink

@@ -58,11 +58,12 @@ enum class SaveRebound : std::uint8_t {
 std::string_view text(ShotRebound r);
 std::string_view text(SaveRebound r);
 
-enum class RushType : std::uint8_t { OneOnNone, TwoOnOne, ThreeOnOne, ThreeOnTwo };
-std::string_view text(RushType t);  // "1-0", "2-1", "3-1", "3-2"
-
 enum class TurnoverKind : std::uint8_t { None, Lost, Takeaway, Giveaway, HitTakeaway };
 std::string_view text(TurnoverKind k);
+
+// Attackers against defenders on a rush: "1-0", "2-1", "3-1", "3-2".
+enum class RushKind : std::uint8_t { OneZero, TwoOne, ThreeOne, ThreeTwo };
+std::string_view text(RushKind k);
 
 // Where a clear went.
 enum class ClearTarget : std::uint8_t { None, DefenseZone, NeutralZone, Icing, Recover, Faceoff };
@@ -102,7 +103,7 @@ struct EventState {
     bool offsideFlag = false;  // a pass told as offside at the defending line
     TurnoverKind turnover = TurnoverKind::None;
     bool HitDone = false;
-    RushType rushType = RushType::ThreeOnTwo;
+    RushKind rushKind = RushKind::ThreeTwo;
     std::array<bool, 5> RushMember{};
     bool dumpIn = false;  // the last "PASS" of the neutral zone was a dump-in
 

@@ -11,6 +11,19 @@ namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 int other(int side) { return side == 0 ? 1 : 0; }
 
+std::string_view rushText(RushKind r) {
+    switch (r) {
+        case RushKind::OneZero:
+            return "breakaway";
+        case RushKind::TwoOne:
+            return "two on one";
+        case RushKind::ThreeOne:
+            return "three on one";
+        default:
+            return "three on two";
+    }
+}
+
 }  // namespace
 
 std::string playName(const SideTables& side, int slot) {
@@ -289,7 +302,7 @@ void Game::DescribeLoosePuck() {
 
 void Game::DescribeRush() {
     if (!telling()) return;
-    tell(fmt::format("the {} break out, a {} rush", teamName(s_.PuckTeam), text(s_.events.rushType)));
+    tell(fmt::format("the {} break out, {}", teamName(s_.PuckTeam), rushText(s_.events.rushKind)));
 }
 
 void Game::DescribeRetreat() {

@@ -77,7 +77,7 @@ int Game::edgeIndex() const { return std::clamp(strengthEdge(), -2, 2) + 2; }
 ShotKind Game::chooseShotKind() {
     if (s_.events.Kind == ShotKind::ReboundShot) return ShotKind::ReboundShot;
     if (s_.LastZone == Zone::Rush)
-        return s_.events.rushType == RushType::OneOnNone ? ShotKind::Breakaway : ShotKind::Wrist;
+        return s_.events.rushKind == RushKind::OneZero ? ShotKind::Breakaway : ShotKind::Wrist;
     if (s_.LastPlayResult == Result::Save || s_.LastPlayResult == Result::Miss || s_.LastPlayResult == Result::Block)
         if (s_.events.reboundHeld && rng_.rand(3) == 1) return ShotKind::Rebound;
     if (s_.LastZone == Zone::DefenseZone || s_.LastZone == Zone::NeutralZone) return ShotKind::Long;

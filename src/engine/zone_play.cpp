@@ -22,9 +22,9 @@ constexpr int kDefensePositions[2] = {3, 4};
 
 }  // namespace
 
-std::string_view text(RushType t) {
+std::string_view text(RushKind k) {
     static constexpr std::array<std::string_view, 4> names{"1-0", "2-1", "3-1", "3-2"};
-    return names[static_cast<std::size_t>(t)];
+    return names[static_cast<std::size_t>(k)];
 }
 
 std::string_view text(TurnoverKind k) {
@@ -346,13 +346,13 @@ void Game::buildRush() {
     }
     n = std::max(n, 1);
     if (n == 1)
-        ev.rushType = RushType::OneOnNone;
+        s_.events.rushKind = RushKind::OneZero;
     else if (n == 2)
-        ev.rushType = RushType::TwoOnOne;
+        s_.events.rushKind = RushKind::TwoOne;
     else if (n == 3)
-        ev.rushType = rng_.rand(3) == 1 ? RushType::ThreeOnOne : RushType::ThreeOnTwo;
+        s_.events.rushKind = rng_.rand(3) == 1 ? RushKind::ThreeOne : RushKind::ThreeTwo;
     else
-        ev.rushType = RushType::ThreeOnTwo;  // four or five men go as the usual three on two
+        s_.events.rushKind = RushKind::ThreeTwo;  // four or five men go as the usual three on two
     for (int pos = 0; pos < 5; ++pos)
         if (ev.RushMember[at(pos)]) s_.find.Spot[at(pos)] = 2 + rng_.rand(2);
     RushAssists();

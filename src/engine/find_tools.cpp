@@ -1,13 +1,27 @@
-// Stand-ins for the selection tools until the weighted picks are built:
-// plain choices among the men on the ice, weighted by their real rates, so
-// that the events have a carrier, passers, a hitter and the rest to credit.
+#include "engine/find_tools.h"
 
 #include <algorithm>
 
 #include "engine/game.h"
-#include "team/positions.h"
 
 namespace tallyrink {
+
+std::string_view spotText(int spot) {
+    switch (spot) {
+        case kSpotBehind:
+            return "Behind";
+        case kSpotScreen:
+            return "Screen";
+        case kSpotIn:
+            return "In";
+        case kSpotMid:
+            return "Mid";
+        case kSpotOut:
+            return "Out";
+        default:
+            return "";
+    }
+}
 
 namespace {
 
@@ -16,10 +30,9 @@ int other(int side) { return side == 0 ? 1 : 0; }
 
 }  // namespace
 
-std::string_view spotText(int spot) {
-    static constexpr std::array<std::string_view, 6> names{"", "Behind", "Screen", "In", "Mid", "Out"};
-    return spot >= 0 && spot <= 5 ? names[static_cast<std::size_t>(spot)] : "";
-}
+// Stand-ins until the weighted picks are built: plain choices among the
+// men on the ice, weighted by their real rates, so that the events have a
+// carrier, passers, a hitter and the rest to credit.
 
 namespace {
 
