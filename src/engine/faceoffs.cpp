@@ -102,6 +102,7 @@ void Game::FaceoffStep() {
     ev.TensionFlag = false;
     if (s_.GameOverFlag) return;
 
+    lines_.clear();
     Zone z = s_.PlayZone;
     if (s_.Period == 1 && s_.Clock == periodSeconds() && !ev.openingTold) {
         ev.openingTold = true;

@@ -219,7 +219,7 @@ void Game::PlayStep() {
         FaceoffStep();
     }
     if (!s_.ProbeOnly) {
-        lines_.clear();
+        if (!s_.entryFromFaceoff) lines_.clear();  // the draw's lines belong to this play
         s_.EntryZone = s_.PlayZone;
         if (!isOffenseState(s_.PlayZone) && s_.PlayRating == 0) SetPlayRating();
         s_.LastPlayCall = s_.PlayCall;
