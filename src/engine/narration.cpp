@@ -202,7 +202,14 @@ void Game::DescribeOutOfPlay() {
 void Game::DescribeClearSave() {
     if (!telling()) return;
     tell(narrationRng_.rand(4) == 1 ? "off the glass and on net" : "off the boards and on net");
-    tell(fmt::format("{} stops it", nameOf(other(s_.PuckTeam), netminder(other(s_.PuckTeam)))));
+    std::string goalie = nameOf(other(s_.PuckTeam), netminder(other(s_.PuckTeam)));
+    if (narrationRng_.rand(30) == 1) {
+        tell(goalie + " is behind the net!");
+        tell("he dives for the puck");
+        tell("and makes the save!");
+        return;
+    }
+    tell(goalie + " stops it");
 }
 
 void Game::DescribeGoaliePass() {

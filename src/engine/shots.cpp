@@ -294,7 +294,10 @@ void Game::onMissOrBlock() {
     if (s_.PlayResult == Result::Block) {
         FindBlocker();
         int blocker = s_.find.BlockerMan;
-        if (blocker != kNoSlot) creditBlock(session_.side(defenders).player(blocker));
+        if (blocker != kNoSlot) {
+            creditBlock(session_.side(defenders).player(blocker));
+            DescribeBlock(defenders, blocker);
+        }
         ++ev.blocked[at(side)];
         if (ev.blocksByPeriod.size() < static_cast<std::size_t>(s_.Period)) ev.blocksByPeriod.resize(at(s_.Period));
         ++ev.blocksByPeriod[at(s_.Period - 1)][at(defenders)];
@@ -487,10 +490,8 @@ void Game::reboundShot(bool afterSave) {
         s_.PlayZone = Zone::DefenseZone;
         return;
     }
-    if (f.Carrier != shooter && f.Passer1 != shooter) {
-        f.Passer2 = f.Passer1;
-        f.Passer1 = f.Carrier == shooter ? kNoSlot : f.Carrier;
-    }
+    // The passers were moved up when the puck was kept in: the first shooter
+    // is the first passer now.
     f.Carrier = shooter;
     f.CarrierPos = pos;
     ev.Kind = ShotKind::ReboundShot;

@@ -112,9 +112,11 @@ ClearTarget Game::clearTarget() {
     return t;
 }
 
-// The forecheckers sometimes catch their own team's clear at the line.
+// The forecheckers sometimes catch their own team's clear at the line, or
+// chase down their dump-in.
 bool Game::recoversClear() {
-    if (s_.LastZone != Zone::OffenseZone) return false;
+    bool dump = s_.LastZone == Zone::NeutralZone && s_.LastPlayCall == Call::DumpChase;
+    if (s_.LastZone != Zone::OffenseZone && !dump) return false;
     int pos = s_.find.CarrierPos;
     if (pos >= 0 && pos < static_cast<int>(kIcePositions) && s_.find.Spot[at(pos)] == kSpotBehind) return false;
     int level = s_.find.ForecheckLevel[at(s_.PuckTeam)];
