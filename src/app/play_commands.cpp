@@ -10,6 +10,7 @@
 #include "app/cli.h"
 #include "engine/game.h"
 #include "engine/team_load.h"
+#include "team/positions.h"
 
 namespace tallyrink::cli {
 
@@ -18,6 +19,7 @@ namespace {
 struct PlayOptions {
     std::size_t game = 0;
     bool fast = false;
+    bool iceTime = false;
     std::optional<std::uint64_t> seed;
 };
 
@@ -99,6 +101,38 @@ void printSummary(const Game& game, const std::array<std::string, 2>& code, cons
     if (s.goals.empty()) fmt::print("  none\n");
 }
 
+// Each player's time on the ice, by team: the skaters by their forward line
+// or defense pair, then the goalies.
+void printIceTime(const GameSession& session, const std::array<std::string, 2>& code) {
+    fmt::print("\nIce time{:<22}{:>7}{:>7}{:>7}{:>7}\n", "", "TOI", "PP", "SH", "Shifts");
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& t = session.side(side);
+        for (int group = 1; group <= 8; ++group) {
+            for (int slot = 0; slot < kRosterSlots; ++slot) {
+                const PlayerRecord& p = t.player(slot);
+                const StatLine& g = statLine(p, StatLineIndex::Game);
+                if (!t.onTeam(slot) || g.Toi == 0) continue;
+                int lineOf = 8;  // goalies and men on no even line last
+                for (int line = 4; line >= 1; --line) {
+                    if (t.lines.lineRole(line, slot) != ForwardRole::None) lineOf = line;
+                    if (line <= 3 && t.lines.pairRole(line, slot) != PairRole::None) lineOf = line + 4;
+                }
+                if (isGoalie(p)) lineOf = 8;
+                if (lineOf != group) continue;
+                std::string label = group <= 4    ? fmt::format("F{}", group)
+                                    : group <= 7  ? fmt::format("D{}", group - 4)
+                                    : isGoalie(p) ? "G"
+                                                  : "-";
+                fmt::print("  {:<4}{:<3} {:<20}{:>7}{:>7}{:>7}{:>7}\n", code[static_cast<std::size_t>(side)], label,
+                           t.DisplayName[static_cast<std::size_t>(slot)].empty()
+                               ? p.LastName.str()
+                               : t.DisplayName[static_cast<std::size_t>(slot)],
+                           clockText(g.Toi), clockText(g.ToiPP), clockText(g.ToiSH), g.Shifts);
+            }
+        }
+    }
+}
+
 void playGame(const GlobalOptions& options, const PlayOptions& o) {
     auto session = startSession(options);
     const Schedule& schedule = session->schedule();
@@ -131,6 +165,7 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     game.playToEnd();
     if (!o.fast) fmt::print("\n");
     printSummary(game, code, name);
+    if (o.iceTime) printIceTime(session2, code);
 }
 
 }  // namespace
@@ -141,6 +176,7 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
         "play", "Play a game of the schedule with two computer coaches; nothing is written to the league");
     cmd->add_option("game", o->game, "Row of the schedule, from 1")->required();
     cmd->add_flag("--fast", o->fast, "No play-by-play: only the result");
+    cmd->add_flag("--ice-time", o->iceTime, "Each player's time on the ice, power play, short-handed and shifts");
     cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
     cmd->callback([&options, o] { playGame(options, *o); });
 }

@@ -9,7 +9,6 @@
 
 #include "engine/game.h"
 #include "engine/live_stats.h"
-#include "engine/stand_in.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -186,9 +185,8 @@ void Game::FaceoffStep() {
     Call call = s_.FaceoffCall[at(winner)];
     bool usable = call != Call::None && call != Call::Computer && call != Call::DrawForward && call != Call::DrawBack;
     if (computerDecides(winner) || !usable) {
-        call = drawPlay && winner == ev.AttackingSide && !computerDecides(winner)
-                   ? Call::Balanced
-                   : StandInComputerCall(*this, winner, rng_);
+        call = drawPlay && winner == ev.AttackingSide && !computerDecides(winner) ? Call::Balanced
+                                                                                  : ChooseOffensePlay(winner, false);
         s_.FaceoffCall[at(winner)] = call;
     }
     s_.PlayCall = call;

@@ -71,6 +71,7 @@ void Game::InitGame() {
     }
     s_.events.blocksByPeriod.assign(1, {0, 0});
     narrationRng_ = Random(options_.seed ^ 0x9e3779b97f4a7c15ULL);
+    coachInit();
 }
 
 void Game::playToEnd() {
@@ -85,49 +86,6 @@ int Game::decidingSide() const {
     if (s_.PlayZone == Zone::ContinueBox) return other(s_.ContinueTeam);
     if (s_.PlayZone == Zone::Shootout) return s_.shootoutSide;
     return s_.PuckTeam;
-}
-
-void Game::SetPlayBox() {
-    if (driverRunning_) return;
-    driverRunning_ = true;
-    while (!s_.GameEndedFlag) {
-        if (s_.Paused) {
-            if (!s_.NoDisplay) presenter_->ShowPause(*this);
-            break;
-        }
-        if (s_.PuckTeam != kVisitor && s_.PuckTeam != kHome) s_.PuckTeam = kVisitor;
-        if (s_.GameOverFlag) {
-            GameOverCheck();
-            break;
-        }
-        // Computer coaches change lines on the way out of their end and
-        // before every draw.
-        Zone z = s_.PlayZone;
-        if (faceoffStage(z) == 1 || z == Zone::DefenseZone || z == Zone::NeutralZone) {
-            for (int side : {kVisitor, kHome})
-                if (computerDecides(side)) computerLineChange(side, isFaceoff(z));
-        }
-        for (int side : {kVisitor, kHome})
-            if (computerDecides(side)) computerGoaliePull(side);
-        int side = decidingSide();
-        if (computerDecides(side)) {
-            if (z == Zone::ContinueBox) {
-                computerLineChange(side, false);
-                ContinueCommand();
-            } else if (z == Zone::Shootout) {
-                PlayStep();
-            } else {
-                OffenseCommand(StandInComputerCall(*this, side, rng_));
-            }
-            continue;
-        }
-        if (isFaceoff(z) || z == Zone::ContinueBox)
-            presenter_->AskLineChange(*this, side);
-        else
-            presenter_->AskPlayCall(*this, side);
-        break;
-    }
-    driverRunning_ = false;
 }
 
 void Game::OffenseCommand(Call call) {
@@ -239,6 +197,7 @@ void Game::PlayStep() {
     s_.OffensiveDraw = false;
     s_.lineChangeMade = {false, false};
     tvTimeout(previous);
+    CoachTimeout();
     RunClock();
     GameOverCheck();
     ++s_.steps;
@@ -575,30 +534,9 @@ void Game::recountSkaters() {
 
 void Game::RunClock() {
     double t = s_.PlayTime;
-    bool faceoff = isFaceoff(s_.PlayZone);
-    for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = session_.side(side);
-        const OnIce& ice = s_.onIce[at(side)];
-        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
-            int limit = tables.ShiftLimit[at(slot)];
-            if (limit <= 0) continue;
-            double& secs = s_.ShiftSecs[at(side)][at(slot)];
-            bool on = ice.holds(slot);
-            if (faceoff) secs -= on ? 4.9 : 7;
-            if (!on) {
-                double q = .5 - (100 - tables.MaxEnergy[at(slot)]) * .01;
-                secs -= t * q;
-                s_.stint[at(side)][at(slot)] = 0;
-            } else {
-                int e = s_.Energy[at(side)][at(slot)];
-                double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
-                secs += t * rate;
-                s_.stint[at(side)][at(slot)] += t;
-            }
-            secs = std::max(secs, 0.0);
-        }
+    chargePlayers(t);
+    for (int side : {kVisitor, kHome})
         for (int& left : s_.penaltyLeft[at(side)]) left = std::max(0, left - static_cast<int>(std::lround(t)));
-    }
     recountSkaters();
     s_.Clock = static_cast<int>(roundHalfEven(s_.Clock - t));
     // A goal is timed at the end of its play.
@@ -607,39 +545,6 @@ void Game::RunClock() {
     checkAutoStop();
     SetEnergy();
     endOfPeriod();
-}
-
-void Game::SetEnergy() {
-    for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = session_.side(side);
-        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
-            int limit = tables.ShiftLimit[slot];
-            int maxEnergy = tables.MaxEnergy[slot];
-            double secs = s_.ShiftSecs[at(side)][slot];
-            int& energy = s_.Energy[at(side)][slot];
-            if (limit <= 0) continue;
-            int e = maxEnergy;
-            if (secs > limit) {
-                e = std::clamp(static_cast<int>(roundHalfEven(80 - (secs - limit) * .3)), 0, 79);
-                if (energy >= 80 && energy - e > 10) e = energy - 2 + rng_.rand(5) - rng_.rand(5);
-            } else if (secs > 0) {
-                e = static_cast<int>(roundHalfEven(maxEnergy - (secs / limit) * 20));
-                e = std::max(e, 80);
-            }
-            energy = std::clamp(e, 0, 100);
-        }
-    }
-}
-
-void Game::restoreEveryone() {
-    for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = session_.side(side);
-        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
-            s_.Energy[at(side)][slot] = tables.MaxEnergy[slot];
-            s_.ShiftSecs[at(side)][slot] = 0;
-            s_.stint[at(side)][slot] = 0;
-        }
-    }
 }
 
 void Game::endOfPeriod() {
@@ -731,6 +636,7 @@ void Game::tvTimeout(Result previous) {
     int due = s_.Clock <= 360 ? 2 : s_.Clock <= 840 ? 1 : 0;
     if (s_.tvTimeoutsTaken >= due) return;
     s_.tvTimeoutsTaken = due;
+    s_.coach.tvTimeoutThisStep = true;
     restoreEveryone();
     if (telling()) tell("TV Timeout");
 }
@@ -754,72 +660,10 @@ void Game::putUnitOnIce(int side) {
         if (slot != kNoSlot && !before.holds(slot)) s_.stint[at(side)][at(slot)] = 0;
 }
 
-bool Game::lineChangeDue(int side) const {
-    const SideTables& tables = session_.side(side);
-    const OnIce& ice = s_.onIce[at(side)];
-    for (std::size_t pos = 0; pos < 5; ++pos) {
-        int slot = ice.slot[pos];
-        if (slot == kNoSlot) continue;
-        if (s_.Energy[at(side)][at(slot)] <= 60) return true;
-        int limit = pos <= 2 ? 60 : 70;
-        int year = tables.player(slot).PlayerYear;
-        limit += (year <= 1969 ? 15 : 0) + (year <= 1964 ? 15 : 0) + (year <= 1959 ? 15 : 0);
-        if (s_.stint[at(side)][at(slot)] > limit) return true;
-    }
-    return false;
-}
-
-void Game::computerLineChange(int side, bool atFaceoff) {
-    if (!lineChangeDue(side)) return;
-    if (!atFaceoff) {
-        if (s_.Skaters[0] != s_.Skaters[1] && rng_.rand(2) == 1) return;
-        // The iced or cleared team can't change.
-        if (s_.LastPlayResult == Result::Clear && side != s_.PuckTeam && !powerPlay(side)) return;
-    }
-    bool even = s_.Skaters[0] == 5 && s_.Skaters[1] == 5;
-    int units = even ? kEvenForwardUnits : kSpecialUnits;
-    s_.forwardUnit[at(side)] = s_.forwardUnit[at(side)] % units + 1;
-    if (even) s_.defensePair[at(side)] = s_.defensePair[at(side)] % kEvenPairs + 1;
-    putUnitOnIce(side);
-    s_.lineChangeMade[at(side)] = true;
-}
-
 // On a screen a command or a step hands back to the driver, which asks for
 // the next decision; without one the caller's driver loop goes on.
 void Game::resumeDriver() {
     if (!s_.NoDisplay && !driverRunning_) SetPlayBox();
-}
-
-// Late in the last period (and in overtime) a computer coach trailing by
-// one or two goals takes his goalie out for an extra attacker at the time
-// his game plan sets, and puts him back when the score no longer asks for
-// it or the draw is in his own end.
-void Game::computerGoaliePull(int side) {
-    if (s_.Period < periods_ || s_.Clock > 120 || s_.PlayZone == Zone::Shootout) return;
-    const GamePlanRecord& plan = session_.side(side).plan;
-    int behind = s_.Score[at(other(side))] - s_.Score[at(side)];
-    bool ownEndDraw = faceoffSpot(s_.PlayZone) == FaceoffSpot::Defense && isFaceoff(s_.PlayZone) &&
-                      faceoffEndSide(s_.PlayZone) == side;
-    bool pressedInOwnEnd = s_.PuckTeam == other(side) && isOffenseState(s_.PlayZone);
-    if (s_.GoaliePulled[at(side)]) {
-        if (!pressedInOwnEnd && (behind < 1 || behind > 2 || ownEndDraw)) returnGoalie(side);
-        return;
-    }
-    if (plan.DontPullGoalie == 1 || behind < 1 || behind > 2 || ownEndDraw || pressedInOwnEnd) return;
-    int at2 = plan.PullTrailingByTwo > 0 ? plan.PullTrailingByTwo : 100;
-    int at1 = plan.PullTrailingByOne > 0 ? plan.PullTrailingByOne : 80;
-    bool wait = behind == 2 ? plan.WaitForPossessionTrailingByTwo == 1 : plan.WaitForPossessionTrailingByOne == 1;
-    if (s_.Clock >= (behind == 2 ? at2 : at1)) return;
-    if (wait && (s_.PuckTeam != side || isFaceoff(s_.PlayZone))) return;
-    s_.GoaliePulled[at(side)] = true;
-    putUnitOnIce(side);
-    if (telling()) tell(fmt::format("{} pull their goalie", session_.side(side).team.Abbrev.str()));
-}
-
-void Game::returnGoalie(int side) {
-    if (!s_.GoaliePulled[at(side)]) return;
-    s_.GoaliePulled[at(side)] = false;
-    putUnitOnIce(side);
 }
 
 void Game::tell(std::string line) { lines_.push_back(std::move(line)); }

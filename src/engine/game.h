@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/computer_coach.h"
 #include "engine/events.h"
 #include "engine/find_tools.h"
 #include "engine/live_stats.h"
@@ -41,6 +42,8 @@ struct GameOptions {
     std::uint64_t seed = 0;
     std::array<CoachKind, 2> coach{CoachKind::Computer, CoachKind::Computer};
     bool noDisplay = true;  // no screen: every presenter call but GameOver is skipped
+    // A human coach's "Auto-Lines": the computer changes his lines for him.
+    std::array<bool, 2> autoLines{false, false};
 };
 
 // A goal, for the scoring summary.
@@ -129,6 +132,8 @@ struct GameState {
     EventState events;
 
     int steps = 0;
+
+    CoachState coach;  // the computer coach, line changes, timeouts
 };
 
 class Game {
@@ -323,18 +328,12 @@ private:
     void SetPlayRating();
     void SetPlayTime();
     void RunClock();
-    void SetEnergy();
     void endOfPeriod();
     void GameOverCheck();
     void finishGame(GameEnd how);
 
     // Lines and the ice.
     void putUnitOnIce(int side);
-    void computerLineChange(int side, bool force);
-    void computerGoaliePull(int side);
-    void returnGoalie(int side);
-    [[nodiscard]] bool lineChangeDue(int side) const;
-    void restoreEveryone();
     void recountSkaters();
     [[nodiscard]] int minPenaltyLeft() const;
     double eraPace();
@@ -350,6 +349,46 @@ private:
     }
     void checkAutoStop();
     void tvTimeout(Result previous);
+
+    // ---- Coach (computer_coach.cpp): the computer's calls, line changes,
+    // the goalie pull, coach timeouts, fatigue and ice time.
+public:
+    // The call the computer makes for `side` in the present state.
+    Call ChooseCall(int side);
+    // The breakout call of the side with the puck (at a draw: its faceoff call).
+    Call ChooseOffensePlay(int side, bool faceoff);
+    Call ChooseShooterPlay(int side);
+    // The position (0 to 5) the play goes to in the offensive zone, or
+    // kNoTarget.
+    int ChooseOffenseTarget(int side);
+    // Lays the plan's line-specific and late-game strategies over the live
+    // values of both sides.
+    void CoachInPlay();
+    // A computer coach's timeout at a stoppage late in a close game.
+    void CoachTimeout();
+    // Seconds of the game, so far, each side's units have played.
+    [[nodiscard]] double unitSeconds(int side, UnitKind kind, int unit) const;
+
+private:
+    void coachInit();
+    void markEndGame();
+    void loadMatchingPairs();
+    [[nodiscard]] bool autoCallForHuman(int side);
+    [[nodiscard]] int leadOf(int side) const;
+    [[nodiscard]] double onIceOffense(int side) const;
+    [[nodiscard]] double onIceDefense(int side) const;
+    [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
+    // 0 no change due, 1 the late game asks for its lines, 2 men tired or
+    // past their shift.
+    [[nodiscard]] int lineChangeDue(int side);
+    void computerLineChange(int side, bool atFaceoff);
+    void chooseUnits(int side, bool preferenceOnly);
+    [[nodiscard]] bool unitRested(int side, int line, bool forwards) const;
+    void computerGoaliePull(int side);
+    void returnGoalie(int side);
+    void restoreEveryone();
+    void chargePlayers(double t);
+    void SetEnergy();
 
     GameSession& session_;
     GameOptions options_;

@@ -302,8 +302,16 @@ TEST_F(Transitions, AProbeChangesNothingAndDrawsNothing) {
 
 // ---- Handshakes --------------------------------------------------------------------
 
+// The computer calls some routine plays for a human coach; these tests of
+// the handshake turn that off, so that every decision is the human's.
+RulesRecord everyCallAsked() {
+    RulesRecord r = rulesWith(1, 0, 1);
+    r.NoComputerPlayCallsCheck = 1;
+    return r;
+}
+
 TEST(Handshake, AFaceoffAsksVisitorThenHomeThenPlaysTheWinnersCall) {
-    auto session = loaded(rulesWith(1, 0, 1));
+    auto session = loaded(everyCallAsked());
     Recorder screen;
     Game game(*session, humans(), &screen);
     game.InitGame();
@@ -336,7 +344,7 @@ TEST(Handshake, AFaceoffAsksVisitorThenHomeThenPlaysTheWinnersCall) {
 }
 
 TEST(Handshake, ALineChangeGivesTheOtherCoachATurnAndThenRunsTheSavedCall) {
-    auto session = loaded(rulesWith(1, 0, 1));
+    auto session = loaded(everyCallAsked());
     Recorder screen;
     Game game(*session, humans(), &screen);
     game.InitGame();

@@ -1,0 +1,848 @@
+#include "engine/computer_coach.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/game.h"
+#include "team/positions.h"
+#include "team/team_ratings.h"
+
+namespace tallyrink {
+
+namespace {
+
+constexpr int kEvenForwardUnits = 4;
+constexpr int kEvenPairs = 3;
+constexpr int kSpecialUnits = 2;
+// A line whose men are all at least this fresh can go out.
+constexpr int kRestedEnergy = 88;
+// What lineChangeDue finds.
+constexpr int kNoChange = 0;
+constexpr int kLateChange = 1;
+constexpr int kTiredChange = 2;
+
+int other(int side) { return side == 0 ? 1 : 0; }
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+std::size_t at(UnitKind k) { return static_cast<std::size_t>(k); }
+
+bool isForwardPos(std::size_t pos) { return pos <= 2; }
+
+}  // namespace
+
+// ---- Pure parts -----------------------------------------------------------------
+
+std::array<double, 6> offenseTargetWeights(const std::array<TargetRow, 6>& rows, bool powerPlay, double shootingRate,
+                                           Random& rng) {
+    std::array<double, 6> w{};
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const TargetRow& r = rows[i];
+        if (r.spot == 0 || r.spot == 2) continue;
+        if (r.carrier) {
+            double c = r.spot == 3 ? 8000 : r.spot == 4 ? 7000 : r.spot == 5 ? 2500 : 0;
+            if (powerPlay && r.spot == 5) {
+                c *= 3;
+                double rate = shootingRate > 0 ? shootingRate : .25;
+                if (rng.rnd() * .1 <= rate) c *= .2;
+                if (rng.rnd() * .25 <= rate) c *= .2;
+                if (rng.rnd() * .2 + .2 >= rate) c *= 3;
+            }
+            w[i] = c;
+            continue;
+        }
+        double base = 1;
+        double bonus = 0;
+        switch (r.shotTendency) {
+            case 1:
+                base = 5;
+                break;
+            case 2:
+                base = 50;
+                bonus = .3;
+                break;
+            case 3:
+                base = 500;
+                bonus = 1;
+                break;
+            default:
+                break;
+        }
+        double x = base * ((r.passTendency - 3) * .2 + 1 + bonus) + r.shotsPer60;
+        if (r.spot == 5) x *= .3;
+        w[i] = std::max(x, 0.0);
+    }
+    return w;
+}
+
+int drawTarget(const std::array<double, 6>& weights, Random& rng) {
+    double total = 0;
+    for (double x : weights) total += x;
+    if (total <= 0) return kNoTarget;
+    double v = rng.rnd() * total;
+    double run = 0;
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        run += weights[i];
+        if (weights[i] > 0 && v < run) return static_cast<int>(i);
+    }
+    for (std::size_t i = weights.size(); i-- > 0;)
+        if (weights[i] > 0) return static_cast<int>(i);
+    return kNoTarget;
+}
+
+int mostDueUnit(const double* shares, const double* played, const bool* rested, int count) {
+    double total = 0;
+    for (int u = 0; u < count; ++u) total += played[u];
+    int best = 0;
+    double bestDue = 0;
+    for (int pass = 0; pass < 2 && best == 0; ++pass) {
+        for (int u = 0; u < count; ++u) {
+            if (pass == 0 && !rested[u]) continue;
+            double due = shares[u] * total - played[u];
+            if (best == 0 || due > bestDue) {
+                best = u + 1;
+                bestDue = due;
+            }
+        }
+    }
+    return best == 0 ? 1 : best;
+}
+
+// ---- Start -------------------------------------------------------------------------
+
+void Game::coachInit() {
+    for (int side : {kVisitor, kHome}) {
+        SideTables& t = session_.side(side);
+        s_.coach.live[at(side)] = planStrategy(t.plan);
+        s_.coach.timeoutLeft[at(side)] = session_.league().rules.TimeoutsAllowedCheck == 1;
+        int line = t.plan.StartingFWDLine;
+        int pair = t.plan.StartingDEFPair;
+        s_.forwardUnit[at(side)] = line >= 1 && line <= kEvenForwardUnits ? line : 1;
+        s_.defensePair[at(side)] = pair >= 1 && pair <= kEvenPairs ? pair : 1;
+        putUnitOnIce(side);
+        // This game's line starts empty.
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) statLine(t.GameRoster[slot], StatLineIndex::Game) = {};
+    }
+}
+
+// ---- The driver --------------------------------------------------------------------
+
+void Game::SetPlayBox() {
+    if (driverRunning_) return;
+    driverRunning_ = true;
+    while (!s_.GameEndedFlag) {
+        // 1. A pause stops everything until the user's Continue.
+        if (s_.Paused) {
+            if (!s_.NoDisplay) presenter_->ShowPause(*this);
+            break;
+        }
+        // 2. A valid puck team; the end-game states.
+        if (s_.PuckTeam != kVisitor && s_.PuckTeam != kHome) s_.PuckTeam = kVisitor;
+        markEndGame();
+        // 3. The mood of the shooter of a new play.
+        if (s_.find.newPlay) drawShooterMood();
+        // 4. A batch runner repaints between games, not here.
+        // 5. Whether anything is shown.
+        s_.NoDisplay = options_.noDisplay;
+        // 6. Matching lines, worked out once.
+        loadMatchingPairs();
+        // 7. The goalie pull.
+        for (int side : {kVisitor, kHome})
+            if (computerDecides(side)) computerGoaliePull(side);
+        // 8. Nobody in goal and no goalie pulled: put one in.
+        for (int side : {kVisitor, kHome}) {
+            if (s_.GoaliePulled[at(side)] || s_.onIce[at(side)][IcePos::GoalieOrExtra] != kNoSlot) continue;
+            s_.goalie[at(side)] = chooseGoalie(teams_[at(side)], s_.goalie[at(side)]);
+            putUnitOnIce(side);
+        }
+        // 9. The faceoff men are picked by the draw itself.
+        // 10. Line changes on the way out of the own end and before a draw.
+        Zone z = s_.PlayZone;
+        if (faceoffStage(z) == 1 || z == Zone::DefenseZone || z == Zone::NeutralZone) {
+            for (int side : {kVisitor, kHome})
+                if (computerDecides(side) || options_.autoLines[at(side)]) computerLineChange(side, isFaceoff(z));
+        }
+        // 11. The game is over.
+        if (s_.GameOverFlag) {
+            GameOverCheck();
+            break;
+        }
+        CoachInPlay();
+        // 12. Who makes the call.
+        int side = decidingSide();
+        bool autoCall = computerDecides(side);
+        bool forHuman = !autoCall && autoCallForHuman(side);
+        s_.coach.lastCallAutomatic = forHuman;
+        // 14. A human decides: the screen asks and the game waits.
+        if (!autoCall && !forHuman) {
+            if (isFaceoff(z) || z == Zone::ContinueBox)
+                presenter_->AskLineChange(*this, side);
+            else
+                presenter_->AskPlayCall(*this, side);
+            break;
+        }
+        // 13. The computer's call runs at once; the loop goes on to the next.
+        if (z == Zone::ContinueBox) {
+            if (autoCall) computerLineChange(side, false);
+            ContinueCommand();
+        } else if (z == Zone::Shootout) {
+            PlayStep();
+        } else {
+            OffenseCommand(ChooseCall(side));
+        }
+    }
+    driverRunning_ = false;
+}
+
+void Game::markEndGame() {
+    bool late = (s_.Period == periods_ && s_.Clock <= 70) || s_.Period > periods_;
+    for (int side : {kVisitor, kHome}) {
+        int lead = leadOf(side);
+        bool close = std::abs(lead) <= 2;
+        s_.coach.trailingEnd[at(side)] = late && close && lead < 0;
+        s_.coach.leadingEnd[at(side)] = late && close && lead > 0;
+    }
+}
+
+int Game::leadOf(int side) const { return s_.Score[at(side)] - s_.Score[at(other(side))]; }
+
+// The computer calls some plays for a human coach: the routine ones of the
+// middle of the game, so that he is asked where his call matters.
+bool Game::autoCallForHuman(int side) {
+    Zone z = s_.PlayZone;
+    if (coach(side) != CoachKind::Human || isFaceoff(z)) return false;
+    if (s_.PlayResult == Result::MoveUp || session_.league().rules.NoComputerPlayCallsCheck == 1) return false;
+    if (s_.GoaliePulled[0] || s_.GoaliePulled[1] || s_.coach.lastCallAutomatic) return false;
+    if (s_.LastPlayResult == Result::Clear) return false;
+    bool lastMinutes = s_.Period >= periods_ && s_.Clock < 300;
+    if (z == Zone::DefenseZone || z == Zone::NeutralZone) {
+        if (s_.PlayRating < 2 || s_.PlayRating > 8 || lastMinutes) return false;
+        for (int s : {kVisitor, kHome})
+            for (int slot : s_.onIce[at(s)].slot)
+                if (slot != kNoSlot && s_.Energy[at(s)][at(slot)] < 85) return false;
+        return rng_.rand(100) > 25;
+    }
+    if (z == Zone::OffenseZone) {
+        Call draw = s_.FaceoffCall[at(side)];
+        if (s_.entryFromFaceoff && (draw == Call::DrawForward || draw == Call::DrawBack)) return true;
+        return rng_.rand(100) <= 35 && std::abs(leadOf(side)) > 2 && s_.Clock > 180 &&
+               !(s_.Period >= periods_ && s_.Clock <= 300);
+    }
+    return false;
+}
+
+// ---- The calls -----------------------------------------------------------------------
+
+Call Game::ChooseCall(int side) {
+    Zone z = s_.PlayZone;
+    if (isFaceoff(z)) return ChooseOffensePlay(side, true);
+    switch (z) {
+        case Zone::DefenseZone:
+        case Zone::NeutralZone:
+            return ChooseOffensePlay(side, false);
+        case Zone::OffenseShooter:
+            return ChooseShooterPlay(side);
+        case Zone::OffenseZone: {
+            std::array<TargetRow, 6> rows = offenseTargetRows(side);
+            int target = ChooseOffenseTarget(side);
+            s_.coach.target[at(side)] = target == kNoTarget ? -1 : target;
+            if (target == kNoTarget) return Call::Pass;
+            const TargetRow& row = rows[at(target)];
+            if (row.carrier) return Call::Shoot;
+            return row.shotTendency >= 2 ? Call::PlayShoot : Call::PlayTo;
+        }
+        case Zone::Rush:
+            return Call::Rush;
+        case Zone::PenaltyShot:
+            return Call::Shoot;
+        default:
+            return Call::Balanced;
+    }
+}
+
+Call Game::ChooseOffensePlay(int side, bool faceoff) {
+    const GamePlanRecord& plan = session_.side(side).plan;
+    auto adj = [&](BreakoutAdj a) { return breakoutAdj(plan, a); };
+    auto rnd = [&] { return rng_.rnd(); };
+    auto rand = [&](int n) { return rng_.rand(n); };
+
+    Call call = Call::Balanced;
+    if (rand(10) <= 2) call = s_.coach.ownLastCall[at(side)];
+    double rating = faceoff ? 5 : s_.PlayRating;
+    int lead = leadOf(side);
+    int behind = -lead;
+    bool leading = lead > 0;
+    bool trailing = lead < 0;
+    bool lastRegular = s_.Period == periods_;
+    int left = s_.Clock;
+    // The unit ratings in tenths, the scale the matching margins are set in.
+    double offense = onIceOffense(side) * 10;
+    double defense = onIceDefense(other(side)) * 10;
+
+    double a = 30 + aggressivenessAdj(plan);
+    if (5 + 5 * rnd() < rating) a = 50 + adj(BreakoutAdj::HighPotential);
+    if (7 + 3 * rnd() < rating) a = 80;
+    if (2 + 3 * rnd() > rating) a = 10 + adj(BreakoutAdj::LowPotential);
+    if (1 + 2 * rnd() > rating) a = 0;
+    if (leading) a += adj(BreakoutAdj::Leading);
+    if (trailing) a += adj(BreakoutAdj::Trailing);
+    if (offense > defense + 10 + rand(20))
+        a += adj(BreakoutAdj::Overmatched);
+    else if (offense < defense - 10 - rand(20))
+        a += adj(BreakoutAdj::Undermatched);
+    if (lead > 2 + rand(3)) a *= .1;
+    if (lead > 1 + rand(3)) a *= .5;
+    if (leading && s_.Period >= 2) a *= .5;
+    if (lead > 1 && lastRegular) a *= .5;
+    if (lead > 1 && lastRegular && left <= 360 + rand(360)) a = 0;
+    if (leading && lastRegular && left <= 180) a = 0;
+    if (behind > 1 + rand(3) && s_.Period >= rand(2)) a = (a + 3) * 1.1;
+    if (behind > rand(2) && lastRegular) a = (a + 2) * 1.1;
+    if (trailing && s_.Period >= periods_ && left < 480 + rand(480)) a = (a + 3) * 1.1;
+    if (behind > 1 && lastRegular && left <= 90 + rand(90)) a += 20;
+    if (trailing && lastRegular && left <= 60 + rand(60)) a = 100;
+    if (rand(100) <= a) call = Call::Aggressive;
+
+    double safe = 15;
+    if (5 + 5 * rnd() < rating) safe = 7 - adj(BreakoutAdj::HighPotential);
+    if (7 + 3 * rnd() < rating) safe = 2;
+    if (2 + 3 * rnd() > rating) safe = 1.5 * safe - adj(BreakoutAdj::LowPotential);
+    if (5 + 2 * rnd() < rating) safe = 0;
+    if (leading) safe -= adj(BreakoutAdj::Leading);
+    if (trailing) safe -= adj(BreakoutAdj::Trailing);
+    if (offense > defense + 10 + rand(20))
+        safe -= adj(BreakoutAdj::Overmatched);
+    else if (offense < defense - 10 - rand(20))
+        safe += adj(BreakoutAdj::Undermatched);
+    if (behind > 2 + rand(3)) safe = 0;
+    if (behind > 1 + rand(3)) safe *= .5;
+    if (behind > 1 && lastRegular) {
+        safe *= .5;
+        if (left <= 360 + rand(360)) safe = 0;
+    }
+    if (lead > 2 + rand(3)) safe = 50;
+    if (lead > 1 + rand(3)) safe = (safe + 5) * 1.5;
+    if (lead > 1) safe = (safe + 5) * 1.5;
+    if (leading) safe = (safe + 5) * 1.5;
+    if (leading && lastRegular) {
+        if (left <= 360 + rand(360)) safe *= 2;
+        if (left <= 180) safe *= 2;
+    }
+    if (lead > 1 && lastRegular && left <= 180) safe = 100;
+    if (rand(100) <= safe) call = Call::Safe;
+
+    if (s_.Skaters[at(side)] < s_.Skaters[at(other(side))]) call = rand(100) <= 50 ? Call::Clear : Call::Safe;
+    if (s_.GoaliePulled[at(side)]) call = Call::Safe;
+    if (lastRegular && trailing && ((left < 360 && rand(2) == 1) || left < 120)) call = Call::Safe;
+    if (lead >= 3 && ((lastRegular && rand(2) == 1) || (left > 300 + rand(600) && rand(2) == 1))) {
+        if (call == Call::Aggressive) call = Call::Balanced;
+        if (call == Call::Balanced) call = Call::Safe;
+    }
+    if (lastRegular && rand(2) == 1 && lead > 4) call = Call::Safe;
+    if (!faceoff && s_.PlayZone == Zone::NeutralZone) {
+        if (call == Call::Safe) call = Call::DumpChase;
+        if (call == Call::Aggressive) call = Call::SkatePass;
+    }
+    if (s_.GoaliePulled[at(other(side))]) call = Call::Aggressive;
+    if (lastRegular && trailing && left < 60 + rand(30)) call = Call::Aggressive;
+    if (lastRegular && behind > 1 && left < 120 + rand(60)) call = Call::Aggressive;
+
+    // What is kept is the kind of call, whatever the zone called it.
+    Call kept = call == Call::DumpChase ? Call::Safe : call == Call::SkatePass ? Call::Aggressive : call;
+    s_.coach.ownLastCall[at(side)] = kept;
+    return call;
+}
+
+Call Game::ChooseShooterPlay(int side) {
+    const OnIce& ice = s_.onIce[at(side)];
+    int carrier = s_.find.Carrier;
+    if (carrier == kNoSlot || !ice.holds(carrier)) carrier = ice[IcePos::Center];
+    if (carrier == kNoSlot) return Call::Shoot;
+    const PlayerRecord& p = session_.side(side).player(carrier);
+    double s = (p.RatingShotIn + p.RatingSkate) / (p.RatingShotOut + 2.0);
+    int penetrate = p.UsagePenetrate >= 1 && p.UsagePenetrate <= 5 ? p.UsagePenetrate : 3;
+    double f = (penetrate - 3) * .2 + 1;
+    return rng_.rand(25) <= s * f ? Call::Penetrate : Call::Shoot;
+}
+
+int Game::ChooseOffenseTarget(int side) {
+    std::array<TargetRow, 6> rows = offenseTargetRows(side);
+    double shooting = 0;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        int slot = s_.onIce[at(side)].slot[i];
+        if (rows[i].carrier && slot != kNoSlot) shooting = session_.side(side).rates[at(slot)].ShootingPct;
+    }
+    bool powerPlay = s_.Skaters[at(side)] > s_.Skaters[at(other(side))];
+    return drawTarget(offenseTargetWeights(rows, powerPlay, shooting, rng_), rng_);
+}
+
+// The men of the offensive zone where the play-call list put them, with
+// what the list says of each as a shooter. Before any list is built (or
+// when it is empty) they stand where their positions put them: the center
+// in the slot with the puck, the wings at mid range, the defensemen at the
+// points.
+std::array<TargetRow, 6> Game::offenseTargetRows(int side) const {
+    static constexpr std::array<int, 6> kSpotOf{4, 3, 4, 5, 5, 3};
+    const FindState& f = s_.find;
+    bool listed = side == s_.PuckTeam && f.openCount > 0;
+    std::array<TargetRow, 6> rows{};
+    const OnIce& ice = s_.onIce[at(side)];
+    const SideTables& t = session_.side(side);
+    for (std::size_t pos = 0; pos < rows.size(); ++pos) {
+        int slot = ice.slot[pos];
+        if (slot == kNoSlot) continue;
+        if (pos == 5 && !s_.GoaliePulled[at(side)]) continue;
+        const PlayerRecord& p = t.player(slot);
+        TargetRow& r = rows[pos];
+        r.passTendency = p.UsageOffensiveZone >= 1 && p.UsageOffensiveZone <= 5 ? p.UsageOffensiveZone : 3;
+        r.shotsPer60 = t.rate(RateSet::Real, slot).ShotsPer60;
+        if (!listed) {
+            r.spot = kSpotOf[pos];
+            r.shotTendency = r.spot == kSpotIn ? 3 : r.spot == kSpotMid ? 2 : r.spot == kSpotOut ? 1 : 0;
+            r.carrier = pos == static_cast<std::size_t>(IcePos::Center);
+            continue;
+        }
+        r.spot = f.Spot[pos];
+        r.carrier = slot == f.Carrier;
+        r.shotTendency = 0;
+        for (int i = 0; i < f.openCount; ++i) {
+            const OpenMan& m = f.openMen[at(i)];
+            if (m.pos != static_cast<int>(pos)) continue;
+            // The list grades a shooter 0 to 10; the play reads four steps.
+            r.shotTendency = m.shotGrade >= 7 ? 3 : m.shotGrade >= 4 ? 2 : m.shotGrade >= 1 ? 1 : 0;
+            if (m.hasPuck) r.carrier = true;
+        }
+    }
+    return rows;
+}
+
+// ---- Strategy in play -------------------------------------------------------------------
+
+void Game::CoachInPlay() {
+    for (int side : {kVisitor, kHome}) {
+        const GamePlanRecord& plan = session_.side(side).plan;
+        if (coach(side) == CoachKind::Human && plan.DontUseWhenHumanCoached == 1) continue;
+        LiveStrategy base = planStrategy(plan);
+        LiveStrategy live = base;
+        int own = s_.Skaters[at(side)];
+        int opp = s_.Skaters[at(other(side))];
+        if (plan.DontUseLineSpecificSettings != 1) {
+            // The situation line whose forwards are the ones on the ice.
+            LineRange range = situationLines(own, opp);
+            const LineTables& lines = session_.side(side).lines;
+            const OnIce& ice = s_.onIce[at(side)];
+            for (int line = range.last; line >= range.first; --line) {
+                bool all = true;
+                bool anyone = false;
+                for (std::size_t pos = 0; pos < 3 && all; ++pos) {
+                    int slot = ice.slot[pos];
+                    if (slot == kNoSlot) continue;
+                    anyone = true;
+                    all = lines.lineRole(line, slot) != ForwardRole::None;
+                }
+                if (!all || !anyone) continue;
+                LineSettings settings = lineSettings(plan, line);
+                if (settings.any()) live = withLineSettings(base, settings, killLine(line));
+                break;
+            }
+        }
+        LateGame late{leadOf(side), s_.Clock, s_.Period >= periods_};
+        s_.coach.live[at(side)] = lateGameStrategy(plan, live, base, late);
+    }
+}
+
+double Game::onIceOffense(int side) const {
+    std::array<UnitPlayer, 6> men{};
+    const SideTables& t = session_.side(side);
+    for (std::size_t pos = 0; pos < men.size(); ++pos) {
+        int slot = s_.onIce[at(side)].slot[pos];
+        if (slot == kNoSlot) continue;
+        men[pos].record = &t.player(slot);
+        men[pos].averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
+        men[pos].fatigued = s_.Energy[at(side)][at(slot)] < 80;
+    }
+    UnitSituation situation;
+    situation.skaters = s_.Skaters[at(side)];
+    situation.opponentSkaters = s_.Skaters[at(other(side))];
+    situation.extraAttacker = s_.GoaliePulled[at(side)];
+    UnitRatings out;
+    onIceRatings(men, situation, *session_.league().era, out);
+    return out.onIceOffense;
+}
+
+double Game::onIceDefense(int side) const {
+    std::array<UnitPlayer, 6> men{};
+    const SideTables& t = session_.side(side);
+    for (std::size_t pos = 0; pos < men.size(); ++pos) {
+        int slot = s_.onIce[at(side)].slot[pos];
+        if (slot == kNoSlot) continue;
+        men[pos].record = &t.player(slot);
+        men[pos].averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
+        men[pos].fatigued = s_.Energy[at(side)][at(slot)] < 80;
+    }
+    UnitSituation situation;
+    situation.skaters = s_.Skaters[at(side)];
+    situation.opponentSkaters = s_.Skaters[at(other(side))];
+    situation.extraAttacker = s_.GoaliePulled[at(side)];
+    UnitRatings out;
+    onIceRatings(men, situation, *session_.league().era, out);
+    return out.onIceDefense;
+}
+
+// ---- Lines -------------------------------------------------------------------------------
+
+// A plan that sends its checkers against the other side's scorers finds,
+// once a game, its best defensive forward line and the other side's best
+// scoring one.
+void Game::loadMatchingPairs() {
+    if (s_.coach.pairsLoaded) return;
+    s_.coach.pairsLoaded = true;
+    auto lineAverage = [&](int side, int line, bool defense) {
+        const SideTables& t = session_.side(side);
+        double sum = 0;
+        int n = 0;
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            if (!teams_[at(side)].candidate[at(slot)] || t.lines.lineRole(line, slot) == ForwardRole::None) continue;
+            const PlayerRecord& p = t.player(slot);
+            sum += defense ? p.RatingDefense : p.RatingOffense;
+            ++n;
+        }
+        return n > 0 ? sum / n : 0.0;
+    };
+    for (int side : {kVisitor, kHome}) {
+        s_.coach.matchFor[at(side)] = {};
+        if (session_.side(side).plan.DefVsScoring != 1) continue;
+        int checkers = 1;
+        int scorers = 1;
+        for (int line = 2; line <= kEvenForwardUnits; ++line) {
+            if (lineAverage(side, line, true) > lineAverage(side, checkers, true)) checkers = line;
+            if (lineAverage(other(side), line, false) > lineAverage(other(side), scorers, false)) scorers = line;
+        }
+        s_.coach.matchFor[at(side)][at(scorers - 1)] = checkers;
+    }
+}
+
+bool Game::unitRested(int side, int line, bool forwards) const {
+    const SideTables& t = session_.side(side);
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!teams_[at(side)].candidate[at(slot)]) continue;
+        bool role = forwards ? t.lines.lineRole(line, slot) != ForwardRole::None
+                             : t.lines.pairRole(line, slot) != PairRole::None;
+        if (role && s_.Energy[at(side)][at(slot)] < kRestedEnergy) return false;
+    }
+    return true;
+}
+
+int Game::lineChangeDue(int side) {
+    const SideTables& tables = session_.side(side);
+    int margin = std::abs(leadOf(side));
+    if (margin >= 2 && s_.Clock < 30 + rng_.rand(10)) return kNoChange;
+    if (s_.coach.pendingChange[at(side)]) return kTiredChange;
+    const OnIce& ice = s_.onIce[at(side)];
+    for (std::size_t pos = 0; pos < 5; ++pos) {
+        int slot = ice.slot[pos];
+        if (slot == kNoSlot) continue;
+        const PlayerRecord& p = tables.player(slot);
+        int energy = s_.Energy[at(side)][at(slot)];
+        int pullBelow = p.PullWhenFatigueBelow > 0 ? p.PullWhenFatigueBelow : 80;
+        if (energy <= 60 || energy <= pullBelow + 7) return kTiredChange;
+        int limit = isForwardPos(pos) ? 60 : 70;
+        int year = p.PlayerYear;
+        limit += (year <= 1969 ? 15 : 0) + (year <= 1964 ? 15 : 0) + (year <= 1959 ? 15 : 0);
+        if (s_.stint[at(side)][at(slot)] > limit) return kTiredChange;
+    }
+    // The last minutes of a close game: the coach wants his lines for it.
+    if (margin <= 1 && s_.Period >= periods_ && s_.Clock <= 180) return kLateChange;
+    return kNoChange;
+}
+
+void Game::computerLineChange(int side, bool atFaceoff) {
+    Zone z = s_.PlayZone;
+    if (z == Zone::Shootout || z == Zone::ContinueBox) return;
+    // A side that iced the puck keeps its men for the draw.
+    bool iced = atFaceoff && s_.LastPlayResult == Result::Clear && faceoffSpot(z) == FaceoffSpot::Defense &&
+                faceoffEndSide(z) == side && session_.league().rules.AllowLineChangesOnIcingCheck == 0;
+    if (iced) return;
+    int need = lineChangeDue(side);
+    bool due = need == kTiredChange;
+    if (!atFaceoff && need != kNoChange && !s_.coach.pendingChange[at(side)]) {
+        bool cleared = s_.LastPlayResult == Result::Clear && side != s_.PuckTeam && !powerPlay(side);
+        if (cleared || (s_.Skaters[0] != s_.Skaters[1] && rng_.rand(2) == 1)) {
+            if (due) s_.coach.pendingChange[at(side)] = true;
+            return;
+        }
+    }
+    // At a draw, or late, a coach may also want a line for the zone, the
+    // match-up or the score.
+    if (need == kNoChange && !atFaceoff) return;
+    s_.coach.pendingChange[at(side)] = false;
+    int forwards = s_.forwardUnit[at(side)];
+    int pair = s_.defensePair[at(side)];
+    chooseUnits(side, !due);
+    if (forwards != s_.forwardUnit[at(side)] || pair != s_.defensePair[at(side)]) {
+        putUnitOnIce(side);
+        s_.lineChangeMade[at(side)] = true;
+    }
+}
+
+// Picks the units to send out: the one of each kind that has fallen
+// furthest behind its share of the game's time among those rested enough,
+// unless the end of the game, the match-up or the draw's zone asks for
+// another. With `preferenceOnly` the units on the ice stay unless a
+// preference names others.
+void Game::chooseUnits(int side, bool preferenceOnly) {
+    const GamePlanRecord& plan = session_.side(side).plan;
+    int own = s_.Skaters[at(side)];
+    int opp = s_.Skaters[at(other(side))];
+    LineRange range = situationLines(own, opp);
+    UsageShares shares = usageShares(plan);
+    auto& played = s_.coach.unitSecs[at(side)];
+    int& forwards = s_.forwardUnit[at(side)];
+    int& pair = s_.defensePair[at(side)];
+
+    if (own != 5 || opp != 5) {
+        if (preferenceOnly) return;
+        int units = std::min(kSpecialUnits, range.last - range.first + 1);
+        UnitKind kind = own > opp ? UnitKind::PowerPlay : own < opp ? UnitKind::PenaltyKill : UnitKind::Forwards;
+        const double* share = kind == UnitKind::PowerPlay     ? shares.powerPlay.data()
+                              : kind == UnitKind::PenaltyKill ? shares.penaltyKill.data()
+                                                              : shares.powerPlay.data();
+        std::array<bool, kMaxUnits> rested{};
+        for (int u = 1; u <= units; ++u) rested[at(u - 1)] = unitRested(side, range.first + u - 1, true);
+        forwards = mostDueUnit(share, played[at(kind)].data(), rested.data(), units);
+        return;
+    }
+
+    Zone z = s_.PlayZone;
+    bool ownEnd = isFaceoff(z) && faceoffSpot(z) == FaceoffSpot::Defense && faceoffEndSide(z) == side;
+    bool otherEnd = isFaceoff(z) && faceoffSpot(z) == FaceoffSpot::Defense && faceoffEndSide(z) == other(side);
+    int wantForwards = ownEnd ? plan.DefZoneFWD : otherEnd ? plan.OffZoneFWD : 0;
+    int wantPair = ownEnd ? plan.DefZoneDEF : otherEnd ? plan.OffZoneDEF : 0;
+    int opposing = s_.forwardUnit[at(other(side))];
+    if (opposing >= 1 && opposing <= kEvenForwardUnits && s_.coach.matchFor[at(side)][at(opposing - 1)] > 0)
+        wantForwards = s_.coach.matchFor[at(side)][at(opposing - 1)];
+    // Late in a close game the scorers go out to tie it, the checkers to
+    // hold a lead.
+    bool late = s_.Period >= periods_ && s_.Clock <= 180 && std::abs(leadOf(side)) <= 1;
+    if (s_.coach.trailingEnd[at(side)] || (late && leadOf(side) <= 0)) wantForwards = 1;
+    if (s_.coach.leadingEnd[at(side)] || (late && leadOf(side) > 0)) {
+        for (int u : s_.coach.matchFor[at(side)])
+            if (u > 0) wantForwards = u;
+    }
+    if (wantForwards < 1 || wantForwards > kEvenForwardUnits || !unitRested(side, wantForwards, true)) wantForwards = 0;
+    if (wantPair < 1 || wantPair > kEvenPairs || !unitRested(side, wantPair, false)) wantPair = 0;
+    if (preferenceOnly) {
+        if (wantForwards > 0) forwards = wantForwards;
+        if (wantPair > 0) pair = wantPair;
+        return;
+    }
+
+    std::array<bool, kMaxUnits> rested{};
+    for (int u = 1; u <= kEvenForwardUnits; ++u) rested[at(u - 1)] = unitRested(side, u, true) && u != forwards;
+    int next =
+        mostDueUnit(shares.lines.data(), played[at(UnitKind::Forwards)].data(), rested.data(), kEvenForwardUnits);
+    if (plan.FillFromDepth != 1) {
+        // Rotating: the next line in turn, unless it has already had more
+        // than a shift beyond its share.
+        int turn = forwards % kEvenForwardUnits + 1;
+        const auto& time = played[at(UnitKind::Forwards)];
+        double total = time[0] + time[1] + time[2] + time[3];
+        if (rested[at(turn - 1)] && time[at(turn - 1)] - shares.lines[at(turn - 1)] * total < 45) next = turn;
+    }
+    forwards = wantForwards > 0 ? wantForwards : next;
+    for (int u = 1; u <= kEvenPairs; ++u) rested[at(u - 1)] = unitRested(side, u, false) && u != pair;
+    int nextPair = mostDueUnit(shares.pairs.data(), played[at(UnitKind::Pairs)].data(), rested.data(), kEvenPairs);
+    pair = wantPair > 0 ? wantPair : nextPair;
+}
+
+double Game::unitSeconds(int side, UnitKind kind, int unit) const {
+    if (unit < 1 || unit > static_cast<int>(kMaxUnits)) return 0;
+    return s_.coach.unitSecs[at(side)][at(kind)][at(unit - 1)];
+}
+
+// ---- The goalie pull ------------------------------------------------------------------------
+
+// Late in the last period (and in overtime) a computer coach trailing by
+// one or two goals takes his goalie out for an extra attacker at the time
+// his game plan sets, and puts him back when the score no longer asks for
+// it or the draw is in his own end.
+void Game::computerGoaliePull(int side) {
+    Zone z = s_.PlayZone;
+    if (s_.Period < periods_ || s_.Clock > 120 || z == Zone::Shootout) {
+        returnGoalie(side);
+        return;
+    }
+    const GamePlanRecord& plan = session_.side(side).plan;
+    int behind = -leadOf(side);
+    bool ownEndDraw = isFaceoff(z) && faceoffSpot(z) == FaceoffSpot::Defense && faceoffEndSide(z) == side;
+    bool pressedInOwnEnd = s_.PuckTeam == other(side) && isOffenseState(z);
+    if (s_.GoaliePulled[at(side)]) {
+        if (!pressedInOwnEnd && (behind < 1 || behind > 2 || ownEndDraw)) returnGoalie(side);
+        return;
+    }
+    if (plan.DontPullGoalie == 1 || behind < 1 || behind > 2 || ownEndDraw || pressedInOwnEnd) return;
+    if (s_.Clock >= pullTime(plan, behind)) return;
+    if (waitForPuck(plan, behind) && (s_.PuckTeam != side || isFaceoff(z))) return;
+    s_.GoaliePulled[at(side)] = true;
+    putUnitOnIce(side);
+    if (telling()) tell(fmt::format("{} pull their goalie", session_.side(side).team.Abbrev.str()));
+}
+
+void Game::returnGoalie(int side) {
+    if (!s_.GoaliePulled[at(side)]) return;
+    s_.GoaliePulled[at(side)] = false;
+    putUnitOnIce(side);
+}
+
+// ---- Timeouts, fatigue and ice time --------------------------------------------------------------
+
+void Game::restoreEveryone() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
+            s_.Energy[at(side)][slot] = tables.MaxEnergy[slot];
+            s_.ShiftSecs[at(side)][slot] = 0;
+            s_.stint[at(side)][slot] = 0;
+        }
+    }
+}
+
+// A computer coach's one timeout: at a stoppage late in a close last
+// period, to rest tired men or to set up a team that isn't ahead.
+void Game::CoachTimeout() {
+    if (!isFaceoff(s_.PlayZone) || lines_.size() > 50 || s_.coach.tvTimeoutThisStep) return;
+    if (session_.league().rules.TimeoutsAllowedCheck != 1 || s_.Period != periods_) return;
+    if (std::abs(leadOf(kVisitor)) > 2 || s_.Clock >= 120 + rng_.rand(60)) return;
+    for (int side : {kVisitor, kHome}) {
+        if (coach(side) != CoachKind::Computer || !s_.coach.timeoutLeft[at(side)] || s_.coach.coachTimeoutThisStep)
+            continue;
+        bool tired = false;
+        for (std::size_t pos = 0; pos < 5; ++pos) {
+            int slot = s_.onIce[at(side)].slot[pos];
+            if (slot != kNoSlot && s_.Energy[at(side)][at(slot)] < 95) tired = true;
+        }
+        if (!tired && leadOf(side) > 0) continue;
+        if (telling()) tell("Timeout " + session_.side(side).team.City.str());
+        restoreEveryone();
+        s_.coach.timeoutLeft[at(side)] = false;
+        s_.coach.coachTimeoutThisStep = true;
+    }
+}
+
+// The clock's charge to the players: fatigue seconds on the ice and
+// recovery on the bench, and the time and shifts of the game's line.
+void Game::chargePlayers(double t) {
+    bool faceoff = isFaceoff(s_.PlayZone);
+    bool afterPenalty = s_.LastPlayResult == Result::Penalty;
+    bool timeout = s_.coach.tvTimeoutThisStep || s_.coach.coachTimeoutThisStep;
+    bool counted = session_.GameType != 'E';
+    // The whole seconds the clock will lose, so a game's times add up.
+    int seconds = s_.Clock - static_cast<int>(roundHalfEven(s_.Clock - t));
+    for (int side : {kVisitor, kHome}) {
+        SideTables& tables = session_.side(side);
+        const OnIce& ice = s_.onIce[at(side)];
+        int own = s_.Skaters[at(side)];
+        int opp = s_.Skaters[at(other(side))];
+        int dressed = 0;
+        for (bool fit : teams_[at(side)].candidate) dressed += fit ? 1 : 0;
+        double benchRate = .5 + (dressed <= 17 ? .05 : 0) + (dressed <= 16 ? .05 : 0);
+        bool topLine = false;
+        for (std::size_t pos = 0; pos < 3; ++pos) {
+            int slot = ice.slot[pos];
+            if (slot != kNoSlot && tables.rate(RateSet::Real, slot).AverageMinutes > 22 + 4 * rng_.rnd())
+                topLine = true;
+        }
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            bool on = ice.holds(slot);
+            PlayerRecord& p = tables.player(slot);
+            bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
+            if (on) {
+                StatLine& game = statLine(p, StatLineIndex::Game);
+                game.Toi += seconds;
+                if (counted) game.GP = 1;
+                if (!goalie) {
+                    if (own > opp) game.ToiPP += seconds;
+                    if (own < opp) game.ToiSH += seconds;
+                    if (!s_.coach.wasOn[at(side)][at(slot)]) {
+                        ++game.Shifts;
+                        ++statLine(p, StatLineIndex::Replay).Shifts;
+                    }
+                }
+            }
+            s_.coach.wasOn[at(side)][at(slot)] = on;
+
+            int limit = tables.ShiftLimit[at(slot)];
+            if (limit <= 0) continue;
+            double& secs = s_.ShiftSecs[at(side)][at(slot)];
+            if (faceoff) secs -= on ? 4.9 : 7;
+            if (afterPenalty) secs -= 2;
+            if (!on) {
+                secs -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
+                s_.stint[at(side)][at(slot)] = 0;
+            } else {
+                int e = s_.Energy[at(side)][at(slot)];
+                double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
+                if (limit > 90 + 20 * rng_.rnd()) {
+                    double f = isDefenseman(p) ? .006 : .003;
+                    rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
+                }
+                if (topLine && !isDefenseman(p)) rate *= .9;
+                // A player running ahead of his real minutes tires sooner.
+                const SetRates& real = tables.rate(RateSet::Real, slot);
+                const SetRates& replay = tables.rate(RateSet::Replay, slot);
+                double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
+                if (real.AverageMinutes >= 10 && ratio < .92 + .05 * rng_.rnd()) rate *= .95;
+                int replayGames = statLine(p, StatLineIndex::Replay).GP;
+                if (replayGames >= 10 + rng_.rand(10) && real.AverageMinutes >= 18 && ratio < .95 + .04 * rng_.rnd())
+                    rate *= .9;
+                secs += t * rate;
+                s_.stint[at(side)][at(slot)] += t;
+                if (secs >= 5 && t >= 5) {
+                    if (ratio >= 1 + .07 * rng_.rnd())
+                        secs += 1;
+                    else if (ratio <= .98 - .03 * rng_.rnd())
+                        secs -= 2;
+                    else if (ratio <= 1 - .07 * rng_.rnd())
+                        secs -= 1;
+                }
+            }
+            secs = std::max(secs, 0.0);
+            if (timeout) secs = 0;
+        }
+        // The units' share of the game's time.
+        auto& units = s_.coach.unitSecs[at(side)];
+        if (own == 5 && opp == 5) {
+            units[at(UnitKind::Forwards)][at(std::clamp(s_.forwardUnit[at(side)], 1, 4) - 1)] += seconds;
+            units[at(UnitKind::Pairs)][at(std::clamp(s_.defensePair[at(side)], 1, 3) - 1)] += seconds;
+        } else if (own != opp) {
+            UnitKind kind = own > opp ? UnitKind::PowerPlay : UnitKind::PenaltyKill;
+            units[at(kind)][at(std::clamp(s_.forwardUnit[at(side)], 1, 2) - 1)] += seconds;
+        }
+    }
+    s_.coach.tvTimeoutThisStep = false;
+    s_.coach.coachTimeoutThisStep = false;
+}
+
+void Game::SetEnergy() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
+            int limit = tables.ShiftLimit[slot];
+            int maxEnergy = tables.MaxEnergy[slot];
+            double secs = s_.ShiftSecs[at(side)][slot];
+            int& energy = s_.Energy[at(side)][slot];
+            if (limit <= 0) continue;
+            int e = maxEnergy;
+            if (secs > limit) {
+                e = std::clamp(static_cast<int>(roundHalfEven(80 - (secs - limit) * .3)), 0, 79);
+                if (energy >= 80 && energy - e > 10) e = energy - 2 + rng_.rand(5) - rng_.rand(5);
+            } else if (secs > 0) {
+                e = static_cast<int>(roundHalfEven(maxEnergy - (secs / limit) * 20));
+                e = std::max(e, 80);
+            }
+            energy = std::clamp(e, 0, 100);
+        }
+    }
+}
+
+}  // namespace tallyrink
