@@ -15,7 +15,6 @@ namespace {
 constexpr int kEvenForwardUnits = 4;
 constexpr int kEvenPairs = 3;
 constexpr int kSpecialUnits = 2;
-constexpr int kMinorSeconds = 120;
 constexpr int kMaxShootoutRound = 50;
 
 int other(int side) { return side == 0 ? 1 : 0; }
@@ -223,6 +222,7 @@ void Game::PlayStep() {
     }
 
     chances_ = StandInChances(*this);
+    PenaltyChances(chances_);
     if (s_.ProbeOnly) return;
 
     s_.penaltyOn = -1;
@@ -442,6 +442,7 @@ void Game::ApplyPlay() {
     if (s_.PlayZone == Zone::NeutralZoneRetreat) s_.PlayZone = Zone::NeutralZone;
     if (s_.PlayZone == Zone::DefenseZoneRetreat) s_.PlayZone = Zone::DefenseZone;
     if (s_.periodEnds) s_.PlayZone = Zone::FaceoffCenter1;
+    afterPlayPenalties();
     SetPlayTime();
 }
 
@@ -456,16 +457,7 @@ void Game::onGoal() {
     ++s_.Score[at(side)];
     s_.goals.push_back({s_.Period, s_.Clock, side, s_.Skaters[at(side)] - s_.Skaters[at(other(side))],
                         s_.GoaliePulled[at(other(side))]});
-    // A goal ends the shortest minor of a team short-handed by it.
-    if (powerPlay(side)) {
-        auto& box = s_.penaltyLeft[at(other(side))];
-        auto shortest = std::min_element(box.begin(), box.end(), [](int a, int b) {
-            if (a == 0) return false;
-            return b == 0 || a < b;
-        });
-        if (*shortest > 0) *shortest = 0;
-        recountSkaters();
-    }
+    penaltyGoal(side);
     if (telling()) tell(fmt::format("GOAL {}", session_.side(side).team.Abbrev.str()));
     s_.PlayZone = Zone::FaceoffCenter1;
     s_.PuckTeam = kVisitor;
@@ -504,25 +496,6 @@ void Game::onClear() {
     }
     changePossession();
     s_.PlayZone = isOffenseState(s_.LastZone) && rng_.rand(2) == 1 ? Zone::NeutralZone : Zone::DefenseZone;
-}
-
-void Game::onPenalty(int side) {
-    if (side == kBothSides) {
-        // Coincidental: nobody is short-handed.
-        s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
-        if (telling()) tell("PENALTY coincidental");
-        return;
-    }
-    auto& box = s_.penaltyLeft[at(side)];
-    for (int& left : box) {
-        if (left == 0) {
-            left = kMinorSeconds;
-            break;
-        }
-    }
-    recountSkaters();
-    if (telling()) tell(fmt::format("PENALTY {}", session_.side(side).team.Abbrev.str()));
-    s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
 }
 
 void Game::onTurnover(Result r) {
@@ -744,30 +717,6 @@ double Game::eraPace() {
     return pace;
 }
 
-int Game::minPenaltyLeft() const {
-    int least = 999;
-    for (const auto& box : s_.penaltyLeft)
-        for (int left : box)
-            if (left > 0) least = std::min(least, left);
-    return least;
-}
-
-void Game::recountSkaters() {
-    std::array<int, 2> before = s_.Skaters;
-    for (int side : {kVisitor, kHome}) {
-        int running = 0;
-        for (int left : s_.penaltyLeft[at(side)]) running += left > 0 ? 1 : 0;
-        s_.Skaters[at(side)] = std::max(3, 5 - running);
-    }
-    if (before != s_.Skaters) {
-        for (int side : {kVisitor, kHome}) {
-            s_.forwardUnit[at(side)] = 1;
-            s_.defensePair[at(side)] = 1;
-            putUnitOnIce(side);
-        }
-    }
-}
-
 void Game::RunClock() {
     double t = s_.PlayTime;
     bool faceoff = isFaceoff(s_.PlayZone);
@@ -792,9 +741,8 @@ void Game::RunClock() {
             }
             secs = std::max(secs, 0.0);
         }
-        for (int& left : s_.penaltyLeft[at(side)]) left = std::max(0, left - static_cast<int>(std::lround(t)));
     }
-    recountSkaters();
+    runPenaltyClock(t);
     s_.Clock = static_cast<int>(roundHalfEven(s_.Clock - t));
     // A goal is timed at the end of its play.
     if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())
@@ -847,6 +795,7 @@ void Game::endOfPeriod() {
     s_.periodEnds = false;
     s_.Momentum = s_.Momentum > 0 ? std::max(0.0, s_.Momentum - .2) : std::min(0.0, s_.Momentum + .2);
     restoreEveryone();
+    clearShortInjuries();
     for (int side : {kVisitor, kHome}) returnGoalie(side);
     auto nextPeriod = [&](int seconds) {
         ++s_.Period;
@@ -933,6 +882,7 @@ void Game::tvTimeout(Result previous) {
 
 void Game::putUnitOnIce(int side) {
     bool even = s_.Skaters[0] == 5 && s_.Skaters[1] == 5;
+    keepPenalizedOff(side);
     IceRequest req;
     req.own = s_.Skaters[at(side)];
     req.opponent = s_.Skaters[at(other(side))];
