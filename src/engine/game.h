@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/find_tools.h"
 #include "engine/penalties.h"
 #include "engine/play_chances.h"
 #include "engine/play_state.h"
@@ -114,6 +115,10 @@ struct GameState {
     std::array<BySlot<int>, 2> Energy{};
     std::array<BySlot<double>, 2> stint{};  // seconds on the ice since the last change
 
+    // Carrier, passers, spots, open men, the picks of the events, the shot
+    // model's goalie form and the table's calibrations.
+    FindState find;
+
     int steps = 0;
 };
 
@@ -166,6 +171,35 @@ public:
     }
     [[nodiscard]] int strengthEdge() const { return strength(s_.PuckTeam) - strength(s_.OtherTeam()); }
 
+    // ---- Chances: selection tools, shot model, chance table ----------------
+    // Weighted picks among the players on the ice (find_tools.cpp). Each
+    // leaves its pick in state().find.
+    void FindCarrier();
+    void FindPassers();
+    // One pick per penalty for each side with find.PenaltiesToCall above 0.
+    void FindPenalized();
+    void FindDefender();
+    void FindTakeaway();
+    void FindBlocker();
+    void FindHitter();
+    // Names of a pass for narration; `unit` stands for the puck team's men
+    // on the ice (the unit before a line change), null for those now on it.
+    void PickNames(const OnIce* unit = nullptr);
+    void PickOpponentName();
+    // Spots of the attackers and the list of open men of the offensive zone.
+    void HkSetPlayCallList();
+    // A new carrier of the puck team after a loose puck; `takeawayPos` is the
+    // position of the man who took it away, kNoPos when nobody did.
+    void PickLooseCarrier(int takeawayPos = kNoPos);
+    // The chance table of the coming step (chance_table.cpp); with
+    // ProbeOnly set it draws nothing that a probe must not.
+    PlayChances ChanceTable();
+    // First stage of the shooting percentage (shooting.cpp): sets
+    // chances.GoalPct and chances.ShotClass.
+    void GoalPct(PlayChances& c);
+    // The rush stage: the percentage of a rush shot, whatever the first gave.
+    void RushGoalPct(PlayChances& c);
+
     // ---- Penalties, power play, fights and injuries (penalties.cpp) ----
     // Calls a penalty on `offender` of `side` (kNoSlot: a bench penalty) and
     // puts its server in the box. An empty name is drawn.
@@ -194,7 +228,7 @@ private:
     void CallDelayedPenalty(bool goalScored);
     void afterPlayPenalties();
     PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind);
-    int FindPenalized(int side);
+    int pickPenalized(int side);
     int penaltyServer(int side);
     BoxPenalty& addToBox(int side, int offender, int server, PenaltyType type, int seconds);
     void creditPenalty(int side, int slot, PenaltyType type, int minutes);
@@ -213,6 +247,13 @@ private:
     int injuryGamesOwed(int side, int slot, int& left) const;
     void clearShortInjuries();
 
+    // Chances: the parts of a step up to the table (chance_table.cpp).
+    void drawShooterMood();
+    void moveForecheck();
+    void chooseCarrier();
+    void eraFactors();
+    void seasonCalibration();
+    void drawGoalieForm();
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
     Result splitTurnover(const PlayChances& c);

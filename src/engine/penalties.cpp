@@ -166,7 +166,7 @@ int Game::minPenaltyLeft() const {
 bool Game::offIce(int side, int slot) const {
     if (slot < 0) return false;
     const PenaltyState& pen = s_.pen;
-    if (pen.PlayerOut[at(side)][at(slot)] || pen.InjuryKind[at(side)][at(slot)] > 0) return true;
+    if (s_.find.PlayerOut[at(side)][at(slot)] || pen.InjuryKind[at(side)][at(slot)] > 0) return true;
     for (const BoxPenalty& p : pen.box[at(side)])
         if (p.server == slot) return true;
     return false;
@@ -257,7 +257,7 @@ void Game::endPenalty(int side, std::size_t index) {
     box.erase(box.begin() + static_cast<std::ptrdiff_t>(index));
     if (p.server == kNoSlot) return;
     if (!p.MayReturn) {
-        s_.pen.PlayerOut[at(side)][at(p.server)] = true;
+        s_.find.PlayerOut[at(side)][at(p.server)] = true;
         return;
     }
     if (telling() && p.shortHanded)
@@ -390,28 +390,25 @@ int Game::penaltyServer(int side) {
     return best;
 }
 
-// Stands in for the selection tools' choice of the offender: a skater on
-// the ice, weighted by his real rate of penalties other than fights.
-int Game::FindPenalized(int side) {
+// The offender of a call against `side`: the selection tools' pick, or,
+// when they find nobody, the first occupied position of a few random tries
+// that isn't in the box.
+int Game::pickPenalized(int side) {
+    FindState& f = s_.find;
+    f.PenaltiesToCall = {0, 0};
+    f.PenaltiesToCall[at(side)] = 1;
+    f.penalizedCount = {0, 0};
+    f.PenaltyServer = false;
+    FindPenalized();
+    if (f.penalizedCount[at(side)] > 0) {
+        int slot = f.Penalized[at(side)][0];
+        if (slot != kNoSlot && !offIce(side, slot)) return slot;
+    }
     const OnIce& ice = s_.onIce[at(side)];
-    const SideTables& t = session_.side(side);
-    double total = 0;
-    std::array<double, 5> w{};
-    for (std::size_t pos = 0; pos < 5; ++pos) {
-        int slot = ice.slot[pos];
-        if (slot == kNoSlot || offIce(side, slot) || t.player(slot).TeamId != t.TeamId) continue;
-        w[pos] = t.rate(RateSet::Real, slot).NonFightPimPer60 * 100 + 1;
-        total += w[pos];
+    for (int tries = 0; tries < 50; ++tries) {
+        int slot = ice.slot[at(rng_.rand(5) - 1)];
+        if (slot != kNoSlot && !offIce(side, slot)) return slot;
     }
-    if (total <= 0) return kNoSlot;
-    double r = rng_.rnd() * total;
-    for (std::size_t pos = 0; pos < 5; ++pos) {
-        if (w[pos] <= 0) continue;
-        if (r < w[pos]) return ice.slot[pos];
-        r -= w[pos];
-    }
-    for (std::size_t pos = 5; pos-- > 0;)
-        if (w[pos] > 0) return ice.slot[pos];
     return kNoSlot;
 }
 
@@ -478,7 +475,7 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
             bool fight = kind == PenaltyKind::Fight;
             if (type == PenaltyType::Match) {
                 // The man is gone; a teammate sits out the major.
-                pen.PlayerOut[at(side)][at(offender)] = true;
+                s_.find.PlayerOut[at(side)][at(offender)] = true;
                 server = penaltyServer(side);
                 minutes = kMisconductSeconds / 60;
             }
@@ -507,7 +504,7 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
         }
         case PenaltyType::GameMisconduct: {
             minutes = kMisconductSeconds / 60;
-            if (offender != kNoSlot) pen.PlayerOut[at(side)][at(offender)] = true;
+            if (offender != kNoSlot) s_.find.PlayerOut[at(side)][at(offender)] = true;
             break;
         }
     }
@@ -550,7 +547,7 @@ PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
 
 void Game::onPenalty(int side) {
     PenaltyState& pen = s_.pen;
-    pen.PenaltiesToCall = {0, 0};
+    s_.find.PenaltiesToCall = {0, 0};
     pen.kind = PenaltyKind::OneSide;
     if (side == kBothSides) {
         // The draw gave the band of both sides or the fight lying over it.
@@ -562,15 +559,15 @@ void Game::onPenalty(int side) {
             return;
         }
         pen.kind = PenaltyKind::Coincidental;
-        pen.PenaltiesToCall = {1, 1};
+        s_.find.PenaltiesToCall = {1, 1};
     } else {
-        pen.PenaltiesToCall[at(side)] = 1;
+        s_.find.PenaltiesToCall[at(side)] = 1;
     }
     const RulesRecord& rules = session_.league().rules;
     bool delayable = pen.kind == PenaltyKind::OneSide && side == s_.OtherTeam() && rules.NoDelayedcheck == 0 &&
                      pen.DelayedState == 0 && !s_.periodEnds && s_.Clock > 20 && !isFaceoff(s_.PlayZone);
     if (delayable) {
-        int offender = FindPenalized(side);
+        int offender = pickPenalized(side);
         if (offender != kNoSlot) {
             // The arm goes up; the team with the puck plays on.
             pen.DelayedState = 1;
@@ -581,8 +578,8 @@ void Game::onPenalty(int side) {
         }
     }
     for (int s : {kVisitor, kHome}) {
-        if (pen.PenaltiesToCall[at(s)] == 0) continue;
-        int offender = FindPenalized(s);
+        if (s_.find.PenaltiesToCall[at(s)] == 0) continue;
+        int offender = pickPenalized(s);
         if (offender == kNoSlot) continue;
         assessPenalty(s, offender, penaltyTypeFor(s, offender, pen.kind), pen.kind);
     }
@@ -665,7 +662,7 @@ void Game::PenaltyChances(PlayChances& c) {
     bool overtime = s_.Period > periods_;
     double era = eraPenaltyFactor();
     double f = (era * 1.3 + 1) / 2.3;
-    int o = per(f * kPenaltyBase);
+    int o = per(f * kPenaltyBase / std::max(s_.find.PenaltyCalibration, .01));
     o = per(o * (s_.Skaters[at(opp)] < s_.Skaters[at(puck)] ? .4 : 1.2));
     int freq = rules.FightFrequencyList;
     if (freq != 3) o = per(o * (1 + (freq - 3) * .1));
@@ -771,6 +768,7 @@ double Game::fightRate() const {
             eraFights = session_.eraRow(year, 2008).FightsPerGame;
     }
     if (eraFights > 0) n *= std::clamp(eraFights / .6, .1, 10.0);
+    n /= std::max(s_.find.FightCalibration, .01);
     n *= rules.FightFrequencyList / 3.0;
     if (session_.PlayoffGame) n *= .3;
     if (s_.Period >= periods_)
@@ -909,7 +907,7 @@ void Game::HkInjury2017() {
     if (rng_.rand(13) == 1 && s_.Skaters[0] > 3 && s_.Skaters[1] > 3 && pen.DelayedState == 0) {
         side = rng_.rand(2) - 1;
         int out = 0;
-        for (bool o : pen.PlayerOut[at(side)]) out += o ? 1 : 0;
+        for (bool o : s_.find.PlayerOut[at(side)]) out += o ? 1 : 0;
         slot = out < 2 + rng_.rand(7) ? s_.onIce[at(side)].slot[at(rng_.rand(5) - 1)] : kNoSlot;
         if (slot != kNoSlot && offIce(side, slot)) slot = kNoSlot;
         if (slot != kNoSlot && isGoalie(session_.side(side).player(slot)) && rules.GoalieInjcheck != 1) slot = kNoSlot;
@@ -942,7 +940,7 @@ void Game::injure(int side, int slot, int owed) {
     int games = owed > 0 ? std::max(1, per(owed * (.4 + .6 * rng_.rnd()))) : 0;
     pen.InjuredInGame[at(side)][at(slot)] = static_cast<std::int16_t>(games);
     pen.InjuryKind[at(side)][at(slot)] = static_cast<std::uint8_t>(games > 0 ? 4 : rng_.rand(4));
-    if (pen.InjuryKind[at(side)][at(slot)] > 3) pen.PlayerOut[at(side)][at(slot)] = true;
+    if (pen.InjuryKind[at(side)][at(slot)] > 3) s_.find.PlayerOut[at(side)][at(slot)] = true;
     if (telling()) {
         const SideTables& t = session_.side(side);
         std::string how = games > 0                                ? fmt::format("out for about {} games", games)

@@ -58,7 +58,6 @@ struct BoxPenalty {
 
 struct PenaltyState {
     std::array<std::vector<BoxPenalty>, 2> box;
-    std::array<int, 2> PenaltiesToCall{};
     PenaltyKind kind = PenaltyKind::OneSide;
     int nextOrder = 1;
 
@@ -68,7 +67,6 @@ struct PenaltyState {
     int delayedSide = -1;  // the side that will be penalized
     int delayedOffender = -1;
 
-    std::array<BySlot<bool>, 2> PlayerOut{};              // gone for the rest of the game
     std::array<BySlot<bool>, 2> heldOff{};                // taken off the fit list by the box or an injury
     std::array<BySlot<std::uint8_t>, 2> InjuryKind{};     // 0 fit, 1 to 3 out for the period, above out for the game
     std::array<BySlot<std::int16_t>, 2> InjuredInGame{};  // games to miss after this one, for the posting

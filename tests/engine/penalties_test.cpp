@@ -277,7 +277,7 @@ TEST_F(PenaltyGame, APenaltyRunsOnIntoOvertime) {
 TEST_F(PenaltyGame, TheMatchPenaltyAndTheMisconductRulePutMenOut) {
     int m = skater(kHome, 2);
     game->assessPenalty(kHome, m, PenaltyType::Match);
-    EXPECT_TRUE(s().pen.PlayerOut[kHome][std::size_t(m)]);
+    EXPECT_TRUE(s().find.PlayerOut[kHome][std::size_t(m)]);
     ASSERT_EQ(box(kHome).size(), 1u);
     EXPECT_NE(box(kHome)[0].server, m);  // a teammate serves
     EXPECT_EQ(skaters()[kHome], 4);
@@ -297,7 +297,7 @@ TEST_F(PenaltyGame, TheMatchPenaltyAndTheMisconductRulePutMenOut) {
     EXPECT_EQ(skaters()[kVisitor], 5);
     EXPECT_TRUE(game->offIce(kVisitor, f));
     game->runPenaltyClock(600);
-    EXPECT_TRUE(s().pen.PlayerOut[kVisitor][std::size_t(f)]);
+    EXPECT_TRUE(s().find.PlayerOut[kVisitor][std::size_t(f)]);
 }
 
 TEST_F(PenaltyGame, FightersGetMajorsAndTheSidesStayEven) {
@@ -354,7 +354,7 @@ TEST_F(PenaltyGame, AThirdFightOrTheMisconductRuleEndsAFightersGame) {
             EXPECT_FALSE(game->offIce(kVisitor, v)) << i;
         }
     }
-    EXPECT_TRUE(s().pen.PlayerOut[kVisitor][std::size_t(v)]);
+    EXPECT_TRUE(s().find.PlayerOut[kVisitor][std::size_t(v)]);
 
     rules = standardRules();
     rules.GameMisconductCheck = 1;
@@ -364,8 +364,8 @@ TEST_F(PenaltyGame, AThirdFightOrTheMisconductRuleEndsAFightersGame) {
     game->fight({a, b}, kVisitor);
     game->runPenaltyClock(300);
     game->runPenaltyClock(600);
-    EXPECT_TRUE(s().pen.PlayerOut[kVisitor][std::size_t(a)]);
-    EXPECT_TRUE(s().pen.PlayerOut[kHome][std::size_t(b)]);
+    EXPECT_TRUE(s().find.PlayerOut[kVisitor][std::size_t(a)]);
+    EXPECT_TRUE(s().find.PlayerOut[kHome][std::size_t(b)]);
     EXPECT_EQ(s().pen.PenaltyMinutes[kVisitor], 15);
 }
 
@@ -405,7 +405,7 @@ TEST_F(PenaltyGame, NoPenaltyIsCalledInTheOffensiveZoneOrRightAfterOne) {
 TEST_F(PenaltyGame, AnInjuredManIsReplacedAndMissesTheRest) {
     int hurt = skater(kHome, 1);
     game->injure(kHome, hurt, 5);
-    EXPECT_TRUE(s().pen.PlayerOut[kHome][std::size_t(hurt)]);
+    EXPECT_TRUE(s().find.PlayerOut[kHome][std::size_t(hurt)]);
     EXPECT_GE(s().pen.InjuredInGame[kHome][std::size_t(hurt)], 1);
     EXPECT_LE(s().pen.InjuredInGame[kHome][std::size_t(hurt)], 5);
     EXPECT_FALSE(s().onIce[kHome].holds(hurt));
