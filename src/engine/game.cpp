@@ -742,7 +742,7 @@ void Game::RunClock() {
             secs = std::max(secs, 0.0);
         }
     }
-    runPenaltyClock(t);
+    runPenaltyClock(t, true);
     s_.Clock = static_cast<int>(roundHalfEven(s_.Clock - t));
     // A goal is timed at the end of its play.
     if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())

@@ -209,12 +209,17 @@ public:
     // ends on a goal.
     void penaltyGoal(int side);
     // Runs the box clocks by a play's seconds; men whose time is up return.
-    void runPenaltyClock(double seconds);
+    // `sinceLastRun`: the calls made since the clock last ran (in the play
+    // just over) keep their full time.
+    void runPenaltyClock(double seconds, bool sinceLastRun = false);
     // Two men drop the gloves; `keener` is the side of the more willing one.
     void fight(std::array<int, 2> fighter, int keener);
     // A man is hurt and misses `games` games after this one (0: only the
     // rest of the period or the game).
     void injure(int side, int slot, int games);
+    // A penalty shot for `side` whose man `fouled` was hauled down on a
+    // breakaway; true on a goal. Leaves the next faceoff in PlayZone.
+    bool PenaltyShot(int side, int fouled);
     // The penalty and fight chances of a step outside the offensive zone.
     void PenaltyChances(PlayChances& c);
     [[nodiscard]] int minPenaltyLeft() const;
@@ -233,7 +238,7 @@ private:
     BoxPenalty& addToBox(int side, int offender, int server, PenaltyType type, int seconds);
     void creditPenalty(int side, int slot, PenaltyType type, int minutes);
     void tellPenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes);
-    void endPenalty(int side, std::size_t index);
+    void endPenalty(int side, std::size_t index, bool told = true);
     void startWaitingPenalties(int side);
     void recountSkaters();
     void countPowerPlay();

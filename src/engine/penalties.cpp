@@ -251,7 +251,7 @@ void Game::countPowerPlay() {
 
 // ---- The penalty clock ---------------------------------------------------------
 
-void Game::endPenalty(int side, std::size_t index) {
+void Game::endPenalty(int side, std::size_t index, bool told) {
     auto& box = s_.pen.box[at(side)];
     BoxPenalty p = box[index];
     box.erase(box.begin() + static_cast<std::ptrdiff_t>(index));
@@ -260,18 +260,21 @@ void Game::endPenalty(int side, std::size_t index) {
         s_.find.PlayerOut[at(side)][at(p.server)] = true;
         return;
     }
-    if (telling() && p.shortHanded)
+    if (told && telling() && p.shortHanded)
         tell(fmt::format("{} is back on the ice", session_.side(side).DisplayName[at(p.server)]));
 }
 
-void Game::runPenaltyClock(double seconds) {
+void Game::runPenaltyClock(double seconds, bool sinceLastRun) {
     int t = static_cast<int>(std::lround(seconds));
+    // A penalty called in this play starts its time at the whistle.
+    int fresh = sinceLastRun ? s_.pen.clockedUpTo : s_.pen.nextOrder;
+    s_.pen.clockedUpTo = s_.pen.nextOrder;
     int minor = minorMinutes(session_.league().rules) * 60;
     for (int side : {kVisitor, kHome}) {
         auto& box = s_.pen.box[at(side)];
         for (std::size_t i = 0; i < box.size();) {
             BoxPenalty& p = box[i];
-            if (!p.running) {
+            if (!p.running || p.order >= fresh) {
                 ++i;
                 continue;
             }
@@ -324,7 +327,7 @@ void Game::penaltyGoal(int side) {
         runPenaltyClock(1);
         return;
     } else {
-        endPenalty(o, chosen);
+        endPenalty(o, chosen, false);  // the goal tells it
     }
     recountSkaters();
 }
@@ -872,6 +875,63 @@ void Game::ScrumAfterWhistle() {
     if (n <= 0 || rng_.rnd() * 1000 >= n) return;
     if (rng_.rand(100) <= 3) s_.Momentum = std::clamp(s_.Momentum + (rng_.rand(2) == 1 ? .1 : -.1), -.5, .5);
     FindFighters();
+}
+
+// ---- Penalty shots ------------------------------------------------------------
+
+// A foul from behind on a breakaway: the fouled man shoots alone on the
+// goalie (or, where the rules let any man take it, the team's best at it),
+// with the chance of a shootout attempt. No penalty is served for it.
+bool Game::PenaltyShot(int side, int fouled) {
+    const RulesRecord& rules = session_.league().rules;
+    SideTables& shooters = session_.side(side);
+    int defending = other(side);
+    int shooter = fouled;
+    if (shooter == kNoSlot || rules.PShotAnyoption == 1 || offIce(side, shooter)) {
+        int best = -1;
+        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
+            const PlayerRecord& p = shooters.player(slot);
+            if (!teams_[at(side)].candidate[at(slot)] || isGoalie(p)) continue;
+            int score = p.DepthShootout * 1000 + p.RatingPenaltyShot * 100 + p.RatingShotOut;
+            if (score > best) {
+                best = score;
+                shooter = slot;
+            }
+        }
+    }
+    if (shooter == kNoSlot) return false;
+    const PlayerRecord& taker = shooters.player(shooter);
+    int goalie = s_.GoaliePulled[at(defending)] ? kNoSlot : s_.goalie[at(defending)];
+    double goalieRating = goalie == kNoSlot ? 0 : session_.side(defending).player(goalie).RatingGoalie;
+    double c =
+        goalie == kNoSlot
+            ? 1000
+            : std::clamp((taker.RatingPenaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
+    bool goal = rng_.rand(1000) <= c;
+    auto raise = [](auto& v) { v = static_cast<std::remove_reference_t<decltype(v)>>(v + 1); };
+    PlayerRecord& p = shooters.player(shooter);
+    for (StatLineIndex line : {StatLineIndex::Game, StatLineIndex::Replay}) {
+        raise(statLine(p, line).PenaltyShotAttempts);
+        if (goal) raise(statLine(p, line).PenaltyShotGoals);
+        if (goalie == kNoSlot) continue;
+        StatLine& g = statLine(session_.side(defending).player(goalie), line);
+        raise(g.GoaliePenaltyShotsFaced);
+        if (goal) raise(g.GoaliePenaltyShotGoals);
+    }
+    raise(p.PenaltyShotsTaken);
+    if (goal) raise(shooters.team.GoalsPenaltyShot[1]);
+    if (telling())
+        tell(fmt::format("PENALTY SHOT {}: {} {}", shooters.team.Abbrev.str(), shooters.DisplayName[at(shooter)],
+                         goal ? "scores!" : "is stopped"));
+    ++s_.Shots[at(side)];
+    ++s_.shotsByPeriod.back()[at(side)];
+    if (goal) {
+        s_.PuckTeam = side;
+        onGoal();
+    } else {
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, defending, 1);
+    }
+    return goal;
 }
 
 // ---- Injuries --------------------------------------------------------------------

@@ -60,6 +60,7 @@ struct PenaltyState {
     std::array<std::vector<BoxPenalty>, 2> box;
     PenaltyKind kind = PenaltyKind::OneSide;
     int nextOrder = 1;
+    int clockedUpTo = 1;  // calls from this order on came after the clock last ran
 
     // Delayed penalty: the offended side plays on until it loses the puck
     // or play stops.

@@ -95,6 +95,8 @@ TEST_F(PenaltyGame, OverlappingPenaltiesNeverLeaveASideBelowThree) {
     game->assessPenalty(kHome, a, PenaltyType::Minor);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
     EXPECT_EQ(onIce(kHome), 4);
+    game->runPenaltyClock(12, true);  // the play it was called in doesn't count
+    EXPECT_EQ(box(kHome)[0].PenaltySeconds, 120);
     EXPECT_TRUE(game->offIce(kHome, a));
     EXPECT_FALSE(s().onIce[kHome].holds(a));
     game->runPenaltyClock(30);
@@ -263,15 +265,103 @@ TEST_F(PenaltyGame, PenaltyMinutesGoToThePlayerAndTheTeam) {
 
 TEST_F(PenaltyGame, APenaltyRunsOnIntoOvertime) {
     game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
+    game->runPenaltyClock(0);  // called in an earlier play
     GameState& e = game->editState();
     e.Period = 3;
-    e.Clock = 30;
+    e.Clock = 2;  // the horn sounds in this play
     e.Score = {2, 2};
     e.PlayZone = Zone::NeutralZone;
     e.PuckTeam = kVisitor;
-    game->runPenaltyClock(30);
+    game->OffenseCommand(Call::Balanced);
+    ASSERT_EQ(s().Period, 4);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    ASSERT_EQ(box(kHome).size(), 1u);
+    EXPECT_EQ(box(kHome)[0].PenaltySeconds, 118);
+    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);  // still the same power play
+}
+
+TEST_F(PenaltyGame, ADelayedPenaltyIsCalledWhenTheOffendersTouchThePuck) {
+    GameState& e = game->editState();
+    auto play = [&](int puck, Result r) {
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = puck;
+        e.PlayResult = r;
+        e.Clock = 600;
+        game->ApplyPlay();
+    };
+    e.penaltyOn = kHome;
+    play(kVisitor, Result::Penalty);
+    EXPECT_EQ(s().pen.DelayedState, 1);
+    EXPECT_TRUE(box(kHome).empty());
+    EXPECT_EQ(s().PlayZone, Zone::NeutralZone);  // the visitors play on
+    EXPECT_EQ(s().PuckTeam, kVisitor);
+    play(kVisitor, Result::Pass);
+    EXPECT_EQ(s().pen.DelayedState, 1);
+    play(kVisitor, Result::To);  // the home side has the puck: whistle
+    EXPECT_EQ(s().pen.DelayedState, 0);
+    ASSERT_EQ(box(kHome).size(), 1u);
     EXPECT_EQ(skaters()[kHome], 4);
-    EXPECT_EQ(box(kHome)[0].PenaltySeconds, 90);
+    EXPECT_EQ(text(s().PlayZone), "FACEOFF-DEFENSE-2-1");
+
+    // A goal on the delayed call stands for the power play: the minor is
+    // charged but not served.
+    game->runPenaltyClock(120);
+    int before = s().pen.PenaltyMinutes[kHome];
+    e.penaltyOn = kHome;
+    play(kVisitor, Result::Penalty);
+    ASSERT_EQ(s().pen.DelayedState, 1);
+    e.PlayZone = Zone::OffenseZone;
+    e.PlayResult = Result::Goal;
+    game->ApplyPlay();
+    EXPECT_EQ(s().pen.DelayedState, 0);
+    int minutes = s().pen.PenaltyMinutes[kHome] - before;
+    EXPECT_GE(minutes, 2);
+    if (minutes == 2) {
+        EXPECT_TRUE(box(kHome).empty());
+    }
+}
+
+TEST_F(PenaltyGame, APowerPlayIsCountedWhenASideGainsTheEdge) {
+    auto& pp = s().pen.PowerPlays;
+    game->assessPenalty(kVisitor, skater(kVisitor, 0), PenaltyType::Minor);
+    EXPECT_EQ(pp, (std::array<int, 2>{0, 1}));
+    game->runPenaltyClock(30);
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);  // four on four
+    EXPECT_EQ(skaters(), (std::array<int, 2>{4, 4}));
+    game->runPenaltyClock(90);  // the visitor's man is back: their power play
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    EXPECT_EQ(pp, (std::array<int, 2>{1, 1}));
+    game->runPenaltyClock(30);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    // Two at once, then one served: one power play.
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
+    game->assessPenalty(kHome, skater(kHome, 1), PenaltyType::Minor);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 3}));
+    game->runPenaltyClock(120);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
+    EXPECT_EQ(s().pen.PenaltyKills, (std::array<int, 2>{1, 2}));
+    // A pulled goalie is no power play.
+    GameState& e = game->editState();
+    e.GoaliePulled[kHome] = true;
+    game->runPenaltyClock(1);
+    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
+}
+
+TEST_F(PenaltyGame, APenaltyShotIsTakenAndCounted) {
+    int fouled = skater(kVisitor, 1);
+    int goalie = s().goalie[kHome];
+    int goals = 0;
+    for (int i = 0; i < 40; ++i) goals += game->PenaltyShot(kVisitor, fouled) ? 1 : 0;
+    const PlayerRecord& p = session->side(kVisitor).player(fouled);
+    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotAttempts, 40);
+    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotGoals, goals);
+    EXPECT_EQ(statLine(session->side(kHome).player(goalie), StatLineIndex::Game).GoaliePenaltyShotsFaced, 40);
+    EXPECT_EQ(s().Score[kVisitor], goals);
+    EXPECT_GT(goals, 2);
+    EXPECT_LT(goals, 30);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(s().pen.PenaltyMinutes, (std::array<int, 2>{0, 0}));
 }
 
 TEST_F(PenaltyGame, TheMatchPenaltyAndTheMisconductRulePutMenOut) {
@@ -402,6 +492,43 @@ TEST_F(PenaltyGame, NoPenaltyIsCalledInTheOffensiveZoneOrRightAfterOne) {
     EXPECT_EQ(c.PenaltyOppChance, 0);
 }
 
+// Men hurt in play: those who missed many real games get hurt, those who
+// played every real game don't, and the rule turns it all off.
+TEST_F(PenaltyGame, InjuriesFollowTheGamesAManReallyMissed) {
+    auto hurtBySide = [&](std::uint8_t injuryRule) {
+        rules.InjuryCheck = injuryRule;
+        start();
+        for (int side : {kVisitor, kHome}) {
+            int games = shippedEra().year(2017).Games;
+            for (PlayerRecord& p : session->side(side).GameRoster) {
+                statLine(p, StatLineIndex::Real).GP = std::uint8_t(side == kVisitor ? games / 3 : games);
+                statLine(p, StatLineIndex::Replay).GP = 0;
+            }
+        }
+        std::array<int, 2> hurt{};
+        for (std::uint64_t seed = 0; seed < 30; ++seed) {
+            game = std::make_unique<Game>(*session, GameOptions{.seed = seed});
+            game->InitGame();
+            GameState& e = game->editState();
+            for (int i = 0; i < 150; ++i) {
+                e.PlayZone = Zone::NeutralZone;
+                e.PuckTeam = i % 2;
+                e.PlayResult = Result::Pass;
+                e.Clock = 600;
+                game->ApplyPlay();
+            }
+            for (int side : {kVisitor, kHome})
+                for (std::int16_t games : s().pen.InjuredInGame[std::size_t(side)])
+                    hurt[std::size_t(side)] += games > 0;
+        }
+        return hurt;
+    };
+    std::array<int, 2> hurt = hurtBySide(1);
+    EXPECT_GT(hurt[kVisitor], 10);
+    EXPECT_EQ(hurt[kHome], 0);
+    EXPECT_EQ(hurtBySide(0), (std::array<int, 2>{0, 0}));
+}
+
 TEST_F(PenaltyGame, AnInjuredManIsReplacedAndMissesTheRest) {
     int hurt = skater(kHome, 1);
     game->injure(kHome, hurt, 5);
@@ -447,6 +574,8 @@ TEST(PenaltyRates, AMadeUpSeasonPlaysNearItsEra) {
             powerPlays += pen.PowerPlays[i];
             ppGoals += pen.PowerPlayGoals[i];
             fights += pen.fights[i];
+            EXPECT_EQ(pen.PowerPlays[i], pen.PenaltyKills[1 - i]);
+            EXPECT_LE(pen.PowerPlayGoals[i], pen.PowerPlays[i] + 1);
             EXPECT_GE(game.state().Skaters[i], 3);
         }
         injuries += pen.injuries;
