@@ -231,6 +231,9 @@ private:
     void onPenalty(int side);
     void callPenalty(int side, int offender, PenaltyType type, PenaltyKind kind, std::string_view name);
     void CallDelayedPenalty(bool goalScored);
+    bool oddPenalty(int side);
+    void wordsWithTheReferee(int side, int offender, PenaltyType type);
+    void delayOfGame();
     void afterPlayPenalties();
     PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind);
     int pickPenalized(int side);

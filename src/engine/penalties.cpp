@@ -21,7 +21,7 @@ constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
 // half, before the game's circumstances: set so that a season of the
 // present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 27;
+constexpr double kPenaltyBase = 25;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 constexpr double kFightDivisor = 2.4;
 
@@ -567,6 +567,10 @@ void Game::onPenalty(int side) {
         s_.find.PenaltiesToCall[at(side)] = 1;
     }
     const RulesRecord& rules = session_.league().rules;
+    if (pen.kind == PenaltyKind::OneSide && oddPenalty(side)) {
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
+        return;
+    }
     bool delayable = pen.kind == PenaltyKind::OneSide && side == s_.OtherTeam() && rules.NoDelayedcheck == 0 &&
                      pen.DelayedState == 0 && !s_.periodEnds && s_.Clock > 20 && !isFaceoff(s_.PlayZone);
     if (delayable) {
@@ -584,13 +588,50 @@ void Game::onPenalty(int side) {
         if (s_.find.PenaltiesToCall[at(s)] == 0) continue;
         int offender = pickPenalized(s);
         if (offender == kNoSlot) continue;
-        assessPenalty(s, offender, penaltyTypeFor(s, offender, pen.kind), pen.kind);
+        PenaltyType type = penaltyTypeFor(s, offender, pen.kind);
+        assessPenalty(s, offender, type, pen.kind);
+        if (pen.kind == PenaltyKind::OneSide) wordsWithTheReferee(s, offender, type);
     }
     recountSkaters();
     if (pen.kind == PenaltyKind::OneSide)
         s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
     else
         s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
+}
+
+// A man who argues his minor on the way to the box sits ten more minutes.
+void Game::wordsWithTheReferee(int side, int offender, PenaltyType type) {
+    if (type != PenaltyType::Minor || session_.league().rules.Misccheck != 1 || rng_.rand(50) != 1) return;
+    assessPenalty(side, offender, PenaltyType::Misconduct, PenaltyKind::OneSide, "misconduct");
+}
+
+// Now and then the call is on the bench or on the goalie; a skater serves.
+bool Game::oddPenalty(int side) {
+    if (rng_.rand(60) == 1) {
+        assessPenalty(side, kNoSlot, PenaltyType::Minor, PenaltyKind::OneSide, "too many men on the ice");
+        return true;
+    }
+    int goalie = s_.goalie[at(side)];
+    if (rng_.rand(40) != 1 || goalie == kNoSlot || s_.GoaliePulled[at(side)]) return false;
+    static constexpr std::array<std::string_view, 4> names{"slashing", "tripping", "delay of game", "roughing"};
+    assessPenalty(side, goalie, PenaltyType::Minor, PenaltyKind::OneSide, names[at(rng_.rand(4) - 1)]);
+    return true;
+}
+
+// A clear from the own end that flies over the glass, from the years the
+// rule was in the book.
+void Game::delayOfGame() {
+    int side = s_.StepPuckTeam;
+    int o = other(side);
+    if (s_.PlayResult != Result::Clear || s_.LastZone != Zone::DefenseZone || s_.pen.DelayedState > 0) return;
+    if (s_.Skaters[at(side)] < s_.Skaters[at(o)] || s_.Clock <= 60 || session_.side(side).team.TeamYear < 2005) return;
+    if (rng_.rand(25) != 1 || rng_.rand(3) != 1) return;
+    int offender =
+        s_.find.Carrier != kNoSlot && s_.onIce[at(side)].holds(s_.find.Carrier) ? s_.find.Carrier : pickPenalized(side);
+    if (offender == kNoSlot) return;
+    assessPenalty(side, offender, PenaltyType::Minor, PenaltyKind::OneSide, "delay of game");
+    s_.PlayResult = Result::Penalty;
+    s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
 }
 
 void Game::CallDelayedPenalty(bool goalScored) {
@@ -613,7 +654,7 @@ void Game::CallDelayedPenalty(bool goalScored) {
         return;
     }
     assessPenalty(side, offender, type, PenaltyKind::OneSide);
-    recountSkaters();
+    wordsWithTheReferee(side, offender, type);
     if (!goalScored) s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
 }
 
@@ -626,6 +667,7 @@ void Game::afterPlayPenalties() {
         bool stopped = goal || isFaceoff(s_.PlayZone) || s_.periodEnds || s_.PuckTeam == pen.delayedSide;
         if (stopped) CallDelayedPenalty(goal);
     }
+    delayOfGame();
     if (s_.PlayResult != Result::Penalty && !goal) ScrumAfterWhistle();
     pen.injuredThisPlay = false;
     HkInjury2017();
@@ -675,12 +717,14 @@ void Game::PenaltyChances(PlayChances& c) {
     if (session_.side(kHome).team.TeamType.str() == "C") o = per(o * .7);
     o += rules.DoubleMinorcheck * 3;
     // Referees even up the calls.
-    int lead = pen.penaltiesCalled[at(opp)] - pen.penaltiesCalled[at(puck)];
-    for (int extra : {0, 3, 5, 7})
-        if (lead > extra + rng_.rand(3)) o = per(o * .5);
-    int calls = pen.periodPenalties[0] + pen.periodPenalties[1];
-    double busy = s_.Period == 1 ? 3 + 3 * rng_.rnd() : s_.Period == 2 ? 8 + 5 * rng_.rnd() : 10 + 5 * rng_.rnd();
-    if (calls >= busy) o = per(o * .3);
+    if (!s_.ProbeOnly) {
+        int lead = pen.penaltiesCalled[at(opp)] - pen.penaltiesCalled[at(puck)];
+        for (int extra : {0, 3, 5, 7})
+            if (lead > extra + rng_.rand(3)) o = per(o * .5);
+        int calls = pen.periodPenalties[0] + pen.periodPenalties[1];
+        double busy = s_.Period == 1 ? 3 + 3 * rng_.rnd() : s_.Period == 2 ? 8 + 5 * rng_.rnd() : 10 + 5 * rng_.rnd();
+        if (calls >= busy) o = per(o * .3);
+    }
     if (overtime) o = per(o * .25);
     if (s_.Skaters[0] != s_.Skaters[1]) o = std::max(1, per(o * .25));
     o = per(o * (opp == kHome ? .97 : 1.03));
@@ -790,7 +834,7 @@ int Game::FightChance() {
     if (s_.Period >= periods_ && s_.Clock < 180 + rng_.rand(300) && close) n *= .1;
     // Tension: a chippy, close game with many calls.
     PenaltyState& pen = s_.pen;
-    for (int test = 0; test < 2; ++test) {
+    for (int test = 0; test < 2 && !s_.ProbeOnly; ++test) {
         if (rng_.rand(10) != 1 || !close) continue;
         int need = 7 + rng_.rand(7);
         if (pen.penaltiesCalled[0] >= need && pen.penaltiesCalled[1] >= need) pen.TensionFlag = true;
