@@ -37,24 +37,22 @@ struct Totals {
     int shootout = 0;
 };
 
-void addGame(const Game& game, const GameSession& session, Totals& t) {
+void addGame(const Game& game, Totals& t) {
     const GameState& s = game.state();
     ++t.games;
     for (int side : {kVisitor, kHome}) {
         auto i = static_cast<std::size_t>(side);
-        const SideTables& tables = session.side(side);
         t.goals += s.Score[i];
         t.shots += s.Shots[i];
         t.missed += s.events.missed[i];
         t.blocked += s.events.blocked[i];
         t.faceoffs += s.events.faceoffsWon[i];
         t.hits += s.events.hits[i];
-        t.powerPlays += tables.team.PowerPlays[1];
-        t.fights += tables.team.FightsCount[1];
-        for (const PlayerRecord& p : tables.GameRoster) t.pim += statLine(p, StatLineIndex::Game).Pim;
+        t.powerPlays += s.pen.PowerPlays[i];
+        t.powerPlayGoals += s.pen.PowerPlayGoals[i];
+        t.pim += s.pen.PenaltyMinutes[i];
     }
-    for (const GoalNote& g : s.goals)
-        if (g.strengthEdge > 0) ++t.powerPlayGoals;
+    t.fights += s.pen.fightCount;
     if (s.endedBy == GameEnd::Overtime || s.endedBy == GameEnd::Shootout) ++t.overtime;
     if (s.endedBy == GameEnd::Shootout) ++t.shootout;
 }
@@ -94,7 +92,7 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
         gameOptions.noDisplay = true;
         Game game(games, gameOptions);
         game.playToEnd();
-        addGame(game, games, t);
+        addGame(game, t);
     }
 
     EraFigures era = figuresOf(session->era().yearOr(year, 2014), EraLevel::Professional);
@@ -112,7 +110,7 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
     double ppPct = t.powerPlays > 0 ? 100 * t.powerPlayGoals / t.powerPlays : 0;
     printRow("Power-play pct", ppPct, era.powerPlayPct, "{:>10.1f}");
     printRow("Penalty minutes", t.pim / teamGames, era.pimPerGame / 2);
-    printRow("Fights", t.fights / teamGames, era.fightsPerGame / 2);
+    printRow("Fights a game", t.fights / t.games, era.fightsPerGame);
     printRow("Faceoffs won", t.faceoffs / teamGames, 0);
     printRow("Hits", t.hits / teamGames, 0);
     printRow("Save pct", t.shots > 0 ? 100 * saves / t.shots : 0, era.savePct, "{:>10.1f}");

@@ -111,6 +111,7 @@ void Game::ApplyPlay() {
     if (s_.PlayZone == Zone::DefenseZoneRetreat) s_.PlayZone = Zone::DefenseZone;
     if (s_.periodEnds) s_.PlayZone = Zone::FaceoffCenter1;
     prepareNextState();
+    afterPlayPenalties();
     SetPlayTime();
 }
 

@@ -72,10 +72,9 @@ struct EventState {
     // The draw.
     std::array<int, 2> FaceoffMan{1, 1};  // position (0-based) of the man who takes the draw
     std::array<int, 2> DrawMan{kNoSlot, kNoSlot};
-    Call DrawCall = Call::Computer;  // the attacking human's faceoff call
-    int AttackingSide = -1;          // the visitor in the home end and the other way round; -1 elsewhere
-    bool ForcedEntry = false;        // a quick play off the draw: the entry stage is skipped
-    bool TensionFlag = false;
+    Call DrawCall = Call::Computer;     // the attacking human's faceoff call
+    int AttackingSide = -1;             // the visitor in the home end and the other way round; -1 elsewhere
+    bool ForcedEntry = false;           // a quick play off the draw: the entry stage is skipped
     bool openingTold = false;           // the teams' starters were read out
     std::array<bool, 2> goalieNoted{};  // "now in goal" told for the side's goalie
     std::array<int, 2> goalieAnnounced{kNoSlot, kNoSlot};

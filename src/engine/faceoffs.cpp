@@ -98,7 +98,7 @@ void Game::FaceoffStep() {
     s_.find.Passer1 = kNoSlot;
     s_.find.Passer2 = kNoSlot;
     s_.find.DrawForcedEntry = false;
-    ev.TensionFlag = false;
+    s_.pen.TensionFlag = false;
     if (s_.GameOverFlag) return;
 
     lines_.clear();
@@ -202,13 +202,8 @@ void Game::FaceoffStep() {
     if (!computerDecides(winner) && computerDecides(loser) && rng_.rand(10) == 1) ev.ForcedEntry = false;
 }
 
-// Penalties a side has taken in this game, by the minutes of its players:
-// a minor is two.
-int Game::penaltiesTaken(int side) const {
-    int minutes = 0;
-    for (const PlayerRecord& p : session_.side(side).GameRoster) minutes += statLine(p, StatLineIndex::Game).Pim;
-    return minutes / 2;
-}
+// Penalties a side has taken in this game.
+int Game::penaltiesTaken(int side) const { return s_.pen.penaltiesCalled[at(side)]; }
 
 // Bad blood shows before a draw: both teams have taken their share of
 // penalties, the game is close, and each side has a fighter on the ice.
@@ -229,7 +224,7 @@ void Game::tensionBeforeDraw() {
         }
         if (!fighter) return;
     }
-    s_.events.TensionFlag = true;
+    s_.pen.TensionFlag = true;
     DescribeTension();
 }
 

@@ -15,7 +15,6 @@ namespace {
 constexpr int kEvenForwardUnits = 4;
 constexpr int kEvenPairs = 3;
 constexpr int kSpecialUnits = 2;
-constexpr int kMinorSeconds = 120;
 constexpr int kMaxShootoutRound = 50;
 
 int other(int side) { return side == 0 ? 1 : 0; }
@@ -184,6 +183,7 @@ void Game::PlayStep() {
     }
 
     chances_ = StandInChances(*this);
+    PenaltyChances(chances_);
     if (s_.ProbeOnly) return;
 
     s_.penaltyOn = -1;
@@ -307,27 +307,6 @@ Result Game::applyOverrides(Result r) {
         }
     }
     return r;
-}
-
-// ---- Applying the result ------------------------------------------------------
-
-void Game::onPenalty(int side) {
-    if (side == kBothSides) {
-        // Coincidental: nobody is short-handed.
-        s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
-        if (telling()) tell("PENALTY coincidental");
-        return;
-    }
-    auto& box = s_.penaltyLeft[at(side)];
-    for (int& left : box) {
-        if (left == 0) {
-            left = kMinorSeconds;
-            break;
-        }
-    }
-    recountSkaters();
-    if (telling()) tell(fmt::format("PENALTY {}", session_.side(side).team.Abbrev.str()));
-    s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
 }
 
 // ---- The shootout -------------------------------------------------------------
@@ -508,36 +487,10 @@ double Game::eraPace() {
     return pace;
 }
 
-int Game::minPenaltyLeft() const {
-    int least = 999;
-    for (const auto& box : s_.penaltyLeft)
-        for (int left : box)
-            if (left > 0) least = std::min(least, left);
-    return least;
-}
-
-void Game::recountSkaters() {
-    std::array<int, 2> before = s_.Skaters;
-    for (int side : {kVisitor, kHome}) {
-        int running = 0;
-        for (int left : s_.penaltyLeft[at(side)]) running += left > 0 ? 1 : 0;
-        s_.Skaters[at(side)] = std::max(3, 5 - running);
-    }
-    if (before != s_.Skaters) {
-        for (int side : {kVisitor, kHome}) {
-            s_.forwardUnit[at(side)] = 1;
-            s_.defensePair[at(side)] = 1;
-            putUnitOnIce(side);
-        }
-    }
-}
-
 void Game::RunClock() {
     double t = s_.PlayTime;
     chargePlayers(t);
-    for (int side : {kVisitor, kHome})
-        for (int& left : s_.penaltyLeft[at(side)]) left = std::max(0, left - static_cast<int>(std::lround(t)));
-    recountSkaters();
+    runPenaltyClock(t, true);
     s_.Clock = static_cast<int>(roundHalfEven(s_.Clock - t));
     // A goal is timed at the end of its play.
     if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())
@@ -557,6 +510,7 @@ void Game::endOfPeriod() {
     s_.periodEnds = false;
     s_.Momentum = s_.Momentum > 0 ? std::max(0.0, s_.Momentum - .2) : std::min(0.0, s_.Momentum + .2);
     restoreEveryone();
+    clearShortInjuries();
     for (int side : {kVisitor, kHome}) returnGoalie(side);
     auto nextPeriod = [&](int seconds) {
         ++s_.Period;
@@ -645,6 +599,7 @@ void Game::tvTimeout(Result previous) {
 
 void Game::putUnitOnIce(int side) {
     bool even = s_.Skaters[0] == 5 && s_.Skaters[1] == 5;
+    keepPenalizedOff(side);
     IceRequest req;
     req.own = s_.Skaters[at(side)];
     req.opponent = s_.Skaters[at(other(side))];

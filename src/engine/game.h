@@ -21,6 +21,7 @@
 #include "engine/events.h"
 #include "engine/find_tools.h"
 #include "engine/live_stats.h"
+#include "engine/penalties.h"
 #include "engine/play_chances.h"
 #include "engine/play_state.h"
 #include "engine/presenter.h"
@@ -82,8 +83,7 @@ struct GameState {
     std::array<int, 2> forwardUnit{1, 1};            // the unit of the situation on the ice
     std::array<int, 2> defensePair{1, 1};
     std::array<bool, 2> lineChangeMade{false, false};
-    // Minor penalties running, seconds left, two a side at most.
-    std::array<std::array<int, 2>, 2> penaltyLeft{};
+    PenaltyState pen;  // the box, the power play, fights and injuries
 
     std::array<int, 2> Score{};
     std::array<int, 2> Shots{};
@@ -217,8 +217,61 @@ public:
     // ---- Events: faceoffs, shots, zone play ----------------------------------
     // The men who take the coming draw (faceoffs.cpp).
     void PickFaceoffMen();
+    // ---- Penalties, power play, fights and injuries (penalties.cpp) ----
+    // Calls a penalty on `offender` of `side` (kNoSlot: a bench penalty) and
+    // puts its server in the box. An empty name is drawn.
+    void assessPenalty(int side, int offender, PenaltyType type, PenaltyKind kind = PenaltyKind::OneSide,
+                       std::string_view name = {});
+    // A goal by `side`: a power-play goal ends the shortest penalty that
+    // ends on a goal.
+    void penaltyGoal(int side);
+    // Runs the box clocks by a play's seconds; men whose time is up return.
+    // `sinceLastRun`: the calls made since the clock last ran (in the play
+    // just over) keep their full time.
+    void runPenaltyClock(double seconds, bool sinceLastRun = false);
+    // Two men drop the gloves; `keener` is the side of the more willing one.
+    void fight(std::array<int, 2> fighter, int keener);
+    // A man is hurt and misses `games` games after this one (0: only the
+    // rest of the period or the game).
+    void injure(int side, int slot, int games);
+    // A penalty shot for `side` whose man `fouled` was hauled down on a
+    // breakaway; true on a goal. Leaves the next faceoff in PlayZone.
+    bool PenaltyShot(int side, int fouled);
+    // The penalty and fight chances of a step outside the offensive zone.
+    void PenaltyChances(PlayChances& c);
+    [[nodiscard]] int minPenaltyLeft() const;
+    // In the box, out of the game or hurt.
+    [[nodiscard]] bool offIce(int side, int slot) const;
 
 private:
+    // ---- Penalties (penalties.cpp) ----
+    void onPenalty(int side);
+    void callPenalty(int side, int offender, PenaltyType type, PenaltyKind kind, std::string_view name);
+    void CallDelayedPenalty(bool goalScored);
+    bool oddPenalty(int side);
+    void wordsWithTheReferee(int side, int offender, PenaltyType type);
+    void delayOfGame();
+    void afterPlayPenalties();
+    PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind);
+    int pickPenalized(int side);
+    int penaltyServer(int side);
+    BoxPenalty& addToBox(int side, int offender, int server, PenaltyType type, int seconds);
+    void creditPenalty(int side, int slot, PenaltyType type, int minutes);
+    void tellPenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes);
+    void endPenalty(int side, std::size_t index, bool told = true);
+    void startWaitingPenalties(int side);
+    void recountSkaters();
+    void countPowerPlay();
+    void keepPenalizedOff(int side);
+    [[nodiscard]] double eraPenaltyFactor() const;
+    [[nodiscard]] double fightRate() const;
+    int FightChance();
+    bool FindFighters();
+    void ScrumAfterWhistle();
+    void HkInjury2017();
+    int injuryGamesOwed(int side, int slot, int& left) const;
+    void clearShortInjuries();
+
     // Chances: the parts of a step up to the table (chance_table.cpp).
     void drawShooterMood();
     void moveForecheck();
@@ -321,7 +374,6 @@ private:
     void onSave();
     void onMissOrBlock();
     void onClear();
-    void onPenalty(int side);
     void onPass();
     void onTurnover(Result r);
 
@@ -334,8 +386,6 @@ private:
 
     // Lines and the ice.
     void putUnitOnIce(int side);
-    void recountSkaters();
-    [[nodiscard]] int minPenaltyLeft() const;
     double eraPace();
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();

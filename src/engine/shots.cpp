@@ -205,16 +205,7 @@ void Game::postGoal(bool fromClear) {
     note.type = type;
     s_.goals.push_back(note);
 
-    // A goal ends the shortest minor of a team short-handed by it.
-    if (powerPlay(side)) {
-        auto& box = s_.penaltyLeft[at(against)];
-        auto shortest = std::min_element(box.begin(), box.end(), [](int a, int b) {
-            if (a == 0) return false;
-            return b == 0 || a < b;
-        });
-        if (*shortest > 0) *shortest = 0;
-        recountSkaters();
-    }
+    penaltyGoal(side);
     s_.PlayZone = Zone::FaceoffCenter1;
     s_.PuckTeam = kVisitor;
 }

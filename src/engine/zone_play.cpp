@@ -32,8 +32,8 @@ std::string_view text(TurnoverKind k) {
     return names[static_cast<std::size_t>(k)];
 }
 
-// No delayed penalty is held open yet: a penalty is called at once.
-bool Game::penaltyDelayed() const { return false; }
+// A penalty is signalled and waits for the offending side to touch the puck.
+bool Game::penaltyDelayed() const { return s_.pen.DelayedState > 0; }
 
 bool Game::brokenStickOnIce(int side) const {
     for (std::size_t pos = 0; pos < 5; ++pos) {

@@ -183,8 +183,8 @@ TEST_F(Transitions, GoalsShotsAndPenaltiesChangeTheScoreAndManpower) {
     EXPECT_EQ(s.shotsByPeriod.back()[kVisitor], 1);
 
     GameState& e = game.editState();
-    e.penaltyOn = kHome;
-    apply(Zone::NeutralZone, kVisitor, Result::Penalty);
+    e.penaltyOn = kHome;  // on the puck team: called at once
+    apply(Zone::NeutralZone, kHome, Result::Penalty);
     EXPECT_EQ(s.Skaters[kHome], 4);
     EXPECT_EQ(s.Skaters[kVisitor], 5);
     EXPECT_EQ(text(s.PlayZone), "FACEOFF-DEFENSE-2-1");  // in the end of the side that took it
@@ -371,7 +371,7 @@ TEST(Handshake, ALineChangeGivesTheOtherCoachATurnAndThenRunsTheSavedCall) {
     s.PlayZone = Zone::NeutralZone;
     s.PuckTeam = kVisitor;
     s.Skaters = {5, 5};
-    s.penaltyLeft = {};
+    s.pen = PenaltyState{};
     game.OffenseCommand(Call::Balanced);
     EXPECT_EQ(s.steps, 2);
 }
