@@ -67,5 +67,6 @@ void addRosterCommands(CLI::App& app, GlobalOptions& options);
 void addPlayCommands(CLI::App& app, GlobalOptions& options);
 void addReportCommands(CLI::App& app, GlobalOptions& options);
 void addBenchCommands(CLI::App& app, GlobalOptions& options);
+void addSimulateCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
     addPlayCommands(app, options);
     addReportCommands(app, options);
     addBenchCommands(app, options);
+    addSimulateCommands(app, options);
 
     try {
         app.parse(argc, argv);

@@ -18,7 +18,10 @@
 #include <vector>
 
 #include "engine/computer_coach.h"
+#include "engine/events.h"
 #include "engine/find_tools.h"
+#include "engine/live_stats.h"
+#include "engine/penalties.h"
 #include "engine/play_chances.h"
 #include "engine/play_state.h"
 #include "engine/presenter.h"
@@ -51,6 +54,9 @@ struct GoalNote {
     int side = 0;
     int strengthEdge = 0;  // scorer's skaters less the other side's, extra attackers not counted
     bool emptyNet = false;
+    int scorer = kNoSlot;  // slots of the scoring side
+    std::array<int, 2> assists{kNoSlot, kNoSlot};
+    GoalType type = GoalType::FiveOnFive;
 };
 
 // The play state. Everything a step reads or writes stands here; a test or
@@ -77,8 +83,7 @@ struct GameState {
     std::array<int, 2> forwardUnit{1, 1};            // the unit of the situation on the ice
     std::array<int, 2> defensePair{1, 1};
     std::array<bool, 2> lineChangeMade{false, false};
-    // Minor penalties running, seconds left, two a side at most.
-    std::array<std::array<int, 2>, 2> penaltyLeft{};
+    PenaltyState pen;  // the box, the power play, fights and injuries
 
     std::array<int, 2> Score{};
     std::array<int, 2> Shots{};
@@ -121,6 +126,10 @@ struct GameState {
     // Carrier, passers, spots, open men, the picks of the events, the shot
     // model's goalie form and the table's calibrations.
     FindState find;
+
+    // The draw, the shot, the clear and the turnover of the play, and the
+    // team figures of the game.
+    EventState events;
 
     int steps = 0;
 
@@ -207,7 +216,64 @@ public:
     // The rush stage: the percentage of a rush shot, whatever the first gave.
     void RushGoalPct(PlayChances& c);
 
+    // ---- Events: faceoffs, shots, zone play ----------------------------------
+    // The men who take the coming draw (faceoffs.cpp).
+    void PickFaceoffMen();
+    // ---- Penalties, power play, fights and injuries (penalties.cpp) ----
+    // Calls a penalty on `offender` of `side` (kNoSlot: a bench penalty) and
+    // puts its server in the box. An empty name is drawn.
+    void assessPenalty(int side, int offender, PenaltyType type, PenaltyKind kind = PenaltyKind::OneSide,
+                       std::string_view name = {});
+    // A goal by `side`: a power-play goal ends the shortest penalty that
+    // ends on a goal.
+    void penaltyGoal(int side);
+    // Runs the box clocks by a play's seconds; men whose time is up return.
+    // `sinceLastRun`: the calls made since the clock last ran (in the play
+    // just over) keep their full time.
+    void runPenaltyClock(double seconds, bool sinceLastRun = false);
+    // Two men drop the gloves; `keener` is the side of the more willing one.
+    void fight(std::array<int, 2> fighter, int keener);
+    // A man is hurt and misses `games` games after this one (0: only the
+    // rest of the period or the game).
+    void injure(int side, int slot, int games);
+    // A penalty shot for `side` whose man `fouled` was hauled down on a
+    // breakaway; true on a goal. Leaves the next faceoff in PlayZone.
+    bool PenaltyShot(int side, int fouled);
+    // The penalty and fight chances of a step outside the offensive zone.
+    void PenaltyChances(PlayChances& c);
+    [[nodiscard]] int minPenaltyLeft() const;
+    // In the box, out of the game or hurt.
+    [[nodiscard]] bool offIce(int side, int slot) const;
+
 private:
+    // ---- Penalties (penalties.cpp) ----
+    void onPenalty(int side);
+    void callPenalty(int side, int offender, PenaltyType type, PenaltyKind kind, std::string_view name);
+    void CallDelayedPenalty(bool goalScored);
+    bool oddPenalty(int side);
+    void wordsWithTheReferee(int side, int offender, PenaltyType type);
+    void delayOfGame();
+    void afterPlayPenalties();
+    PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind);
+    int pickPenalized(int side);
+    int penaltyServer(int side);
+    BoxPenalty& addToBox(int side, int offender, int server, PenaltyType type, int seconds);
+    void creditPenalty(int side, int slot, PenaltyType type, int minutes);
+    void tellPenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes);
+    void endPenalty(int side, std::size_t index, bool told = true);
+    void startWaitingPenalties(int side);
+    void recountSkaters();
+    void countPowerPlay();
+    void keepPenalizedOff(int side);
+    [[nodiscard]] double eraPenaltyFactor() const;
+    [[nodiscard]] double fightRate() const;
+    int FightChance();
+    bool FindFighters();
+    void ScrumAfterWhistle();
+    void HkInjury2017();
+    int injuryGamesOwed(int side, int slot, int& left) const;
+    void clearShortInjuries();
+
     // Chances: the parts of a step up to the table (chance_table.cpp).
     void drawShooterMood();
     void moveForecheck();
@@ -215,6 +281,87 @@ private:
     void eraFactors();
     void seasonCalibration();
     void drawGoalieForm();
+    // Events: the draw (faceoffs.cpp).
+    [[nodiscard]] int faceoffRating(int side, int pos) const;
+    [[nodiscard]] int penaltiesTaken(int side) const;
+    void tensionBeforeDraw();
+    // Events: the result of a step (apply_play.cpp).
+    void clearPlayFlags();
+    void rareClearEvents();
+    void dispatchResult();
+    void prepareNextState();
+    [[nodiscard]] int chanceShotClass() const;
+    // Events: shots and rebounds (shots.cpp).
+    [[nodiscard]] int netminder(int side) const;  // the goalie in the net, kNoSlot when it is empty
+    [[nodiscard]] int edgeIndex() const;          // the puck team's edge in men, -2..2, as 0..4
+    ShotKind chooseShotKind();
+    void cutAssists();
+    void countShotOnGoal(int side, int shooter);
+    void countSave(int side, int shooter);
+    void postGoal(bool fromClear);
+    ShotRebound ReboundAfterShot();
+    SaveRebound ReboundAfterSave(bool allowReboundShot);
+    void shiftPassersForRebound();
+    void followShotRebound();
+    void followSaveRebound();
+    int pickReboundShooter(bool afterSave);
+    void reboundShot(bool afterSave);
+    // Events: the puck moved without a shot (zone_play.cpp).
+    [[nodiscard]] bool penaltyDelayed() const;
+    [[nodiscard]] bool brokenStickOnIce(int side) const;
+    void onEntry();
+    void onMoveUp();
+    ClearTarget clearTarget();
+    bool recoversClear();
+    void callIcing(int side);
+    void onOffside();
+    [[nodiscard]] double hitSteering(int side) const;
+    void countHit();
+    TurnoverKind turnoverKind();
+    bool joinsRush(int side, int pos);
+    void buildRush();
+    void RushAssists();
+    void onDelay();
+    // Events: the play-by-play lines (narration.cpp).
+    [[nodiscard]] std::string nameOf(int side, int slot) const;
+    [[nodiscard]] std::string teamName(int side) const;
+    void DescribeOpening();
+    void DescribeNewGoalie(int side);
+    void DescribeCircleChange(int side, int out, int in);
+    void DescribeTension();
+    void DescribeFaceoffResult(int winner);
+    void DescribeShot();
+    void DescribeBlock(int side, int blocker);
+    void DescribeGoalLead();
+    void DescribeVideoReview();
+    void DescribeGoalCredit(int scorer);
+    void DescribeAssists();
+    void DescribeKnockedAway(int side, int defender);
+    void DescribeReboundClear();
+    void DescribeOutOfPlay();
+    void DescribeClearSave();
+    void DescribeGoaliePass();
+    void DescribeFreeze();
+    void DescribeReboundShot(int shooter);
+    void DescribeGoalieDrops();
+    void DescribeReboundMiss();
+    void DescribeDump();
+    void DescribePass();
+    void DescribeEntry();
+    void DescribeMoveUp();
+    void DescribeRecover();
+    void DescribeClear();
+    void DescribeIcing(int side);
+    void DescribeOffside();
+    void DescribeHit(int side, int hitter);
+    void DescribeTurnover();
+    void DescribeLoosePuck();
+    void DescribeRush();
+    void DescribeRetreat();
+    void DescribeDelay();
+    // Draws of the telling only, so that a told game plays as an untold one.
+    Random narrationRng_{0};
+
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
     Result splitTurnover(const PlayChances& c);
@@ -229,7 +376,6 @@ private:
     void onSave();
     void onMissOrBlock();
     void onClear();
-    void onPenalty(int side);
     void onPass();
     void onTurnover(Result r);
 
@@ -242,8 +388,6 @@ private:
 
     // Lines and the ice.
     void putUnitOnIce(int side);
-    void recountSkaters();
-    [[nodiscard]] int minPenaltyLeft() const;
     double eraPace();
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();

@@ -1,0 +1,1069 @@
+// Penalties, the power play, fights and injuries during a game.
+
+#include "engine/penalties.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/game.h"
+#include "team/positions.h"
+
+namespace tallyrink {
+
+namespace {
+
+constexpr int kSkatersFull = 5;
+constexpr int kSkatersLeast = 3;
+constexpr int kMaxShortHanded = kSkatersFull - kSkatersLeast;  // penalties that can run at once against a side
+constexpr int kMisconductSeconds = 600;
+// Calls against the team without the puck, per mille of a play in its own
+// half, before the game's circumstances: set so that a season of the
+// present chance table comes near the penalty minutes of its era.
+constexpr double kPenaltyBase = 25;
+// Fight willingness of the ten skaters on the ice, summed, to fights per mille.
+constexpr double kFightDivisor = 2.4;
+
+int other(int side) { return side == 0 ? 1 : 0; }
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+int per(double x) { return static_cast<int>(roundHalfEven(x)); }
+
+}  // namespace
+
+std::string_view text(PenaltyType t) {
+    switch (t) {
+        case PenaltyType::Minor:
+            return "minor";
+        case PenaltyType::DoubleMinor:
+            return "double minor";
+        case PenaltyType::Major:
+            return "major";
+        case PenaltyType::Match:
+            return "match";
+        case PenaltyType::Misconduct:
+            return "misconduct";
+        case PenaltyType::GameMisconduct:
+            return "game misconduct";
+    }
+    return "minor";
+}
+
+std::string_view PickPenaltyName(PenaltyType type, bool offenseZone, Random& rng) {
+    switch (type) {
+        case PenaltyType::Minor: {
+            int v = rng.rand(100);
+            std::string_view name;
+            if (v <= 13) {
+                name = "hooking";
+            } else if (v <= 33) {
+                name = "tripping";
+            } else if (v <= 39) {
+                name = "roughing";
+            } else if (v <= 53) {
+                name = "holding";
+            } else if (v <= 62) {
+                name = "interference";
+            } else if (v <= 66) {
+                name = "high sticking";
+            } else if (v <= 76) {
+                name = "slashing";
+            } else if (v <= 86) {
+                name = "cross checking";
+            } else if (v <= 87) {
+                name = "holding the stick";
+            } else if (v <= 97) {
+                name = offenseZone ? "goalie interference" : "holding";
+            } else {
+                static constexpr std::array<std::string_view, 5> rare{"tripping", "charging", "boarding",
+                                                                      "closing hand on puck", "boarding"};
+                int w = rng.rand(10);
+                name = "tripping";
+                if (w <= 5) name = rare[at(w - 1)];
+                switch (rng.rand(100)) {
+                    case 1:
+                        name = "illegal equipment";
+                        break;
+                    case 6:
+                        name = "illegal stick";
+                        break;
+                    case 7:
+                        name = "throwing stick";
+                        break;
+                    case 8:
+                        name = "kneeing";
+                        break;
+                    case 9:
+                        name = "elbowing";
+                        break;
+                    default:
+                        break;
+                }
+            }
+            if (rng.rand(10) >= 9 && rng.rand(10) == 1) {
+                static constexpr std::array<std::string_view, 3> turned{"roughing", "slashing", "tripping"};
+                name = turned[at(rng.rand(3) - 1)];
+            }
+            if (rng.rand(10) == 1) name = "unsportsmanlike conduct";
+            if (rng.rand(30) == 1) name = "high sticking";
+            return name;
+        }
+        case PenaltyType::DoubleMinor: {
+            int v = rng.rand(100);
+            std::string_view name = v == 1 ? "elbowing" : v <= 14 ? "slashing" : v == 15 ? "boarding" : "high sticking";
+            if (rng.rand(10) == 1) {
+                int w = rng.rand(10);
+                name = w <= 3 ? "slashing\\roughing" : w <= 5 ? "high sticking\\roughing" : "cross checking\\roughing";
+            }
+            return name;
+        }
+        case PenaltyType::Major: {
+            int v = rng.rand(100);
+            if (v <= 2) return "butt-ending";
+            if (v <= 17) return "charging";
+            if (v <= 34) return "checking from behind";
+            if (v <= 37) return "high sticking";
+            if (v == 38) return "charging";
+            if (v <= 43) return "cross checking";
+            if (v <= 48) return "elbowing";
+            if (v == 49) return "head-butting";
+            if (v <= 52) return "kneeing";
+            if (v <= 67) return "slashing";
+            if (v <= 82) return "boarding";
+            return "fighting";
+        }
+        case PenaltyType::Misconduct:
+        case PenaltyType::GameMisconduct:
+            return "misconduct";
+        case PenaltyType::Match:
+            return "match";
+    }
+    return "tripping";
+}
+
+int misconductSeconds(int lengthSetting, bool& outOfGame) {
+    outOfGame = lengthSetting == 0;
+    switch (lengthSetting) {
+        case 1:
+            return 300;
+        case 3:
+            return 1200;
+        default:
+            return kMisconductSeconds;
+    }
+}
+
+// ---- Who sits and how many skate ---------------------------------------------
+
+int Game::minPenaltyLeft() const {
+    int least = 999;
+    for (const auto& box : s_.pen.box)
+        for (const BoxPenalty& p : box)
+            if (p.running && p.PenaltySeconds > 0) least = std::min(least, p.PenaltySeconds);
+    return least;
+}
+
+bool Game::offIce(int side, int slot) const {
+    if (slot < 0) return false;
+    const PenaltyState& pen = s_.pen;
+    if (s_.find.PlayerOut[at(side)][at(slot)] || pen.InjuryKind[at(side)][at(slot)] > 0) return true;
+    for (const BoxPenalty& p : pen.box[at(side)])
+        if (p.server == slot) return true;
+    return false;
+}
+
+void Game::keepPenalizedOff(int side) {
+    LineupTeam& team = teams_[at(side)];
+    auto& held = s_.pen.heldOff[at(side)];
+    for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
+        bool off = offIce(side, slot);
+        if (off && team.candidate[at(slot)]) {
+            team.candidate[at(slot)] = false;
+            held[at(slot)] = true;
+        } else if (!off && held[at(slot)]) {
+            team.candidate[at(slot)] = true;
+            held[at(slot)] = false;
+        }
+    }
+    int& goalie = s_.goalie[at(side)];
+    if (goalie != kNoSlot && !team.candidate[at(goalie)]) goalie = chooseGoalie(team, kNoSlot);
+}
+
+// Two short-handed penalties run against a side at most; the next waits and
+// starts when one of them ends.
+void Game::startWaitingPenalties(int side) {
+    auto& box = s_.pen.box[at(side)];
+    int running = 0;
+    for (BoxPenalty& p : box) {
+        if (!p.shortHanded) p.running = true;
+        running += p.running && p.shortHanded ? 1 : 0;
+    }
+    while (running < kMaxShortHanded) {
+        BoxPenalty* next = nullptr;
+        for (BoxPenalty& p : box)
+            if (!p.running && (next == nullptr || p.order < next->order)) next = &p;
+        if (next == nullptr) break;
+        next->running = true;
+        ++running;
+    }
+}
+
+void Game::recountSkaters() {
+    std::array<int, 2> before = s_.Skaters;
+    bool moved = false;
+    for (int side : {kVisitor, kHome}) {
+        startWaitingPenalties(side);
+        int short_ = 0;
+        for (const BoxPenalty& p : s_.pen.box[at(side)]) short_ += p.running && p.shortHanded ? 1 : 0;
+        s_.Skaters[at(side)] = std::max(kSkatersLeast, kSkatersFull - short_);
+        keepPenalizedOff(side);
+        for (int slot : s_.onIce[at(side)].slot)
+            if (slot != kNoSlot && offIce(side, slot)) moved = true;
+    }
+    if (before != s_.Skaters || moved) {
+        for (int side : {kVisitor, kHome}) {
+            if (before != s_.Skaters) {
+                s_.forwardUnit[at(side)] = 1;
+                s_.defensePair[at(side)] = 1;
+            }
+            putUnitOnIce(side);
+        }
+    }
+    countPowerPlay();
+}
+
+// A new power play is counted when a side gains the edge it didn't have;
+// going from one man up to two is the same power play, and so is what is
+// left of a two-man edge when one penalty ends.
+void Game::countPowerPlay() {
+    PenaltyState& pen = s_.pen;
+    for (int side : {kVisitor, kHome}) {
+        int o = other(side);
+        bool stronger = s_.Skaters[at(side)] > s_.Skaters[at(o)];
+        bool was = pen.lastSkaters[at(side)] > pen.lastSkaters[at(o)];
+        if (stronger && !was) {
+            ++pen.PowerPlays[at(side)];
+            ++pen.PenaltyKills[at(o)];
+        }
+    }
+    pen.lastSkaters = s_.Skaters;
+}
+
+// ---- The penalty clock ---------------------------------------------------------
+
+void Game::endPenalty(int side, std::size_t index, bool told) {
+    auto& box = s_.pen.box[at(side)];
+    BoxPenalty p = box[index];
+    box.erase(box.begin() + static_cast<std::ptrdiff_t>(index));
+    if (p.server == kNoSlot) return;
+    if (!p.MayReturn) {
+        s_.find.PlayerOut[at(side)][at(p.server)] = true;
+        return;
+    }
+    if (told && telling() && p.shortHanded)
+        tell(fmt::format("{} is back on the ice", session_.side(side).DisplayName[at(p.server)]));
+}
+
+void Game::runPenaltyClock(double seconds, bool sinceLastRun) {
+    int t = static_cast<int>(std::lround(seconds));
+    // A penalty called in this play starts its time at the whistle.
+    int fresh = sinceLastRun ? s_.pen.clockedUpTo : s_.pen.nextOrder;
+    s_.pen.clockedUpTo = s_.pen.nextOrder;
+    int minor = minorMinutes(session_.league().rules) * 60;
+    for (int side : {kVisitor, kHome}) {
+        auto& box = s_.pen.box[at(side)];
+        for (std::size_t i = 0; i < box.size();) {
+            BoxPenalty& p = box[i];
+            if (!p.running || p.order >= fresh) {
+                ++i;
+                continue;
+            }
+            p.PenaltySeconds = std::max(0, p.PenaltySeconds - t);
+            if (p.DoubleMinorFlag && p.PenaltySeconds <= minor) p.DoubleMinorFlag = false;
+            if (p.PenaltySeconds > 0) {
+                ++i;
+                continue;
+            }
+            if (p.NextPenaltySeconds > 0) {
+                // The major is served: the side is whole again while the man
+                // sits out his misconduct.
+                p.PenaltySeconds = p.NextPenaltySeconds;
+                p.NextPenaltySeconds = 0;
+                p.shortHanded = false;
+                p.ReleaseOnGoal = 0;
+                p.type = p.nextPutsOut ? PenaltyType::GameMisconduct : PenaltyType::Misconduct;
+                if (p.nextPutsOut) p.MayReturn = false;
+                ++i;
+                continue;
+            }
+            endPenalty(side, i);
+        }
+    }
+    recountSkaters();
+}
+
+void Game::penaltyGoal(int side) {
+    int o = other(side);
+    if (s_.Skaters[at(side)] <= s_.Skaters[at(o)]) return;
+    ++s_.pen.PowerPlayGoals[at(side)];
+    const RulesRecord& rules = session_.league().rules;
+    auto& box = s_.pen.box[at(o)];
+    std::size_t chosen = box.size();
+    for (std::size_t i = 0; i < box.size(); ++i) {
+        const BoxPenalty& p = box[i];
+        if (!p.running || !p.shortHanded || p.Coincidental) continue;
+        bool ends =
+            (p.ReleaseOnGoal == 1 && rules.MinorGoalcheck == 1) || (p.ReleaseOnGoal == 2 && rules.MajorGoalcheck == 1);
+        if (!ends) continue;
+        if (chosen == box.size() || p.PenaltySeconds < box[chosen].PenaltySeconds) chosen = i;
+    }
+    if (chosen == box.size()) return;
+    BoxPenalty& p = box[chosen];
+    if (p.DoubleMinorFlag) {
+        p.PenaltySeconds = minorMinutes(rules) * 60;
+        p.DoubleMinorFlag = false;
+    } else if (p.NextPenaltySeconds > 0) {
+        p.PenaltySeconds = 1;  // the misconduct follows at once
+        runPenaltyClock(1);
+        return;
+    } else {
+        endPenalty(o, chosen, false);  // the goal tells it
+    }
+    recountSkaters();
+}
+
+// ---- Calling penalties -----------------------------------------------------------
+
+void Game::creditPenalty(int side, int slot, PenaltyType type, int minutes) {
+    PenaltyState& pen = s_.pen;
+    pen.PenaltyMinutes[at(side)] += minutes;
+    TeamRecord& team = session_.side(side).team;
+    auto addTo = [](std::int16_t& v, int n) { v = static_cast<std::int16_t>(std::min(v + n, 32767)); };
+    addTo(team.TeamFor[1].Pim, minutes);
+    if (slot == kNoSlot) {
+        // A bench penalty belongs to no player: the team's season line takes it here.
+        addTo(team.TeamFor[0].Pim, minutes);
+        return;
+    }
+    PlayerRecord& p = session_.side(side).player(slot);
+    addTo(statLine(p, StatLineIndex::Game).Pim, minutes);
+    addTo(statLine(p, StatLineIndex::Replay).Pim, minutes);
+    auto count = [](auto& both) {
+        for (auto& v : both) v = static_cast<std::remove_reference_t<decltype(v)>>(v + 1);
+    };
+    switch (type) {
+        case PenaltyType::Minor:
+            count(p.Minors);
+            break;
+        case PenaltyType::DoubleMinor:
+            count(p.Minors);
+            count(p.Minors);
+            break;
+        case PenaltyType::Major:
+            count(p.Majors);
+            break;
+        case PenaltyType::Misconduct:
+            count(p.Misconducts);
+            break;
+        case PenaltyType::GameMisconduct:
+            count(p.GameMisconducts);
+            break;
+        case PenaltyType::Match:
+            count(p.MatchPenalties);
+            break;
+    }
+}
+
+int Game::penaltyServer(int side) {
+    const OnIce& ice = s_.onIce[at(side)];
+    const SideTables& t = session_.side(side);
+    int best = kNoSlot;
+    int mark = 999;
+    for (std::size_t pos = 0; pos < 3; ++pos) {
+        int slot = ice.slot[pos];
+        if (slot == kNoSlot || offIce(side, slot)) continue;
+        const PlayerRecord& p = t.player(slot);
+        int score = p.RatingOffense + p.RatingDefense;
+        if (score < mark) {
+            mark = score;
+            best = slot;
+        }
+    }
+    if (best == kNoSlot) best = ice.slot[at(2 + rng_.rand(2))];
+    return best;
+}
+
+// The offender of a call against `side`: the selection tools' pick, or,
+// when they find nobody, the first occupied position of a few random tries
+// that isn't in the box.
+int Game::pickPenalized(int side) {
+    FindState& f = s_.find;
+    f.PenaltiesToCall = {0, 0};
+    f.PenaltiesToCall[at(side)] = 1;
+    f.penalizedCount = {0, 0};
+    f.PenaltyServer = false;
+    FindPenalized();
+    if (f.penalizedCount[at(side)] > 0) {
+        int slot = f.Penalized[at(side)][0];
+        if (slot != kNoSlot && !offIce(side, slot)) return slot;
+    }
+    const OnIce& ice = s_.onIce[at(side)];
+    for (int tries = 0; tries < 50; ++tries) {
+        int slot = ice.slot[at(rng_.rand(5) - 1)];
+        if (slot != kNoSlot && !offIce(side, slot)) return slot;
+    }
+    return kNoSlot;
+}
+
+BoxPenalty& Game::addToBox(int side, int offender, int server, PenaltyType type, int seconds) {
+    BoxPenalty p;
+    p.offender = offender;
+    p.server = server;
+    p.type = type;
+    p.PenaltySeconds = seconds;
+    p.order = s_.pen.nextOrder++;
+    auto& box = s_.pen.box[at(side)];
+    box.push_back(p);
+    return box.back();
+}
+
+void Game::tellPenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes) {
+    if (!telling()) return;
+    const SideTables& t = session_.side(side);
+    std::string who = offender == kNoSlot ? "bench" : t.DisplayName[at(offender)];
+    tell(fmt::format("PENALTY {}: {}, {} minutes ({}) for {}", t.team.Abbrev.str(), who, minutes, text(type), name));
+}
+
+void Game::assessPenalty(int side, int offender, PenaltyType type, PenaltyKind kind, std::string_view name) {
+    callPenalty(side, offender, type, kind, name);
+    recountSkaters();
+}
+
+void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kind, std::string_view name) {
+    const RulesRecord& rules = session_.league().rules;
+    PenaltyState& pen = s_.pen;
+    int minor = minorMinutes(rules);
+    bool goalie = offender != kNoSlot && isGoalie(session_.side(side).player(offender));
+    bool bench = offender == kNoSlot;
+    int server = offender;
+    if (bench || (goalie && rules.GoaliePenaltycheck != 1)) server = penaltyServer(side);
+    if (name.empty()) name = PickPenaltyName(type, s_.PuckTeam != side && isOffenseState(s_.LastZone), rng_);
+    if (offender != kNoSlot) ++pen.penaltiesOf[at(side)][at(offender)];
+    ++pen.penaltiesCalled[at(side)];
+    ++pen.periodPenalties[at(side)];
+
+    int minutes = minor;
+    switch (type) {
+        case PenaltyType::Minor: {
+            BoxPenalty& p = addToBox(side, offender, server, type, minor * 60);
+            p.ReleaseOnGoal = 1;
+            // A substitute serves when the rule says so: the side stays whole
+            // only for coincidental calls, but the man himself is free.
+            p.Coincidental = kind != PenaltyKind::OneSide;
+            p.shortHanded = !p.Coincidental && rules.SubsOnAllPenaltiesCheck != 1;
+            if (p.Coincidental || rules.SubMinorcheck == 1) p.MayReturn = true;
+            break;
+        }
+        case PenaltyType::DoubleMinor: {
+            minutes = 2 * minor;
+            BoxPenalty& p = addToBox(side, offender, server, type, minutes * 60);
+            p.ReleaseOnGoal = 1;
+            p.DoubleMinorFlag = true;
+            p.shortHanded = rules.SubsOnAllPenaltiesCheck != 1;
+            break;
+        }
+        case PenaltyType::Major:
+        case PenaltyType::Match: {
+            minutes = majorMinutes(rules);
+            bool fight = kind == PenaltyKind::Fight;
+            if (type == PenaltyType::Match) {
+                // The man is gone; a teammate sits out the major.
+                s_.find.PlayerOut[at(side)][at(offender)] = true;
+                server = penaltyServer(side);
+                minutes = kMisconductSeconds / 60;
+            }
+            BoxPenalty& p = addToBox(side, offender, server, type, majorMinutes(rules) * 60);
+            p.ReleaseOnGoal = 2;
+            p.Coincidental = kind != PenaltyKind::OneSide;
+            p.shortHanded =
+                !p.Coincidental && !(rules.MajorSubcheck == 1 && !fight) && rules.SubsOnAllPenaltiesCheck != 1;
+            if (rules.GameMisconductCheck == 1 && offender != kNoSlot && type == PenaltyType::Major) {
+                p.NextPenaltySeconds = misconductSeconds(rules.MiscConductLengthList, p.nextPutsOut);
+                tellPenalty(side, offender, type, name, minutes);
+                creditPenalty(side, offender, type, minutes);
+                PenaltyType follow = p.nextPutsOut ? PenaltyType::GameMisconduct : PenaltyType::Misconduct;
+                int followMinutes = p.NextPenaltySeconds / 60;
+                tellPenalty(side, offender, follow, "misconduct", followMinutes);
+                creditPenalty(side, offender, follow, followMinutes);
+                return;
+            }
+            break;
+        }
+        case PenaltyType::Misconduct: {
+            minutes = kMisconductSeconds / 60;
+            BoxPenalty& p = addToBox(side, offender, offender, type, kMisconductSeconds);
+            p.shortHanded = false;
+            break;
+        }
+        case PenaltyType::GameMisconduct: {
+            minutes = kMisconductSeconds / 60;
+            if (offender != kNoSlot) s_.find.PlayerOut[at(side)][at(offender)] = true;
+            break;
+        }
+    }
+    tellPenalty(side, offender, type, name, minutes);
+    creditPenalty(side, offender, type, minutes);
+}
+
+// Major or minor, and the rarer calls, for a man the draw penalized.
+PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
+    const RulesRecord& rules = session_.league().rules;
+    PenaltyState& pen = s_.pen;
+    if (kind == PenaltyKind::Fight) return PenaltyType::Major;
+    const PlayerRecord& p = session_.side(side).player(offender);
+    const StatLine& real = statLine(p, StatLineIndex::Real);
+    double m = 20;
+    if (pen.rousedGame) m *= 2;
+    double toi = real.GP * (real.GP > 0 ? real.Toi / 60.0 / real.GP : 0);
+    if (real.Pim / (toi + .01) > .2 + .3 * rng_.rnd()) m *= 1.5;
+    bool goalie = isGoalie(p);
+    if (kind == PenaltyKind::Coincidental || goalie || pen.penaltiesOf[at(side)][at(offender)] >= 3) m = 0;
+    if (s_.PlayResult == Result::ClearSave || s_.PlayResult == Result::ClearGoal) m = 2;
+    if (rules.Majorcheck == 0) m = 0;
+    if (rules.Minorcheck == 0) m = 1000;
+    if (rng_.rand(1000) <= m) {
+        if (rules.MatchCheck == 1 && kind == PenaltyKind::OneSide && pen.DelayedState == 0 && rng_.rand(2) == 1) {
+            const SetRates& r = session_.side(side).rate(RateSet::Real, offender);
+            if (r.PimPer60 > 1 + 3 * rng_.rnd() || (rng_.rand(10) == 1 && r.PimPer60 > 1 + 5 * rng_.rnd()) ||
+                r.FightsPer1000 > 1 + 10 * rng_.rnd() || rng_.rand(5) == 1)
+                if (rng_.rand(20) == 1) return PenaltyType::Match;
+        }
+        return PenaltyType::Major;
+    }
+    if (rules.DoubleMinorcheck == 1 && kind == PenaltyKind::OneSide && !goalie && s_.Skaters[0] == kSkatersFull &&
+        s_.Skaters[1] == kSkatersFull) {
+        int d = 4 + (1 + 1.5 * rng_.rnd() < eraPenaltyFactor() ? 3 : 0);
+        if (rng_.rand(100) <= d) return PenaltyType::DoubleMinor;
+    }
+    return PenaltyType::Minor;
+}
+
+void Game::onPenalty(int side) {
+    PenaltyState& pen = s_.pen;
+    s_.find.PenaltiesToCall = {0, 0};
+    pen.kind = PenaltyKind::OneSide;
+    if (side == kBothSides) {
+        // The draw gave the band of both sides or the fight lying over it.
+        int both = std::max(0, chances_.PenaltyBothChance);
+        int fight = std::max(0, chances_.FightChance);
+        bool isFight = fight > 0 && rng_.rand(both + fight) > both;
+        if (isFight && FindFighters()) {
+            s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
+            return;
+        }
+        pen.kind = PenaltyKind::Coincidental;
+        s_.find.PenaltiesToCall = {1, 1};
+    } else {
+        s_.find.PenaltiesToCall[at(side)] = 1;
+    }
+    const RulesRecord& rules = session_.league().rules;
+    if (pen.kind == PenaltyKind::OneSide && oddPenalty(side)) {
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
+        return;
+    }
+    bool delayable = pen.kind == PenaltyKind::OneSide && side == s_.OtherTeam() && rules.NoDelayedcheck == 0 &&
+                     pen.DelayedState == 0 && !s_.periodEnds && s_.Clock > 20 && !isFaceoff(s_.PlayZone);
+    if (delayable) {
+        int offender = pickPenalized(side);
+        if (offender != kNoSlot) {
+            // The arm goes up; the team with the puck plays on.
+            pen.DelayedState = 1;
+            pen.delayedSide = side;
+            pen.delayedOffender = offender;
+            if (telling()) tell(fmt::format("Delayed penalty on {}", session_.side(side).DisplayName[at(offender)]));
+            return;
+        }
+    }
+    for (int s : {kVisitor, kHome}) {
+        if (s_.find.PenaltiesToCall[at(s)] == 0) continue;
+        int offender = pickPenalized(s);
+        if (offender == kNoSlot) continue;
+        PenaltyType type = penaltyTypeFor(s, offender, pen.kind);
+        assessPenalty(s, offender, type, pen.kind);
+        if (pen.kind == PenaltyKind::OneSide) wordsWithTheReferee(s, offender, type);
+    }
+    recountSkaters();
+    if (pen.kind == PenaltyKind::OneSide)
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
+    else
+        s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
+}
+
+// A man who argues his minor on the way to the box sits ten more minutes.
+void Game::wordsWithTheReferee(int side, int offender, PenaltyType type) {
+    if (type != PenaltyType::Minor || session_.league().rules.Misccheck != 1 || rng_.rand(50) != 1) return;
+    assessPenalty(side, offender, PenaltyType::Misconduct, PenaltyKind::OneSide, "misconduct");
+}
+
+// Now and then the call is on the bench or on the goalie; a skater serves.
+bool Game::oddPenalty(int side) {
+    if (rng_.rand(60) == 1) {
+        assessPenalty(side, kNoSlot, PenaltyType::Minor, PenaltyKind::OneSide, "too many men on the ice");
+        return true;
+    }
+    int goalie = s_.goalie[at(side)];
+    if (rng_.rand(40) != 1 || goalie == kNoSlot || s_.GoaliePulled[at(side)]) return false;
+    static constexpr std::array<std::string_view, 4> names{"slashing", "tripping", "delay of game", "roughing"};
+    assessPenalty(side, goalie, PenaltyType::Minor, PenaltyKind::OneSide, names[at(rng_.rand(4) - 1)]);
+    return true;
+}
+
+// A clear from the own end that flies over the glass, from the years the
+// rule was in the book.
+void Game::delayOfGame() {
+    int side = s_.StepPuckTeam;
+    int o = other(side);
+    if (s_.PlayResult != Result::Clear || s_.LastZone != Zone::DefenseZone || s_.pen.DelayedState > 0) return;
+    if (s_.Skaters[at(side)] < s_.Skaters[at(o)] || s_.Clock <= 60 || session_.side(side).team.TeamYear < 2005) return;
+    if (rng_.rand(25) != 1 || rng_.rand(3) != 1) return;
+    int offender =
+        s_.find.Carrier != kNoSlot && s_.onIce[at(side)].holds(s_.find.Carrier) ? s_.find.Carrier : pickPenalized(side);
+    if (offender == kNoSlot) return;
+    assessPenalty(side, offender, PenaltyType::Minor, PenaltyKind::OneSide, "delay of game");
+    s_.PlayResult = Result::Penalty;
+    s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
+}
+
+void Game::CallDelayedPenalty(bool goalScored) {
+    PenaltyState& pen = s_.pen;
+    int side = pen.delayedSide;
+    int offender = pen.delayedOffender;
+    pen.DelayedState = 0;
+    pen.delayedSide = -1;
+    pen.delayedOffender = -1;
+    if (side < 0 || offender < 0) return;
+    PenaltyType type = penaltyTypeFor(side, offender, PenaltyKind::OneSide);
+    if (goalScored && (type == PenaltyType::Minor || type == PenaltyType::DoubleMinor)) {
+        // The goal stands in for the power play: the minor is recorded but not served.
+        std::string_view name = PickPenaltyName(type, false, rng_);
+        int minutes = minorMinutes(session_.league().rules) * (type == PenaltyType::DoubleMinor ? 2 : 1);
+        tellPenalty(side, offender, type, name, minutes);
+        creditPenalty(side, offender, type, minutes);
+        ++pen.penaltiesCalled[at(side)];
+        ++pen.periodPenalties[at(side)];
+        return;
+    }
+    assessPenalty(side, offender, type, PenaltyKind::OneSide);
+    wordsWithTheReferee(side, offender, type);
+    if (!goalScored) s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
+}
+
+// After the result is applied: the delayed call at a stoppage or when the
+// offenders touch the puck, after-whistle scrums and injuries.
+void Game::afterPlayPenalties() {
+    PenaltyState& pen = s_.pen;
+    bool goal = s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal;
+    if (pen.DelayedState > 0 && s_.PlayResult != Result::Penalty) {
+        bool stopped = goal || isFaceoff(s_.PlayZone) || s_.periodEnds || s_.PuckTeam == pen.delayedSide;
+        if (stopped) CallDelayedPenalty(goal);
+    }
+    delayOfGame();
+    if (s_.PlayResult != Result::Penalty && !goal) ScrumAfterWhistle();
+    pen.injuredThisPlay = false;
+    HkInjury2017();
+}
+
+// ---- Chances ------------------------------------------------------------------
+
+// The era's penalty level against the reference era, from the years of the
+// two goalies on the ice.
+double Game::eraPenaltyFactor() const {
+    auto yearOf = [&](int side) {
+        int g = s_.goalie[at(side)];
+        int y = g == kNoSlot ? 0 : session_.side(side).player(g).PlayerYear;
+        return y < 1910 || y > 2050 ? 2008 : y;
+    };
+    const EraRecord& ref = session_.eraRow(2008, 2008);
+    double reference = ref.PimPerGame / (2.8 / .094);
+    double p = 0;
+    double shots = 0;
+    for (int side : {kVisitor, kHome}) {
+        const EraRecord& e = session_.eraRow(yearOf(side), 2008);
+        p += e.PimPerGame;
+        if (e.SavePct < 100) shots += e.GoalsPerTeam / (1 - e.SavePct / 100);
+    }
+    if (shots <= 0 || reference <= 0) return 1;
+    return std::pow((p / shots) / reference, 1.4);
+}
+
+void Game::PenaltyChances(PlayChances& c) {
+    c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
+    if (isOffenseState(s_.PlayZone) && !(s_.OffensiveDraw && s_.entryFromFaceoff)) return;
+    const RulesRecord& rules = session_.league().rules;
+    const PenaltyState& pen = s_.pen;
+    int puck = s_.PuckTeam;
+    int opp = s_.OtherTeam();
+    bool lastPeriod = s_.Period == periods_;
+    bool overtime = s_.Period > periods_;
+    double era = eraPenaltyFactor();
+    double f = (era * 1.3 + 1) / 2.3;
+    int o = per(f * kPenaltyBase / std::max(s_.find.PenaltyCalibration, .01));
+    o = per(o * (s_.Skaters[at(opp)] < s_.Skaters[at(puck)] ? .4 : 1.2));
+    int freq = rules.FightFrequencyList;
+    if (freq != 3) o = per(o * (1 + (freq - 3) * .1));
+    if (session_.side(opp).team.TeamYear <= 1969) o = per(o * 1.3);
+    for (double step : {1.1, 1.4, 1.8, 2.1})
+        if (era > step) o = per(o * 1.2);
+    if (session_.side(kHome).team.TeamType.str() == "C") o = per(o * .7);
+    o += rules.DoubleMinorcheck * 3;
+    // Referees even up the calls.
+    if (!s_.ProbeOnly) {
+        int lead = pen.penaltiesCalled[at(opp)] - pen.penaltiesCalled[at(puck)];
+        for (int extra : {0, 3, 5, 7})
+            if (lead > extra + rng_.rand(3)) o = per(o * .5);
+        int calls = pen.periodPenalties[0] + pen.periodPenalties[1];
+        double busy = s_.Period == 1 ? 3 + 3 * rng_.rnd() : s_.Period == 2 ? 8 + 5 * rng_.rnd() : 10 + 5 * rng_.rnd();
+        if (calls >= busy) o = per(o * .3);
+    }
+    if (overtime) o = per(o * .25);
+    if (s_.Skaters[0] != s_.Skaters[1]) o = std::max(1, per(o * .25));
+    o = per(o * (opp == kHome ? .97 : 1.03));
+    if (lastPeriod && s_.Clock < 420) o = per(o * (s_.Clock < 150 ? .3 : .5));
+    if (session_.PlayoffGame) {
+        o = per(o * (s_.Period == 2 ? .96 : .99));
+        if (s_.Period >= 3)
+            for (int at : {720, 360, 180})
+                if (s_.Clock < at) o = per(o * .9);
+    }
+    const GamePlanRecord& plan = session_.side(opp).plan;
+    int aggressive = plan.DzAggressiveness >= 1 && plan.DzAggressiveness <= 5 ? plan.DzAggressiveness : 3;
+    int forecheck = std::clamp<int>(plan.Forecheck, 0, 3);
+    o = per(o * (aggressive + 1) / 4.0);
+    o = per(o * (forecheck + 1) / 2.2);
+
+    int own = std::min(per(era), 25);
+    int both = per(o * .07);
+    if (era >= 1.3) {
+        both += per(.2 * o);
+        o = per(o * .8);
+    }
+    if (s_.Period == 1 && s_.Clock > 840) both = per(both * (s_.Clock > 1020 ? .49 : .7));
+
+    c.PenaltyOppChance = o;
+    c.PenaltyOwnChance = own;
+    c.PenaltyBothChance = both;
+    c.FightChance = FightChance();
+    if (overtime) {
+        c.PenaltyOppChance = per(c.PenaltyOppChance * .2);
+        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .2);
+        c.FightChance = per(c.FightChance * .05);
+    }
+
+    // States in which nothing is called.
+    if (s_.Skaters[at(opp)] <= kSkatersLeast) c.PenaltyOppChance = 0;
+    if (s_.Skaters[at(puck)] <= kSkatersLeast) c.PenaltyOwnChance = 0;
+    bool stop = s_.LastPlayResult == Result::Penalty || pen.DelayedState > 0 || s_.Clock < 20 ||
+                (overtime && s_.Skaters[0] != s_.Skaters[1]);
+    if (stop) c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
+    if (s_.Period == 1 && s_.Clock > 900 + rng_.rand(120)) {
+        c.PenaltyOppChance = per(c.PenaltyOppChance * .3);
+        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .3);
+        c.PenaltyBothChance = per(c.PenaltyBothChance * .3);
+    }
+    if (rules.Minorcheck == 0 && rules.Majorcheck == 0) {
+        c.PenaltyOppChance = c.PenaltyOwnChance = 0;
+    } else if (rules.Minorcheck == 0) {
+        c.PenaltyOppChance = per(c.PenaltyOppChance * .1);
+        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .1);
+    } else if (rules.Majorcheck == 0) {
+        c.PenaltyOppChance = per(c.PenaltyOppChance * .9);
+        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .9);
+    }
+    if (rules.Minorcheck == 0 || rules.Majorcheck == 0) c.PenaltyBothChance = 0;
+}
+
+// ---- Fights ---------------------------------------------------------------------
+
+double Game::fightRate() const {
+    const RulesRecord& rules = session_.league().rules;
+    if (rules.NoFightingCheck == 1) return 0;
+    std::array<double, 2> top{};
+    std::array<double, 2> sum{};
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& t = session_.side(side);
+        for (std::size_t pos = 0; pos < 5; ++pos) {
+            int slot = s_.onIce[at(side)].slot[pos];
+            if (slot == kNoSlot) continue;
+            double v = t.rate(RateSet::Real, slot).FightsPer1000;
+            if (t.player(slot).Enforcer == 1 && s_.pen.TensionFlag) v *= 1.5;
+            top[at(side)] = std::max(top[at(side)], v);
+            sum[at(side)] += v;
+        }
+    }
+    // A willing man seldom finds a partner among players who never fight.
+    double matched = std::min(top[0], top[1]) / std::max({top[0], top[1], .01});
+    double n = (sum[0] + sum[1]) / kFightDivisor * (.3 + .7 * matched);
+    if (top[0] > 10 && top[1] > 10) n *= 3;
+    if (s_.pen.TensionFlag) n *= 2;
+    if (s_.pen.rousedGame) n *= 3;
+    n *= .6;
+    if (session_.side(s_.OtherTeam()).team.TeamYear >= 2017) n *= .8;
+    double eraFights = 0;
+    for (int side : {kVisitor, kHome}) {
+        int year = session_.side(side).team.TeamYear;
+        if (year >= EraTable::kFirstYear && year <= EraTable::kLastYear)
+            eraFights = session_.eraRow(year, 2008).FightsPerGame;
+    }
+    if (eraFights > 0) n *= std::clamp(eraFights / .6, .1, 10.0);
+    n /= std::max(s_.find.FightCalibration, .01);
+    n *= rules.FightFrequencyList / 3.0;
+    if (session_.PlayoffGame) n *= .3;
+    if (s_.Period >= periods_)
+        for (int at : {720, 360, 180})
+            if (s_.Clock < at) n *= .7;
+    if (s_.Skaters[0] != s_.Skaters[1]) n *= .5;
+    if (s_.Period == 1 && s_.Clock > 13 * 60) n *= .7;
+    if (s_.Period > periods_) n *= .1;
+    return n;
+}
+
+int Game::FightChance() {
+    double n = fightRate();
+    if (n <= 0) return 0;
+    bool close = std::abs(s_.Score[0] - s_.Score[1]) <= 1;
+    if (s_.Period >= periods_ && s_.Clock < 180 + rng_.rand(300) && close) n *= .1;
+    // Tension: a chippy, close game with many calls.
+    PenaltyState& pen = s_.pen;
+    for (int test = 0; test < 2 && !s_.ProbeOnly; ++test) {
+        if (rng_.rand(10) != 1 || !close) continue;
+        int need = 7 + rng_.rand(7);
+        if (pen.penaltiesCalled[0] >= need && pen.penaltiesCalled[1] >= need) pen.TensionFlag = true;
+    }
+    // Whole per mille, with the fraction drawn so that small chances keep their weight.
+    double whole = std::floor(n);
+    return static_cast<int>(whole) + (rng_.rnd() < n - whole ? 1 : 0);
+}
+
+// The men who drop the gloves: on each side the most willing skater on the
+// ice who is free. Returns false when a side has nobody.
+bool Game::FindFighters() {
+    std::array<int, 2> fighter{kNoSlot, kNoSlot};
+    std::array<double, 2> score{};
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& t = session_.side(side);
+        double best = -1;
+        for (std::size_t pos = 0; pos < 5; ++pos) {
+            int slot = s_.onIce[at(side)].slot[pos];
+            if (slot == kNoSlot || offIce(side, slot)) continue;
+            double g = t.rate(RateSet::Real, slot).FightsPer1000 + 1;
+            if (session_.league().rules.AlternateRealityCheck == 1) g *= 1 + t.player(slot).FormBias * .05;
+            if (s_.pen.rousedGame) g += 1;
+            g = g * 10 + rng_.rnd();
+            if (g > best) {
+                best = g;
+                fighter[at(side)] = slot;
+            }
+        }
+        score[at(side)] = best;
+    }
+    if (fighter[0] == kNoSlot || fighter[1] == kNoSlot) return false;
+    fight(fighter, score[0] >= score[1] ? kVisitor : kHome);
+    return true;
+}
+
+void Game::fight(std::array<int, 2> fighter, int keener) {
+    const RulesRecord& rules = session_.league().rules;
+    PenaltyState& pen = s_.pen;
+    pen.kind = PenaltyKind::Fight;
+    ++pen.fightCount;
+    if (pen.fightCount >= 2) pen.rousedGame = true;
+    if (telling())
+        tell(fmt::format("FIGHT: {} and {} drop the gloves", session_.side(kVisitor).DisplayName[at(fighter[0])],
+                         session_.side(kHome).DisplayName[at(fighter[1])]));
+    for (int side : {kVisitor, kHome}) {
+        int slot = fighter[at(side)];
+        ++pen.fights[at(side)];
+        std::uint8_t& times = pen.fightsOf[at(side)][at(slot)];
+        ++times;
+        PlayerRecord& p = session_.side(side).player(slot);
+        ++p.Fights[1];
+        ++p.Fights[2];
+        TeamRecord& team = session_.side(side).team;
+        ++team.FightsCount[1];
+        assessPenalty(side, slot, PenaltyType::Major, PenaltyKind::Fight, "fighting");
+        if (rules.ThreeFightMajorsCheck == 1 && times >= 3) {
+            // His third fight: he sits out his major and then leaves the game.
+            for (BoxPenalty& b : pen.box[at(side)])
+                if (b.server == slot) b.MayReturn = false;
+            tellPenalty(side, slot, PenaltyType::GameMisconduct, "misconduct", kMisconductSeconds / 60);
+            creditPenalty(side, slot, PenaltyType::GameMisconduct, kMisconductSeconds / 60);
+        }
+    }
+    // Now and then the referee names the man who started it: his side plays short.
+    if (rules.FightInstigatorCheck == 1 && rng_.rand(5) == 1)
+        assessPenalty(keener, fighter[at(keener)], PenaltyType::Minor, PenaltyKind::OneSide, "instigating");
+    if (rng_.rand(25) == 1) s_.Momentum = std::clamp(s_.Momentum + (rng_.rand(2) == 1 ? .1 : -.1), -.5, .5);
+    if (rng_.rand(20) == 1) {
+        int loser = rng_.rand(2) - 1;
+        pen.hurtSide = loser;
+        pen.hurtSlot = fighter[at(loser)];
+    }
+    recountSkaters();
+}
+
+// Tempers after a whistle: now and then two men square off at the draw.
+void Game::ScrumAfterWhistle() {
+    if (!isFaceoff(s_.PlayZone) || s_.Clock >= 1100 || s_.pen.DelayedState > 0) return;
+    if (s_.Skaters[0] != s_.Skaters[1]) return;
+    double n = fightRate() * .25;
+    if (n <= 0 || rng_.rnd() * 1000 >= n) return;
+    if (rng_.rand(100) <= 3) s_.Momentum = std::clamp(s_.Momentum + (rng_.rand(2) == 1 ? .1 : -.1), -.5, .5);
+    FindFighters();
+}
+
+// ---- Penalty shots ------------------------------------------------------------
+
+// A foul from behind on a breakaway: the fouled man shoots alone on the
+// goalie (or, where the rules let any man take it, the team's best at it),
+// with the chance of a shootout attempt. No penalty is served for it.
+bool Game::PenaltyShot(int side, int fouled) {
+    const RulesRecord& rules = session_.league().rules;
+    SideTables& shooters = session_.side(side);
+    int defending = other(side);
+    int shooter = fouled;
+    if (shooter == kNoSlot || rules.PShotAnyoption == 1 || offIce(side, shooter)) {
+        int best = -1;
+        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
+            const PlayerRecord& p = shooters.player(slot);
+            if (!teams_[at(side)].candidate[at(slot)] || isGoalie(p)) continue;
+            int score = p.DepthShootout * 1000 + p.RatingPenaltyShot * 100 + p.RatingShotOut;
+            if (score > best) {
+                best = score;
+                shooter = slot;
+            }
+        }
+    }
+    if (shooter == kNoSlot) return false;
+    const PlayerRecord& taker = shooters.player(shooter);
+    int goalie = s_.GoaliePulled[at(defending)] ? kNoSlot : s_.goalie[at(defending)];
+    double goalieRating = goalie == kNoSlot ? 0 : session_.side(defending).player(goalie).RatingGoalie;
+    double c =
+        goalie == kNoSlot
+            ? 1000
+            : std::clamp((taker.RatingPenaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
+    bool goal = rng_.rand(1000) <= c;
+    auto raise = [](auto& v) { v = static_cast<std::remove_reference_t<decltype(v)>>(v + 1); };
+    PlayerRecord& p = shooters.player(shooter);
+    for (StatLineIndex line : {StatLineIndex::Game, StatLineIndex::Replay}) {
+        raise(statLine(p, line).PenaltyShotAttempts);
+        if (goal) raise(statLine(p, line).PenaltyShotGoals);
+        if (goalie == kNoSlot) continue;
+        StatLine& g = statLine(session_.side(defending).player(goalie), line);
+        raise(g.GoaliePenaltyShotsFaced);
+        if (goal) raise(g.GoaliePenaltyShotGoals);
+    }
+    raise(p.PenaltyShotsTaken);
+    if (goal) raise(shooters.team.GoalsPenaltyShot[1]);
+    if (telling())
+        tell(fmt::format("PENALTY SHOT {}: {} {}", shooters.team.Abbrev.str(), shooters.DisplayName[at(shooter)],
+                         goal ? "scores!" : "is stopped"));
+    ++s_.Shots[at(side)];
+    ++s_.shotsByPeriod.back()[at(side)];
+    if (goal) {
+        s_.PuckTeam = side;
+        onGoal();
+    } else {
+        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, defending, 1);
+    }
+    return goal;
+}
+
+// ---- Injuries --------------------------------------------------------------------
+
+int Game::injuryGamesOwed(int side, int slot, int& left) const {
+    const SideTables& t = session_.side(side);
+    const TeamRecord& team = t.team;
+    const PlayerRecord& p = t.player(slot);
+    int sched = std::max(10, t.SeasonGames);
+    int played = std::max(1, team.Wins + team.Losses + team.Ties + team.OvertimeLosses);
+    left = std::max(0, sched - played);
+    const EraRecord& era = session_.eraRow(p.PlayerYear, 2014);
+    int eraGames = era.Games > 0 ? era.Games : 82;
+    double scale = static_cast<double>(sched) / eraGames;
+    int realMissed = per((eraGames - statLine(p, StatLineIndex::Real).GP) * scale);
+    int missedSoFar = played - statLine(p, StatLineIndex::Replay).GP;
+    return realMissed - missedSoFar;
+}
+
+void Game::HkInjury2017() {
+    const RulesRecord& rules = session_.league().rules;
+    PenaltyState& pen = s_.pen;
+    if (rules.InjuryCheck == 0 || s_.GameOverFlag) return;
+    Result r = s_.PlayResult;
+    if (r == Result::Penalty || isFaceoff(s_.LastZone) || s_.entryFromFaceoff) return;
+    // Each man already hurt makes another less likely.
+    for (int already = 1; already <= 3; ++already)
+        if (pen.injuries >= already && rng_.rand(10) <= 9) return;
+    if (s_.Period >= periods_ && s_.Clock < 60 + rng_.rand(120)) return;
+
+    int side = -1;
+    int slot = kNoSlot;
+    if (rng_.rand(13) == 1 && s_.Skaters[0] > 3 && s_.Skaters[1] > 3 && pen.DelayedState == 0) {
+        side = rng_.rand(2) - 1;
+        int out = 0;
+        for (bool o : s_.find.PlayerOut[at(side)]) out += o ? 1 : 0;
+        slot = out < 2 + rng_.rand(7) ? s_.onIce[at(side)].slot[at(rng_.rand(5) - 1)] : kNoSlot;
+        if (slot != kNoSlot && offIce(side, slot)) slot = kNoSlot;
+        if (slot != kNoSlot && isGoalie(session_.side(side).player(slot)) && rules.GoalieInjcheck != 1) slot = kNoSlot;
+    }
+    int left = 0;
+    int owed = slot == kNoSlot ? 0 : injuryGamesOwed(side, slot, left);
+    bool hurt = slot != kNoSlot &&
+                (owed >= rng_.rand(40) || (owed >= rng_.rand(20) && rng_.rand(10) <= 5) ||
+                 (owed >= rng_.rand(10) && rng_.rand(10) <= 2) || (rng_.rand(2) == 1 && owed >= left && left > 0) ||
+                 (rng_.rand(2) == 1 && owed >= left * rng_.rnd() && owed > 0) ||
+                 (rng_.rand(2) == 1 && owed >= (.5 + .5 * rng_.rnd()) * left && owed > 0));
+    if (!hurt && pen.hurtSide >= 0 && pen.DelayedState == 0) {
+        // A man a fight or a hard hit left hurting.
+        side = pen.hurtSide;
+        slot = pen.hurtSlot;
+        owed = injuryGamesOwed(side, slot, left);
+        hurt = !offIce(side, slot);
+    }
+    pen.hurtSide = pen.hurtSlot = -1;
+    if (!hurt || slot == kNoSlot) return;
+    injure(side, slot, std::clamp(owed, 0, left));
+}
+
+void Game::injure(int side, int slot, int owed) {
+    PenaltyState& pen = s_.pen;
+    pen.injuredThisPlay = true;
+    ++pen.injuries;
+    // Most of what he owes, now and then all of it; a man who owes nothing
+    // misses the rest of the period or of the game.
+    int games = owed > 0 ? std::max(1, per(owed * (.4 + .6 * rng_.rnd()))) : 0;
+    pen.InjuredInGame[at(side)][at(slot)] = static_cast<std::int16_t>(games);
+    pen.InjuryKind[at(side)][at(slot)] = static_cast<std::uint8_t>(games > 0 ? 4 : rng_.rand(4));
+    if (pen.InjuryKind[at(side)][at(slot)] > 3) s_.find.PlayerOut[at(side)][at(slot)] = true;
+    if (telling()) {
+        const SideTables& t = session_.side(side);
+        std::string how = games > 0                                ? fmt::format("out for about {} games", games)
+                          : pen.InjuryKind[at(side)][at(slot)] > 3 ? "done for the night"
+                                                                   : "helped off the ice";
+        tell(fmt::format("{} ({}) is hurt, {}", t.DisplayName[at(slot)], t.team.Abbrev.str(), how));
+    }
+    recountSkaters();
+}
+
+void Game::clearShortInjuries() {
+    for (int side : {kVisitor, kHome}) {
+        for (auto& kind : s_.pen.InjuryKind[at(side)])
+            if (kind >= 1 && kind <= 3) kind = 0;
+        s_.pen.periodPenalties[at(side)] = 0;
+    }
+    s_.pen.DelayedState = 0;
+    s_.pen.delayedSide = s_.pen.delayedOffender = -1;
+    recountSkaters();
+}
+
+}  // namespace tallyrink

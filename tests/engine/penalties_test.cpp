@@ -1,0 +1,607 @@
+// Penalties and the strength on the ice: overlapping, waiting and
+// coincidental penalties, goals that end a minor but not a major, double
+// minors, men coming back from the box, the power-play count, fights with
+// their majors, instigators and misconducts, injuries, and the rates a
+// season of a made-up league comes to.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "engine/game.h"
+#include "operations/blank_league.h"
+#include "operations/era_figures.h"
+#include "operations/new_league.h"
+#include "operations/schedule_generator.h"
+#include "support/source_tree.h"
+#include "support/temp_dir.h"
+#include "team/positions.h"
+
+namespace tallyrink {
+namespace {
+
+using test::shippedEra;
+using testing::TempDir;
+
+struct League2017 {
+    TempDir dir;
+    std::vector<int> teams;
+    explicit League2017(std::uint64_t seed, int count) {
+        NewLeagueOptions options;
+        options.teams = count;
+        options.year = 2017;
+        options.seed = seed;
+        GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
+        writeLeagueFolder(dir.path(), league.files);
+        for (int t = 1; t <= kMaxTeams; ++t)
+            if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) teams.push_back(t);
+    }
+};
+
+League2017& smallLeague() {
+    static League2017 league(31, 4);
+    return league;
+}
+
+RulesRecord standardRules() {
+    RulesRecord r = defaultRules(2017);
+    r.Periodslist = 2;
+    r.Minuteslist = 19;
+    r.OTLengthlist = 1;
+    r.ShootOutList = 1;
+    r.Minorcheck = 1;
+    r.MinorLengthlist = 1;
+    r.Majorcheck = 1;
+    r.MajorLengthlist = 3;
+    r.MinorGoalcheck = 1;
+    r.MajorGoalcheck = 0;
+    r.MajorSubcheck = 0;
+    r.SubsOnAllPenaltiesCheck = 0;
+    r.GameMisconductCheck = 0;
+    r.NoFightingCheck = 0;
+    return r;
+}
+
+// A loaded game stopped at a neutral-zone draw, with nothing in the box.
+struct PenaltyGame : ::testing::Test {
+    RulesRecord rules = standardRules();
+    std::unique_ptr<GameSession> session;
+    std::unique_ptr<Game> game;
+
+    void start() {
+        League2017& lg = smallLeague();
+        session = std::make_unique<GameSession>(LeagueContext{lg.dir.path(), rules, &shippedEra(), nullptr});
+        Random draws(3);
+        session->loadGame(lg.teams[0], lg.teams[1], 11, 10, draws);
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 5});
+        game->InitGame();
+    }
+    void SetUp() override { start(); }
+
+    const GameState& s() const { return game->state(); }
+    std::array<int, 2> skaters() const { return s().Skaters; }
+    // Skaters of a side's unit on the ice, not counting the goalie.
+    int onIce(int side) const {
+        int n = 0;
+        for (std::size_t pos = 0; pos < 5; ++pos) n += s().onIce[std::size_t(side)].slot[pos] != kNoSlot ? 1 : 0;
+        return n;
+    }
+    int skater(int side, std::size_t pos) const { return s().onIce[std::size_t(side)].slot[pos]; }
+    const std::vector<BoxPenalty>& box(int side) const { return s().pen.box[std::size_t(side)]; }
+};
+
+TEST_F(PenaltyGame, OverlappingPenaltiesNeverLeaveASideBelowThree) {
+    int a = skater(kHome, 0), b = skater(kHome, 1), c = skater(kHome, 3);
+    game->assessPenalty(kHome, a, PenaltyType::Minor);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    EXPECT_EQ(onIce(kHome), 4);
+    game->runPenaltyClock(12, true);  // the play it was called in doesn't count
+    EXPECT_EQ(box(kHome)[0].PenaltySeconds, 120);
+    EXPECT_TRUE(game->offIce(kHome, a));
+    EXPECT_FALSE(s().onIce[kHome].holds(a));
+    game->runPenaltyClock(30);
+    game->assessPenalty(kHome, b, PenaltyType::Minor);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 3}));
+    EXPECT_EQ(onIce(kHome), 3);
+    // The third waits, its clock stopped, until one of the others ends.
+    game->assessPenalty(kHome, c, PenaltyType::Minor);
+    EXPECT_EQ(skaters()[kHome], 3);
+    ASSERT_EQ(box(kHome).size(), 3u);
+    EXPECT_FALSE(box(kHome)[2].running);
+    game->runPenaltyClock(60);
+    EXPECT_EQ(box(kHome)[2].PenaltySeconds, 120);
+    EXPECT_EQ(game->minPenaltyLeft(), 30);
+    // The first comes out; the waiting one starts, and the side stays at three.
+    game->runPenaltyClock(30);
+    EXPECT_FALSE(game->offIce(kHome, a));
+    ASSERT_EQ(box(kHome).size(), 2u);
+    EXPECT_TRUE(box(kHome)[1].running);
+    EXPECT_EQ(skaters()[kHome], 3);
+    game->runPenaltyClock(30);  // the second ends: four again
+    EXPECT_EQ(skaters()[kHome], 4);
+    EXPECT_EQ(onIce(kHome), 4);
+    EXPECT_FALSE(game->offIce(kHome, b));
+    game->runPenaltyClock(120);  // the last: full strength, everyone free
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(onIce(kHome), 5);
+    EXPECT_TRUE(box(kHome).empty());
+    EXPECT_EQ(game->minPenaltyLeft(), 999);
+}
+
+TEST_F(PenaltyGame, CoincidentalPenaltiesSitMenWithoutChangingStrength) {
+    int v = skater(kVisitor, 1), h = skater(kHome, 1);
+    game->assessPenalty(kVisitor, v, PenaltyType::Minor, PenaltyKind::Coincidental);
+    game->assessPenalty(kHome, h, PenaltyType::Minor, PenaltyKind::Coincidental);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_TRUE(game->offIce(kVisitor, v));
+    EXPECT_FALSE(s().onIce[kVisitor].holds(v));
+    EXPECT_EQ(onIce(kVisitor), 5);
+    // A later minor is a plain power play, and a goal on it leaves the
+    // coincidental men where they are.
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);
+    game->penaltyGoal(kVisitor);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(box(kHome).size(), 1u);
+    EXPECT_TRUE(box(kHome)[0].Coincidental);
+    EXPECT_TRUE(game->offIce(kHome, h));
+    EXPECT_EQ(s().pen.PowerPlayGoals[kVisitor], 1);
+    // A goal at even strength ends nothing.
+    game->penaltyGoal(kHome);
+    EXPECT_EQ(box(kVisitor).size(), 1u);
+    EXPECT_EQ(s().pen.PowerPlayGoals[kHome], 0);
+}
+
+TEST_F(PenaltyGame, AGoalEndsTheEarliestMinorButNotAMajor) {
+    int a = skater(kHome, 0), b = skater(kHome, 2), m = skater(kHome, 3);
+    game->assessPenalty(kHome, m, PenaltyType::Major, PenaltyKind::OneSide, "boarding");
+    EXPECT_EQ(skaters()[kHome], 4);
+    game->penaltyGoal(kVisitor);  // a major is served in full
+    EXPECT_EQ(skaters()[kHome], 4);
+    EXPECT_EQ(box(kHome).size(), 1u);
+
+    game->assessPenalty(kHome, a, PenaltyType::Minor);
+    game->runPenaltyClock(20);
+    game->assessPenalty(kHome, b, PenaltyType::Minor);
+    EXPECT_EQ(skaters()[kHome], 3);
+    ASSERT_EQ(box(kHome).size(), 3u);
+    EXPECT_FALSE(box(kHome)[2].running);  // b waits behind the major and a
+    game->penaltyGoal(kVisitor);          // ends a's minor, the one nearest its end
+    EXPECT_FALSE(game->offIce(kHome, a));
+    EXPECT_TRUE(game->offIce(kHome, b));
+    EXPECT_TRUE(game->offIce(kHome, m));
+    EXPECT_TRUE(box(kHome)[1].running);
+    EXPECT_EQ(skaters()[kHome], 3);
+    game->penaltyGoal(kVisitor);  // then b's
+    EXPECT_FALSE(game->offIce(kHome, b));
+    EXPECT_EQ(skaters()[kHome], 4);
+    // Five-on-four, five-on-three and back count as one power play.
+    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);
+    EXPECT_EQ(s().pen.PenaltyKills[kHome], 1);
+    EXPECT_EQ(s().pen.PowerPlayGoals[kVisitor], 3);
+}
+
+TEST_F(PenaltyGame, AMajorEndsOnAGoalOnlyUnderItsRule) {
+    rules.MajorGoalcheck = 1;
+    start();
+    game->assessPenalty(kVisitor, skater(kVisitor, 4), PenaltyType::Major);
+    game->penaltyGoal(kHome);
+    EXPECT_EQ(skaters()[kVisitor], 5);
+}
+
+TEST_F(PenaltyGame, ADoubleMinorLosesOnlyItsFirstHalfToAGoal) {
+    int d = skater(kVisitor, 2);
+    game->assessPenalty(kVisitor, d, PenaltyType::DoubleMinor);
+    ASSERT_EQ(box(kVisitor).size(), 1u);
+    EXPECT_EQ(box(kVisitor)[0].PenaltySeconds, 240);
+    game->runPenaltyClock(50);
+    game->penaltyGoal(kHome);
+    EXPECT_EQ(box(kVisitor)[0].PenaltySeconds, 120);
+    EXPECT_EQ(skaters()[kVisitor], 4);
+    game->penaltyGoal(kHome);  // a goal in the second half ends it
+    EXPECT_TRUE(box(kVisitor).empty());
+    EXPECT_EQ(skaters()[kVisitor], 5);
+
+    // Once the first half has run out by the clock, a goal ends it all.
+    game->assessPenalty(kVisitor, d, PenaltyType::DoubleMinor);
+    game->runPenaltyClock(130);
+    EXPECT_FALSE(box(kVisitor)[0].DoubleMinorFlag);
+    game->penaltyGoal(kHome);
+    EXPECT_TRUE(box(kVisitor).empty());
+    EXPECT_EQ(s().pen.PenaltyMinutes[kVisitor], 8);
+}
+
+TEST_F(PenaltyGame, SubstitutionRulesKeepTheSideWhole) {
+    rules.MajorSubcheck = 1;
+    start();
+    int m = skater(kHome, 3);
+    game->assessPenalty(kHome, m, PenaltyType::Major);
+    EXPECT_EQ(skaters()[kHome], 5);
+    EXPECT_TRUE(game->offIce(kHome, m));  // he sits all the same
+
+    rules = standardRules();
+    rules.SubsOnAllPenaltiesCheck = 1;
+    start();
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
+    EXPECT_EQ(skaters()[kHome], 5);
+}
+
+TEST_F(PenaltyGame, PenaltyMinutesGoToThePlayerAndTheTeam) {
+    int p = skater(kHome, 1);
+    const PlayerRecord& rec = session->side(kHome).player(p);
+    int replay = statLine(rec, StatLineIndex::Replay).Pim;
+    int minors = rec.Minors[0];
+    game->assessPenalty(kHome, p, PenaltyType::Minor);
+    game->assessPenalty(kHome, p, PenaltyType::Misconduct);
+    EXPECT_EQ(statLine(rec, StatLineIndex::Game).Pim, 12);
+    EXPECT_EQ(statLine(rec, StatLineIndex::Replay).Pim, replay + 12);
+    EXPECT_EQ(rec.Minors[0], minors + 1);
+    EXPECT_EQ(rec.Minors[1], 1);
+    EXPECT_EQ(rec.Misconducts[1], 1);
+    EXPECT_EQ(session->side(kHome).team.TeamFor[1].Pim, 12);
+    EXPECT_EQ(s().pen.PenaltyMinutes[kHome], 12);
+    // A misconduct doesn't shorten the side.
+    EXPECT_EQ(skaters()[kHome], 4);
+
+    // A bench minor is served by a forward and charged to the team alone.
+    int seasonPim = session->side(kVisitor).team.TeamFor[0].Pim;
+    game->assessPenalty(kVisitor, kNoSlot, PenaltyType::Minor, PenaltyKind::OneSide, "too many men");
+    ASSERT_EQ(box(kVisitor).size(), 1u);
+    int server = box(kVisitor)[0].server;
+    ASSERT_NE(server, kNoSlot);
+    EXPECT_TRUE(isForward(session->side(kVisitor).player(server)));
+    EXPECT_EQ(session->side(kVisitor).team.TeamFor[0].Pim, seasonPim + 2);
+    EXPECT_EQ(skaters()[kVisitor], 4);
+
+    // A goalie doesn't go to the box for his own minor.
+    int goalie = s().goalie[kVisitor];
+    game->runPenaltyClock(120);
+    game->assessPenalty(kVisitor, goalie, PenaltyType::Minor);
+    EXPECT_NE(box(kVisitor)[0].server, goalie);
+    EXPECT_EQ(s().goalie[kVisitor], goalie);
+    EXPECT_EQ(s().onIce[kVisitor][IcePos::GoalieOrExtra], goalie);
+}
+
+TEST_F(PenaltyGame, APenaltyRunsOnIntoOvertime) {
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
+    game->runPenaltyClock(0);  // called in an earlier play
+    GameState& e = game->editState();
+    e.Period = 3;
+    e.Clock = 2;  // the horn sounds in this play
+    e.Score = {2, 2};
+    e.PlayZone = Zone::NeutralZone;
+    e.PuckTeam = kVisitor;
+    game->OffenseCommand(Call::Balanced);
+    ASSERT_EQ(s().Period, 4);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    ASSERT_EQ(box(kHome).size(), 1u);
+    EXPECT_EQ(box(kHome)[0].PenaltySeconds, 118);
+    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);  // still the same power play
+}
+
+TEST_F(PenaltyGame, ADelayedPenaltyIsCalledWhenTheOffendersTouchThePuck) {
+    GameState& e = game->editState();
+    auto play = [&](int puck, Result r) {
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = puck;
+        e.PlayResult = r;
+        e.Clock = 600;
+        game->ApplyPlay();
+    };
+    e.penaltyOn = kHome;
+    play(kVisitor, Result::Penalty);
+    EXPECT_EQ(s().pen.DelayedState, 1);
+    EXPECT_TRUE(box(kHome).empty());
+    EXPECT_EQ(s().PlayZone, Zone::NeutralZone);  // the visitors play on
+    EXPECT_EQ(s().PuckTeam, kVisitor);
+    play(kVisitor, Result::Pass);
+    EXPECT_EQ(s().pen.DelayedState, 1);
+    play(kVisitor, Result::To);  // the home side has the puck: whistle
+    EXPECT_EQ(s().pen.DelayedState, 0);
+    ASSERT_EQ(box(kHome).size(), 1u);
+    EXPECT_EQ(skaters()[kHome], 4);
+    EXPECT_EQ(text(s().PlayZone), "FACEOFF-DEFENSE-2-1");
+
+    // A goal on the delayed call stands for the power play: the minor is
+    // charged but not served.
+    game->runPenaltyClock(120);
+    int before = s().pen.PenaltyMinutes[kHome];
+    e.penaltyOn = kHome;
+    play(kVisitor, Result::Penalty);
+    ASSERT_EQ(s().pen.DelayedState, 1);
+    e.PlayZone = Zone::OffenseZone;
+    e.PlayResult = Result::Goal;
+    game->ApplyPlay();
+    EXPECT_EQ(s().pen.DelayedState, 0);
+    int minutes = s().pen.PenaltyMinutes[kHome] - before;
+    EXPECT_GE(minutes, 2);
+    if (minutes == 2) {
+        EXPECT_TRUE(box(kHome).empty());
+    }
+}
+
+TEST_F(PenaltyGame, APowerPlayIsCountedWhenASideGainsTheEdge) {
+    auto& pp = s().pen.PowerPlays;
+    game->assessPenalty(kVisitor, skater(kVisitor, 0), PenaltyType::Minor);
+    EXPECT_EQ(pp, (std::array<int, 2>{0, 1}));
+    game->runPenaltyClock(30);
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);  // four on four
+    EXPECT_EQ(skaters(), (std::array<int, 2>{4, 4}));
+    game->runPenaltyClock(90);  // the visitor's man is back: their power play
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    EXPECT_EQ(pp, (std::array<int, 2>{1, 1}));
+    game->runPenaltyClock(30);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    // Two at once, then one served: one power play.
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
+    game->assessPenalty(kHome, skater(kHome, 1), PenaltyType::Minor);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 3}));
+    game->runPenaltyClock(120);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
+    EXPECT_EQ(s().pen.PenaltyKills, (std::array<int, 2>{1, 2}));
+    // A pulled goalie is no power play.
+    GameState& e = game->editState();
+    e.GoaliePulled[kHome] = true;
+    game->runPenaltyClock(1);
+    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
+}
+
+TEST_F(PenaltyGame, APenaltyShotIsTakenAndCounted) {
+    int fouled = skater(kVisitor, 1);
+    int goalie = s().goalie[kHome];
+    int goals = 0;
+    for (int i = 0; i < 40; ++i) goals += game->PenaltyShot(kVisitor, fouled) ? 1 : 0;
+    const PlayerRecord& p = session->side(kVisitor).player(fouled);
+    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotAttempts, 40);
+    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotGoals, goals);
+    EXPECT_EQ(statLine(session->side(kHome).player(goalie), StatLineIndex::Game).GoaliePenaltyShotsFaced, 40);
+    EXPECT_EQ(s().Score[kVisitor], goals);
+    EXPECT_GT(goals, 2);
+    EXPECT_LT(goals, 30);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(s().pen.PenaltyMinutes, (std::array<int, 2>{0, 0}));
+}
+
+TEST_F(PenaltyGame, TheMatchPenaltyAndTheMisconductRulePutMenOut) {
+    int m = skater(kHome, 2);
+    game->assessPenalty(kHome, m, PenaltyType::Match);
+    EXPECT_TRUE(s().find.PlayerOut[kHome][std::size_t(m)]);
+    ASSERT_EQ(box(kHome).size(), 1u);
+    EXPECT_NE(box(kHome)[0].server, m);  // a teammate serves
+    EXPECT_EQ(skaters()[kHome], 4);
+    EXPECT_EQ(s().pen.PenaltyMinutes[kHome], 10);
+    game->runPenaltyClock(300);
+    EXPECT_EQ(skaters()[kHome], 5);
+    EXPECT_TRUE(game->offIce(kHome, m));
+
+    rules.GameMisconductCheck = 1;
+    rules.MiscConductLengthList = 0;
+    start();
+    int f = skater(kVisitor, 0);
+    game->assessPenalty(kVisitor, f, PenaltyType::Major);
+    EXPECT_EQ(s().pen.PenaltyMinutes[kVisitor], 15);
+    game->runPenaltyClock(300);
+    // The major is served; the side is whole, the man sits on.
+    EXPECT_EQ(skaters()[kVisitor], 5);
+    EXPECT_TRUE(game->offIce(kVisitor, f));
+    game->runPenaltyClock(600);
+    EXPECT_TRUE(s().find.PlayerOut[kVisitor][std::size_t(f)]);
+}
+
+TEST_F(PenaltyGame, FightersGetMajorsAndTheSidesStayEven) {
+    int v = skater(kVisitor, 0), h = skater(kHome, 0);
+    int before = session->side(kVisitor).player(v).Fights[2];
+    game->fight({v, h}, kVisitor);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_TRUE(game->offIce(kVisitor, v));
+    EXPECT_TRUE(game->offIce(kHome, h));
+    EXPECT_EQ(s().pen.PenaltyMinutes, (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(session->side(kVisitor).player(v).Fights[2], before + 1);
+    EXPECT_EQ(session->side(kHome).team.FightsCount[1], 1);
+    EXPECT_EQ(s().pen.fightCount, 1);
+    EXPECT_EQ(s().pen.PowerPlays, (std::array<int, 2>{0, 0}));
+    game->runPenaltyClock(300);
+    EXPECT_FALSE(game->offIce(kVisitor, v));
+}
+
+TEST_F(PenaltyGame, AnInstigatorPutsHisSideShortNowAndThen) {
+    rules.FightInstigatorCheck = 1;
+    int instigated = 0;
+    for (std::uint64_t seed = 0; seed < 60; ++seed) {
+        start();
+        game = std::make_unique<Game>(*session, GameOptions{.seed = seed});
+        game->InitGame();
+        game->fight({skater(kVisitor, 0), skater(kHome, 0)}, kHome);
+        EXPECT_EQ(skaters()[kVisitor], 5);
+        if (skaters()[kHome] == 4) {
+            ++instigated;
+            EXPECT_EQ(s().pen.PenaltyMinutes[kHome], 7);
+        }
+    }
+    EXPECT_GT(instigated, 3);
+    EXPECT_LT(instigated, 30);
+
+    rules.FightInstigatorCheck = 0;
+    for (std::uint64_t seed = 0; seed < 20; ++seed) {
+        start();
+        game = std::make_unique<Game>(*session, GameOptions{.seed = seed});
+        game->InitGame();
+        game->fight({skater(kVisitor, 0), skater(kHome, 0)}, kHome);
+        EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    }
+}
+
+TEST_F(PenaltyGame, AThirdFightOrTheMisconductRuleEndsAFightersGame) {
+    rules.ThreeFightMajorsCheck = 1;
+    start();
+    int v = skater(kVisitor, 1);
+    for (int i = 0; i < 3; ++i) {
+        game->fight({v, skater(kHome, std::size_t(i))}, kVisitor);
+        game->runPenaltyClock(300);
+        if (i < 2) {
+            EXPECT_FALSE(game->offIce(kVisitor, v)) << i;
+        }
+    }
+    EXPECT_TRUE(s().find.PlayerOut[kVisitor][std::size_t(v)]);
+
+    rules = standardRules();
+    rules.GameMisconductCheck = 1;
+    rules.MiscConductLengthList = 0;
+    start();
+    int a = skater(kVisitor, 0), b = skater(kHome, 0);
+    game->fight({a, b}, kVisitor);
+    game->runPenaltyClock(300);
+    game->runPenaltyClock(600);
+    EXPECT_TRUE(s().find.PlayerOut[kVisitor][std::size_t(a)]);
+    EXPECT_TRUE(s().find.PlayerOut[kHome][std::size_t(b)]);
+    EXPECT_EQ(s().pen.PenaltyMinutes[kVisitor], 15);
+}
+
+TEST_F(PenaltyGame, NoFightingMeansNoFightChance) {
+    rules.NoFightingCheck = 1;
+    start();
+    for (int i = 0; i < 50; ++i) {
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.LastPlayResult = Result::Pass;
+        PlayChances c;
+        game->PenaltyChances(c);
+        EXPECT_EQ(c.FightChance, 0);
+        EXPECT_GT(c.PenaltyOppChance, 0);
+    }
+}
+
+TEST_F(PenaltyGame, NoPenaltyIsCalledInTheOffensiveZoneOrRightAfterOne) {
+    GameState& e = game->editState();
+    e.PlayZone = Zone::OffenseZone;
+    PlayChances c;
+    game->PenaltyChances(c);
+    EXPECT_EQ(c.PenaltyOppChance + c.PenaltyOwnChance + c.PenaltyBothChance + c.FightChance, 0);
+    e.PlayZone = Zone::DefenseZone;
+    e.LastPlayResult = Result::Penalty;
+    game->PenaltyChances(c);
+    EXPECT_EQ(c.PenaltyOppChance + c.PenaltyOwnChance + c.PenaltyBothChance + c.FightChance, 0);
+    // A side already at three draws no more calls against it.
+    e.LastPlayResult = Result::Pass;
+    e.PuckTeam = kVisitor;
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
+    game->assessPenalty(kHome, skater(kHome, 1), PenaltyType::Minor);
+    game->PenaltyChances(c);
+    EXPECT_EQ(c.PenaltyOppChance, 0);
+}
+
+// Men hurt in play: those who missed many real games get hurt, those who
+// played every real game don't, and the rule turns it all off.
+TEST_F(PenaltyGame, InjuriesFollowTheGamesAManReallyMissed) {
+    auto hurtBySide = [&](std::uint8_t injuryRule) {
+        rules.InjuryCheck = injuryRule;
+        start();
+        for (int side : {kVisitor, kHome}) {
+            int games = shippedEra().year(2017).Games;
+            for (PlayerRecord& p : session->side(side).GameRoster) {
+                statLine(p, StatLineIndex::Real).GP = std::uint8_t(side == kVisitor ? games / 3 : games);
+                statLine(p, StatLineIndex::Replay).GP = 0;
+            }
+        }
+        std::array<int, 2> hurt{};
+        for (std::uint64_t seed = 0; seed < 30; ++seed) {
+            game = std::make_unique<Game>(*session, GameOptions{.seed = seed});
+            game->InitGame();
+            GameState& e = game->editState();
+            for (int i = 0; i < 150; ++i) {
+                e.PlayZone = Zone::NeutralZone;
+                e.PuckTeam = i % 2;
+                e.PlayResult = Result::Pass;
+                e.Clock = 600;
+                game->ApplyPlay();
+            }
+            for (int side : {kVisitor, kHome})
+                for (std::int16_t games : s().pen.InjuredInGame[std::size_t(side)])
+                    hurt[std::size_t(side)] += games > 0;
+        }
+        return hurt;
+    };
+    std::array<int, 2> hurt = hurtBySide(1);
+    EXPECT_GT(hurt[kVisitor], 10);
+    EXPECT_EQ(hurt[kHome], 0);
+    EXPECT_EQ(hurtBySide(0), (std::array<int, 2>{0, 0}));
+}
+
+TEST_F(PenaltyGame, AnInjuredManIsReplacedAndMissesTheRest) {
+    int hurt = skater(kHome, 1);
+    game->injure(kHome, hurt, 5);
+    EXPECT_TRUE(s().find.PlayerOut[kHome][std::size_t(hurt)]);
+    EXPECT_GE(s().pen.InjuredInGame[kHome][std::size_t(hurt)], 1);
+    EXPECT_LE(s().pen.InjuredInGame[kHome][std::size_t(hurt)], 5);
+    EXPECT_FALSE(s().onIce[kHome].holds(hurt));
+    EXPECT_EQ(onIce(kHome), 5);  // someone took his place
+    EXPECT_EQ(skaters()[kHome], 5);
+    // The injured goalie gives way to the backup.
+    int goalie = s().goalie[kVisitor];
+    game->injure(kVisitor, goalie, 0);
+    EXPECT_NE(s().goalie[kVisitor], goalie);
+    EXPECT_NE(s().goalie[kVisitor], kNoSlot);
+    EXPECT_EQ(s().onIce[kVisitor][IcePos::GoalieOrExtra], s().goalie[kVisitor]);
+}
+
+// A season's worth of games of a made-up 2017 league comes near the real
+// league of its year in penalty minutes and power plays.
+TEST(PenaltyRates, AMadeUpSeasonPlaysNearItsEra) {
+    League2017 lg(7, 8);
+    Random draws(7);
+    ScheduleRequest request;
+    request.gamesPerTeam = 64;
+    request.seasonYear = 2017;
+    GeneratedSchedule schedule = generateSchedule(lg.teams, request, draws);
+    ASSERT_GE(schedule.records.size(), 250u);
+    long pim = 0, powerPlays = 0, ppGoals = 0, fights = 0, injuries = 0;
+    int games = 0;
+    std::array<long, 4> kinds{};
+    std::uint64_t seed = 700;
+    for (const GameRecord& row : schedule.records) {
+        if (games == 250) break;
+        GameSession session({lg.dir.path(), defaultRules(2017), &shippedEra(), nullptr});
+        Random loadDraws(++seed);
+        session.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, loadDraws);
+        Game game(session, GameOptions{.seed = seed});
+        game.playToEnd();
+        const PenaltyState& pen = game.state().pen;
+        for (int side : {0, 1}) {
+            auto i = std::size_t(side);
+            pim += pen.PenaltyMinutes[i];
+            powerPlays += pen.PowerPlays[i];
+            ppGoals += pen.PowerPlayGoals[i];
+            fights += pen.fights[i];
+            EXPECT_EQ(pen.PowerPlays[i], pen.PenaltyKills[1 - i]);
+            EXPECT_LE(pen.PowerPlayGoals[i], pen.PowerPlays[i] + 1);
+            EXPECT_GE(game.state().Skaters[i], 3);
+        }
+        injuries += pen.injuries;
+        for (int side : {0, 1})
+            for (const PlayerRecord& p : session.side(side).GameRoster) {
+                kinds[0] += p.Minors[1];
+                kinds[1] += p.Majors[1];
+                kinds[2] += p.Misconducts[1] + p.GameMisconducts[1];
+                kinds[3] += p.MatchPenalties[1];
+            }
+        ++games;
+    }
+    double teamGames = 2.0 * games;
+    const EraRecord& era = shippedEra().year(2017);
+    double eraPim = era.PimPerGame / 2;
+    std::printf(
+        "[ rates    ] per team-game: PIM %.2f (era %.2f), power plays %.2f, PP%% %.1f (era %.1f), "
+        "fights a game %.3f (era %.3f), injuries a game %.2f\n",
+        pim / teamGames, eraPim, powerPlays / teamGames, 100.0 * ppGoals / std::max(1L, powerPlays), era.PowerPlayPct,
+        fights / teamGames, era.FightsPerGame, double(injuries) / games);
+    std::printf("[ rates    ] per team-game: minors %.2f, majors %.2f, misconducts %.3f, match %.3f\n",
+                kinds[0] / teamGames, kinds[1] / teamGames, kinds[2] / teamGames, kinds[3] / teamGames);
+    EXPECT_NEAR(pim / teamGames, eraPim, eraPim * .2);
+    // The real league of that season had 3.04 power plays a team-game.
+    EXPECT_NEAR(powerPlays / teamGames, 3.04, .6);
+}
+
+}  // namespace
+}  // namespace tallyrink
