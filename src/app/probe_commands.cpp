@@ -125,7 +125,11 @@ void probeGame(const GlobalOptions& options, const ProbeOptions& o) {
         if (sit.zone == Zone::OffenseZone) game.HkSetPlayCallList();
         game.FindCarrier();
         game.FindDefender();
-        if (sit.zone == Zone::OffenseShooter && s.find.CarrierPos != kNoPos)
+        // As a play leaves them: the carrier of the offensive zone at the
+        // point or the half-wall, the set-up shooter in the slot.
+        if (s.find.CarrierPos != kNoPos && sit.zone == Zone::OffenseZone)
+            s.find.Spot[static_cast<std::size_t>(s.find.CarrierPos)] = kSpotOut;
+        if (s.find.CarrierPos != kNoPos && sit.zone == Zone::OffenseShooter)
             s.find.Spot[static_cast<std::size_t>(s.find.CarrierPos)] = kSpotIn;
         printGrid(game, sit, code);
     }

@@ -263,6 +263,18 @@ void Game::chooseCarrier() {
     if (z == Zone::OffenseZone && s_.StepPuckTeam == s_.PuckTeam &&
         (s_.LastPlayResult == Result::Block || s_.LastPlayResult == Result::Miss || s_.LastPlayResult == Result::Save))
         pick = false;
+    // A set play goes to the man the coach chose: the carrier passes to him.
+    if (isCall(call, {Call::PlayShoot, Call::PlayTo}) && !s_.ProbeOnly && f.PlayTarget != f.Carrier &&
+        positionOf(s_.PuckTeam, f.PlayTarget) != kNoPos) {
+        f.Passer2 = f.Passer1;
+        f.Passer2Pos = f.Passer1Pos;
+        f.Passer1 = f.Carrier;
+        f.Passer1Pos = f.CarrierPos;
+        f.LastPasser = f.Carrier;
+        f.Carrier = f.PlayTarget;
+        pick = false;
+    }
+    if (!s_.ProbeOnly) f.PlayTarget = kNoSlot;
     // A carrier who is no longer on the ice, or none at all, is found anew.
     if (f.Carrier == kNoSlot || positionOf(s_.PuckTeam, f.Carrier) == kNoPos) pick = true;
     if (s_.ProbeOnly) pick = false;

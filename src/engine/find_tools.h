@@ -63,6 +63,9 @@ struct FindState {
     std::array<OpenMan, kIcePositions> openMen{};
     int openCount = 0;
     int ListCarrier = kNoSlot;  // Carrier when the list was built; kNoSlot outside the offensive zone
+    // The man a "PLAY-SHOOT" or "PLAY-TO" is run to, chosen from the open
+    // men by the coach; he takes the puck at his spot.
+    int PlayTarget = kNoSlot;
 
     // The other side's man on the carrier, and the picks of the events.
     int Defender = kNoSlot;
