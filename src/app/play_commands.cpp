@@ -127,6 +127,8 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     GameOptions gameOptions;
     gameOptions.seed = seed;
     gameOptions.noDisplay = o.fast;
+    if (!session2.PlayoffGame)
+        gameOptions.calibration = seasonCalibration(session->league(), session->era(), session->rules(), loadDraws);
     Game game(session2, gameOptions, o.fast ? nullptr : &printer);
     game.playToEnd();
     if (!o.fast) fmt::print("\n");

@@ -213,7 +213,6 @@ private:
     void moveForecheck();
     void chooseCarrier();
     void eraFactors();
-    void seasonCalibration();
     void drawGoalieForm();
     // The chances' part of InitGame: goalie form and calibration.
     void initChances();
@@ -246,6 +245,7 @@ private:
     // Era figures of a year for a side's level (college columns for a
     // college team); a year outside the table takes `fallback`'s.
     [[nodiscard]] EraFigures eraFiguresOf(int year, int side, int fallback = 2008) const;
+
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
     Result splitTurnover(const PlayChances& c);
