@@ -68,5 +68,6 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options);
 void addReportCommands(CLI::App& app, GlobalOptions& options);
 void addBenchCommands(CLI::App& app, GlobalOptions& options);
 void addSimulateCommands(CLI::App& app, GlobalOptions& options);
+void addProbeCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -29,6 +29,7 @@ int main(int argc, char** argv) {
     addReportCommands(app, options);
     addBenchCommands(app, options);
     addSimulateCommands(app, options);
+    addProbeCommands(app, options);
 
     try {
         app.parse(argc, argv);

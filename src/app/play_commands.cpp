@@ -141,6 +141,8 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     if (o.coach == "visitor" || o.coach == "both") gameOptions.coach[kVisitor] = CoachKind::Human;
     if (o.coach == "home" || o.coach == "both") gameOptions.coach[kHome] = CoachKind::Human;
     if (o.fast) terminal.pace = 0;
+    if (!session2.PlayoffGame)
+        gameOptions.calibration = seasonCalibration(session->league(), session->era(), session->rules(), loadDraws);
     Game game(session2, gameOptions, gameOptions.noDisplay ? nullptr : &presenter);
     coachGame(game, presenter, std::cin, std::cout);
     std::cout.flush();

@@ -1,10 +1,25 @@
 #include "engine/find_tools.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "engine/game.h"
+#include "team/positions.h"
 
 namespace tallyrink {
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+int other(int side) { return side == 0 ? 1 : 0; }
+
+// Weights are whole numbers: every factor is applied and rounded at once.
+void times(std::int32_t& w, double f) { w = static_cast<std::int32_t>(roundHalfEven(w * f)); }
+std::int32_t whole(double x) { return static_cast<std::int32_t>(roundHalfEven(x)); }
+
+constexpr int kMaxTries = 500;
+
+}  // namespace
 
 std::string_view spotText(int spot) {
     switch (spot) {
@@ -23,168 +38,684 @@ std::string_view spotText(int spot) {
     }
 }
 
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-int other(int side) { return side == 0 ? 1 : 0; }
-
-}  // namespace
-
-// Stand-ins until the weighted picks are built: plain choices among the
-// men on the ice, weighted by their real rates, so that the events have a
-// carrier, passers, a hitter and the rest to credit.
-
-namespace {
-
-// A position of `ice` among 0..4 by weight; kNoPos when nobody qualifies.
-template <class Weight>
-int pickPosition(const OnIce& ice, Random& rng, Weight weight) {
-    std::array<double, 5> w{};
-    double total = 0;
-    for (int pos = 0; pos < 5; ++pos) {
-        int slot = ice.slot[at(pos)];
-        if (slot == kNoSlot) continue;
-        w[at(pos)] = std::max(0.0, weight(pos, slot));
-        total += w[at(pos)];
+std::string_view text(RushType r) {
+    switch (r) {
+        case RushType::OneZero:
+            return "1-0";
+        case RushType::TwoOne:
+            return "2-1";
+        case RushType::ThreeOne:
+            return "3-1";
+        case RushType::ThreeTwo:
+            return "3-2";
+        case RushType::None:
+            break;
     }
-    if (total <= 0) return kNoPos;
-    double r = rng.rnd() * total;
-    for (int pos = 0; pos < 5; ++pos) {
-        if (w[at(pos)] <= 0) continue;
-        if (r < w[at(pos)]) return pos;
-        r -= w[at(pos)];
-    }
+    return "";
+}
+
+// ---- Shared pieces ---------------------------------------------------------------
+
+int Game::slotAt(int side, int pos) const {
+    if (pos < 0 || pos >= static_cast<int>(kIcePositions)) return kNoSlot;
+    return s_.onIce[at(side)].slot[at(pos)];
+}
+
+int Game::positionsInPlay(int side) const { return s_.GoaliePulled[at(side)] ? 6 : 5; }
+
+int Game::positionOf(int side, int slot) const {
+    if (slot == kNoSlot) return kNoPos;
+    for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos)
+        if (s_.onIce[at(side)].slot[at(pos)] == slot) return pos;
     return kNoPos;
 }
 
-}  // namespace
+bool Game::alternateReality() const { return session_.league().rules.AlternateRealityCheck == 1; }
+
+bool Game::available(int side, int slot) const { return slot != kNoSlot && !s_.find.PlayerOut[at(side)][at(slot)]; }
+
+bool Game::stickBroken(int side, int slot) const { return slot != kNoSlot && s_.find.BrokenStick[at(side)][at(slot)]; }
+
+// The weighted draw: running totals over the rows, scaled down to 30000
+// when larger, a pick by Rand(total); the first row whose running total
+// reaches the draw wins. No weight at all leaves the default.
+int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows, int fallback) {
+    std::array<std::int64_t, kIcePositions> running{};
+    std::int64_t total = 0;
+    for (int i = 0; i < rows; ++i) {
+        total += std::max(0, w[at(i)]);
+        running[at(i)] = total;
+    }
+    if (total <= 0) return fallback;
+    if (total > 30000) {
+        double f = 30000.0 / static_cast<double>(total);
+        for (int i = 0; i < rows; ++i) running[at(i)] = std::llround(roundHalfEven(running[at(i)] * f));
+        total = running[at(rows - 1)];
+        if (total <= 0) return fallback;
+    }
+    auto v = static_cast<std::int64_t>(rng_.rand(static_cast<int>(total)));
+    for (int i = 0; i < rows; ++i)
+        if (v <= running[at(i)]) return i;
+    return fallback;
+}
+
+// ---- The carrier -----------------------------------------------------------------
+
+// A shooter's weight: his real shots less his set-up play, his share of
+// power-play or short-handed scoring, his coach's usage, fatigue, and the
+// comparison of his replay shot rate with his real one (a man who shoots
+// more than he did in real life is picked less).
+std::int32_t Game::carrierWeight(int pos, int unitPPG) {
+    const int side = s_.PuckTeam;
+    const int slot = slotAt(side, pos);
+    const SideTables& t = session_.side(side);
+    const PlayerRecord& p = t.player(slot);
+    const StatLine& real = statLine(p, StatLineIndex::Real);
+    const StatLine& replay = statLine(p, StatLineIndex::Replay);
+    const SetRates& rr = t.rate(RateSet::Real, slot);
+    const double S = rr.ShotsPer60, A = rr.AssistsPer60, G = rr.GoalsPer60;
+    const bool pp = powerPlay(side);
+    const bool sh = powerPlay(other(side));
+    const bool point = pos == 3 || pos == 4;
+    double q = .25;
+    if (unitPPG > 0 && real.Goals > 0) q = static_cast<double>(real.PPG) / real.Goals;
+
+    std::int32_t w = whole(S * 10 * (1 - q));
+    w = whole(w - A * 5);
+    if (w < S * .1) w = whole(S * .1);
+    if (S > 6 + 3 * rng_.rnd() && A < 1.5 + rng_.rnd()) times(w, .6);
+    double r = rng_.rnd();
+    if (A > 2 + 2 * r && A > (1.8 + .4 * rng_.rnd()) * G) times(w, 3);
+    if (point) times(w, .65);
+    if (pp && point) {
+        if (!hasFlag(p, Flag::Defense) && real.PPG >= rng_.rand(7)) times(w, 5);
+        times(w, .55);
+        if (q > .2 + .2 * rng_.rnd() && real.PPG >= rng_.rand(7)) times(w, 3);
+    }
+    if (pp && unitPPG > 0) {
+        if (q < .25 - .1 * rng_.rnd()) times(w, .2);
+        if (q < .15 - .1 * rng_.rnd()) times(w, .2);
+        if (q < .1 * rng_.rnd()) times(w, .2);
+        if (q > .25 + .1 * rng_.rnd()) times(w, 3);
+        if (q > .35 + .1 * rng_.rnd()) times(w, 3);
+        if (q > .45 + .1 * rng_.rnd()) times(w, 3);
+    }
+    int usage = p.UsageSogAggressiveness == 0 ? 3 : p.UsageSogAggressiveness;
+    times(w, (usage - 3) * .2 + 1);
+    if (pp && real.PPG >= rng_.rand(5)) {
+        double pace = (real.PPG / (real.GP + 1.0)) / (.58 / 2.67);
+        if (pace >= 1 + .2 * rng_.rnd())
+            times(w, 3);
+        else if (pace <= 1 - .2 * rng_.rnd())
+            times(w, .5);
+        if (replay.GP >= 3 + rng_.rand(10) && real.PPG > 0) {
+            double m = (replay.PPG / (replay.GP + 1.0)) / (real.PPG / (real.GP + 1.0));
+            if (m >= 1 + .2 * rng_.rnd())
+                times(w, .5);
+            else if (m <= 1 - .2 * rng_.rnd())
+                times(w, 3);
+        }
+    }
+    if (sh && real.SHG >= rng_.rand(3)) {
+        double pace = (real.SHG / (real.GP + 1.0)) / (.08 / 2.67);
+        if (pace >= 1 + .5 * rng_.rnd())
+            times(w, 2);
+        else if (pace <= 1 - .5 * rng_.rnd())
+            times(w, .5);
+        if (replay.GP >= 3 + rng_.rand(10) && real.SHG > 0) {
+            double m = (replay.SHG / (replay.GP + 1.0)) / (real.SHG / (real.GP + 1.0));
+            if (m >= 1 + .2 * rng_.rnd())
+                times(w, .5);
+            else if (m <= 1 - .2 * rng_.rnd())
+                times(w, 2);
+        }
+    }
+    const double R = t.rate(RateSet::Replay, slot).ShotsPer60;
+    if (usage == 3 && shotSteering() && S > 0 && R > 0 && real.Sog > 50 + rng_.rand(50) &&
+        replay.Sog >= 5 + rng_.rand(5)) {
+        if (R > (1.05 + .05 * rng_.rnd()) * S) times(w, .5);
+        if (R > (1 + .05 * rng_.rnd()) * S) times(w, rng_.rnd());
+        if (R < (1 - .05 * rng_.rnd()) * S) times(w, 1 + rng_.rnd());
+        if (R < (1.05 - .05 * rng_.rnd()) * S) times(w, 1.5);
+    }
+    int energy = s_.Energy[at(side)][at(slot)];
+    for (int e : {69, 49, 29})
+        if (energy <= e) times(w, .8);
+    if (alternateReality()) w = whole(w + p.FormBias * .05);
+    if (stickBroken(side, slot)) return 0;
+    return std::max(w, 1);
+}
+
+// The steering of shot rates runs only where the replay is meant to follow
+// the real season: a real team against one of its own season.
+bool Game::shotSteering() const {
+    const SideTables& puck = session_.side(s_.PuckTeam);
+    const SideTables& opp = session_.side(s_.OtherTeam());
+    return puck.team.TeamType.str() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
+}
 
 void Game::FindCarrier() {
+    if (s_.ProbeOnly) return;
     FindState& f = s_.find;
-    int side = s_.PuckTeam;
-    const OnIce& ice = s_.onIce[at(side)];
+    const int side = s_.PuckTeam;
+    const int rows = positionsInPlay(side);
+    int unitPPG = 0;
+    for (int pos = 0; pos < rows; ++pos) {
+        int slot = slotAt(side, pos);
+        if (slot != kNoSlot) unitPPG += statLine(session_.side(side).player(slot), StatLineIndex::Real).PPG;
+    }
+    std::array<std::int32_t, kIcePositions> w{};
+    for (int pos = 0; pos < rows; ++pos) {
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot || slot == f.LastPasser || !available(side, slot)) continue;
+        w[at(pos)] = carrierWeight(pos, unitPPG);
+    }
+    int pick = kNoPos;
+    for (int tries = 0; tries < kMaxTries * 2; ++tries) {
+        pick = weightedPick(w, rows, 2 + rng_.rand(2));
+        int slot = slotAt(side, pick);
+        if (slot == kNoSlot || !available(side, slot)) continue;
+        if (stickBroken(side, slot) && tries < kMaxTries) continue;
+        break;
+    }
+    if (slotAt(side, pick) == kNoSlot) pick = firstOccupied(side);
+    int spot = kSpotOut;
+    if (s_.PlayZone == Zone::OffenseShooter)
+        spot = rng_.rand(10) <= 3 ? kSpotOut : kSpotMid;
+    else if (s_.PlayZone == Zone::OffenseZone)
+        spot = pick <= 2 ? kSpotBehind : kSpotOut;
+    if (f.DrawForcedEntry && (f.drawCall == Call::DrawForward || f.drawCall == Call::DrawBack)) {
+        if (f.drawCall == Call::DrawForward) {
+            for (int tries = 0; tries < 100; ++tries) {
+                int pos = rng_.rand(3) - 1;
+                if (slotAt(side, pos) != kNoSlot) {
+                    pick = pos;
+                    break;
+                }
+            }
+            spot = kSpotBehind;
+        } else {
+            int pos = 2 + rng_.rand(2);
+            if (slotAt(side, pos) != kNoSlot) pick = pos;
+            spot = kSpotOut;
+        }
+    }
+    f.CarrierPos = pick;
+    f.Carrier = slotAt(side, pick);
+    if (pick != kNoPos) f.Spot[at(pick)] = spot;
+}
+
+int Game::firstOccupied(int side) const {
+    for (int pos = 0; pos < positionsInPlay(side); ++pos)
+        if (slotAt(side, pos) != kNoSlot) return pos;
+    return kNoPos;
+}
+
+// ---- The passers -------------------------------------------------------------------
+
+std::int32_t Game::passerWeight(int pos, bool second) {
+    const FindState& f = s_.find;
+    const int side = s_.PuckTeam;
+    const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
-    int pos = kNoPos;
-    if (f.DrawForcedEntry) {
-        pos = f.drawCall == Call::DrawBack ? 3 + rng_.rand(2) - 1 : rng_.rand(3) - 1;
-        if (pos != kNoPos && ice.slot[at(pos)] != kNoSlot)
-            f.Spot[at(pos)] = f.drawCall == Call::DrawBack ? kSpotOut : kSpotBehind;
-        else
-            pos = kNoPos;
+    const PlayerRecord& p = t.player(slot);
+    const SetRates& rr = t.rate(RateSet::Real, slot);
+    const double A = std::min(rr.AssistsPer60, 7.0), G = rr.GoalsPer60, S = rr.ShotsPer60;
+    const double R = t.rate(RateSet::Replay, slot).AssistsPer60;
+    const StatLine& replay = statLine(p, StatLineIndex::Replay);
+    const bool pp = powerPlay(side);
+
+    std::int32_t w = f.Carrier == kNoSlot ? whole(A * A) + 1 : whole(std::pow(A, 5)) + 1;
+    if (!second) {
+        if (A > 2.5 + 1.5 * rng_.rnd()) times(w, 5);
+        if (A > (1.6 + .6 * rng_.rnd()) * G) times(w, 5);
+        if (A > 2.5 + rng_.rnd() && A > (1.6 + .6 * rng_.rnd()) * G) times(w, 5);
+        if (S > 7 + 4 * rng_.rnd() && A > 2 + 1.5 * rng_.rnd()) times(w, 5);
+        if (S > 8 + 4 * rng_.rnd() && A > 3 + rng_.rnd()) times(w, 5);
+        bool topThere = false;
+        if (f.TopPlaymaker != kNoSlot) {
+            double top = std::min(t.rate(RateSet::Real, f.TopPlaymaker).AssistsPer60, 7.0);
+            topThere = top > 2.5 + 1.5 * rng_.rnd();
+            if (slot != f.TopPlaymaker && topThere) times(w, .5);
+        }
+        if (replay.GP >= 2) {
+            if (R > (1.05 + .05 * rng_.rnd()) * A) times(w, .5);
+            if (R > (1 + .05 * rng_.rnd()) * A) times(w, rng_.rnd());
+            if (R < (1 - .05 * rng_.rnd()) * A) times(w, 1 + rng_.rnd());
+            if (R < (1.05 - .05 * rng_.rnd()) * A) times(w, 3);
+        }
+        if (!pp) {
+            times(w, .5);
+            if (p.PlayerYear <= 1965 + rng_.rand(10)) times(w, .5);
+            if (A < .5 * rng_.rnd()) times(w, .5);
+        } else if (pos == 3 || pos == 4) {
+            int topPos = positionOf(side, f.TopPlaymaker);
+            times(w, (topPos == 3 || topPos == 4) && topThere ? 1.5 : 2.5);
+        }
+    } else {
+        if (statLine(p, StatLineIndex::Game).Assists >= 2 + rng_.rand(2)) times(w, .5);
+        if (replay.GP >= 2) {
+            if (R > (1 + .1 * rng_.rnd()) * A) times(w, rng_.rnd() * rng_.rnd());
+            if (R < (1 - .1 * rng_.rnd()) * A) times(w, 1 + rng_.rnd());
+        }
+        if (!pp || hasFlag(p, Flag::Defense)) {
+            times(w, .5);
+            if (p.PlayerYear <= 1965 + rng_.rand(10)) times(w, .5);
+        }
     }
-    if (pos == kNoPos) {
-        bool offense = isOffenseState(s_.PlayZone);
-        pos = pickPosition(ice, rng_, [&](int p, int slot) {
-            if (slot == f.LastPasser) return 0.0;
-            const SetRates& r = t.rate(RateSet::Real, slot);
-            double w = offense ? .5 + r.ShotsPer60 : .5 + r.AssistsPer60;
-            if (!offense && p >= 3) w *= 1.5;
-            return w;
-        });
+    if (alternateReality()) w = whole(w + p.FormBias * .05);
+    if (stickBroken(side, slot)) return 0;
+    return std::max(w, 1);
+}
+
+// A broken stick passes the puck on to a defenseman, if he isn't the carrier.
+int Game::passerStickFallback(int pos) const {
+    const int side = s_.PuckTeam;
+    if (!stickBroken(side, slotAt(side, pos))) return pos;
+    int to = stickBroken(side, slotAt(side, 3)) ? 4 : 3;
+    int slot = slotAt(side, to);
+    if (slot == kNoSlot || slot == s_.find.Carrier) return kNoPos;
+    return to;
+}
+
+int Game::drawPasser(bool second) {
+    FindState& f = s_.find;
+    const int side = s_.PuckTeam;
+    const int rows = positionsInPlay(side);
+    std::array<std::int32_t, kIcePositions> w{};
+    for (int pos = 0; pos < rows; ++pos) {
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot || slot == f.Carrier || slot == f.LastPasser || !available(side, slot)) continue;
+        if (second && slot == f.Passer1) continue;
+        w[at(pos)] = passerWeight(pos, second);
     }
-    if (pos == kNoPos) pos = ice.slot[3] != kNoSlot ? 3 : kNoPos;
-    f.CarrierPos = pos;
-    f.Carrier = pos == kNoPos ? kNoSlot : ice.slot[at(pos)];
+    int pick = weightedPick(w, rows, 2 + rng_.rand(2));
+    int slot = slotAt(side, pick);
+    if (slot == kNoSlot || !available(side, slot) || slot == f.LastPasser) return kNoPos;
+    if (second && slot == f.Passer1) return kNoPos;
+    return passerStickFallback(pick);
 }
 
 void Game::FindPassers() {
+    if (s_.ProbeOnly || s_.PlayZone == Zone::Rush) return;
     FindState& f = s_.find;
-    int side = s_.PuckTeam;
-    const OnIce& ice = s_.onIce[at(side)];
+    const int side = s_.PuckTeam;
     const SideTables& t = session_.side(side);
-    auto weight = [&](int exclude) {
-        return [&, exclude](int, int slot) {
-            if (slot == f.Carrier || slot == exclude) return 0.0;
-            return .3 + t.rate(RateSet::Real, slot).AssistsPer60;
-        };
-    };
-    int p1 = pickPosition(ice, rng_, weight(kNoSlot));
-    f.Passer1Pos = p1;
-    f.Passer1 = p1 == kNoPos ? kNoSlot : ice.slot[at(p1)];
-    int p2 = p1 == kNoPos ? kNoPos : pickPosition(ice, rng_, weight(f.Passer1));
-    f.Passer2Pos = p2;
-    f.Passer2 = p2 == kNoPos ? kNoSlot : ice.slot[at(p2)];
+    f.TopPlaymaker = kNoSlot;
+    double best = -1;
+    for (int pos = 0; pos < positionsInPlay(side); ++pos) {
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot || isGoalie(t.player(slot))) continue;
+        double a = std::min(t.rate(RateSet::Real, slot).AssistsPer60, 7.0);
+        if (a > best) {
+            best = a;
+            f.TopPlaymaker = slot;
+        }
+    }
+
+    f.Passer1 = f.Passer2 = kNoSlot;
+    f.Passer1Pos = f.Passer2Pos = kNoPos;
+    for (int tries = 0; tries < 20; ++tries) {
+        int pos = drawPasser(false);
+        if (pos != kNoPos) {
+            f.Passer1Pos = pos;
+            f.Passer1 = slotAt(side, pos);
+            break;
+        }
+        if (rng_.rand(100) > 99) break;
+    }
+    for (int tries = 0; tries < 20; ++tries) {
+        int pos = drawPasser(true);
+        if (pos != kNoPos && slotAt(side, pos) == f.Carrier) {
+            f.Passer1 = kNoSlot;
+            f.Passer1Pos = kNoPos;
+            break;
+        }
+        if (pos != kNoPos && slotAt(side, pos) != f.Passer1) {
+            f.Passer2Pos = pos;
+            f.Passer2 = slotAt(side, pos);
+            break;
+        }
+        if (rng_.rand(10) > 9) break;
+    }
+
+    // Eras differ in how many goals carry a second assist.
+    const EraFigures era = eraFiguresOf(t.team.TeamYear, side);
+    double k = std::clamp((1.72 - era.assistsPerGoal) * 2500 * 1.35, 10.0, 999.0);
+    bool drop = rng_.rand(1000) <= k;
+    if (1 + .5 * rng_.rnd() > era.assistsPerGoal && rng_.rand(10) <= 9) drop = true;
+    if (drop) {
+        f.Passer2 = kNoSlot;
+        f.Passer2Pos = kNoPos;
+    }
 }
 
-void Game::FindPenalized() {}
+// ---- Penalties ---------------------------------------------------------------------
+
+std::int32_t Game::penaltyWeight(int side, int pos) {
+    const int slot = slotAt(side, pos);
+    const SideTables& t = session_.side(side);
+    const PlayerRecord& p = t.player(slot);
+    const StatLine& replay = statLine(p, StatLineIndex::Replay);
+    const double P = t.rate(RateSet::Real, slot).NonFightPimPer60;
+    const double P2 = t.rate(RateSet::Replay, slot).NonFightPimPer60;
+    const double T = t.rate(RateSet::Real, slot).PimPer60;
+    const double T2 = t.rate(RateSet::Replay, slot).PimPer60;
+
+    std::int32_t w = whole(P * 100);
+    int dressed = 0;
+    for (int s = 0; s < static_cast<int>(kRosterSlots); ++s) dressed += t.onTeam(s) ? 1 : 0;
+    if (dressed <= 16 && (pos == 3 || pos == 4) && p.PlayerYear <= 1975) times(w, .3);
+    if (P > 0 && P2 > 0 && replay.GP > 3 + rng_.rand(3) && replay.Pim > 0) {
+        double m = P2 / P;
+        if (m >= 1 + .15 * rng_.rnd())
+            times(w, .4);
+        else if (m <= 1 - .15 * rng_.rnd())
+            times(w, 1.6);
+    }
+    if (T > 0 && T >= rng_.rand(10) && T2 >= rng_.rand(10)) {
+        double m = T2 / T;
+        if (m >= 1 + .3 * rng_.rnd())
+            times(w, .2);
+        else if (m >= 1 + .15 * rng_.rnd())
+            times(w, .4);
+        else if (m <= 1 - .15 * rng_.rnd())
+            times(w, 1.6);
+    }
+    if (replay.GP > 0 && replay.GP >= rng_.rand(10)) {
+        // Penalties so far, counted as minors.
+        double m = (replay.Pim / 2.0) / replay.GP;
+        if (m > .6 + .3 * rng_.rnd())
+            times(w, .3);
+        else if (m > .4 + .3 * rng_.rnd())
+            times(w, .5);
+        else if (m > .2 + .3 * rng_.rnd())
+            times(w, .7);
+    }
+    w = std::max(w + 1, 1);
+    if (s_.find.inBox[at(side)][at(slot)] || !available(side, slot)) w = 0;
+    if (alternateReality()) w = whole(w + p.FormBias * .05);
+    return w;
+}
+
+void Game::FindPenalized() {
+    FindState& f = s_.find;
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& t = session_.side(side);
+        for (int n = 0; n < f.PenaltiesToCall[at(side)]; ++n) {
+            int pick = kNoPos;
+            if (f.PenaltyServer) {
+                int mark = 999;
+                for (int pos = 0; pos < 3; ++pos) {
+                    int slot = slotAt(side, pos);
+                    if (slot == kNoSlot || f.Drawn[at(side)][at(pos)]) continue;
+                    const PlayerRecord& p = t.player(slot);
+                    if (p.RatingOffense + p.RatingDefense < mark) {
+                        pick = pos;
+                        mark = (4 - p.RatingPenaltyKill) * 100 + p.RatingDefense;
+                    }
+                }
+                if (pick == kNoPos) pick = 2 + rng_.rand(2);
+            } else {
+                const int rows = positionsInPlay(side);
+                std::array<std::int32_t, kIcePositions> w{};
+                for (int pos = 0; pos < rows; ++pos) {
+                    int slot = slotAt(side, pos);
+                    if (slot == kNoSlot || !t.onTeam(slot) || f.Drawn[at(side)][at(pos)]) continue;
+                    if (isGoalie(t.player(slot))) continue;
+                    w[at(pos)] = penaltyWeight(side, pos);
+                }
+                pick = weightedPick(w, rows, kNoPos);
+                for (int tries = 0; pick == kNoPos && tries < 1000; ++tries) {
+                    int pos = rng_.rand(5) - 1;
+                    int slot = slotAt(side, pos);
+                    if (slot == kNoSlot || f.Drawn[at(side)][at(pos)]) continue;
+                    double P = t.rate(RateSet::Real, slot).NonFightPimPer60;
+                    if (P > 5 * rng_.rnd() || rng_.rand(10) == 1) pick = pos;
+                }
+            }
+            if (pick == kNoPos || slotAt(side, pick) == kNoSlot) continue;
+            f.Drawn[at(side)][at(pick)] = true;
+            int& count = f.penalizedCount[at(side)];
+            if (count < static_cast<int>(f.Penalized[at(side)].size()))
+                f.Penalized[at(side)][at(count++)] = slotAt(side, pick);
+        }
+    }
+}
+
+// ---- The other picks ----------------------------------------------------------------
 
 void Game::FindDefender() {
     FindState& f = s_.find;
-    int side = other(s_.PuckTeam);
-    int pos = pickPosition(s_.onIce[at(side)], rng_, [](int, int) { return 1.0; });
-    f.DefenderPos = pos;
-    f.Defender = pos == kNoPos ? kNoSlot : s_.onIce[at(side)].slot[at(pos)];
+    const int side = s_.OtherTeam();
+    int pick = kNoPos;
+    for (int tries = 0; tries < 100 && pick == kNoPos; ++tries) {
+        int pos = 2 + rng_.rand(2);
+        if (rng_.rand(3) == 1) pos = rng_.rand(5) - 1;
+        if (slotAt(side, pos) == kNoSlot) pos = 2 + rng_.rand(2);
+        if (slotAt(side, pos) != kNoSlot) pick = pos;
+    }
+    if (pick == kNoPos) pick = firstOccupied(side);
+    f.DefenderPos = pick;
+    f.Defender = slotAt(side, pick);
+}
+
+// Rate of a man per minute on the ice of a real counting stat.
+double Game::perMinute(int side, int slot, RateSet set, int count) const {
+    const SideTables& t = session_.side(side);
+    const StatLine& line = statLine(t.player(slot), statLineOf(set));
+    return count / (line.GP * t.rate(set, slot).AverageMinutes + 1);
 }
 
 void Game::FindTakeaway() {
     FindState& f = s_.find;
-    int side = other(s_.PuckTeam);
+    const int side = s_.OtherTeam();
     const SideTables& t = session_.side(side);
-    int pos = pickPosition(s_.onIce[at(side)], rng_, [&](int, int slot) {
-        return .5 + statLine(t.player(slot), StatLineIndex::Real).Takeaways / 20.0;
-    });
-    f.TakeawayPos = pos;
-    f.TakeawayMan = pos == kNoPos ? kNoSlot : s_.onIce[at(side)].slot[at(pos)];
+    const int rows = positionsInPlay(side);
+    int pick = kNoPos;
+    for (int tries = 0; tries < 1000; ++tries) {
+        int pos = rng_.rand(rows) - 1;
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot) continue;
+        pick = pos;
+        const PlayerRecord& p = t.player(slot);
+        const StatLine& real = statLine(p, StatLineIndex::Real);
+        double rate = perMinute(side, slot, RateSet::Real, real.Takeaways);
+        double t10 = rate * 10;
+        if (pos >= 3) t10 *= .35;
+        t10 += pos <= 2 ? 5.3 : 2;
+        double replayRate = perMinute(side, slot, RateSet::Replay, statLine(p, StatLineIndex::Replay).Takeaways);
+        if (real.Takeaways > rng_.rand(3) && rate > 0 && replayRate > 0) {
+            double m = replayRate / rate;
+            if (m > 1 + .2 * rng_.rnd())
+                t10 *= .5;
+            else if (m < 1 - .2 * rng_.rnd())
+                t10 *= 1.5;
+        }
+        if (!(t10 >= 30 * rng_.rnd() || rng_.rand(100) == 1)) continue;
+        if (stickBroken(side, slot)) continue;
+        if (s_.PlayResult == Result::ToRush && t.rate(RateSet::Real, slot).AssistsPer60 < 2 * rng_.rnd()) continue;
+        break;
+    }
+    f.TakeawayPos = pick;
+    f.TakeawayMan = slotAt(side, pick);
 }
 
 void Game::FindBlocker() {
     FindState& f = s_.find;
-    int side = other(s_.PuckTeam);
+    const int side = s_.OtherTeam();
     const SideTables& t = session_.side(side);
-    int pos = pickPosition(s_.onIce[at(side)], rng_, [&](int p, int slot) {
-        return (p >= 3 ? 2.0 : 1.0) + statLine(t.player(slot), StatLineIndex::Real).Blocks / 40.0;
-    });
-    f.BlockerPos = pos;
-    f.BlockerMan = pos == kNoPos ? kNoSlot : s_.onIce[at(side)].slot[at(pos)];
+    const int rows = positionsInPlay(side);
+    int pick = kNoPos;
+    for (int tries = 0; tries < 1000 && pick == kNoPos; ++tries) {
+        int pos = rng_.rand(rows) - 1;
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot) continue;
+        double b = perMinute(side, slot, RateSet::Real, statLine(t.player(slot), StatLineIndex::Real).Blocks) * 1.3;
+        b += pos <= 2 ? rng_.rand(3) : 3;
+        if (b >= 7 * rng_.rnd() || rng_.rand(10) == 1) {
+            pick = pos;
+        } else if (rng_.rand(10) == 1) {
+            int d = 2 + rng_.rand(2);
+            if (slotAt(side, d) != kNoSlot) pick = d;
+        }
+    }
+    if (pick == kNoPos) pick = firstOccupied(side);
+    f.BlockerPos = pick;
+    f.BlockerMan = slotAt(side, pick);
 }
 
 void Game::FindHitter() {
     FindState& f = s_.find;
-    int side = other(s_.PuckTeam);
+    const int side = s_.OtherTeam();
     const SideTables& t = session_.side(side);
-    int pos = pickPosition(s_.onIce[at(side)], rng_,
-                           [&](int, int slot) { return .3 + t.rate(RateSet::Real, slot).HitsPer60; });
-    f.HitterPos = pos;
-    f.Hitter = pos == kNoPos ? kNoSlot : s_.onIce[at(side)].slot[at(pos)];
+    const int rows = positionsInPlay(side);
+    bool carrierIsDefenseman = false;
+    if (f.Carrier != kNoSlot) carrierIsDefenseman = isDefenseman(session_.side(s_.PuckTeam).player(f.Carrier));
+    std::array<std::int32_t, kIcePositions> w{};
+    for (int pos = 0; pos < rows; ++pos) {
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot || !available(side, slot)) continue;
+        const PlayerRecord& p = t.player(slot);
+        const bool forward = pos <= 2;
+        double hits = t.rate(RateSet::Real, slot).HitsPer60;
+        std::int32_t x = 0;
+        if (hits > 0) {
+            x = whole(hits * 10 + 5);
+        } else {
+            x = whole(p.RatingHit * 10);
+            if (forward) {
+                times(x, 1.7);
+                if (p.PlayerYear >= 1965 + rng_.rand(5)) times(x, .65);
+            }
+        }
+        if (forward) times(x, .45);
+        if (carrierIsDefenseman) times(x, forward || pos == 5 ? 10 : .5);
+        const StatLine& real = statLine(p, StatLineIndex::Real);
+        const StatLine& replay = statLine(p, StatLineIndex::Replay);
+        if (real.Hits > 10 && replay.Hits > 10 && real.GP > 0 && replay.GP > 0) {
+            double m = (static_cast<double>(replay.Hits) / replay.GP) / (static_cast<double>(real.Hits) / real.GP);
+            if (m > 1 + .4 * rng_.rnd())
+                times(x, .5);
+            else if (m > 1 + .2 * rng_.rnd())
+                times(x, .75);
+            else if (m < 1 - .4 * rng_.rnd())
+                times(x, 1.75);
+            else if (m < 1 - .2 * rng_.rnd())
+                times(x, 1.25);
+        }
+        w[at(pos)] = x;
+    }
+    int pick = weightedPick(w, rows, rng_.rand(5) - 1);
+    if (slotAt(side, pick) == kNoSlot) pick = firstOccupied(side);
+    f.HitterPos = pick;
+    f.Hitter = slotAt(side, pick);
 }
 
 void Game::PickNames(const OnIce* unit) {
     FindState& f = s_.find;
-    const OnIce& ice = unit ? *unit : s_.onIce[at(s_.PuckTeam)];
-    f.NameFirst = f.Carrier;
-    int pos = pickPosition(ice, rng_, [&](int, int slot) { return slot == f.Carrier ? 0.0 : 1.0; });
-    f.NameSecond = pos == kNoPos ? kNoSlot : ice.slot[at(pos)];
+    const int side = s_.PuckTeam;
+    const SideTables& t = session_.side(side);
+    const OnIce& ice = unit ? *unit : s_.onIce[at(side)];
+    const int rows = positionsInPlay(side);
+    auto slotOf = [&](int pos) { return pos >= 0 && pos < rows ? ice.slot[at(pos)] : kNoSlot; };
+    auto accept = [&](int slot, int tries) {
+        if (slot == kNoSlot) return false;
+        if (stickBroken(side, slot) && tries < 100) return false;
+        return t.rate(RateSet::Real, slot).AssistsPer60 >= 7 * rng_.rnd() || rng_.rand(5) == 1;
+    };
+    f.NameFirst = f.NameSecond = kNoSlot;
+    for (int tries = 0; tries < 1000; ++tries) {
+        int pos = rng_.rand(10) == 1 ? rng_.rand(rows) - 1 : rng_.rand(3) - 1;
+        if (accept(slotOf(pos), tries)) {
+            f.NameFirst = slotOf(pos);
+            break;
+        }
+    }
+    for (int tries = 0; tries < 1000; ++tries) {
+        int slot = slotOf(rng_.rand(rows) - 1);
+        if (slot == f.NameFirst && rng_.rand(5) != 1) continue;
+        if (accept(slot, tries)) {
+            f.NameSecond = slot;
+            break;
+        }
+    }
+    if (rng_.rand(3) == 1 || (f.NameFirst == f.Carrier && rng_.rand(2) == 1)) f.NameSecond = kNoSlot;
 }
 
 void Game::PickOpponentName() {
-    FindDefender();
-    s_.find.Opponent = s_.find.Defender;
+    const int side = s_.OtherTeam();
+    int slot = kNoSlot;
+    for (int tries = 0; tries < 100 && slot == kNoSlot; ++tries) slot = slotAt(side, rng_.rand(5) - 1);
+    if (slot == kNoSlot) slot = slotAt(side, firstOccupied(side));
+    s_.find.Opponent = slot;
 }
 
+// ---- The offensive zone --------------------------------------------------------------
+
+// Forwards take a depth by their shooting: a man who scores from inside goes
+// in, one who shoots from outside stays out, some stand between; a strong
+// inside shooter sometimes screens the goalie. Defensemen hold the points.
 void Game::HkSetPlayCallList() {
     FindState& f = s_.find;
-    const OnIce& ice = s_.onIce[at(s_.PuckTeam)];
+    const int side = s_.PuckTeam;
+    const SideTables& t = session_.side(side);
+    const int rows = positionsInPlay(side);
+    f.openCount = 0;
     for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos) {
-        if (ice.slot[at(pos)] == kNoSlot || pos == 5) {
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot || pos >= rows) {
             f.Spot[at(pos)] = kSpotNone;
             continue;
         }
-        f.Spot[at(pos)] = pos >= 3 ? kSpotOut - (rng_.rand(4) == 1 ? 1 : 0) : 1 + rng_.rand(4);
+        const PlayerRecord& p = t.player(slot);
+        int spot = kSpotOut;
+        if (pos <= 2 || pos == 5) {
+            int in = p.RatingShotIn;
+            int total = p.RatingShotIn + p.RatingShotOut;
+            spot = total > 0 && rng_.rand(total) <= in ? kSpotIn : kSpotOut;
+            if (rng_.rand(100) <= 30) spot = kSpotMid;
+            if (spot == kSpotIn && in >= 6 && rng_.rand(4) == 1) spot = kSpotScreen;
+        }
+        f.Spot[at(pos)] = spot;
+    }
+    f.ListCarrier = f.Carrier;
+    for (int pos = 0; pos < rows; ++pos) {
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot || !available(side, slot)) continue;
+        const PlayerRecord& p = t.player(slot);
+        const int spot = f.Spot[at(pos)];
+        OpenMan& m = f.openMen[at(f.openCount++)];
+        m.pos = pos;
+        m.slot = slot;
+        m.spot = spot;
+        m.hasPuck = slot == f.Carrier;
+        // Grades a coach reads: the shot from where he stands, the pass to him.
+        int shot = spot <= kSpotIn    ? p.RatingShotIn
+                   : spot == kSpotMid ? (p.RatingShotIn + p.RatingShotOut + 1) / 2
+                                      : p.RatingShotOut;
+        if (spot == kSpotScreen) shot = std::max(0, shot - 3);
+        m.shotGrade = std::clamp(shot, 0, 10);
+        m.passGrade = std::clamp(static_cast<int>(p.RatingPassing) - (spot <= kSpotScreen ? 2 : 0), 0, 10);
     }
 }
 
 void Game::PickLooseCarrier(int takeawayPos) {
     FindState& f = s_.find;
-    const OnIce& ice = s_.onIce[at(s_.PuckTeam)];
-    int pos = takeawayPos != kNoPos ? 3 + rng_.rand(2) - 1 : rng_.rand(5) - 1;
-    for (int tries = 0; tries < 10; ++tries) {
-        int slot = ice.slot[at(pos)];
-        if (slot != kNoSlot && !f.BrokenStick[at(s_.PuckTeam)][at(slot)]) break;
-        pos = slot == kNoSlot ? (rng_.rand(2) == 1 ? 4 : 3) : rng_.rand(5) - 1;
+    const int side = s_.PuckTeam;
+    int pick = kNoPos;
+    for (int tries = 0; tries < 100; ++tries) {
+        int pos = takeawayPos != kNoPos ? 2 + rng_.rand(2) : rng_.rand(5) - 1;
+        if (slotAt(side, pos) == kNoSlot) pos = rng_.rand(2) == 1 ? 4 : 3;
+        int slot = slotAt(side, pos);
+        if (slot == kNoSlot) continue;
+        pick = pos;
+        if (!stickBroken(side, slot)) break;
     }
-    f.CarrierPos = pos;
-    f.Carrier = ice.slot[at(pos)];
-    if (f.Carrier == kNoSlot) f.CarrierPos = kNoPos;
+    if (pick == kNoPos) pick = firstOccupied(side);
+    f.CarrierPos = pick;
+    f.Carrier = slotAt(side, pick);
+    f.LastPasser = kNoSlot;
 }
 
 }  // namespace tallyrink

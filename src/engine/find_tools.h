@@ -25,6 +25,10 @@ namespace tallyrink {
 
 inline constexpr int kNoPos = -1;
 
+// Manpower of a rush: "1-0", "2-1", "3-1", "3-2".
+enum class RushType : std::uint8_t { None, OneZero, TwoOne, ThreeOne, ThreeTwo };
+std::string_view text(RushType r);
+
 // Depths of the offensive zone.
 enum SpotDepth : int { kSpotNone = 0, kSpotBehind = 1, kSpotScreen = 2, kSpotIn = 3, kSpotMid = 4, kSpotOut = 5 };
 // "Behind", "Screen", "In", "Mid", "Out"; "" for none.
@@ -59,6 +63,9 @@ struct FindState {
     std::array<OpenMan, kIcePositions> openMen{};
     int openCount = 0;
     int ListCarrier = kNoSlot;  // Carrier when the list was built; kNoSlot outside the offensive zone
+    // The man a "PLAY-SHOOT" or "PLAY-TO" is run to, chosen from the open
+    // men by the coach; he takes the puck at his spot.
+    int PlayTarget = kNoSlot;
 
     // The other side's man on the carrier, and the picks of the events.
     int Defender = kNoSlot;
@@ -87,6 +94,8 @@ struct FindState {
     std::array<std::array<int, 4>, 2> Penalized{};  // slots picked, kNoSlot after the last
     std::array<int, 2> penalizedCount{};
     bool PenaltyServer = false;  // a skater serves for the goalie or the bench
+    // In the box or waiting for it: never picked for another penalty.
+    std::array<BySlot<bool>, 2> inBox{};
 
     // The faceoff winner's call forces the first carrier (set by the draw).
     bool DrawForcedEntry = false;
@@ -100,6 +109,8 @@ struct FindState {
     bool LooseInClose = false;
     // Live forecheck of each side, 0 to 3.
     std::array<int, 2> ForecheckLevel{1, 1};
+    // Manpower of the rush on, set where the rush is built.
+    RushType rush = RushType::None;
     // The carrier is chosen anew before this step's table.
     bool PickCarrier = false;
 

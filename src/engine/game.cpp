@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/stand_in.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -71,6 +70,7 @@ void Game::InitGame() {
     s_.events.blocksByPeriod.assign(1, {0, 0});
     narrationRng_ = Random(options_.seed ^ 0x9e3779b97f4a7c15ULL);
     coachInit();
+    initChances();
 }
 
 void Game::playToEnd() {
@@ -146,9 +146,12 @@ void Game::ContinueCommand() {
 
 PlayChances Game::ProbeOnly() {
     bool was = s_.ProbeOnly;
+    // A look at the chances leaves the game's own draws as they were.
+    Random saved = rng_;
     s_.ProbeOnly = true;
     PlayStep();
     s_.ProbeOnly = was;
+    rng_ = saved;
     return chances_;
 }
 
@@ -179,18 +182,24 @@ void Game::PlayStep() {
         if (!s_.entryFromFaceoff) lines_.clear();  // the draw's lines belong to this play
         s_.EntryZone = s_.PlayZone;
         if (!isOffenseState(s_.PlayZone) && s_.PlayRating == 0) SetPlayRating();
+    }
+    eraFactors();
+    if (!s_.ProbeOnly) {
+        moveForecheck();
         s_.LastPlayCall = s_.PlayCall;
     }
-
-    chances_ = StandInChances(*this);
-    PenaltyChances(chances_);
+    chooseCarrier();
+    chances_ = ChanceTable();
     if (s_.ProbeOnly) return;
+    s_.find.LooseInClose = false;
 
     s_.penaltyOn = -1;
     Result previous = s_.LastPlayResult;
     s_.PlayResult = applyOverrides(drawResult(chances_));
     s_.StepPuckTeam = s_.PuckTeam;
     ApplyPlay();
+    if (rng_.rand(35) == 1) s_.find.LooseInClose = true;
+    s_.find.newPlay = true;
     SetPlayRating();
     s_.LastPlayResult = s_.PlayResult;
     s_.entryFromFaceoff = false;
@@ -212,8 +221,9 @@ void Game::PlayStep() {
 
 Result Game::drawResult(const PlayChances& c) {
     int r = rng_.rand(1000);
-    int total = c.EntryChance;
-    if (r <= total) return rng_.rand(100) <= 20 ? Result::OffenseShooter : Result::OffenseZone;
+    const bool forced = s_.find.DrawForcedEntry;
+    int total = forced ? 1000 : c.EntryChance;
+    if (r <= total) return !forced && rng_.rand(100) <= 20 ? Result::OffenseShooter : Result::OffenseZone;
     total += c.PenaltyOppChance;
     if (r <= total) {
         s_.penaltyOn = s_.OtherTeam();
@@ -244,13 +254,15 @@ Result Game::drawResult(const PlayChances& c) {
     total += c.ClearChance;
     if (r <= total) {
         if (s_.OffensiveDraw && s_.entryFromFaceoff) return Result::To;
+        if (s_.PlayCall == Call::SkatePass) return Result::Miss;
         if (s_.PlayCall == Call::Clear && s_.PlayZone == Zone::DefenseZone && rng_.rand(100) <= 15)
             return Result::ToDefense;
         if (s_.PlayCall == Call::Clear && s_.PlayZone == Zone::NeutralZone && rng_.rand(100) <= 5)
             return Result::ToNeutral;
         return Result::Clear;
     }
-    total += c.OffsideChance;
+    // A pulled goalie in the other end: a long shot can't be offside.
+    if (!(s_.PlayCall == Call::Shoot && s_.GoaliePulled[at(s_.OtherTeam())])) total += c.OffsideChance;
     if (r <= total) return Result::Offsides;
     return splitTurnover(c);
 }
@@ -271,6 +283,23 @@ Result Game::splitTurnover(const PlayChances& c) {
         int puck = s_.Score[at(s_.PuckTeam)];
         int otherScore = s_.Score[at(s_.OtherTeam())];
         if (otherScore >= puck + rng_.rand(3) && rng_.rand(10) <= 7) r = Result::To;
+        if (otherScore >= puck + 1 + rng_.rand(4) && rng_.rand(10) <= 7) r = Result::To;
+    }
+    // The power play gives the other side a chance to break out.
+    if (rng_.rand(3) == 1 && powerPlay(s_.PuckTeam)) {
+        const int opp = s_.OtherTeam();
+        const SideTables& o = session_.side(opp);
+        int shg = 0;
+        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot)
+            if (o.onTeam(slot)) shg += statLine(o.player(slot), StatLineIndex::Real).SHG;
+        if (rng_.rand(10) <= 2) r = Result::ToRush;
+        if (rng_.rand(10) <= 3 && shg >= rng_.rand(10)) r = Result::ToRush;
+        if (o.team.TeamYear >= 1970 + rng_.rand(15) || rng_.rand(5) == 1) {
+            int fwd = s_.onIce[at(opp)].slot[at(rng_.rand(3) - 1)];
+            if (fwd != kNoSlot && o.player(fwd).RatingOffense >= 30 + rng_.rand(70)) r = Result::ToRush;
+            int d = s_.onIce[at(s_.PuckTeam)].slot[at(2 + rng_.rand(2))];
+            if (d != kNoSlot && session_.side(s_.PuckTeam).player(d).RatingDefense <= rng_.rand(70)) r = Result::ToRush;
+        }
     }
     return r;
 }

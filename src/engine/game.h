@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/chance_table.h"
 #include "engine/computer_coach.h"
 #include "engine/events.h"
 #include "engine/find_tools.h"
@@ -45,6 +46,9 @@ struct GameOptions {
     bool noDisplay = true;  // no screen: every presenter call but GameOver is skipped
     // A human coach's "Auto-Lines": the computer changes his lines for him.
     std::array<bool, 2> autoLines{false, false};
+    // The league's season against its eras (league games outside the
+    // playoffs; see seasonCalibration).
+    SeasonCalibration calibration{};
 };
 
 // A goal, for the scoring summary.
@@ -207,6 +211,9 @@ public:
     // A new carrier of the puck team after a loose puck; `takeawayPos` is the
     // position of the man who took it away, kNoPos when nobody did.
     void PickLooseCarrier(int takeawayPos = kNoPos);
+    // Sets the manpower of both sides and puts the matching units on the
+    // ice, for a look at the chances of a situation (a test, the probe).
+    void setManpower(int visitorSkaters, int homeSkaters);
     // The chance table of the coming step (chance_table.cpp); with
     // ProbeOnly set it draws nothing that a probe must not.
     PlayChances ChanceTable();
@@ -279,7 +286,6 @@ private:
     void moveForecheck();
     void chooseCarrier();
     void eraFactors();
-    void seasonCalibration();
     void drawGoalieForm();
     // Events: the draw (faceoffs.cpp).
     [[nodiscard]] int faceoffRating(int side, int pos) const;
@@ -361,6 +367,34 @@ private:
     void DescribeDelay();
     // Draws of the telling only, so that a told game plays as an untold one.
     Random narrationRng_{0};
+    // The chances' part of InitGame: goalie form and calibration.
+    void initChances();
+    // Carrier, passers and spots for the zone a result left the puck in.
+    void prepareZone();
+    [[nodiscard]] double goalieFatigue(int side, int goalie, bool rush) const;
+    [[nodiscard]] int goalieYear(int side) const;       // of the side's goalie, pulled or not; 2008 unknown
+    [[nodiscard]] int goalieYearOnIce(int side) const;  // 0 with nobody in net
+    [[nodiscard]] double basePct() const;
+    bool trailingLate();
+    // Helpers of the picks (find_tools.cpp).
+    [[nodiscard]] int slotAt(int side, int pos) const;
+    [[nodiscard]] int positionsInPlay(int side) const;
+    [[nodiscard]] int positionOf(int side, int slot) const;
+    [[nodiscard]] int firstOccupied(int side) const;
+    [[nodiscard]] bool alternateReality() const;
+    [[nodiscard]] bool available(int side, int slot) const;
+    [[nodiscard]] bool stickBroken(int side, int slot) const;
+    [[nodiscard]] bool shotSteering() const;
+    [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
+    int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows, int fallback);
+    std::int32_t carrierWeight(int pos, int unitPPG);
+    std::int32_t passerWeight(int pos, bool second);
+    std::int32_t penaltyWeight(int side, int pos);
+    int passerStickFallback(int pos) const;
+    int drawPasser(bool second);
+    // Era figures of a year for a side's level (college columns for a
+    // college team); a year outside the table takes `fallback`'s.
+    [[nodiscard]] EraFigures eraFiguresOf(int year, int side, int fallback = 2008) const;
 
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);

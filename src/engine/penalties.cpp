@@ -21,7 +21,7 @@ constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
 // half, before the game's circumstances: set so that a season of the
 // present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 25;
+constexpr double kPenaltyBase = 17;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 constexpr double kFightDivisor = 2.4;
 
@@ -677,24 +677,8 @@ void Game::afterPlayPenalties() {
 
 // The era's penalty level against the reference era, from the years of the
 // two goalies on the ice.
-double Game::eraPenaltyFactor() const {
-    auto yearOf = [&](int side) {
-        int g = s_.goalie[at(side)];
-        int y = g == kNoSlot ? 0 : session_.side(side).player(g).PlayerYear;
-        return y < 1910 || y > 2050 ? 2008 : y;
-    };
-    const EraRecord& ref = session_.eraRow(2008, 2008);
-    double reference = ref.PimPerGame / (2.8 / .094);
-    double p = 0;
-    double shots = 0;
-    for (int side : {kVisitor, kHome}) {
-        const EraRecord& e = session_.eraRow(yearOf(side), 2008);
-        p += e.PimPerGame;
-        if (e.SavePct < 100) shots += e.GoalsPerTeam / (1 - e.SavePct / 100);
-    }
-    if (shots <= 0 || reference <= 0) return 1;
-    return std::pow((p / shots) / reference, 1.4);
-}
+// Worked out with the other era factors at the start of each step.
+double Game::eraPenaltyFactor() const { return s_.find.EraPenaltyFactor > 0 ? s_.find.EraPenaltyFactor : 1.0; }
 
 void Game::PenaltyChances(PlayChances& c) {
     c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;

@@ -1,0 +1,62 @@
+#pragma once
+
+// The arithmetic of the chance table that stands on its own: the era's
+// penalty factor, the multiplier it gives shots and penalties, the season
+// calibration of a league's rates, the power-play era factor and the usage
+// tier of a player. The table itself is Game::ChanceTable (chance_table.cpp).
+
+#include <array>
+#include <cstdint>
+
+#include "league/random.h"
+
+namespace tallyrink {
+
+class League;
+class EraTable;
+struct RulesRecord;
+
+// How far the league's season so far stands from the eras its teams play
+// in; 1 everywhere when there is nothing to go by. A game takes it from its
+// options, so a day of games works it out once.
+struct SeasonCalibration {
+    double Shots = 1;
+    double Penalty = 1;
+    double Fight = 1;
+    double Shooting = 1;
+    double PowerPlay = 1;
+};
+
+// Works it out from the open league's teams and players: each active team
+// is set against the era of a regular of its roster. Only for league games
+// outside the playoffs; with fewer than 5 to 14 games played in all it
+// leaves every value at 1.
+SeasonCalibration seasonCalibration(const League& league, const EraTable& era, const RulesRecord& rules, Random& rng);
+
+// Every chance is a whole number out of 1000; a factor on one is applied
+// and rounded at once, halves to even, so a small chance can vanish.
+inline int scaled(int chance, double factor) { return static_cast<int>(roundHalfEven(chance * factor)); }
+inline void scale(int& chance, double factor) { chance = scaled(chance, factor); }
+inline void add(int& chance, double amount) { chance = static_cast<int>(roundHalfEven(chance + amount)); }
+
+// Penalties of an era against its shots, relative to 2008's, to the power
+// 1.4: `pim` and `shots` are the sums (or values) of the goalies' years,
+// `refPim` the 2008 penalty minutes a game.
+double eraPenaltyFactor(double pim, double shots, double refPim);
+
+// What the era does to shots and penalties: 1.2, rising by steps of .06
+// with the penalty factor.
+double eraMultiplier(double eraPenaltyFactor);
+
+// A season figure against the era's expectation, raised to `power` and held
+// to lo..hi; 1 with nothing expected.
+double calibration(double actual, double expected, double power, double lo, double hi);
+
+// The power-play factor of an era whose success rate is `pct` per cent.
+double powerPlayEraFactor(double pct);
+
+// A player's usage tier, 0 to 3: the highest step his replay games (plus
+// the one he is playing) have run past, in per cent of his real games.
+int usageTier(const std::array<std::uint8_t, 3>& steps, int replayGames, int realGames);
+
+}  // namespace tallyrink

@@ -1,0 +1,337 @@
+// The chance table and the shot model: the arithmetic that stands on its
+// own, the chances of hand-built states worked out by hand (the zone base,
+// the calls, the forecheck, manpower, and the rounding of halves to even),
+// the rush percentage, and the selection tools' steering toward the real
+// season.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "engine/chance_table.h"
+#include "engine/game.h"
+#include "engine/shooting.h"
+#include "operations/era_figures.h"
+#include "operations/new_league.h"
+#include "support/source_tree.h"
+#include "support/temp_dir.h"
+
+namespace tallyrink {
+namespace {
+
+using test::shippedEra;
+
+struct League {
+    testing::TempDir dir;
+    std::vector<int> teams;
+    League() {
+        NewLeagueOptions options;
+        options.teams = 4;
+        options.year = 2017;
+        options.seed = 5;
+        GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
+        writeLeagueFolder(dir.path(), league.files);
+        for (int t = 1; t <= kMaxTeams; ++t)
+            if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) teams.push_back(t);
+    }
+};
+
+League& league() {
+    static League lg;
+    return lg;
+}
+
+// A game set up at the opening faceoff, ready to be put in any state.
+struct Table : ::testing::Test {
+    std::unique_ptr<GameSession> session;
+    std::unique_ptr<Game> game;
+
+    void SetUp() override {
+        RulesRecord rules = defaultRules(2017);
+        rules.AlternateRealityCheck = 0;
+        rules.TwoLinePasscheck = 0;
+        session = std::make_unique<GameSession>(LeagueContext{league().dir.path(), rules, &shippedEra(), nullptr});
+        Random draws(3);
+        session->loadGame(league().teams[0], league().teams[1], 11, 10, draws);
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 9});
+        game->InitGame();
+    }
+
+    GameState& s() { return game->editState(); }
+    const PlayerRecord& onIce(int side, int pos) {
+        return session->side(side).player(s().onIce[std::size_t(side)].slot[std::size_t(pos)]);
+    }
+    PlayerRecord& onIceEdit(int side, int pos) {
+        return session->side(side).player(s().onIce[std::size_t(side)].slot[std::size_t(pos)]);
+    }
+
+    // The puck with the visitor in `zone`, its center carrying it.
+    PlayChances probe(Zone zone, Call call, double rating = 5.7, int forecheck = 1) {
+        s().PuckTeam = kVisitor;
+        s().StepPuckTeam = kVisitor;
+        s().PlayZone = zone;
+        s().PlayCall = call;
+        s().PlayRating = rating;
+        s().find.ForecheckLevel = {forecheck, forecheck};
+        s().find.Carrier = s().onIce[kVisitor].slot[1];
+        s().find.Spot = {};
+        s().find.Spot[1] = zone == Zone::OffenseShooter ? kSpotIn : kSpotOut;
+        return game->ProbeOnly();
+    }
+};
+
+TEST(ChanceArithmetic, FactorsAreRoundedAtOnceWithHalvesToEven) {
+    EXPECT_EQ(scaled(1, 0.4), 0);  // a small chance can vanish
+    EXPECT_EQ(scaled(5, 0.5), 2);  // 2.5 goes to the even neighbour
+    EXPECT_EQ(scaled(7, 0.5), 4);  // 3.5 too
+    EXPECT_EQ(scaled(150, 0.05), 8);
+    int c = 171;
+    add(c, 25.0);
+    EXPECT_EQ(c, 196);
+}
+
+TEST(ChanceArithmetic, EraFactorsAndCalibrationAreHeldToTheirRanges) {
+    // A year as penalized as the reference against its shots gives 1.
+    const double ref = 2.8 / 0.094;
+    EXPECT_NEAR(eraPenaltyFactor(30, 30, ref), 1.0, 1e-12);
+    EXPECT_NEAR(eraPenaltyFactor(60, 30, ref), std::pow(2.0, 1.4), 1e-12);
+    EXPECT_DOUBLE_EQ(eraMultiplier(1.19), 1.2);
+    EXPECT_DOUBLE_EQ(eraMultiplier(1.2), 1.26);
+    EXPECT_DOUBLE_EQ(eraMultiplier(1.5), 1.32);
+    EXPECT_DOUBLE_EQ(eraMultiplier(2.09), 1.38);
+    EXPECT_DOUBLE_EQ(eraMultiplier(3), 1.44);
+    EXPECT_DOUBLE_EQ(calibration(36, 30, 3, .85, 1.15), 1.15);
+    EXPECT_NEAR(calibration(31, 30, 3, .85, 1.15), std::pow(31.0 / 30, 3), 1e-12);
+    EXPECT_DOUBLE_EQ(calibration(0, 30, 3, .85, 1.15), 1);
+    EXPECT_DOUBLE_EQ(powerPlayEraFactor(17.8), 1);
+    EXPECT_NEAR(powerPlayEraFactor(0), (16 / 17.8) * (16 / 17.8), 1e-12);  // unknown counts as 16
+    EXPECT_DOUBLE_EQ(powerPlayEraFactor(30), 0.7);
+}
+
+TEST(ChanceArithmetic, UsageTierIsTheHighestStepPassed) {
+    std::array<std::uint8_t, 3> steps{104, 114, 124};
+    EXPECT_EQ(usageTier(steps, 40, 80), 0);
+    EXPECT_EQ(usageTier(steps, 84, 80), 1);   // 85 / 80 = 1.0625 > 1.05
+    EXPECT_EQ(usageTier(steps, 93, 80), 2);   // 1.175 > 1.15
+    EXPECT_EQ(usageTier(steps, 100, 80), 3);  // 1.2625 > 1.25
+    EXPECT_EQ(usageTier(steps, 10, 0), 0);    // no real games
+    EXPECT_EQ(usageTier({0, 0, 0}, 100, 80), 0);
+}
+
+TEST(ShotModel, GoalieStepsFormAndDepths) {
+    EXPECT_NEAR(goalieRatingTerm(65, 0, 2017), 0, 1e-12);
+    EXPECT_NEAR(goalieRatingTerm(90, 0, 2017), -0.025, 1e-12);
+    EXPECT_NEAR(goalieRatingTerm(91, 0, 2017), -0.026 - 0.007, 1e-12);
+    EXPECT_NEAR(goalieRatingTerm(99, 1, 2017), -0.035 - 9 * 0.007, 1e-12);
+    EXPECT_NEAR(goalieRatingTerm(55, 0, 1975), 0.011, 1e-12);  // old-time goalies count 1.1 times
+    Random rng(4);
+    for (int i = 0; i < 2000; ++i) EXPECT_LT(99 + drawGoalieForm(99, rng), 101);
+
+    // A forward at 20%: inside 0.27, mid 0.14, outside 0.09, bent by a
+    // shooter who is better from outside (k = 4).
+    ShotDepths d = shotDepths(0.20, 1, 3, 7);
+    EXPECT_NEAR(d.inside, 0.27 - 0.012, 1e-12);
+    EXPECT_NEAR(d.mid, 0.14 - 0.005, 1e-12);
+    EXPECT_NEAR(d.outside, 0.09 + 0.004, 1e-12);
+    // At 10% the mid floor holds: at least 0.03 above the outside shot.
+    EXPECT_NEAR(shotDepths(0.10, 1, 3, 7).mid, 0.049 + 0.03, 1e-12);
+    // A defenseman with no shot at all: the mid and inside floors hold.
+    ShotDepths z = shotDepths(0, 3, 0, 0);
+    EXPECT_NEAR(z.outside, -0.004, 1e-12);
+    EXPECT_NEAR(z.mid, 0.026, 1e-12);
+    EXPECT_NEAR(z.inside, 0.1 - 0.004, 1e-12);
+    EXPECT_DOUBLE_EQ(shotDepths(0.08, kNoPos, 5, 5).inside, 0.08);
+
+    EXPECT_DOUBLE_EQ(limitByClass(0.2, kShotOutside, 0.09), 0.95 * 0.09);
+    EXPECT_DOUBLE_EQ(limitByClass(0.001, kShotOutside, 0.09), 0.1 * 0.09);
+    EXPECT_DOUBLE_EQ(limitByClass(0.05, kShotMid, 0.09), 0.8 * 0.09);
+    EXPECT_DOUBLE_EQ(limitByClass(0.09 * 3.6, kShotInside, 0.09), 0.09 * 3.8);  // above the cap: 3.8, not 3.5
+    EXPECT_DOUBLE_EQ(limitByClass(0.5, kShotRush, 0.09), 0.5);
+}
+
+TEST_F(Table, BreakoutEntryFollowsThePlayRatingAndTheForecheck) {
+    // 5.75 * 30 = 172.5 rounds to 172; a forecheck of 1 adds 25.
+    PlayChances c = probe(Zone::DefenseZone, Call::Balanced, 5.75, 1);
+    EXPECT_EQ(c.EntryChance, 197);
+    EXPECT_EQ(c.ClearChance, 150);
+    EXPECT_EQ(c.OffsideChance, 68);
+    EXPECT_EQ(c.PassChance, 0);
+    // 5.25 * 30 = 157.5 rounds to 158; a forecheck of 3 takes 75.
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced, 5.25, 3).EntryChance, 83);
+    // Safe: 171 * .45 = 76.95, then the forecheck; the clear half again.
+    c = probe(Zone::DefenseZone, Call::Safe, 5.7, 1);
+    EXPECT_EQ(c.EntryChance, 102);
+    EXPECT_EQ(c.ClearChance, 225);
+    EXPECT_EQ(c.PenaltyOwnChance, 0);
+    // Clearing: no offside; only a weak forecheck leaves room to skate out.
+    c = probe(Zone::DefenseZone, Call::Clear, 5.7, 1);
+    EXPECT_EQ(c.ClearChance, 990);
+    EXPECT_EQ(c.OffsideChance, 0);
+    EXPECT_EQ(c.EntryChance, 25);
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Clear, 5.7, 2).EntryChance, 0);
+    // The neutral zone has no offside and no forecheck term.
+    c = probe(Zone::NeutralZone, Call::Balanced, 5.7, 3);
+    EXPECT_EQ(c.EntryChance, 171);
+    EXPECT_EQ(c.OffsideChance, 0);
+}
+
+TEST_F(Table, ManpowerMovesTheClearAndTheEntry) {
+    game->setManpower(5, 4);
+    // The stronger side clears seldom: 150 * .05 = 7.5 rounds to 8.
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced).ClearChance, 8);
+    game->setManpower(4, 5);
+    for (Call call : {Call::Balanced, Call::Safe, Call::Aggressive, Call::Shoot})
+        EXPECT_EQ(probe(Zone::DefenseZone, call).EntryChance, 0) << text(call);
+    PlayChances c = probe(Zone::DefenseZone, Call::Safe);
+    EXPECT_EQ(c.ClearChance, 400);  // one man short
+    game->setManpower(3, 5);
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Safe).ClearChance, 300);  // two men short
+}
+
+TEST_F(Table, OffensiveZonePassesByThePassersRatingAndTheEdge) {
+    PlayerRecord& center = onIceEdit(kVisitor, 1);
+    center.RatingPassing = 6;
+    PlayChances c = probe(Zone::OffenseZone, Call::Pass);
+    EXPECT_EQ(c.PassChance, 6 * 50 + 550);
+    EXPECT_EQ(c.shotsTried, 0);
+    EXPECT_EQ(c.EntryChance + c.ClearChance + c.PenaltyOppChance + c.PenaltyOwnChance, 0);
+    center.RatingPassing = 2;
+    EXPECT_EQ(probe(Zone::OffenseZone, Call::Pass).PassChance, 650);
+    game->setManpower(5, 4);
+    s().onIce[kVisitor].slot[1] = s().find.Carrier;
+    EXPECT_EQ(probe(Zone::OffenseZone, Call::Pass).PassChance, 850);
+    center.RatingPassing = 8;
+    EXPECT_EQ(probe(Zone::OffenseZone, Call::Pass).PassChance, 950);  // held to 950
+    game->setManpower(5, 3);
+    EXPECT_EQ(probe(Zone::OffenseZone, Call::Retreat).PassChance, 900);
+    EXPECT_EQ(probe(Zone::OffenseZone, Call::Retreat).PenaltyOppChance, 0);
+}
+
+TEST_F(Table, AShotCallLeavesOnlyTheEndingsAndAnEmptyNetNoSavesOrMisses) {
+    PlayChances c = probe(Zone::OffenseShooter, Call::Shoot);
+    EXPECT_EQ(c.shotsTried, 1000);
+    EXPECT_EQ(c.PassChance + c.ClearChance + c.OffsideChance + c.EntryChance, 0);
+    EXPECT_EQ(c.PenaltyOppChance + c.PenaltyOwnChance + c.PenaltyBothChance, 0);
+    EXPECT_GT(c.GoalChance, 0);
+    EXPECT_GT(c.SaveChance, 0);
+    EXPECT_EQ(c.ShotClass, kShotInside);
+    EXPECT_EQ(c.BlockChance, 0);  // an inside shot isn't blocked
+
+    s().GoaliePulled[kHome] = true;
+    c = probe(Zone::OffenseZone, Call::Shoot);
+    EXPECT_EQ(c.SaveChance, 0);
+    EXPECT_EQ(c.MissChance, 0);
+    EXPECT_GT(c.GoalChance, 0);
+    EXPECT_GE(c.GoalPct, 0.35);
+}
+
+TEST_F(Table, APenaltyNeverFollowsAPenaltyAndLateShotsStayInTheTable) {
+    s().PuckTeam = kVisitor;
+    s().PlayZone = Zone::DefenseZone;
+    s().PlayCall = Call::Balanced;
+    s().PlayRating = 5.7;
+    s().LastPlayResult = Result::Penalty;
+    PlayChances c = game->ChanceTable();
+    EXPECT_EQ(c.PenaltyOppChance + c.PenaltyOwnChance + c.PenaltyBothChance + c.FightChance, 0);
+    s().LastPlayResult = Result::Save;
+    bool any = false;
+    for (int i = 0; i < 20 && !any; ++i) any = game->ChanceTable().PenaltyOppChance > 0;
+    EXPECT_TRUE(any);
+}
+
+TEST_F(Table, ARushIsTheGoalieTheDefensemanAndTheRushTypeNotTheShooter) {
+    RulesRecord& rules = const_cast<RulesRecord&>(session->league().rules);
+    rules.GoalieConsecCheck = 1;  // no rest term
+    rules.GameEraList = 1;        // base 0.094 whatever the years
+    s().PuckTeam = kVisitor;
+    s().PlayZone = Zone::Rush;
+    s().find.rush = RushType::TwoOne;
+    onIceEdit(kHome, 5).RatingGoalie = 55;
+    onIceEdit(kHome, 5).PositionFlags = {0, 0, 0, 0, 1};
+    PlayerRecord& carrier = onIceEdit(kVisitor, 1);
+    carrier.PositionFlags = {0, 1, 0, 0, 0};
+    s().find.Carrier = s().onIce[kVisitor].slot[1];
+    PlayChances c;
+    game->RushGoalPct(c);
+    EXPECT_NEAR(c.GoalPct, 0.094 + 0.02 + 0.1, 1e-12);
+    session->side(kVisitor).rates[std::size_t(s().find.Carrier)].ShootingPct = 0.3;
+    PlayChances same;
+    game->RushGoalPct(same);
+    EXPECT_DOUBLE_EQ(same.GoalPct, c.GoalPct);
+    carrier.PositionFlags = {0, 0, 0, 1, 0};
+    game->RushGoalPct(c);
+    EXPECT_NEAR(c.GoalPct, (0.094 + 0.02) * 1.5 + 0.1, 1e-12);
+    s().find.rush = RushType::OneZero;
+    game->RushGoalPct(c);
+    EXPECT_NEAR(c.GoalPct, (0.094 + 0.02) * 1.5 + 0.2, 1e-12);
+    onIceEdit(kHome, 5).RatingGoalie = 0;
+    game->RushGoalPct(c);
+    EXPECT_DOUBLE_EQ(c.GoalPct, 0.5);  // at most a coin flip
+}
+
+// The steering of the replay: of two shooters alike in real life, the one
+// who has shot far more in the replay gets the puck far less often.
+TEST_F(Table, ACarrierAheadOfHisRealShotRateIsPickedLessOften) {
+    SideTables& t = session->side(kVisitor);
+    s().PuckTeam = kVisitor;
+    s().PlayZone = Zone::NeutralZone;
+    for (int pos = 0; pos < 5; ++pos) {
+        int slot = s().onIce[kVisitor].slot[std::size_t(pos)];
+        PlayerRecord& p = t.player(slot);
+        p.UsageSogAggressiveness = 3;
+        statLine(p, StatLineIndex::Real).Sog = 200;
+        statLine(p, StatLineIndex::Replay).Sog = 40;
+        statLine(p, StatLineIndex::Real).PPG = 0;
+        PlayerRates& r = t.rates[std::size_t(slot)];
+        r[RateSet::Real].ShotsPer60 = 8;
+        r[RateSet::Real].AssistsPer60 = 1;
+        r[RateSet::Real].GoalsPer60 = 1;
+        r[RateSet::Replay].ShotsPer60 = 8;
+        s().Energy[kVisitor][std::size_t(slot)] = 100;
+    }
+    int ahead = s().onIce[kVisitor].slot[0];
+    int behind = s().onIce[kVisitor].slot[2];
+    t.rates[std::size_t(ahead)][RateSet::Replay].ShotsPer60 = 12;
+    t.rates[std::size_t(behind)][RateSet::Replay].ShotsPer60 = 5;
+    int picksAhead = 0, picksBehind = 0;
+    for (int i = 0; i < 4000; ++i) {
+        s().find.LastPasser = kNoSlot;
+        game->FindCarrier();
+        picksAhead += s().find.Carrier == ahead ? 1 : 0;
+        picksBehind += s().find.Carrier == behind ? 1 : 0;
+    }
+    EXPECT_GT(picksBehind, 3 * picksAhead) << picksAhead << " against " << picksBehind;
+    EXPECT_GT(picksAhead, 0);
+
+    // A broken stick is never picked while a sound one is there.
+    s().find.BrokenStick[kVisitor][std::size_t(behind)] = true;
+    for (int i = 0; i < 500; ++i) {
+        game->FindCarrier();
+        EXPECT_NE(s().find.Carrier, behind);
+    }
+}
+
+TEST_F(Table, PassersAreNeverTheCarrierAndSecondAssistsFollowTheEra) {
+    s().PuckTeam = kVisitor;
+    s().PlayZone = Zone::OffenseShooter;
+    int none = 0, tries = 2000;
+    for (int i = 0; i < tries; ++i) {
+        s().find.LastPasser = kNoSlot;
+        game->FindCarrier();
+        game->FindPassers();
+        const FindState& f = s().find;
+        ASSERT_NE(f.Carrier, kNoSlot);
+        EXPECT_NE(f.Passer1, f.Carrier);
+        EXPECT_NE(f.Passer2, f.Carrier);
+        if (f.Passer2 != kNoSlot) {
+            EXPECT_NE(f.Passer2, f.Passer1);
+        }
+        none += f.Passer2 == kNoSlot ? 1 : 0;
+    }
+    // 2017 has about 1.7 assists a goal: most goals keep their second assist.
+    EXPECT_LT(none, tries / 3);
+    EXPECT_GT(none, 0);
+}
+
+}  // namespace
+}  // namespace tallyrink
