@@ -65,5 +65,6 @@ void addPhrasesCommands(CLI::App& app, GlobalOptions& options);
 void addRatingsCommands(CLI::App& app, GlobalOptions& options);
 void addRosterCommands(CLI::App& app, GlobalOptions& options);
 void addPlayCommands(CLI::App& app, GlobalOptions& options);
+void addBoxCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
     addRatingsCommands(app, options);
     addRosterCommands(app, options);
     addPlayCommands(app, options);
+    addBoxCommands(app, options);
 
     try {
         app.parse(argc, argv);

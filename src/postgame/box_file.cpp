@@ -147,6 +147,18 @@ std::vector<std::string> BoxFile::playLines() const {
     return out;
 }
 
+std::vector<std::string> BoxFile::keptText() const {
+    std::vector<std::string> out;
+    int count = std::clamp<int>(r1.BoxTextCount, 0, kBoxTextLines);
+    for (int i = 0; i < count; ++i) {
+        const auto& raw = r1.BoxText[static_cast<std::size_t>(i)].raw;
+        std::string line(raw.begin(), raw.end());
+        line.erase(line.find_last_not_of(std::string_view(" \0", 2)) + 1);
+        out.push_back(line);
+    }
+    return out;
+}
+
 std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame& game, const BoxFacts& facts) {
     auto box = std::make_unique<BoxFile>();
     BoxRecord1& r1 = box->r1;

@@ -24,6 +24,8 @@ struct BoxFile {
     // Entry of a side's slot in the side-slot tables.
     static std::size_t at(int side, int slot) { return static_cast<std::size_t>(side * kRosterSlots + slot); }
     [[nodiscard]] std::vector<std::string> playLines() const;
+    // The printed box score kept in the file, its lines' indents kept.
+    [[nodiscard]] std::vector<std::string> keptText() const;
 };
 
 // "BOX", the SCORES row as plain digits, ".BOX".
@@ -31,8 +33,8 @@ std::string boxFileName(std::size_t scoresRow);
 
 // What posting decided that the box keeps beside the game itself.
 struct BoxFacts {
-    int winnerSide = -1;                 // -1 a tie
-    int gameWinningSide = -1;            // side and slot of the game-winning goal
+    int winnerSide = -1;       // -1 a tie
+    int gameWinningSide = -1;  // side and slot of the game-winning goal
     int gameWinningSlot = kNoSlot;
     std::array<int, 2> shutoutGoalie{kNoSlot, kNoSlot};
     std::array<std::array<int, 2>, 3> stars{{{-1, kNoSlot}, {-1, kNoSlot}, {-1, kNoSlot}}};  // side, slot

@@ -177,22 +177,14 @@ template <>
 struct FieldTable<BoxRecord2> {
     using R = BoxRecord2;
     static constexpr auto fields = std::tuple{
-        Field{"ScoringCount", 0, &R::ScoringCount},
-        Field{"ScoringText", 1, &R::ScoringText},
-        Field{"PenaltyCount", 2101, &R::PenaltyCount},
-        Field{"PenaltyText", 2102, &R::PenaltyText},
-        Field{"EventCount", 5602, &R::EventCount},
-        Field{"EventPeriod", 5604, &R::EventPeriod},
-        Field{"EventTime", 5904, &R::EventTime},
-        Field{"EventTeam", 7404, &R::EventTeam},
-        Field{"EventStrength", 8304, &R::EventStrength},
-        Field{"EventKind", 8904, &R::EventKind},
-        Field{"EventText", 11904, &R::EventText},
-        Field{"PeriodTable", 29304, &R::PeriodTable},
-        Field{"BoxPlayerFlag", 29384, &R::BoxPlayerFlag},
-        Field{"BoxStampB", 29484, &R::BoxStampB},
-        Field{"BoxSpeedStamp", 29485, &R::BoxSpeedStamp},
-        Field{"BoxReserved2", 29487, &R::BoxReserved2},
+        Field{"ScoringCount", 0, &R::ScoringCount},       Field{"ScoringText", 1, &R::ScoringText},
+        Field{"PenaltyCount", 2101, &R::PenaltyCount},    Field{"PenaltyText", 2102, &R::PenaltyText},
+        Field{"EventCount", 5602, &R::EventCount},        Field{"EventPeriod", 5604, &R::EventPeriod},
+        Field{"EventTime", 5904, &R::EventTime},          Field{"EventTeam", 7404, &R::EventTeam},
+        Field{"EventStrength", 8304, &R::EventStrength},  Field{"EventKind", 8904, &R::EventKind},
+        Field{"EventText", 11904, &R::EventText},         Field{"PeriodTable", 29304, &R::PeriodTable},
+        Field{"BoxPlayerFlag", 29384, &R::BoxPlayerFlag}, Field{"BoxStampB", 29484, &R::BoxStampB},
+        Field{"BoxSpeedStamp", 29485, &R::BoxSpeedStamp}, Field{"BoxReserved2", 29487, &R::BoxReserved2},
     };
 };
 
@@ -200,12 +192,9 @@ template <>
 struct FieldTable<BoxPlayRecord> {
     using R = BoxPlayRecord;
     static constexpr auto fields = std::tuple{
-        Field{"PlayLineCount", 0, &R::PlayLineCount},
-        Field{"PlayLines", 2, &R::PlayLines},
-        Field{"BoxStampC", 28082, &R::BoxStampC},
-        Field{"BoxLineRoles", 28083, &R::BoxLineRoles},
-        Field{"BoxEnergyStart", 28483, &R::BoxEnergyStart},
-        Field{"BoxReserved3", 28533, &R::BoxReserved3},
+        Field{"PlayLineCount", 0, &R::PlayLineCount},       Field{"PlayLines", 2, &R::PlayLines},
+        Field{"BoxStampC", 28082, &R::BoxStampC},           Field{"BoxLineRoles", 28083, &R::BoxLineRoles},
+        Field{"BoxEnergyStart", 28483, &R::BoxEnergyStart}, Field{"BoxReserved3", 28533, &R::BoxReserved3},
     };
 };
 
@@ -224,7 +213,7 @@ struct FieldTable<LeadersRecord> {
     static constexpr auto fields = std::tuple{
         Field{"LeadersStamp", 0, &LeadersRecord::LeadersStamp},
         Field{"Leaders", 1, &LeadersRecord::Leaders},
-        Field{"Reserved", 1 + 32 * kLeaderRanks * kLeaderCategories, &LeadersRecord::Reserved},
+        Field{"Reserved", 1 + 32 * kLeaderRanks* kLeaderCategories, &LeadersRecord::Reserved},
     };
 };
 
@@ -243,18 +232,23 @@ struct FieldTable<Top40Record> {
     static constexpr auto fields = std::tuple{
         Field{"Top40Stamp", 0, &Top40Record::Top40Stamp},
         Field{"Top", 1, &Top40Record::Top},
-        Field{"Reserved", 1 + 59 * kTop40Ranks * kTop40Categories, &Top40Record::Reserved},
+        Field{"Reserved", 1 + 59 * kTop40Ranks* kTop40Categories, &Top40Record::Reserved},
     };
 };
 
 template <>
 struct FieldTable<TickerRecord> {
     static constexpr auto fields = std::tuple{
-        Field{"LeagueStamp", 0, &TickerRecord::LeagueStamp}, Field{"Month", 2, &TickerRecord::Month},
-        Field{"Day", 3, &TickerRecord::Day},                 Field{"Period", 4, &TickerRecord::Period},
-        Field{"Clock", 5, &TickerRecord::Clock},             Field{"Final", 7, &TickerRecord::Final},
-        Field{"Teams", 8, &TickerRecord::Teams},             Field{"Scores", 12, &TickerRecord::Scores},
-        Field{"Text", 14, &TickerRecord::Text},              Field{"Reserved64", 64, &TickerRecord::Reserved64},
+        Field{"LeagueStamp", 0, &TickerRecord::LeagueStamp},
+        Field{"Month", 2, &TickerRecord::Month},
+        Field{"Day", 3, &TickerRecord::Day},
+        Field{"Period", 4, &TickerRecord::Period},
+        Field{"Clock", 5, &TickerRecord::Clock},
+        Field{"Final", 7, &TickerRecord::Final},
+        Field{"Teams", 8, &TickerRecord::Teams},
+        Field{"Scores", 12, &TickerRecord::Scores},
+        Field{"Text", 14, &TickerRecord::Text},
+        Field{"Reserved64", 64, &TickerRecord::Reserved64},
     };
 };
 

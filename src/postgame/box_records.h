@@ -132,7 +132,7 @@ struct BoxRecord1 {
     std::array<std::uint8_t, 100> Reserved8014{};
     std::array<std::uint8_t, 2> BoxGoalieFlag{};
     std::array<BySideSlot<std::uint8_t>, 3> BoxPenaltyCounts{};  // minors, majors, misconducts
-    std::uint8_t BoxWinningGoalie{};                              // side-slot index + 1; 0 none
+    std::uint8_t BoxWinningGoalie{};                             // side-slot index + 1; 0 none
     std::uint8_t BoxLosingGoalie{};
     std::uint8_t BoxThirdGoalie{};
     std::uint8_t Reserved8419{};
@@ -161,7 +161,7 @@ struct BoxRecord1 {
     BySideSlot<std::uint8_t> BoxMajorGame{};
     BySideSlot<std::uint8_t> BoxLineFlag{};
     std::array<std::array<std::uint8_t, 2>, 8> BoxStrategy{};
-    std::uint8_t BoxGameWinningScorer{};  // side-slot index + 1; 0 none
+    std::uint8_t BoxGameWinningScorer{};          // side-slot index + 1; 0 none
     std::array<std::uint8_t, 58> BoxPlayLines{};  // two strings, each a 2-byte length and its text
     std::array<std::uint8_t, 2> BoxExtra{};
     BySideSlot<std::uint8_t> BoxMinutesFlag{};

@@ -72,8 +72,7 @@ std::vector<TeamRow> teamRows(const BoxFile& box) {
             lost[std::size_t(side)] += b.FaceoffsLost;
             pim[std::size_t(side)] += b.Pim;
         }
-    for (std::size_t i : {0u, 1u})
-        attempts[i] = r.BoxShots[i] + r.BoxMissedShots[i] + r.BoxBlocks[1 - i];
+    for (std::size_t i : {0u, 1u}) attempts[i] = r.BoxShots[i] + r.BoxMissedShots[i] + r.BoxBlocks[1 - i];
     auto both = [&](const std::string& label, auto f) {
         rows.push_back({label, {f(std::size_t{0}), f(std::size_t{1})}});
     };
@@ -127,9 +126,9 @@ constexpr std::array<int, 22> kSkaterWidths{1, 2, 2, 4, 5, 3, 4, 3, 3, 4, 3, 3, 
 std::vector<std::string> goalieCells(const BoxFile& box, std::size_t at) {
     const BoxLine& b = box.r1.BoxLines[at];
     int shots = b.Saves + b.GoalsAllowed;
-    return {std::to_string(shots), std::to_string(b.GoalsAllowed), std::to_string(b.Saves),
-            shots > 0 ? fmt::format("{:.3f}", double(b.Saves) / shots) : "", mmss(box.r1.BoxToi[at]),
-            decisionOf(b)};
+    return {std::to_string(shots),   std::to_string(b.GoalsAllowed),
+            std::to_string(b.Saves), shots > 0 ? fmt::format("{:.3f}", double(b.Saves) / shots) : "",
+            mmss(box.r1.BoxToi[at]), decisionOf(b)};
 }
 
 const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "Dec"};
@@ -139,11 +138,20 @@ std::string htmlEscape(const std::string& s) {
     std::string out;
     for (char c : s) {
         switch (c) {
-            case '&': out += "&amp;"; break;
-            case '<': out += "&lt;"; break;
-            case '>': out += "&gt;"; break;
-            case '"': out += "&quot;"; break;
-            default: out += c;
+            case '&':
+                out += "&amp;";
+                break;
+            case '<':
+                out += "&lt;";
+                break;
+            case '>':
+                out += "&gt;";
+                break;
+            case '"':
+                out += "&quot;";
+                break;
+            default:
+                out += c;
         }
     }
     return out;
@@ -174,6 +182,13 @@ std::string joined(const std::vector<std::string>& v) {
 }
 
 }  // namespace
+
+std::string boxPlayerName(const PlayerRecord& p) {
+    std::string first = p.FirstName.str();
+    std::string name = p.LastName.str();
+    if (!first.empty()) name = fmt::format("{}. {}", first.front(), name);
+    return name;
+}
 
 std::string positionCode(const PlayerRecord& p) {
     if (isGoalie(p)) return "G";
@@ -259,7 +274,8 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     for (int side : {0, 1}) {
         out.push_back("");
-        out.push_back(fmt::format("{:<{}}{}", names.team[std::size_t(side)], kNameWidth, kSkaterHeader));
+        out.push_back(
+            fmt::format("{:<{}.{}}{}", names.team[std::size_t(side)], kNameWidth, kNameWidth - 1, kSkaterHeader));
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
             if (!played(box, at) || isGoalieEntry(box, names, at)) continue;
@@ -269,7 +285,8 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
             out.push_back(row);
         }
         std::string gh = fmt::format("{:<{}}", "Goaltenders", kNameWidth);
-        for (std::size_t c = 0; c < kGoalieHeads.size(); ++c) gh += fmt::format("{:>{}}", kGoalieHeads[c], kGoalieWidths[c]);
+        for (std::size_t c = 0; c < kGoalieHeads.size(); ++c)
+            gh += fmt::format("{:>{}}", kGoalieHeads[c], kGoalieWidths[c]);
         out.push_back(gh);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
@@ -284,8 +301,8 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
     std::vector<std::pair<int, std::string>> stars;
     for (std::size_t at = 0; at < kBoxSlots; ++at)
         if (r.BoxStars[at] >= 1 && r.BoxStars[at] <= 3)
-            stars.emplace_back(r.BoxStars[at], fmt::format("{} ({})", names.player[at],
-                                                           r.BoxTeamCode[at / kRosterSlots].str()));
+            stars.emplace_back(r.BoxStars[at],
+                               fmt::format("{} ({})", names.player[at], r.BoxTeamCode[at / kRosterSlots].str()));
     std::sort(stars.begin(), stars.end());
     if (!stars.empty()) {
         out.push_back("");
@@ -297,6 +314,7 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
         out.push_back("");
         for (const auto& s : notable) out.push_back(s);
     }
+    for (auto& line : out) line.erase(line.find_last_not_of(' ') + 1);
     return out;
 }
 
@@ -402,10 +420,7 @@ BoxNames boxNamesFromLeague(const BoxFile& box, const std::filesystem::path& lea
         int id = box.r1.BoxPlayerId[at];
         if (id <= 0) continue;
         auto p = readRecord<PlayerRecord>(players, static_cast<std::size_t>(id));
-        std::string first = p.FirstName.str();
-        std::string name = p.LastName.str();
-        if (!first.empty()) name = fmt::format("{}. {}", first.front(), name);
-        names.player[at] = name;
+        names.player[at] = boxPlayerName(p);
         names.position[at] = positionCode(p);
     }
     for (std::size_t i : {0u, 1u}) {

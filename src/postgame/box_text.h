@@ -13,8 +13,8 @@ namespace tallyrink {
 
 // What the records don't hold: the players' names and the teams' full names.
 struct BoxNames {
-    std::array<std::string, kBoxSlots> player;  // by side-slot entry
-    std::array<std::string, 2> team;            // "Halden Hawks"
+    std::array<std::string, kBoxSlots> player;    // by side-slot entry
+    std::array<std::string, 2> team;              // "Halden Hawks"
     std::array<std::string, kBoxSlots> position;  // "G", "D", "F"
 };
 
@@ -23,6 +23,9 @@ std::string boxScoreHtml(const BoxFile& box, const BoxNames& names);
 
 // Names of a box's players from the league's player file.
 BoxNames boxNamesFromLeague(const BoxFile& box, const std::filesystem::path& leagueDir);
+
+// A player as the box score names him: "J. Smith".
+std::string boxPlayerName(const PlayerRecord& p);
 
 // "G", "D" or "F".
 std::string positionCode(const PlayerRecord& p);

@@ -56,9 +56,9 @@ std::string monthAbbrev(int calendarMonth) { return std::string(monthName(calend
 // ---- Post-game injuries ----------------------------------------------------------
 
 std::string injuryLabel(int type) {
-    static constexpr std::array<const char*, 14> kCommon{
-        "Bruised Ribs", "Groin",    "Hamstring", "Ankle",   "Knee",    "Shoulder", "Back",
-        "Concussion",   "Wrist",    "Hand",      "Upper Body", "Lower Body", "Hip", "Foot"};
+    static constexpr std::array<const char*, 14> kCommon{"Bruised Ribs", "Groin",      "Hamstring",  "Ankle", "Knee",
+                                                         "Shoulder",     "Back",       "Concussion", "Wrist", "Hand",
+                                                         "Upper Body",   "Lower Body", "Hip",        "Foot"};
     if (type >= 1 && type <= 14) return kCommon[at(type - 1)];
     if (type >= 50 && type < 60) return "Illness";
     return type >= 79 ? "Serious Injury" : "Injury";
@@ -109,7 +109,8 @@ int injuryLength(InjuryContext& c, int side, int slot) {
     const PlayerRecord& p = t.player(slot);
     Random& rng = c.rng;
     bool goalie = isGoalie(p);
-    int behind = missedRealOf(c, side, p, p.RatingDurability) - teamGames(t.team) + statLine(p, StatLineIndex::Replay).GP;
+    int behind =
+        missedRealOf(c, side, p, p.RatingDurability) - teamGames(t.team) + statLine(p, StatLineIndex::Replay).GP;
     behind = std::clamp(behind, 0, goalie ? 15 : 50);
     if (behind <= 0) return 0;
     int g = static_cast<int>(roundHalfEven((goalie ? 1.5 : 2.5) * behind)) + rng.rand(5);
@@ -170,13 +171,13 @@ void postGameInjuries(GameSession& session, FinishedGame& game, Random& rng, std
             if (g > 20 + rng.rand(20)) type = 79 + rng.rand(22);
             if (p.InjuryType == 0) p.InjuryType = static_cast<std::uint8_t>(type);
             std::string back = fmt::format("{} {}", monthAbbrev(calendarMonth(month)), day);
-            std::string text = fmt::format("{} {} out until {} ({})", t.team.Abbrev.str(),
-                                           t.DisplayName[at(slot)], back, injuryLabel(p.InjuryType));
+            std::string text = fmt::format("{} {} out until {} ({})", t.team.Abbrev.str(), t.DisplayName[at(slot)],
+                                           back, injuryLabel(p.InjuryType));
             c.dayText += text;
             res.injuries.push_back(text);
             history.push_back(fmt::format("{} {},{},{},{},{},{}", monthAbbrev(game.calendarMonth), game.day,
-                                          t.team.Abbrev.str(), positionCode(p),
-                                          t.DisplayName[at(slot)], back, injuryLabel(p.InjuryType)));
+                                          t.team.Abbrev.str(), positionCode(p), t.DisplayName[at(slot)], back,
+                                          injuryLabel(p.InjuryType)));
         }
     }
 }
@@ -283,8 +284,7 @@ void postPlayer(GameSession& session, int side, int slot, PlayerPostContext& c) 
     p.LastGamePim = static_cast<std::uint8_t>(std::clamp<int>(g.Pim, 0, 255));
     p.LastGameGoalsAllowed = static_cast<std::uint8_t>(std::clamp<int>(g.GoalsAllowed, 0, 255));
     p.LastGameSaves = static_cast<std::uint8_t>(std::clamp<int>(g.Saves, 0, 255));
-    p.LastGameWon =
-        isGoalie(p) && g.Toi >= 50 * 60 && g.Saves > 15 && g.GoalsAllowed == 0 && c.winner == side ? 1 : 0;
+    p.LastGameWon = isGoalie(p) && g.Toi >= 50 * 60 && g.Saves > 15 && g.GoalsAllowed == 0 && c.winner == side ? 1 : 0;
     p.LastOpponent.assign(game.side[at(other(side))].city);
     if (c.winner == side && c.gwg == std::pair{side, slot} && !game.wentToShootout()) {
         addTo(r.GWG, 1);
@@ -405,17 +405,28 @@ LeaderValue leaderValue(int category, const PlayerRecord& p, int teamGamesPlayed
 int top40Value(int category, const PlayerRecord& p) {
     const StatLine& g = statLine(p, StatLineIndex::Game);
     switch (category) {
-        case 0: return g.Goals + g.Assists;
-        case 1: return g.Goals;
-        case 2: return g.Assists;
-        case 3: return g.Pim;
-        case 4: return g.Saves;
-        case 5: return p.ScoringChances[1];
-        case 6: return g.Hits;
-        case 7: return g.Blocks;
-        case 8: return g.Takeaways;
-        case 9: return g.Giveaways;
-        default: return 0;
+        case 0:
+            return g.Goals + g.Assists;
+        case 1:
+            return g.Goals;
+        case 2:
+            return g.Assists;
+        case 3:
+            return g.Pim;
+        case 4:
+            return g.Saves;
+        case 5:
+            return p.ScoringChances[1];
+        case 6:
+            return g.Hits;
+        case 7:
+            return g.Blocks;
+        case 8:
+            return g.Takeaways;
+        case 9:
+            return g.Giveaways;
+        default:
+            return 0;
     }
 }
 
@@ -605,7 +616,8 @@ void postTop40(Top40Record& top, const GameSession& session, const FinishedGame&
                 lowest.Text.assign(fmt::format("{} {} {} vs {}", monthAbbrev(game.calendarMonth), game.year,
                                                t.team.Abbrev.str(), game.side[at(other(side))].code));
                 lowest.BoxFile.assign(boxFile);
-                for (int r = kTop40Ranks - 1; r > 0 && top.Top[at(r)][at(category)].Value > top.Top[at(r - 1)][at(category)].Value; --r)
+                for (int r = kTop40Ranks - 1;
+                     r > 0 && top.Top[at(r)][at(category)].Value > top.Top[at(r - 1)][at(category)].Value; --r)
                     std::swap(top.Top[at(r)][at(category)], top.Top[at(r - 1)][at(category)]);
             }
         }
@@ -625,7 +637,10 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     FileWriter& writer = o.writer ? *o.writer : disk;
     const fs::path& dir = session.league().leagueDir;
     const RulesRecord& rules = session.league().rules;
-    PostingJournal(dir).recover(writer);
+    // The session was read from the files a pending posting would change.
+    if (PostingJournal(dir).recover(writer))
+        throw FileError(
+            fmt::format("An unfinished posting in {} was completed first: load the teams again", dir.string()));
 
     PostingResult res;
     std::vector<FileChange> changes;
@@ -677,7 +692,8 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             if (p.InjuryReturnMonth != 0) ++injuredCount[at(side)];
             if (g.Goals >= 3) p.HatTricks = static_cast<std::uint8_t>(std::min(p.HatTricks + 1, 255));
             if (isGoalie(p) && g.Toi > 3000 && g.Saves >= 10)
-                p.ShutoutStreak = g.GoalsAllowed > 0 ? 0 : static_cast<std::uint8_t>(std::min(p.ShutoutStreak + 1, 255));
+                p.ShutoutStreak =
+                    g.GoalsAllowed > 0 ? 0 : static_cast<std::uint8_t>(std::min(p.ShutoutStreak + 1, 255));
         }
     }
 
@@ -750,9 +766,12 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         tick.Text.assign(winner < 0 ? fmt::format("{} and {} tie {}-{}", ws.city, ls.city, ws.score, ls.score)
                                     : fmt::format("{} beat {} {}-{}{}, shots {}-{}", ws.city, ls.city,
                                                   game.finalScore(w), game.finalScore(other(w)),
-                                                  game.wentToShootout() ? " (SO)" : game.overtimePlayed ? " (OT)" : "",
+                                                  game.wentToShootout() ? " (SO)"
+                                                  : game.overtimePlayed ? " (OT)"
+                                                                        : "",
                                                   ws.shots, ls.shots));
-        std::size_t ticks = RandomFile(findFile(dir, kTickerFile), kTickerSlot).count(kWholeSlots);
+        // Each ticker record leaves its slot's last bytes unwritten: a half slot counts.
+        std::size_t ticks = RandomFile(findFile(dir, kTickerFile), kTickerSlot).count(kScoresRounding);
         changes.push_back(slotChange(kTickerFile, kTickerSlot, ticks + 1, tick));
     }
     if (!history.empty()) changes.push_back(appendLines(dir, kInjuryHistoryFile, history));
@@ -782,8 +801,10 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 
     // The schedule row and SCORES.
     GameRecord row;
-    if (leagueGame && game.scheduleRow > 0) row = schedule->row(game.scheduleRow);
-    else row = newGameRecord(game.side[0].team, game.side[1].team, game.calendarMonth, game.day, game.year);
+    if (leagueGame && game.scheduleRow > 0)
+        row = schedule->row(game.scheduleRow);
+    else
+        row = newGameRecord(game.side[0].team, game.side[1].team, game.calendarMonth, game.day, game.year);
     row.ExtraMark = game.wentToShootout() ? 2 : game.overtimePlayed ? 1 : 0;
     std::array<int, 2> assists{};
     for (int side : {kVisitor, kHome}) {
@@ -852,7 +873,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         names.team[at(side)] = fmt::format("{} {}", t.team.City.str(), t.team.Nickname.str());
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const PlayerRecord& p = t.player(slot);
-            names.player[BoxFile::at(side, slot)] = t.DisplayName[at(slot)];
+            names.player[BoxFile::at(side, slot)] = boxPlayerName(p);
             names.position[BoxFile::at(side, slot)] = positionCode(p);
         }
     }

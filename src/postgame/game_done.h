@@ -32,8 +32,8 @@ inline constexpr const char* kHighlightsFile = "HkHighlights.txt";
 inline constexpr const char* kInjuryHistoryFile = "HkInjuryHistory";
 
 struct PostingOptions {
-    Random* rng = nullptr;       // the draws of the post-game injuries; required
-    std::string dateText;        // the day of playing as the SCORES row shows it
+    Random* rng = nullptr;         // the draws of the post-game injuries; required
+    std::string dateText;          // the day of playing as the SCORES row shows it
     FileWriter* writer = nullptr;  // null: the disk
 };
 
@@ -54,8 +54,10 @@ public:
 };
 
 // Posts the game. The session's rosters and team records are updated in
-// memory as well as on disk. A posting that an earlier failure cut short is
-// finished first. Throws AlreadyPosted (and changes nothing) for a schedule
+// memory as well as on disk. Call recoverPosting before the teams are
+// loaded: a posting that an earlier failure cut short and that is found only
+// here is finished, and then FileError asks for the teams to be loaded
+// again, as they were read before it. Throws AlreadyPosted (and changes nothing) for a schedule
 // row already played, FileError when a league file can't be read or written.
 PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOptions& options);
 

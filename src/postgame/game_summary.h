@@ -25,7 +25,6 @@ class Game;
 
 inline constexpr int kPeriodSlots = 10;
 
-
 struct GoalSummary {
     int period = 1;
     int clock = 0;  // seconds left in the period
@@ -68,10 +67,10 @@ struct SideSummary {
 
 struct FinishedGame {
     std::array<SideSummary, 2> side{};
-    int periods = 3;        // of the rules
-    int lastPeriod = 3;     // the period the game ended in
-    int clock = 0;          // seconds left when it ended
-    int shootoutRounds = 0; // 2 or more: the game went to a shootout
+    int periods = 3;         // of the rules
+    int lastPeriod = 3;      // the period the game ended in
+    int clock = 0;           // seconds left when it ended
+    int shootoutRounds = 0;  // 2 or more: the game went to a shootout
     bool overtimePlayed = false;
     int winningGoalie = kNoSlot;  // on the winning side, the goalie in net at the deciding goal
     int losingGoalie = kNoSlot;   // on the losing side

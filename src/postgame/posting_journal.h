@@ -43,7 +43,7 @@ public:
 // One change of a league file, named as the folder spells it.
 struct FileChange {
     std::string name;
-    bool whole = false;        // the whole file, else bytes at `offset`
+    bool whole = false;  // the whole file, else bytes at `offset`
     std::uint64_t offset = 0;
     std::vector<std::uint8_t> bytes;
 };
