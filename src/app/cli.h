@@ -66,5 +66,6 @@ void addRatingsCommands(CLI::App& app, GlobalOptions& options);
 void addRosterCommands(CLI::App& app, GlobalOptions& options);
 void addPlayCommands(CLI::App& app, GlobalOptions& options);
 void addBoxCommands(CLI::App& app, GlobalOptions& options);
+void addSimulateCommands(CLI::App& app, GlobalOptions& options);
 
 }  // namespace tallyrink::cli

@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
     addRosterCommands(app, options);
     addPlayCommands(app, options);
     addBoxCommands(app, options);
+    addSimulateCommands(app, options);
 
     try {
         app.parse(argc, argv);

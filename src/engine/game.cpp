@@ -67,7 +67,10 @@ void Game::InitGame() {
         for (std::size_t slot = 0; slot < kRosterSlots; ++slot) s_.Energy[at(side)][slot] = t.MaxEnergy[slot];
         s_.goalie[at(side)] = chooseGoalie(team, kNoSlot);
         putUnitOnIce(side);
+        clearGameLines(t.GameRoster, t.team);
     }
+    s_.events.blocksByPeriod.assign(1, {0, 0});
+    narrationRng_ = Random(options_.seed ^ 0x9e3779b97f4a7c15ULL);
 }
 
 void Game::playToEnd() {
@@ -216,7 +219,7 @@ void Game::PlayStep() {
         FaceoffStep();
     }
     if (!s_.ProbeOnly) {
-        lines_.clear();
+        if (!s_.entryFromFaceoff) lines_.clear();  // the draw's lines belong to this play
         s_.EntryZone = s_.PlayZone;
         if (!isOffenseState(s_.PlayZone) && s_.PlayRating == 0) SetPlayRating();
         s_.LastPlayCall = s_.PlayCall;
@@ -349,163 +352,6 @@ Result Game::applyOverrides(Result r) {
 
 // ---- Applying the result ------------------------------------------------------
 
-void Game::ApplyPlay() {
-    s_.LastZone = s_.PlayZone;
-    Result& r = s_.PlayResult;
-
-    // Time running out inside the play: a late shot loses its edge, and far
-    // from the net the horn may go with nothing at all.
-    int horn = 5 + rng_.rand(6);
-    switch (s_.PlayZone) {
-        case Zone::OffenseShooter:
-            horn = 1 + rng_.rand(2);
-            break;
-        case Zone::Rush:
-            horn = 2 + rng_.rand(2);
-            break;
-        case Zone::OffenseZone:
-            horn = 3 + rng_.rand(2);
-            break;
-        case Zone::NeutralZone:
-            horn = 4 + rng_.rand(5);
-            break;
-        default:
-            break;
-    }
-    if (s_.Clock <= horn) {
-        s_.periodEnds = true;
-        if (r == Result::Goal && rng_.rand(10) <= 4) r = Result::Save;
-        if (r == Result::Save && rng_.rand(10) <= 6) r = Result::Miss;
-    }
-
-    if (r == Result::Goal || r == Result::Save) {
-        ++s_.Shots[at(s_.PuckTeam)];
-        ++s_.shotsByPeriod.back()[at(s_.PuckTeam)];
-    }
-
-    switch (r) {
-        case Result::Penalty:
-            onPenalty(s_.penaltyOn);
-            break;
-        case Result::Pass:
-        case Result::OffenseShooter:
-            onPass();
-            break;
-        case Result::OffenseZone:
-            s_.PlayZone = Zone::OffenseZone;
-            break;
-        case Result::MoveUp:
-            if (s_.PlayZone == Zone::DefenseZone)
-                s_.PlayZone = Zone::NeutralZone;
-            else if (s_.PlayZone == Zone::NeutralZone)
-                onPass();
-            break;
-        case Result::Offsides:
-            s_.PlayZone = faceoffZone(FaceoffSpot::Neutral, s_.OtherTeam(), 1);
-            break;
-        case Result::Clear:
-            onClear();
-            break;
-        case Result::Goal:
-        case Result::ClearGoal:
-            onGoal();
-            break;
-        case Result::Save:
-        case Result::ClearSave:
-            onSave();
-            break;
-        case Result::Miss:
-        case Result::Block:
-            onMissOrBlock();
-            break;
-        case Result::To:
-        case Result::ToDefense:
-        case Result::ToNeutral:
-        case Result::ToRush:
-            onTurnover(r);
-            break;
-        case Result::Retreat:
-            // Told as a retreat; play goes on from the plain zone.
-            s_.PlayZone = rng_.rand(100) <= 70 ? Zone::NeutralZoneRetreat : Zone::DefenseZoneRetreat;
-            break;
-        case Result::NoPlay:
-            s_.periodEnds = true;
-            s_.PlayZone = Zone::FaceoffCenter1;
-            break;
-        case Result::Delay:
-            s_.PlayZone = Zone::FaceoffCenter1;
-            s_.PuckTeam = kVisitor;
-            break;
-        default:
-            break;
-    }
-    if (s_.PlayZone == Zone::NeutralZoneRetreat) s_.PlayZone = Zone::NeutralZone;
-    if (s_.PlayZone == Zone::DefenseZoneRetreat) s_.PlayZone = Zone::DefenseZone;
-    if (s_.periodEnds) s_.PlayZone = Zone::FaceoffCenter1;
-    SetPlayTime();
-}
-
-void Game::onPass() {
-    bool shooter = s_.PlayResult == Result::OffenseShooter || rng_.rand(100) <= 30;
-    if (session_.league().rules.AllowOffensiveZonePlayCallsCheck == 0) shooter = false;
-    s_.PlayZone = shooter ? Zone::OffenseShooter : Zone::OffenseZone;
-}
-
-void Game::onGoal() {
-    int side = s_.PuckTeam;
-    ++s_.Score[at(side)];
-    s_.goals.push_back({s_.Period, s_.Clock, side, s_.Skaters[at(side)] - s_.Skaters[at(other(side))],
-                        s_.GoaliePulled[at(other(side))]});
-    // A goal ends the shortest minor of a team short-handed by it.
-    if (powerPlay(side)) {
-        auto& box = s_.penaltyLeft[at(other(side))];
-        auto shortest = std::min_element(box.begin(), box.end(), [](int a, int b) {
-            if (a == 0) return false;
-            return b == 0 || a < b;
-        });
-        if (*shortest > 0) *shortest = 0;
-        recountSkaters();
-    }
-    if (telling()) tell(fmt::format("GOAL {}", session_.side(side).team.Abbrev.str()));
-    s_.PlayZone = Zone::FaceoffCenter1;
-    s_.PuckTeam = kVisitor;
-}
-
-void Game::onSave() {
-    int r = rng_.rand(100);
-    if (r <= 55) {
-        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, s_.OtherTeam(), 1);  // frozen
-    } else if (r <= 80) {
-        changePossession();
-        s_.PlayZone = Zone::DefenseZone;
-    } else {
-        s_.PlayZone = Zone::OffenseZone;  // the rebound stays with the shooters
-    }
-}
-
-void Game::onMissOrBlock() {
-    int r = rng_.rand(100);
-    if (r <= 45) {
-        s_.PlayZone = Zone::OffenseZone;
-    } else if (r <= 85) {
-        changePossession();
-        s_.PlayZone = Zone::DefenseZone;
-    } else {
-        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, s_.OtherTeam(), 1);  // out of play
-    }
-}
-
-void Game::onClear() {
-    int clearing = s_.PuckTeam;
-    if (!isOffenseState(s_.PlayZone) && !powerPlay(other(clearing)) && rng_.rand(100) <= 25) {
-        // Iced: the draw comes back to the clearing team's end.
-        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, clearing, 1);
-        return;
-    }
-    changePossession();
-    s_.PlayZone = isOffenseState(s_.LastZone) && rng_.rand(2) == 1 ? Zone::NeutralZone : Zone::DefenseZone;
-}
-
 void Game::onPenalty(int side) {
     if (side == kBothSides) {
         // Coincidental: nobody is short-handed.
@@ -523,47 +369,6 @@ void Game::onPenalty(int side) {
     recountSkaters();
     if (telling()) tell(fmt::format("PENALTY {}", session_.side(side).team.Abbrev.str()));
     s_.PlayZone = faceoffZone(FaceoffSpot::Defense, side, 1);
-}
-
-void Game::onTurnover(Result r) {
-    changePossession();
-    switch (r) {
-        case Result::ToDefense:
-            s_.PlayZone = Zone::OffenseZone;
-            break;
-        case Result::ToNeutral:
-            s_.PlayZone = Zone::NeutralZone;
-            break;
-        case Result::ToRush: {
-            s_.PlayZone = Zone::Rush;
-            int stronger = powerPlay(s_.PuckTeam);
-            if (stronger && rng_.rand(100) <= 80) s_.PlayZone = Zone::DefenseZone;
-            if (powerPlay(s_.OtherTeam()) && rng_.rand(100) <= 90) s_.PlayZone = Zone::DefenseZone;
-            break;
-        }
-        default:
-            s_.PlayZone = Zone::DefenseZone;
-            break;
-    }
-}
-
-void Game::FaceoffStep() {
-    Zone z = s_.PlayZone;
-    auto faceoffOf = [&](int side) {
-        int slot = s_.onIce[at(side)][IcePos::Center];
-        if (slot == kNoSlot) slot = s_.onIce[at(side)][IcePos::LeftWing];
-        return slot == kNoSlot ? 5 : int{session_.side(side).player(slot).RatingFaceoff};
-    };
-    int visitorChance = std::clamp(500 + (faceoffOf(kVisitor) - faceoffOf(kHome)) * 25, 300, 700);
-    int winner = rng_.rand(1000) <= visitorChance ? kVisitor : kHome;
-    s_.PuckTeam = winner;
-    s_.OffensiveDraw = faceoffSpot(z) == FaceoffSpot::Defense && faceoffEndSide(z) == other(winner);
-    s_.entryFromFaceoff = true;
-    s_.PlayZone = Zone::DefenseZone;
-    Call call = s_.FaceoffCall[at(winner)];
-    if (call == Call::None || call == Call::Computer || call == Call::DrawForward || call == Call::DrawBack)
-        call = StandInComputerCall(*this, winner, rng_);
-    s_.PlayCall = call;
 }
 
 // ---- The shootout -------------------------------------------------------------
@@ -856,6 +661,7 @@ void Game::endOfPeriod() {
         s_.PlayCall = Call::None;
         s_.PlayResult = Result::None;
         s_.shotsByPeriod.push_back({0, 0});
+        s_.events.blocksByPeriod.push_back({0, 0});
         s_.tvTimeoutsTaken = 0;
     };
     if (s_.Period < periods_) {

@@ -17,6 +17,9 @@
 #include <string>
 #include <vector>
 
+#include "engine/events.h"
+#include "engine/find_tools.h"
+#include "engine/live_stats.h"
 #include "engine/play_chances.h"
 #include "engine/play_state.h"
 #include "engine/presenter.h"
@@ -47,6 +50,9 @@ struct GoalNote {
     int side = 0;
     int strengthEdge = 0;  // scorer's skaters less the other side's, extra attackers not counted
     bool emptyNet = false;
+    int scorer = kNoSlot;  // slots of the scoring side
+    std::array<int, 2> assists{kNoSlot, kNoSlot};
+    GoalType type = GoalType::FiveOnFive;
 };
 
 // The play state. Everything a step reads or writes stands here; a test or
@@ -114,6 +120,14 @@ struct GameState {
     std::array<BySlot<int>, 2> Energy{};
     std::array<BySlot<double>, 2> stint{};  // seconds on the ice since the last change
 
+    // Carrier, passers, spots, open men, the picks of the events, the shot
+    // model's goalie form and the table's calibrations.
+    FindState find;
+
+    // The draw, the shot, the clear and the turnover of the play, and the
+    // team figures of the game.
+    EventState events;
+
     int steps = 0;
 };
 
@@ -166,7 +180,128 @@ public:
     }
     [[nodiscard]] int strengthEdge() const { return strength(s_.PuckTeam) - strength(s_.OtherTeam()); }
 
+    // ---- Chances: selection tools, shot model, chance table ----------------
+    // Weighted picks among the players on the ice (find_tools.cpp). Each
+    // leaves its pick in state().find.
+    void FindCarrier();
+    void FindPassers();
+    // One pick per penalty for each side with find.PenaltiesToCall above 0.
+    void FindPenalized();
+    void FindDefender();
+    void FindTakeaway();
+    void FindBlocker();
+    void FindHitter();
+    // Names of a pass for narration; `unit` stands for the puck team's men
+    // on the ice (the unit before a line change), null for those now on it.
+    void PickNames(const OnIce* unit = nullptr);
+    void PickOpponentName();
+    // Spots of the attackers and the list of open men of the offensive zone.
+    void HkSetPlayCallList();
+    // A new carrier of the puck team after a loose puck; `takeawayPos` is the
+    // position of the man who took it away, kNoPos when nobody did.
+    void PickLooseCarrier(int takeawayPos = kNoPos);
+    // The chance table of the coming step (chance_table.cpp); with
+    // ProbeOnly set it draws nothing that a probe must not.
+    PlayChances ChanceTable();
+    // First stage of the shooting percentage (shooting.cpp): sets
+    // chances.GoalPct and chances.ShotClass.
+    void GoalPct(PlayChances& c);
+    // The rush stage: the percentage of a rush shot, whatever the first gave.
+    void RushGoalPct(PlayChances& c);
+
+    // ---- Events: faceoffs, shots, zone play ----------------------------------
+    // The men who take the coming draw (faceoffs.cpp).
+    void PickFaceoffMen();
+
 private:
+    // Chances: the parts of a step up to the table (chance_table.cpp).
+    void drawShooterMood();
+    void moveForecheck();
+    void chooseCarrier();
+    void eraFactors();
+    void seasonCalibration();
+    void drawGoalieForm();
+    // Events: the draw (faceoffs.cpp).
+    [[nodiscard]] int faceoffRating(int side, int pos) const;
+    [[nodiscard]] int penaltiesTaken(int side) const;
+    void tensionBeforeDraw();
+    // Events: the result of a step (apply_play.cpp).
+    void clearPlayFlags();
+    void rareClearEvents();
+    void dispatchResult();
+    void prepareNextState();
+    [[nodiscard]] int chanceShotClass() const;
+    // Events: shots and rebounds (shots.cpp).
+    [[nodiscard]] int netminder(int side) const;  // the goalie in the net, kNoSlot when it is empty
+    [[nodiscard]] int edgeIndex() const;          // the puck team's edge in men, -2..2, as 0..4
+    ShotKind chooseShotKind();
+    void cutAssists();
+    void countShotOnGoal(int side, int shooter);
+    void countSave(int side, int shooter);
+    void postGoal(bool fromClear);
+    ShotRebound ReboundAfterShot();
+    SaveRebound ReboundAfterSave(bool allowReboundShot);
+    void shiftPassersForRebound();
+    void followShotRebound();
+    void followSaveRebound();
+    int pickReboundShooter(bool afterSave);
+    void reboundShot(bool afterSave);
+    // Events: the puck moved without a shot (zone_play.cpp).
+    [[nodiscard]] bool penaltyDelayed() const;
+    [[nodiscard]] bool brokenStickOnIce(int side) const;
+    void onEntry();
+    void onMoveUp();
+    ClearTarget clearTarget();
+    bool recoversClear();
+    void callIcing(int side);
+    void onOffside();
+    [[nodiscard]] double hitSteering(int side) const;
+    void countHit();
+    TurnoverKind turnoverKind();
+    bool joinsRush(int side, int pos);
+    void buildRush();
+    void RushAssists();
+    void onDelay();
+    // Events: the play-by-play lines (narration.cpp).
+    [[nodiscard]] std::string nameOf(int side, int slot) const;
+    [[nodiscard]] std::string teamName(int side) const;
+    void DescribeOpening();
+    void DescribeNewGoalie(int side);
+    void DescribeCircleChange(int side, int out, int in);
+    void DescribeTension();
+    void DescribeFaceoffResult(int winner);
+    void DescribeShot();
+    void DescribeBlock(int side, int blocker);
+    void DescribeGoalLead();
+    void DescribeVideoReview();
+    void DescribeGoalCredit(int scorer);
+    void DescribeAssists();
+    void DescribeKnockedAway(int side, int defender);
+    void DescribeReboundClear();
+    void DescribeOutOfPlay();
+    void DescribeClearSave();
+    void DescribeGoaliePass();
+    void DescribeFreeze();
+    void DescribeReboundShot(int shooter);
+    void DescribeGoalieDrops();
+    void DescribeReboundMiss();
+    void DescribeDump();
+    void DescribePass();
+    void DescribeEntry();
+    void DescribeMoveUp();
+    void DescribeRecover();
+    void DescribeClear();
+    void DescribeIcing(int side);
+    void DescribeOffside();
+    void DescribeHit(int side, int hitter);
+    void DescribeTurnover();
+    void DescribeLoosePuck();
+    void DescribeRush();
+    void DescribeRetreat();
+    void DescribeDelay();
+    // Draws of the telling only, so that a told game plays as an untold one.
+    Random narrationRng_{0};
+
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
     Result splitTurnover(const PlayChances& c);

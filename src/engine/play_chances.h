@@ -23,6 +23,20 @@ struct PlayChances {
     double TurnoverNeutralShare = 0;
     double TurnoverRushShare = 0;
 
+    // The shot the table stands on: the chance that a shot on net goes in,
+    // the class of the shot (0 none, 1 inside, 2 mid, 3 outside, 4 rush, 5 a
+    // deflection), the depths it was chosen from, and the shares that split
+    // the shots tried into on net, missed and blocked.
+    double GoalPct = 0;
+    int ShotClass = 0;
+    double PctInside = 0;
+    double PctMid = 0;
+    double PctOutside = 0;
+    double OnNetShare = 0;
+    double MissShare = 0;
+    // Shots tried before the endings were split out of them.
+    int shotsTried = 0;
+
     // Shots tried: the total that goal, save, block and miss split.
     [[nodiscard]] int ShootChance() const { return GoalChance + SaveChance + BlockChance + MissChance; }
     // Everything but the turnover that takes the rest. The fight band lies

@@ -1,0 +1,134 @@
+// Playing many games of the open league's schedule without a screen and
+// without writing anything, to see what the engine makes of its era: the
+// figures a team gets in a game, next to the era table's.
+
+#include <fmt/core.h>
+
+#include <memory>
+
+#include "app/cli.h"
+#include "engine/game.h"
+#include "engine/team_load.h"
+#include "league/era.h"
+
+namespace tallyrink::cli {
+
+namespace {
+
+struct SimulateOptions {
+    int games = 100;
+    std::uint64_t seed = 1;
+};
+
+// Totals over all games, both teams together.
+struct Totals {
+    int games = 0;
+    double goals = 0;
+    double shots = 0;
+    double missed = 0;
+    double blocked = 0;
+    double powerPlays = 0;
+    double powerPlayGoals = 0;
+    double pim = 0;
+    double fights = 0;
+    double faceoffs = 0;
+    double hits = 0;
+    int overtime = 0;
+    int shootout = 0;
+};
+
+void addGame(const Game& game, const GameSession& session, Totals& t) {
+    const GameState& s = game.state();
+    ++t.games;
+    for (int side : {kVisitor, kHome}) {
+        auto i = static_cast<std::size_t>(side);
+        const SideTables& tables = session.side(side);
+        t.goals += s.Score[i];
+        t.shots += s.Shots[i];
+        t.missed += s.events.missed[i];
+        t.blocked += s.events.blocked[i];
+        t.faceoffs += s.events.faceoffsWon[i];
+        t.hits += s.events.hits[i];
+        t.powerPlays += tables.team.PowerPlays[1];
+        t.fights += tables.team.FightsCount[1];
+        for (const PlayerRecord& p : tables.GameRoster) t.pim += statLine(p, StatLineIndex::Game).Pim;
+    }
+    for (const GoalNote& g : s.goals)
+        if (g.strengthEdge > 0) ++t.powerPlayGoals;
+    if (s.endedBy == GameEnd::Overtime || s.endedBy == GameEnd::Shootout) ++t.overtime;
+    if (s.endedBy == GameEnd::Shootout) ++t.shootout;
+}
+
+int leagueYear(const GameSession& session) {
+    int year = session.side(kHome).team.TeamYear;
+    return EraTable::contains(year) ? year : 2014;
+}
+
+void printRow(const char* caption, double value, double era, const char* format = "{:>10.2f}") {
+    std::string line = fmt::format("{:<24}", caption) + fmt::format(fmt::runtime(format), value);
+    if (era > 0) line += fmt::format(fmt::runtime(format), era);
+    fmt::print("{}\n", line);
+}
+
+void simulate(const GlobalOptions& options, const SimulateOptions& o) {
+    if (o.games < 1) throw CommandError("--games must be at least 1");
+    auto session = startSession(options);
+    const Schedule& schedule = session->schedule();
+    std::vector<std::size_t> rows;
+    for (std::size_t r = 1; r <= schedule.size(); ++r) {
+        const GameRecord& row = schedule.row(r);
+        if (row.VisitorTeam >= 1 && row.HomeTeam >= 1 && row.VisitorTeam != row.HomeTeam) rows.push_back(r);
+    }
+    if (rows.empty()) throw CommandError("The league's schedule has no games to play");
+
+    Random draws(o.seed);
+    Totals t;
+    int year = 0;
+    GameSession games = GameSession::forSession(*session);
+    for (int n = 0; n < o.games; ++n) {
+        const GameRecord& row = schedule.row(rows[static_cast<std::size_t>(n) % rows.size()]);
+        games.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, draws);
+        if (year == 0) year = leagueYear(games);
+        GameOptions gameOptions;
+        gameOptions.seed = o.seed * 1000003ULL + static_cast<std::uint64_t>(n);
+        gameOptions.noDisplay = true;
+        Game game(games, gameOptions);
+        game.playToEnd();
+        addGame(game, games, t);
+    }
+
+    EraFigures era = figuresOf(session->era().yearOr(year, 2014), EraLevel::Professional);
+    double teamGames = 2.0 * t.games;
+    double saves = t.shots - t.goals;
+    fmt::print("{} games of the schedule (seed {}); per team and game, the era of {} beside\n\n", t.games, o.seed,
+               year);
+    fmt::print("{:<24}{:>10}{:>10}\n", "", "Played", "Era");
+    printRow("Goals", t.goals / teamGames, era.goalsPerTeam);
+    printRow("Shots on goal", t.shots / teamGames, era.shotsPerTeam());
+    printRow("Missed shots", t.missed / teamGames, 0);
+    printRow("Blocked shots", t.blocked / teamGames, 0);
+    printRow("Power plays", t.powerPlays / teamGames, 0);
+    printRow("Power-play goals", t.powerPlayGoals / teamGames, 0);
+    double ppPct = t.powerPlays > 0 ? 100 * t.powerPlayGoals / t.powerPlays : 0;
+    printRow("Power-play pct", ppPct, era.powerPlayPct, "{:>10.1f}");
+    printRow("Penalty minutes", t.pim / teamGames, era.pimPerGame / 2);
+    printRow("Fights", t.fights / teamGames, era.fightsPerGame / 2);
+    printRow("Faceoffs won", t.faceoffs / teamGames, 0);
+    printRow("Hits", t.hits / teamGames, 0);
+    printRow("Save pct", t.shots > 0 ? 100 * saves / t.shots : 0, era.savePct, "{:>10.1f}");
+    printRow("Games to overtime, pct", 100.0 * t.overtime / t.games, 0, "{:>10.1f}");
+    printRow("Games to shootout, pct", 100.0 * t.shootout / t.games, 0, "{:>10.1f}");
+}
+
+}  // namespace
+
+void addSimulateCommands(CLI::App& app, GlobalOptions& options) {
+    auto o = std::make_shared<SimulateOptions>();
+    auto* cmd = app.add_subcommand(
+        "simulate", "Play games of the schedule without a screen and print their figures; nothing is written");
+    cmd->add_option("--games", o->games, "Games to play, through the schedule and round again")->default_val(100);
+    cmd->add_option("--seed", o->seed, "Seed of the draws: the same seed plays the same games")->default_val(1);
+    cmd->callback([&options, o] { simulate(options, *o); });
+}
+
+}  // namespace tallyrink::cli
