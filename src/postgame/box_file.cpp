@@ -203,6 +203,9 @@ std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame
             r1.BoxToiSH[at] = g.ToiSH;
             r1.BoxLineTime[at] = g.Shifts;
             r1.BoxDressedToday[at] = byte(t.DressedToday[std::size_t(slot)]);
+            // Dressed for the game: the box score lists him even without ice time.
+            bool suited = p.InactiveFlag == 0 && t.DressedToday[std::size_t(slot)] == 0 && p.InjuryReturnMonth == 0;
+            r1.BoxSlotFlag[at] = suited || g.GP > 0 ? 1 : 0;
             r1.BoxInjuryType[at] = p.InjuryType;
             r1.BoxInjuredInGame[at] = byte(x.injuredInGame[std::size_t(slot)]);
             r1.BoxShootoutGoalsOf[at] = byte(x.shootoutGoalsOf[std::size_t(slot)]);

@@ -24,6 +24,23 @@ bool played(const BoxFile& box, std::size_t at) {
     return box.r1.BoxPlayerId[at] != 0 && (box.r1.BoxLines[at].GP > 0 || box.r1.BoxToi[at] > 0);
 }
 
+bool sideHasIceTime(const BoxFile& box, std::size_t at) {
+    std::size_t first = at - at % kRosterSlots;
+    for (std::size_t k = first; k < first + kRosterSlots; ++k)
+        if (box.r1.BoxToi[k] > 0) return true;
+    return false;
+}
+
+// Skaters are listed when they played, or when the game kept no ice time,
+// when dressed; goalies when they played or started.
+bool listed(const BoxFile& box, const BoxNames& names, std::size_t at, bool goalie) {
+    if (box.r1.BoxPlayerId[at] == 0) return false;
+    if (!goalie) return played(box, at) || (!sideHasIceTime(box, at) && box.r1.BoxSlotFlag[at] == 1);
+    auto slot = static_cast<int>(at % kRosterSlots);
+    return played(box, at) || box.r1.BoxStarterGoalie[at / kRosterSlots] == slot + 1 || box.r1.BoxLines[at].Saves > 0 ||
+           (names.position[at] != "G" && box.r1.BoxSlotFlag[at] == 1);
+}
+
 bool isGoalieEntry(const BoxFile& box, const BoxNames& names, std::size_t at) {
     return names.position[at] == "G" || box.r1.BoxLines[at].Saves > 0 || box.r1.BoxLines[at].GoalsAllowed > 0;
 }
@@ -278,7 +295,7 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
             fmt::format("{:<{}.{}}{}", names.team[std::size_t(side)], kNameWidth, kNameWidth - 1, kSkaterHeader));
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
-            if (!played(box, at) || isGoalieEntry(box, names, at)) continue;
+            if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
             auto cells = skaterCells(box, at);
             std::string row = fmt::format("{:<{}.{}}", names.player[at], kNameWidth, kNameWidth - 1);
             for (std::size_t c = 0; c < cells.size(); ++c) row += fmt::format("{:>{}}", cells[c], kSkaterWidths[c]);
@@ -290,7 +307,7 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
         out.push_back(gh);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
-            if (!played(box, at) || !isGoalieEntry(box, names, at)) continue;
+            if (!isGoalieEntry(box, names, at) || !listed(box, names, at, true)) continue;
             auto cells = goalieCells(box, at);
             std::string row = fmt::format("{:<{}.{}}", names.player[at], kNameWidth, kNameWidth - 1);
             for (std::size_t c = 0; c < cells.size(); ++c) row += fmt::format("{:>{}}", cells[c], kGoalieWidths[c]);
@@ -389,7 +406,7 @@ std::string boxScoreHtml(const BoxFile& box, const BoxNames& names) {
         h += "</tr>\n";
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
-            if (!played(box, at) || isGoalieEntry(box, names, at)) continue;
+            if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
             h += fmt::format("<tr><td class=\"l\">{}</td>", esc(names.player[at]));
             for (const auto& c : skaterCells(box, at)) h += fmt::format("<td>{}</td>", esc(c));
             h += "</tr>\n";
@@ -399,7 +416,7 @@ std::string boxScoreHtml(const BoxFile& box, const BoxNames& names) {
         h += "</tr>\n";
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
-            if (!played(box, at) || !isGoalieEntry(box, names, at)) continue;
+            if (!isGoalieEntry(box, names, at) || !listed(box, names, at, true)) continue;
             h += fmt::format("<tr><td class=\"l\">{}</td>", esc(names.player[at]));
             for (const auto& c : goalieCells(box, at)) h += fmt::format("<td>{}</td>", esc(c));
             h += "</tr>\n";

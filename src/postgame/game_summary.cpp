@@ -59,6 +59,9 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         out.side = g.side;
         out.strengthEdge = g.strengthEdge;
         out.emptyNet = g.emptyNet;
+        out.scorer = g.scorer;
+        out.assists = g.assists;
+        out.penaltyShot = g.type == GoalType::PenaltyShot;
         f.goals.push_back(out);
         SideSummary& x = f.side[static_cast<std::size_t>(g.side)];
         x.goalsByPeriod[static_cast<std::size_t>(std::clamp(g.period, 1, kPeriodSlots) - 1)] += 1;
