@@ -1,9 +1,10 @@
 // Playing one game of the schedule from the command line: both teams coached
-// by the computer, nothing written to the league, the result printed. A seed
-// given twice gives the same game.
+// by the computer, the result printed and posted to the league (unless
+// --dry-run). A seed given twice gives the same game.
 
 #include <fmt/core.h>
 
+#include <ctime>
 #include <memory>
 #include <optional>
 
@@ -16,6 +17,8 @@
 #include <unistd.h>
 
 #include <iostream>
+#include "postgame/game_done.h"
+#include "postgame/game_summary.h"
 
 namespace tallyrink::cli {
 
@@ -27,8 +30,37 @@ struct PlayOptions {
     std::optional<double> pace;
     std::string coach;  // "visitor", "home", "both" or empty
     bool iceTime = false;
+    bool dryRun = false;
     std::optional<std::uint64_t> seed;
 };
+
+// The day of playing as a SCORES row keeps it.
+std::string todayText() {
+    std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char buf[16];
+    std::strftime(buf, sizeof buf, "%m/%d/%Y", &local);
+    return buf;
+}
+
+void postGame(GameSession& session, const Game& game, std::size_t row, const Schedule& schedule, std::uint64_t seed) {
+    const GameRecord& r = schedule.row(row);
+    FinishedGame finished = summarizeGame(game, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
+    Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
+    PostingOptions posting;
+    posting.rng = &postDraws;
+    posting.dateText = todayText();
+    PostingResult result = GameDone(session, finished, posting);
+    fmt::print("\nPosted");
+    if (result.scoresRow > 0)
+        fmt::print(" as SCORES row {} (box score: tallyrink box {})", result.scoresRow, result.scoresRow);
+    fmt::print("\n");
+    for (std::size_t k = 0; k < result.stars.size(); ++k)
+        if (!result.stars[k].empty()) fmt::print("  Star {}: {}\n", k + 1, result.stars[k]);
+    for (const auto& line : result.highlights) fmt::print("  {}\n", line);
+    for (const auto& line : result.injuries) fmt::print("  Injury: {}\n", line);
+}
 
 void printSummary(const Game& game, const std::array<std::string, 2>& code, const std::array<std::string, 2>& name) {
     const GameState& s = game.state();
@@ -108,6 +140,8 @@ void printIceTime(const GameSession& session, const std::array<std::string, 2>& 
 }
 
 void playGame(const GlobalOptions& options, const PlayOptions& o) {
+    // A posting that a failure cut short is finished before anything is read.
+    if (!o.dryRun) recoverPosting(leagueDir(options));
     auto session = startSession(options);
     const Schedule& schedule = session->schedule();
     if (o.game < 1 || o.game > schedule.size())
@@ -116,10 +150,14 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     const GameRecord& row = schedule.row(o.game);
     if (row.VisitorTeam < 1 || row.HomeTeam < 1 || row.VisitorTeam == row.HomeTeam)
         throw CommandError(fmt::format("Game {} of the schedule has been deleted", o.game));
+    if (statusOf(row) == kPlayed)
+        throw CommandError(fmt::format("Game {} of the schedule has already been played", o.game));
 
     std::uint64_t seed = o.seed.value_or(Random::freshSeed());
     GameSession session2 = GameSession::forSession(*session);
     Random loadDraws(seed);
+    session2.GameActive = true;
+    session2.GameType = 'L';
     session2.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, loadDraws);
 
     std::array<std::string, 2> code;
@@ -143,20 +181,28 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     if (o.fast) terminal.pace = 0;
     if (!session2.PlayoffGame)
         gameOptions.calibration = seasonCalibration(session->league(), session->era(), session->rules(), loadDraws);
+    clearGameEntries(session2);
     Game game(session2, gameOptions, gameOptions.noDisplay ? nullptr : &presenter);
     coachGame(game, presenter, std::cin, std::cout);
     std::cout.flush();
     if (!gameOptions.noDisplay) fmt::print("\n");
     printSummary(game, code, name);
     if (o.iceTime) printIceTime(session2, code);
+    if (!o.dryRun) {
+        try {
+            postGame(session2, game, o.game, schedule, seed);
+        } catch (const AlreadyPosted& e) {
+            throw CommandError(e.what());
+        }
+    }
 }
 
 }  // namespace
 
 void addPlayCommands(CLI::App& app, GlobalOptions& options) {
     auto o = std::make_shared<PlayOptions>();
-    auto* cmd = app.add_subcommand(
-        "play", "Play a game of the schedule with two computer coaches; nothing is written to the league");
+    auto* cmd =
+        app.add_subcommand("play", "Play a game of the schedule with two computer coaches and post it to the league");
     cmd->add_option("game", o->game, "Row of the schedule, from 1")->required();
     cmd->add_flag("--fast", o->fast, "No play-by-play and no pause: only the result");
     cmd->add_option("--pace", o->pace, "Seconds each play line stays before the next (default 0.8 on a terminal)")
@@ -164,6 +210,7 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
     cmd->add_option("--coach", o->coach, "Call the plays yourself for one side or both")
         ->check(CLI::IsMember({"visitor", "home", "both"}));
     cmd->add_flag("--ice-time", o->iceTime, "Each player's time on the ice, power play, short-handed and shifts");
+    cmd->add_flag("--dry-run", o->dryRun, "Play the game but write nothing to the league");
     cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
     cmd->callback([&options, o] { playGame(options, *o); });
 }

@@ -1,0 +1,314 @@
+#include "postgame/box_file.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "league/files.h"
+
+namespace tallyrink {
+
+namespace {
+
+std::uint8_t byte(int v) { return static_cast<std::uint8_t>(std::clamp(v, 0, 255)); }
+std::int16_t word(int v) { return static_cast<std::int16_t>(std::clamp(v, -32768, 32767)); }
+std::uint8_t slotByte(int slot) { return slot == kNoSlot ? 0 : byte(slot + 1); }
+
+std::string periodLabel(int period, int periods) {
+    if (period <= periods) return std::to_string(period);
+    return period == periods + 1 ? "OT" : fmt::format("OT{}", period - periods);
+}
+
+std::string clockText(int seconds) { return fmt::format("{}:{:02}", seconds / 60, seconds % 60); }
+
+std::string strengthText(const GoalSummary& g) {
+    if (g.emptyNet) return "EN";
+    if (g.strengthEdge > 0) return "PP";
+    if (g.strengthEdge < 0) return "SH";
+    return "EV";
+}
+
+const std::string& nameOf(const GameSession& s, int side, int slot) {
+    static const std::string unknown = "(unknown)";
+    if (slot == kNoSlot) return unknown;
+    return s.side(side).DisplayName[static_cast<std::size_t>(slot)];
+}
+
+BoxLine boxLineOf(const StatLine& g) {
+    BoxLine b;
+    b.GP = g.GP;
+    b.GS = g.GS;
+    b.Goals = g.Goals;
+    b.Assists = byte(g.Assists);
+    b.PlusMinus = byte(g.PlusMinus + kPlusMinusBias);
+    b.Pim = byte(g.Pim);
+    b.Toi = word(g.Toi);
+    b.ToiPP = word(g.ToiPP);
+    b.ToiSH = word(g.ToiSH);
+    b.Sog = byte(g.Sog);
+    b.PPG = g.PPG;
+    b.PPA = g.PPA;
+    b.SHG = g.SHG;
+    b.SHA = g.SHA;
+    b.FaceoffsWon = byte(g.FaceoffsWon);
+    b.FaceoffsLost = byte(g.FaceoffsLost);
+    b.GWG = g.GWG;
+    b.MissedShots = byte(g.MissedShots);
+    b.PenaltyShotAttempts = g.PenaltyShotAttempts;
+    b.PenaltyShotGoals = g.PenaltyShotGoals;
+    b.Giveaways = byte(g.Giveaways);
+    b.EmptyNetGoals = g.EmptyNetGoals;
+    b.Hits = byte(g.Hits);
+    b.Blocks = byte(g.Blocks);
+    b.Takeaways = byte(g.Takeaways);
+    b.GoalsAllowed = byte(g.GoalsAllowed);
+    b.GoaliePenaltyShotsFaced = g.GoaliePenaltyShotsFaced;
+    b.GoaliePenaltyShotGoals = g.GoaliePenaltyShotGoals;
+    b.GoalieWins = g.GoalieWins;
+    b.GoalieLosses = g.GoalieLosses;
+    b.GoalieTies = g.GoalieTies;
+    b.Saves = byte(g.Saves);
+    b.Shutouts = g.Shutouts;
+    b.GoalieOvertimeLosses = g.GoalieOvertimeLosses;
+    return b;
+}
+
+template <std::size_t N, std::size_t M>
+int fillText(std::array<FixedText<N>, M>& out, const std::vector<std::string>& lines) {
+    std::size_t n = std::min(lines.size(), M);
+    for (std::size_t i = 0; i < n; ++i) out[i].assign(lines[i]);
+    return static_cast<int>(n);
+}
+
+void writeEvents(BoxRecord2& r2, const GameSession& session, const FinishedGame& game) {
+    struct Event {
+        int period, clock, side;
+        std::string strength, kind, text;
+    };
+    std::vector<Event> events;
+    for (const GoalSummary& g : game.goals)
+        events.push_back({g.period, g.clock, g.side, strengthText(g), "GOAL", nameOf(session, g.side, g.scorer)});
+    for (const PenaltySummary& p : game.penalties)
+        events.push_back({p.period, p.clock, p.side, "", "PENALTY",
+                          fmt::format("{} {} min {}", nameOf(session, p.side, p.slot), p.minutes, p.name)});
+    std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
+        return a.period != b.period ? a.period < b.period : a.clock > b.clock;
+    });
+    std::size_t n = std::min<std::size_t>(events.size(), kBoxEvents);
+    r2.EventCount = static_cast<std::int16_t>(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        const Event& e = events[i];
+        r2.EventPeriod[i] = byte(e.period);
+        r2.EventTime[i].assign(clockText(e.clock));
+        r2.EventTeam[i].assign(game.side[static_cast<std::size_t>(e.side)].code);
+        r2.EventStrength[i].assign(e.strength);
+        r2.EventKind[i].assign(e.kind);
+        if (i < kBoxEventTexts) r2.EventText[i].assign(e.text);
+    }
+}
+
+}  // namespace
+
+std::string boxFileName(std::size_t scoresRow) { return fmt::format("BOX{}.BOX", scoresRow); }
+
+std::vector<std::string> scoringSummary(const GameSession& session, const FinishedGame& game) {
+    std::vector<std::string> out;
+    for (const GoalSummary& g : game.goals) {
+        std::string helpers;
+        for (int a : g.assists)
+            if (a != kNoSlot) {
+                if (!helpers.empty()) helpers += ", ";
+                helpers += nameOf(session, g.side, a);
+            }
+        out.push_back(fmt::format("{:<3} {:>5} {:<3} {:<4} {}{}", periodLabel(g.period, game.periods),
+                                  clockText(g.clock), strengthText(g), game.side[std::size_t(g.side)].code,
+                                  nameOf(session, g.side, g.scorer),
+                                  helpers.empty() ? std::string(" (unassisted)") : fmt::format(" ({})", helpers)));
+    }
+    return out;
+}
+
+std::vector<std::string> penaltySummary(const GameSession& session, const FinishedGame& game) {
+    std::vector<std::string> out;
+    for (const PenaltySummary& p : game.penalties)
+        out.push_back(fmt::format("{:<3} {:>5} {:<4} {} {} min {}", periodLabel(p.period, game.periods),
+                                  clockText(p.clock), game.side[std::size_t(p.side)].code,
+                                  nameOf(session, p.side, p.slot), p.minutes, p.name));
+    return out;
+}
+
+std::vector<std::string> BoxFile::playLines() const {
+    std::vector<std::string> out;
+    int count = std::clamp<int>(plays[0].PlayLineCount, 0, 2 * kPlayLinesPerRecord);
+    for (int i = 0; i < count; ++i) {
+        const auto& rec = plays[static_cast<std::size_t>(i / kPlayLinesPerRecord)];
+        out.push_back(rec.PlayLines[static_cast<std::size_t>(i % kPlayLinesPerRecord)].str());
+    }
+    return out;
+}
+
+std::vector<std::string> BoxFile::keptText() const {
+    std::vector<std::string> out;
+    int count = std::clamp<int>(r1.BoxTextCount, 0, kBoxTextLines);
+    for (int i = 0; i < count; ++i) {
+        const auto& raw = r1.BoxText[static_cast<std::size_t>(i)].raw;
+        std::string line(raw.begin(), raw.end());
+        line.erase(line.find_last_not_of(std::string_view(" \0", 2)) + 1);
+        out.push_back(line);
+    }
+    return out;
+}
+
+std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame& game, const BoxFacts& facts) {
+    auto box = std::make_unique<BoxFile>();
+    BoxRecord1& r1 = box->r1;
+    BoxRecord2& r2 = box->r2;
+    int winner = facts.winnerSide;
+    for (int side : {kVisitor, kHome}) {
+        auto i = static_cast<std::size_t>(side);
+        const SideSummary& x = game.side[i];
+        const SideTables& t = session.side(side);
+        r1.BoxTeam[i] = byte(x.team);
+        r1.BoxScore[i] = byte(game.finalScore(side));
+        for (std::size_t p = 0; p < kPeriodSlots; ++p) {
+            r1.BoxPeriodGoals[i][p] = byte(x.goalsByPeriod[p]);
+            r2.PeriodTable[0][i * kPeriodSlots + p] = byte(x.shotsByPeriod[p]);
+            r2.PeriodTable[1][i * kPeriodSlots + p] = byte(x.goalsByPeriod[p]);
+        }
+        r1.BoxTeamCode[i].assign(x.code);
+        r1.BoxShots[i] = byte(x.shots);
+        r1.BoxPowerPlays[i] = byte(x.powerPlays);
+        r1.BoxPowerPlayGoals[i] = byte(x.powerPlayGoals);
+        r1.BoxTimeOfAttack[i] = word(x.timeOfAttack);
+        r1.BoxShootoutScore[i] = byte(x.shootoutScore);
+        r1.BoxChances[i] = byte(x.chancesFor);
+        r1.BoxStarterGoalie[i] = slotByte(x.startingGoalie);
+        r1.BoxGoalieOfShutout[i] = slotByte(facts.shutoutGoalie[i]);
+        const TeamRecord& tr = t.team;
+        const std::array<int, 11> types{tr.GoalsFiveOnFive[1],  tr.GoalsFiveOnFour[1],  tr.GoalsFiveOnThree[1],
+                                        tr.GoalsFourOnFour[1],  tr.GoalsFourOnThree[1], tr.GoalsThreeOnThree[1],
+                                        tr.GoalsThreeOnFour[1], tr.GoalsThreeOnFive[1], tr.GoalsFourOnFive[1],
+                                        tr.GoalsEmptyNet[1],    tr.GoalsPenaltyShot[1]};
+        for (std::size_t k = 0; k < types.size(); ++k) r1.BoxGoalTypes[i * types.size() + k] = byte(types[k]);
+        int assists = 0, faceoffs = 0, hits = 0, blocks = 0, missed = 0, dressed = 0;
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            std::size_t at = BoxFile::at(side, slot);
+            const PlayerRecord& p = t.player(slot);
+            if (!t.onTeam(slot)) continue;
+            const StatLine& g = statLine(p, StatLineIndex::Game);
+            r1.BoxPlayerId[at] = p.PlayerId;
+            r1.BoxLines[at] = boxLineOf(g);
+            r1.BoxToi[at] = g.Toi;
+            r1.BoxToiPP[at] = g.ToiPP;
+            r1.BoxToiSH[at] = g.ToiSH;
+            r1.BoxLineTime[at] = g.Shifts;
+            r1.BoxDressedToday[at] = byte(t.DressedToday[std::size_t(slot)]);
+            // Dressed for the game: the box score lists him even without ice time.
+            bool suited = p.InactiveFlag == 0 && t.DressedToday[std::size_t(slot)] == 0 && p.InjuryReturnMonth == 0;
+            r1.BoxSlotFlag[at] = suited || g.GP > 0 ? 1 : 0;
+            r1.BoxInjuryType[at] = p.InjuryType;
+            r1.BoxInjuredInGame[at] = byte(x.injuredInGame[std::size_t(slot)]);
+            r1.BoxShootoutGoalsOf[at] = byte(x.shootoutGoalsOf[std::size_t(slot)]);
+            r1.BoxChancesOf[at] = byte(p.ScoringChances[1]);
+            r1.BoxPenaltyCounts[0][at] = byte(p.Minors[1]);
+            r1.BoxPenaltyCounts[1][at] = byte(p.Majors[1]);
+            r1.BoxPenaltyCounts[2][at] = p.Misconducts[1];
+            r1.BoxSuspendedInGame[0][at] = x.newSuspension[std::size_t(slot)] ? 1 : 0;
+            assists += g.Assists;
+            faceoffs += g.FaceoffsWon;
+            hits += g.Hits;
+            blocks += g.Blocks;
+            missed += g.MissedShots;
+            if (g.GP > 0) ++dressed;
+        }
+        r1.BoxAssists[i] = byte(assists);
+        r1.BoxFaceoffsWon[i] = byte(faceoffs);
+        r1.BoxHits[i] = byte(hits);
+        r1.BoxBlocks[i] = byte(blocks);
+        r1.BoxMissedShots[i] = byte(missed);
+        r1.BoxDressed[i] = byte(dressed);
+    }
+    r1.BoxPeriod = byte(game.lastPeriod);
+    r1.BoxClock = game.clock;
+    r1.BoxZone.assign("GAMEOVER");
+    r1.BoxIsScheduled.assign(facts.scheduleRow > 0 ? "Y" : "N");
+    r1.ScheduleRow = word(static_cast<int>(facts.scheduleRow));
+    r1.BoxGameType.assign(game.exhibition ? "E" : "L");
+    r1.BoxWinner = winner < 0 ? 0 : byte(winner + 1);
+    r1.BoxLoser = winner < 0 ? 0 : byte(2 - winner);
+    r1.BoxDay = byte(game.day);
+    r1.BoxMonth = byte(game.calendarMonth > 0 ? seasonMonth(game.calendarMonth) : 0);
+    r1.BoxYear = word(game.year);
+    r1.BoxPlayoffFlag = game.playoff ? 1 : 0;
+    r1.BoxRink.assign(session.side(kHome).team.Arena.str());
+    r1.BoxHomeFlag.assign(game.neutralIce ? "N" : "Y");
+    r1.BoxStamp1 = kBoxStamp;
+    r1.BoxStampA = kBoxStamp;
+    r1.BoxVersion = kBoxVersion;
+    r1.BoxOvertimePlayed = game.overtimePlayed ? 1 : 0;
+    r1.BoxShootoutRounds = byte(game.shootoutRounds);
+    r1.BoxShootoutState = game.wentToShootout() ? 1 : 0;
+    fillText(r1.BoxShootoutText, game.shootoutLines);
+    auto decision = [&](int side, int slot) -> std::uint8_t {
+        return side < 0 || slot == kNoSlot ? 0 : byte(static_cast<int>(BoxFile::at(side, slot)) + 1);
+    };
+    if (winner >= 0) {
+        r1.BoxWinningGoalie = decision(winner, game.winningGoalie);
+        r1.BoxLosingGoalie = decision(1 - winner, game.losingGoalie);
+    }
+    r1.BoxGameWinningScorer = decision(facts.gameWinningSide, facts.gameWinningSlot);
+    for (int star = 0; star < 3; ++star) {
+        auto [side, slot] = facts.stars[std::size_t(star)];
+        if (side >= 0 && slot != kNoSlot) r1.BoxStars[BoxFile::at(side, slot)] = byte(star + 1);
+    }
+    r1.BoxLeagueStamp = word(facts.leagueStamp);
+    r1.BoxTextCount = static_cast<std::int16_t>(fillText(r1.BoxText, facts.boxText));
+
+    r2.ScoringCount = byte(fillText(r2.ScoringText, facts.scoringText));
+    r2.PenaltyCount = byte(fillText(r2.PenaltyText, facts.penaltyText));
+    writeEvents(r2, session, game);
+    r2.BoxStampB = kBoxStamp;
+
+    std::size_t lines = std::min<std::size_t>(game.playLines.size(), 2 * kPlayLinesPerRecord);
+    for (std::size_t k = 0; k < lines; ++k)
+        box->plays[k / kPlayLinesPerRecord].PlayLines[k % kPlayLinesPerRecord].assign(game.playLines[k]);
+    box->plays[0].PlayLineCount = static_cast<std::int16_t>(lines);
+    for (int side : {kVisitor, kHome}) {
+        BoxPlayRecord& rec = box->plays[static_cast<std::size_t>(side)];
+        rec.BoxStampC = kBoxStamp;
+        for (int slot = 0; slot < kRosterSlots; ++slot)
+            rec.BoxEnergyStart[std::size_t(slot)] = session.side(side).MaxEnergy[std::size_t(slot)];
+    }
+    return box;
+}
+
+std::vector<std::uint8_t> boxBytes(const BoxFile& box) {
+    std::vector<std::uint8_t> out;
+    out.reserve(4 * kBoxSlot);
+    auto add = [&](const std::vector<std::uint8_t>& slot) { out.insert(out.end(), slot.begin(), slot.end()); };
+    add(codec::toSlot(box.r1));
+    add(codec::toSlot(box.r2));
+    add(codec::toSlot(box.plays[0]));
+    add(codec::toSlot(box.plays[1]));
+    return out;
+}
+
+std::unique_ptr<BoxFile> BoxRead(const std::filesystem::path& path) {
+    auto bytes = readBytes(path);
+    if (bytes.size() < codec::Layout<BoxRecord1>::size)
+        throw FileError(fmt::format("{} is not a box score: {} bytes, a first record needs {}", path.string(),
+                                    bytes.size(), codec::Layout<BoxRecord1>::size));
+    auto box = std::make_unique<BoxFile>();
+    std::span<const std::uint8_t> all(bytes);
+    auto slot = [&](std::size_t r) {
+        std::size_t from = std::min(all.size(), r * kBoxSlot);
+        return all.subspan(from, std::min(kBoxSlot, all.size() - from));
+    };
+    box->r1 = codec::fromSlot<BoxRecord1>(slot(0));
+    box->r2 = codec::fromSlot<BoxRecord2>(slot(1));
+    box->plays[0] = codec::fromSlot<BoxPlayRecord>(slot(2));
+    box->plays[1] = codec::fromSlot<BoxPlayRecord>(slot(3));
+    return box;
+}
+
+}  // namespace tallyrink

@@ -1,0 +1,64 @@
+#pragma once
+
+// A box file: the four records that keep one game. BoxWrite turns a posted
+// game into them, BoxRead reads them back; the printed box score
+// (box_text.h) is built from what they hold.
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "postgame/box_records.h"
+#include "postgame/game_summary.h"
+
+namespace tallyrink {
+
+struct BoxFile {
+    BoxRecord1 r1{};
+    BoxRecord2 r2{};
+    std::array<BoxPlayRecord, 2> plays{};  // records 3 and 4
+
+    // Entry of a side's slot in the side-slot tables.
+    static std::size_t at(int side, int slot) { return static_cast<std::size_t>(side * kRosterSlots + slot); }
+    [[nodiscard]] std::vector<std::string> playLines() const;
+    // The printed box score kept in the file, its lines' indents kept.
+    [[nodiscard]] std::vector<std::string> keptText() const;
+};
+
+// "BOX", the SCORES row as plain digits, ".BOX".
+std::string boxFileName(std::size_t scoresRow);
+
+// What posting decided that the box keeps beside the game itself.
+struct BoxFacts {
+    int winnerSide = -1;       // -1 a tie
+    int gameWinningSide = -1;  // side and slot of the game-winning goal
+    int gameWinningSlot = kNoSlot;
+    std::array<int, 2> shutoutGoalie{kNoSlot, kNoSlot};
+    std::array<std::array<int, 2>, 3> stars{{{-1, kNoSlot}, {-1, kNoSlot}, {-1, kNoSlot}}};  // side, slot
+    std::size_t scheduleRow = 0;
+    int leagueStamp = 0;
+    std::vector<std::string> scoringText;
+    std::vector<std::string> penaltyText;
+    std::vector<std::string> boxText;  // the printed box score
+};
+
+// The four records of a finished game of the session.
+std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame& game, const BoxFacts& facts);
+
+// The file image: four slots of 30,000 bytes.
+std::vector<std::uint8_t> boxBytes(const BoxFile& box);
+
+// Reads a box file; a file shorter than four records is read as far as it
+// goes. Throws FileError when the file is missing or holds less than a
+// first record.
+std::unique_ptr<BoxFile> BoxRead(const std::filesystem::path& path);
+
+// The goals of a game in the order they were scored, as the scoring summary
+// prints them: "1 12:34 PP HAL Scorer (Assist, Assist)".
+std::vector<std::string> scoringSummary(const GameSession& session, const FinishedGame& game);
+std::vector<std::string> penaltySummary(const GameSession& session, const FinishedGame& game);
+
+}  // namespace tallyrink

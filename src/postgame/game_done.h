@@ -1,0 +1,92 @@
+#pragma once
+
+// Game completion: what a finished game leaves in the league. GameDone names
+// the goalies of record, draws post-game injuries, writes the highlights,
+// adds the game to every player's and team's season, settles the standings,
+// the leaders and the top single games, writes the ticker, the box file, the
+// schedule row and the SCORES line. It runs once for each game whoever
+// coached it.
+//
+// Everything is worked out in memory first and then committed through a
+// posting journal (posting_journal.h), so a failure at any write leaves the
+// game either wholly posted or not at all.
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "engine/team_load.h"
+#include "league/random.h"
+#include "postgame/box_file.h"
+#include "postgame/box_records.h"
+#include "postgame/game_summary.h"
+#include "postgame/posting_journal.h"
+
+namespace tallyrink {
+
+inline constexpr const char* kLeadersFile = "HkLeaders";
+inline constexpr const char* kTop40File = "hktop40";
+inline constexpr const char* kTickerFile = "HKTICKER";
+inline constexpr const char* kHighlightsFile = "HkHighlights.txt";
+inline constexpr const char* kInjuryHistoryFile = "HkInjuryHistory";
+
+struct PostingOptions {
+    Random* rng = nullptr;         // the draws of the post-game injuries; required
+    std::string dateText;          // the day of playing as the SCORES row shows it
+    FileWriter* writer = nullptr;  // null: the disk
+};
+
+struct PostingResult {
+    std::size_t scheduleRow = 0;  // 0: not a schedule game
+    std::size_t scoresRow = 0;    // 0: no SCORES row (exhibition, playoff)
+    std::string boxFile;
+    int winnerSide = -1;  // -1 a tie
+    std::array<std::string, 3> stars;
+    std::vector<std::string> highlights;
+    std::vector<std::string> injuries;
+};
+
+// Thrown when a game is posted whose schedule row is already played.
+class AlreadyPosted : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Posts the game. The session's rosters and team records are updated in
+// memory as well as on disk. Call recoverPosting before the teams are
+// loaded: a posting that an earlier failure cut short and that is found only
+// here is finished, and then FileError asks for the teams to be loaded
+// again, as they were read before it. Throws AlreadyPosted (and changes nothing) for a schedule
+// row already played, FileError when a league file can't be read or written.
+PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOptions& options);
+
+// Finishes a posting cut short, if any; true when there was one.
+bool recoverPosting(const std::filesystem::path& leagueDir, FileWriter* writer = nullptr);
+
+// ---- The parts, for tests and for the screens that show them -----------------
+
+// Goalies of record left unset by play: the starters of the sides ahead and behind.
+void settleGoaliesOfRecord(FinishedGame& game);
+
+// The game-winning goal: the winner's goal that put it ahead for good. Side
+// and slot, or {-1, kNoSlot} when no goal decided the game.
+std::pair<int, int> gameWinningGoal(const FinishedGame& game);
+
+// Adds the game to both team records: goals by period, chances, power plays,
+// goal types, shutouts and shootout wins, then the standings.
+void postTeams(std::array<TeamRecord*, 2> teams, const FinishedGame& game, const RulesRecord& rules);
+
+// Points in the standings of a team record.
+int standingsPoints(const TeamRecord& team);
+
+// "W-L-T-OTL".
+std::string recordText(const TeamRecord& team);
+
+// The three stars: side and slot each, best first.
+std::array<std::pair<int, int>, 3> threeStars(const GameSession& session, const FinishedGame& game);
+
+void postLeaders(LeadersRecord& leaders, const GameSession& session);
+void postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile);
+
+}  // namespace tallyrink

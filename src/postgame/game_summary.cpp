@@ -1,0 +1,96 @@
+#include "postgame/game_summary.h"
+
+#include <algorithm>
+
+#include "engine/game.h"
+
+namespace tallyrink {
+
+int FinishedGame::winnerSide() const {
+    int a = totalWithShootout(kVisitor);
+    int b = totalWithShootout(kHome);
+    if (a == b) return -1;
+    return a > b ? kVisitor : kHome;
+}
+
+int FinishedGame::finalScore(int s) const {
+    const SideSummary& x = side[static_cast<std::size_t>(s)];
+    int bonus = wentToShootout() && winnerSide() == s ? 1 : 0;
+    return x.score + bonus;
+}
+
+FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calendarMonth, int day, int year) {
+    const GameState& s = game.state();
+    const GameSession& session = game.session();
+    FinishedGame f;
+    f.periods = game.periods();
+    f.lastPeriod = s.Period;
+    f.clock = std::max(s.Clock, 0);
+    f.overtimePlayed = s.Period > game.periods();
+    if (s.endedBy == GameEnd::Shootout) f.shootoutRounds = std::max(2, s.ShootoutRound);
+    f.neutralIce = session.league().rules.AllGamesNeutralIceCheck == 1;
+    f.playoff = session.PlayoffGame;
+    f.exhibition = session.GameType == 'E';
+    f.calendarMonth = calendarMonth;
+    f.day = day;
+    f.year = year;
+    f.scheduleRow = scheduleRow;
+    f.playLines = game.playLines();
+
+    for (int side : {kVisitor, kHome}) {
+        auto i = static_cast<std::size_t>(side);
+        const SideTables& t = session.side(side);
+        SideSummary& x = f.side[i];
+        x.team = t.TeamId;
+        x.code = t.team.Abbrev.str();
+        x.city = t.team.City.str();
+        x.nickname = t.team.Nickname.str();
+        x.score = s.Score[i];
+        x.shootoutScore = s.ShootoutGoals[i];
+        x.shots = s.Shots[i];
+        x.startingGoalie = s.goalie[i];
+        for (std::size_t p = 0; p < s.shotsByPeriod.size(); ++p)
+            x.shotsByPeriod[std::min<std::size_t>(p, kPeriodSlots - 1)] += s.shotsByPeriod[p][i];
+    }
+    for (const GoalNote& g : s.goals) {
+        GoalSummary out;
+        out.period = g.period;
+        out.clock = g.clock;
+        out.side = g.side;
+        out.strengthEdge = g.strengthEdge;
+        out.emptyNet = g.emptyNet;
+        out.scorer = g.scorer;
+        out.assists = g.assists;
+        out.penaltyShot = g.type == GoalType::PenaltyShot;
+        f.goals.push_back(out);
+        SideSummary& x = f.side[static_cast<std::size_t>(g.side)];
+        x.goalsByPeriod[static_cast<std::size_t>(std::clamp(g.period, 1, kPeriodSlots) - 1)] += 1;
+        if (g.strengthEdge > 0) x.powerPlayGoals += 1;
+    }
+    return f;
+}
+
+void clearGameEntries(GameSession& session) {
+    for (int side : {kVisitor, kHome}) {
+        for (PlayerRecord& p : session.side(side).GameRoster) {
+            statLine(p, StatLineIndex::Game) = StatLine{};
+            p.Majors[1] = 0;
+            p.Minors[1] = 0;
+            p.Misconducts[1] = 0;
+            p.GameMisconducts[1] = 0;
+            p.MatchPenalties[1] = 0;
+            p.Fights[2] = 0;
+            p.RosterGames[1] = 0;
+            p.ScoringChances[1] = 0;
+            p.PowerPlayShots[1] = 0;
+            p.GoalsAgainstOnIce[1] = 0;
+            p.ShotsBySpot[1] = {};
+            p.GoalsBySpot[1] = {};
+        }
+        TeamRecord& t = session.side(side).team;
+        t.TeamFor[1] = TeamStatLine{};
+        t.TeamAgainst[1] = TeamStatLine{};
+    }
+}
+
+}  // namespace tallyrink

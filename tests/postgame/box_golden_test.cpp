@@ -1,0 +1,97 @@
+// A seeded game of a made-up league, played and posted: its printed box
+// score must match the checked-in text. When play changes on purpose,
+// regenerate the text with
+//     TALLYRINK_UPDATE_GOLDEN=1 ./build/tests/tallyrink_tests --gtest_filter='BoxGolden.*'
+// and review the difference before committing it.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "engine/game.h"
+#include "league/files.h"
+#include "league/schedule.h"
+#include "operations/blank_league.h"
+#include "operations/era_figures.h"
+#include "operations/new_league.h"
+#include "postgame/box_text.h"
+#include "postgame/game_done.h"
+#include "support/source_tree.h"
+#include "support/temp_dir.h"
+
+namespace tallyrink {
+namespace {
+
+using test::shippedEra;
+using testing::TempDir;
+
+std::string seededBoxScore(bool html) {
+    TempDir dir;
+    NewLeagueOptions options;
+    options.teams = 4;
+    options.year = 2017;
+    options.seed = 12;
+    GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
+    writeLeagueFolder(dir.path(), league.files);
+    ActiveTeams active;
+    std::vector<int> teams;
+    for (int t = 1; t <= kMaxTeams; ++t)
+        if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) {
+            teams.push_back(t);
+            active.set(std::size_t(t));
+        }
+    saveNewSchedule(dir.path(), {newGameRecord(teams[2], teams[0], 11, 4, 2017)}, active);
+    Schedule schedule = Schedule::load(dir.path());
+
+    RulesRecord rules = defaultRules(2017);
+    GameSession session({dir.path(), rules, &shippedEra(), &schedule});
+    session.GameActive = true;
+    Random draws(2024);
+    session.loadGame(teams[2], teams[0], 11, 4, draws);
+    clearGameEntries(session);
+    GameOptions game;
+    game.seed = 2024;
+    Game g(session, game);
+    g.playToEnd();
+    FinishedGame finished = summarizeGame(g, 1, 11, 4, 2017);
+    Random postDraws(5);
+    PostingOptions posting;
+    posting.rng = &postDraws;
+    posting.dateText = "11/04/2017";
+    PostingResult res = GameDone(session, finished, posting);
+
+    auto box = BoxRead(findFile(dir.path(), res.boxFile));
+    BoxNames names = boxNamesFromLeague(*box, dir.path());
+    if (html) return boxScoreHtml(*box, names);
+    std::string text;
+    for (const auto& line : boxScoreText(*box, names)) text += line + "\n";
+    // The text the box file keeps is the same box score, up to its last line.
+    std::string kept;
+    for (const auto& line : box->keptText()) kept += line + "\n";
+    EXPECT_EQ(kept, text.substr(0, kept.size()));
+    return text;
+}
+
+TEST(BoxGolden, ASeededGamesBoxScoreIsTheCheckedInText) {
+    fs::path golden = test::sourceDir() / "tests/postgame/golden/seeded_box_score.txt";
+    std::string text = seededBoxScore(false);
+    if (std::getenv("TALLYRINK_UPDATE_GOLDEN") != nullptr) {
+        writeFileAtomic(golden, text);
+        GTEST_SKIP() << "rewrote " << golden;
+    }
+    auto bytes = readBytes(golden);
+    ASSERT_FALSE(bytes.empty()) << golden << " is missing: run with TALLYRINK_UPDATE_GOLDEN=1";
+    EXPECT_EQ(text, std::string(bytes.begin(), bytes.end()));
+    EXPECT_EQ(text, seededBoxScore(false));  // the same seed gives the same game
+}
+
+TEST(BoxGolden, TheWebPageHoldsTheSameGame) {
+    std::string html = seededBoxScore(true);
+    EXPECT_EQ(html.rfind("<!DOCTYPE html>", 0), 0u);
+    EXPECT_NE(html.find("Scoring Summary"), std::string::npos);
+    EXPECT_NE(html.find("Team Totals"), std::string::npos);
+    EXPECT_NE(html.find("</html>"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tallyrink

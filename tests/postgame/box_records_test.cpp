@@ -1,0 +1,102 @@
+// The box file's records: sizes and the offsets other readers depend on, a
+// write and read that keeps every value, and short or foreign files.
+
+#include <gtest/gtest.h>
+
+#include "league/files.h"
+#include "postgame/box_file.h"
+#include "support/temp_dir.h"
+
+namespace tallyrink {
+namespace {
+
+using testing::TempDir;
+
+template <class R>
+std::size_t offsetOf(std::string_view field) {
+    const codec::FieldInfo* f = codec::findField<R>(field);
+    EXPECT_NE(f, nullptr) << field;
+    return f ? f->offset : 0;
+}
+
+TEST(BoxRecords, SizesAndTheOffsetsReportsRead) {
+    EXPECT_EQ(codec::Layout<BoxRecord1>::size, 29891u);
+    EXPECT_EQ(codec::Layout<BoxRecord2>::size, 29687u);
+    EXPECT_EQ(codec::Layout<BoxPlayRecord>::size, 29533u);
+    EXPECT_EQ(codec::Layout<BoxLine>::size, 38u);
+    EXPECT_EQ(codec::Layout<TickerRecord>::size, 65u);
+    EXPECT_EQ(codec::toSlot(BoxRecord1{}).size(), 30000u);
+
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxToi"), 97u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxPlayerId"), 1852u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxLines"), 2052u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxText"), 8460u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxTextCount"), 25710u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxStars"), 27331u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxVersion"), 27918u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxGoalTypes"), 29235u);
+    EXPECT_EQ(offsetOf<BoxRecord1>("BoxReserved"), 29691u);
+    EXPECT_EQ(offsetOf<BoxRecord2>("EventText"), 11904u);
+    EXPECT_EQ(offsetOf<BoxRecord2>("PeriodTable"), 29304u);
+    EXPECT_EQ(offsetOf<BoxPlayRecord>("BoxStampC"), 28082u);
+    EXPECT_EQ(offsetOf<BoxLine>("Sog"), 13u);
+    EXPECT_EQ(offsetOf<BoxLine>("Saves"), 35u);
+    EXPECT_EQ(offsetOf<BoxLine>("GoalieOvertimeLosses"), 37u);
+}
+
+TEST(BoxRecords, ALineLiesAtItsSideSlotWithItsBiasedPlusMinus) {
+    BoxRecord1 r;
+    BoxLine& line = r.BoxLines[BoxFile::at(1, 2)];  // home side, third slot: entry 52
+    line.Goals = 3;
+    line.PlusMinus = static_cast<std::uint8_t>(-2 + kPlusMinusBias);
+    line.Toi = 1234;
+    line.Saves = 31;
+    auto bytes = codec::toSlot(r);
+    std::size_t base = 2052 + 52 * 38;
+    EXPECT_EQ(bytes[base + 2], 3);
+    EXPECT_EQ(bytes[base + 4], 18);
+    EXPECT_EQ(bytes[base + 6] | bytes[base + 7] << 8, 1234);
+    EXPECT_EQ(bytes[base + 35], 31);
+}
+
+TEST(BoxRecords, WriteAndReadKeepTheRecords) {
+    TempDir dir;
+    auto box = std::make_unique<BoxFile>();
+    box->r1.BoxScore = {2, 5};
+    box->r1.BoxVersion = kBoxVersion;
+    box->r1.BoxText[0].assign("BOXSCORE");
+    box->r2.ScoringCount = 1;
+    box->r2.ScoringText[0].assign("1   11:10 EV  ABA  Somebody (unassisted)");
+    box->plays[0].PlayLineCount = 352;
+    box->plays[1].PlayLines[0].assign("the 352nd line");
+    writeFileAtomic(dir / "BOX1.BOX", boxBytes(*box));
+    EXPECT_EQ(fileLength(dir / "BOX1.BOX"), 4u * 30000u);
+
+    auto back = BoxRead(dir / "BOX1.BOX");
+    EXPECT_EQ(back->r1.BoxScore[1], 5);
+    EXPECT_EQ(back->r1.BoxText[0].str(), "BOXSCORE");
+    EXPECT_EQ(back->r2.ScoringText[0].str(), box->r2.ScoringText[0].str());
+    auto lines = back->playLines();
+    ASSERT_EQ(lines.size(), 352u);
+    EXPECT_EQ(lines.back(), "the 352nd line");
+}
+
+TEST(BoxRecords, AShortFileIsReadAsFarAsItGoesAndAForeignOneIsRefused) {
+    TempDir dir;
+    auto box = std::make_unique<BoxFile>();
+    box->r1.BoxScore = {4, 1};
+    box->r2.PenaltyCount = 7;
+    auto bytes = boxBytes(*box);
+    bytes.resize(30000 + 100);  // record 1 and a scrap of record 2
+    writeFileAtomic(dir / "BOX2.BOX", bytes);
+    auto back = BoxRead(dir / "BOX2.BOX");
+    EXPECT_EQ(back->r1.BoxScore[0], 4);
+    EXPECT_EQ(back->r2.PenaltyCount, 0);  // beyond the scrap
+    EXPECT_TRUE(back->playLines().empty());
+
+    writeFileAtomic(dir / "BOX3.BOX", std::string("not a box"));
+    EXPECT_THROW(BoxRead(dir / "BOX3.BOX"), FileError);
+}
+
+}  // namespace
+}  // namespace tallyrink
