@@ -67,6 +67,7 @@ void addRosterCommands(CLI::App& app, GlobalOptions& options);
 void addPlayCommands(CLI::App& app, GlobalOptions& options);
 void addReportCommands(CLI::App& app, GlobalOptions& options);
 void addBenchCommands(CLI::App& app, GlobalOptions& options);
+void addAutoplayCommands(CLI::App& app, GlobalOptions& options);
 void addBoxCommands(CLI::App& app, GlobalOptions& options);
 void addSimulateCommands(CLI::App& app, GlobalOptions& options);
 void addProbeCommands(CLI::App& app, GlobalOptions& options);

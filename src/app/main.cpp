@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
     addPlayCommands(app, options);
     addReportCommands(app, options);
     addBenchCommands(app, options);
+    addAutoplayCommands(app, options);
     addBoxCommands(app, options);
     addSimulateCommands(app, options);
     addProbeCommands(app, options);

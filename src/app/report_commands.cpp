@@ -3,6 +3,8 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
+
 #include "app/cli.h"
 #include "league/files.h"
 #include "league/league.h"
@@ -59,6 +61,38 @@ void replayReport(const GlobalOptions& options, const ReplayReportOptions& opts)
     fmt::print("{}", replayReportText(report));
 }
 
+void leaders(const GlobalOptions& options, int top) {
+    auto session = startSession(options);
+    const League& league = session->league();
+    struct Line {
+        std::string name, team;
+        int gp, goals, assists;
+    };
+    std::vector<Line> lines;
+    for (auto& row : readPlayerRows(findFile(session->LeagueDir(), kPlayerFile))) {
+        const PlayerRecord& p = row.player;
+        if (!isTeamNumber(p.TeamId) || !league.isActive(p.TeamId)) continue;
+        const StatLine& s = statLine(p, StatLineIndex::Replay);
+        if (s.GP == 0) continue;
+        lines.push_back({fmt::format("{} {}", p.FirstName.str(), p.LastName.str()), league.team(p.TeamId).Abbrev.str(),
+                         s.GP, s.Goals, s.Assists});
+    }
+    std::stable_sort(lines.begin(), lines.end(), [](const Line& a, const Line& b) {
+        if (a.goals + a.assists != b.goals + b.assists) return a.goals + a.assists > b.goals + b.assists;
+        return a.goals > b.goals;
+    });
+    if (lines.empty()) {
+        fmt::print("No games have been posted yet.\n");
+        return;
+    }
+    fmt::print("Scoring leaders\n  {:<4}{:<28}{:<5}{:>4}{:>5}{:>5}{:>5}\n", "", "Player", "Team", "GP", "G", "A", "P");
+    for (int k = 0; k < top && k < static_cast<int>(lines.size()); ++k) {
+        const Line& l = lines[static_cast<std::size_t>(k)];
+        fmt::print("  {:<4}{:<28}{:<5}{:>4}{:>5}{:>5}{:>5}\n", k + 1, l.name.substr(0, 27), l.team, l.gp, l.goals,
+                   l.assists, l.goals + l.assists);
+    }
+}
+
 }  // namespace
 
 void addReportCommands(CLI::App& app, GlobalOptions& options) {
@@ -66,6 +100,11 @@ void addReportCommands(CLI::App& app, GlobalOptions& options) {
     auto conference = std::make_shared<bool>(false);
     standingsCmd->add_flag("--conference", *conference, "Conference standings, division winners first");
     standingsCmd->callback([&options, conference] { standings(options, *conference); });
+
+    auto* leadersCmd = app.add_subcommand("leaders", "The season's top scorers");
+    auto top = std::make_shared<int>(10);
+    leadersCmd->add_option("--top", *top, "How many players")->check(CLI::Range(1, 1000));
+    leadersCmd->callback([&options, top] { leaders(options, *top); });
 
     auto* replayCmd =
         app.add_subcommand("replay-report", "Compare the replay with the real season: league, teams and players");
