@@ -83,6 +83,9 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
     Totals t;
     int year = 0;
     GameSession games = GameSession::forSession(*session);
+    // Played as league games, the way autoplay plays them; only nothing is posted.
+    games.GameActive = true;
+    games.GameType = 'L';
     for (int n = 0; n < o.games; ++n) {
         const GameRecord& row = schedule.row(rows[static_cast<std::size_t>(n) % rows.size()]);
         games.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, draws);

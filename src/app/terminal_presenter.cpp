@@ -133,7 +133,10 @@ void coachGame(Game& game, TerminalPresenter& presenter, std::istream& in, std::
                 out << "Invalid Choice!\n";
                 continue;
             }
-            game.OffenseCommand(picked->call);
+            if (picked->call == Call::PlayTo)
+                game.OffenseCommand(picked->call, picked->target);
+            else
+                game.OffenseCommand(picked->call);
             break;
         }
     }

@@ -246,6 +246,8 @@ Call Game::ChooseCall(int side) {
             std::array<TargetRow, 6> rows = offenseTargetRows(side);
             int target = ChooseOffenseTarget(side);
             s_.coach.target[at(side)] = target == kNoTarget ? -1 : target;
+            // The set play goes to him: the next step hands him the puck.
+            if (target != kNoTarget) s_.find.PlayTarget = s_.onIce[at(side)].slot[at(target)];
             if (target == kNoTarget) return Call::Pass;
             const TargetRow& row = rows[at(target)];
             if (row.carrier) return Call::Shoot;

@@ -87,6 +87,12 @@ int Game::decidingSide() const {
     return s_.PuckTeam;
 }
 
+void Game::OffenseCommand(Call call, int targetPos) {
+    if (targetPos >= 0 && targetPos < static_cast<int>(kIcePositions))
+        s_.find.PlayTarget = s_.onIce[at(s_.PuckTeam)].slot[static_cast<std::size_t>(targetPos)];
+    OffenseCommand(call);
+}
+
 void Game::OffenseCommand(Call call) {
     if (s_.GameOverFlag) return;
     s_.PlayCall = call;

@@ -153,6 +153,8 @@ public:
     void PlayStep();
     // A coach's call reaches the game (human click, computer coach or peer).
     void OffenseCommand(Call call);
+    // A set play ("PLAY-TO", "PLAY-SHOOT") at the man on ice position `targetPos`.
+    void OffenseCommand(Call call, int targetPos);
     // Lines confirmed: the next stage of a faceoff, or the saved step of
     // "CONTINUE-BOX".
     void ContinueCommand();

@@ -49,6 +49,7 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         x.shootoutScore = s.ShootoutGoals[i];
         x.shots = s.Shots[i];
         x.startingGoalie = s.goalie[i];
+        x.powerPlays = s.pen.PowerPlays[i];
         for (std::size_t p = 0; p < s.shotsByPeriod.size(); ++p)
             x.shotsByPeriod[std::min<std::size_t>(p, kPeriodSlots - 1)] += s.shotsByPeriod[p][i];
     }
