@@ -1,43 +1,16 @@
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
-#include <random>
 
 #include "engine/game.h"
 #include "league/era.h"
-#include "operations/blank_league.h"
-#include "operations/era_figures.h"
-#include "operations/new_league.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 
 namespace {
 
 using namespace tallyrink;
 namespace fs = std::filesystem;
-
-struct BenchLeague {
-    fs::path dir;
-    EraTable era;
-
-    BenchLeague() {
-        dir = fs::temp_directory_path() / ("tallyrink-bench-game-" + std::to_string(std::random_device{}()));
-        era = LoadEra(test::shippedDataDir());
-        NewLeagueOptions options;
-        options.teams = 4;
-        options.year = 2017;
-        options.seed = 11;
-        writeLeagueFolder(dir, generateLeague(options, eraTargets(era, 2017)).files);
-    }
-    ~BenchLeague() {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
-    }
-};
-
-BenchLeague& benchLeague() {
-    static BenchLeague league;
-    return league;
-}
 
 // A call that keeps a game moving, as a computer coach would make it.
 Call callFor(Zone z, int n) {
@@ -58,8 +31,7 @@ Call callFor(Zone z, int n) {
 // One step of a game without a screen: the carrier, the chance table, the
 // draw, the result and the clock.
 void BM_PlayStep(benchmark::State& state) {
-    BenchLeague& league = benchLeague();
-    GameSession session({league.dir, defaultRules(2017), &league.era, nullptr});
+    GameSession session({test::madeUpLeague(4, 11).dir.path(), defaultRules(2017), &test::shippedEra(), nullptr});
     Random draws(1);
     session.loadGame(1, 2, 11, 1, draws);
     Game game(session, GameOptions{.seed = 5});
@@ -80,8 +52,7 @@ BENCHMARK(BM_PlayStep)->Unit(benchmark::kMicrosecond);
 
 // A whole game between two computer coaches, loads not counted.
 void BM_WholeGame(benchmark::State& state) {
-    BenchLeague& league = benchLeague();
-    GameSession session({league.dir, defaultRules(2017), &league.era, nullptr});
+    GameSession session({test::madeUpLeague(4, 11).dir.path(), defaultRules(2017), &test::shippedEra(), nullptr});
     Random draws(1);
     session.loadGame(3, 4, 11, 1, draws);
     std::uint64_t seed = 1;

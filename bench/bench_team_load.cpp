@@ -1,13 +1,10 @@
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
-#include <random>
 
 #include "engine/team_load.h"
 #include "league/era.h"
-#include "operations/blank_league.h"
-#include "operations/era_figures.h"
-#include "operations/new_league.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 
 namespace {
@@ -15,31 +12,10 @@ namespace {
 using namespace tallyrink;
 namespace fs = std::filesystem;
 
-// A made-up league of 8 teams in a folder of its own, made once for the run.
-struct BenchLeague {
-    fs::path dir;
-    EraTable era;
-
-    BenchLeague() {
-        dir = fs::temp_directory_path() / ("tallyrink-bench-" + std::to_string(std::random_device{}()));
-        era = LoadEra(test::shippedDataDir());
-        NewLeagueOptions options;
-        options.teams = 8;
-        options.year = 2017;
-        options.seed = 7;
-        writeLeagueFolder(dir, generateLeague(options, eraTargets(era, 2017)).files);
-    }
-    ~BenchLeague() {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
-    }
-};
-
 // Every game starts by loading both sides: records read, stamps checked,
 // rates worked out, lines filled.
 void BM_LoadBothSides(benchmark::State& state) {
-    static BenchLeague league;
-    LeagueContext context{league.dir, {}, &league.era, nullptr};
+    LeagueContext context{test::madeUpLeague(8, 7).dir.path(), {}, &test::shippedEra(), nullptr};
     Random rng(1);
     for (auto _ : state) {
         GameSession session(context);

@@ -43,15 +43,6 @@ struct AutoplayArgs {
     bool quiet = false;
 };
 
-std::string todayText() {
-    std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char buf[16];
-    std::strftime(buf, sizeof buf, "%m/%d/%Y", &local);
-    return buf;
-}
-
 // Sets up, plays and posts one schedule game with two computer coaches.
 class QuietRunner final : public GameRunner {
 public:
@@ -71,13 +62,7 @@ public:
         options.seed = seed;
         Game play(game, options);
         play.playToEnd();
-        FinishedGame finished =
-            summarizeGame(play, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
-        Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
-        PostingOptions posting;
-        posting.rng = &postDraws;
-        posting.dateText = today_;
-        GameDone(game, finished, posting);
+        postScheduleGame(game, play, schedule, row, seed, today_);
         // The posting wrote the row to the file; the run's copy follows it so
         // its own saves keep the result.
         schedule.row(row) = readRecord<GameRecord>(RandomFile(schedule.path(), codec::slotWidth<GameRecord>()), row);
@@ -87,7 +72,7 @@ private:
     const Session& session_;
     std::uint64_t seed_;
     LeaguePlayerIndex index_;
-    std::string today_ = todayText();
+    std::string today_ = todayDateText();
 };
 
 std::string dateText(const LeagueDate& d) {

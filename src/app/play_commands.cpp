@@ -34,24 +34,8 @@ struct PlayOptions {
     std::optional<std::uint64_t> seed;
 };
 
-// The day of playing as a SCORES row keeps it.
-std::string todayText() {
-    std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char buf[16];
-    std::strftime(buf, sizeof buf, "%m/%d/%Y", &local);
-    return buf;
-}
-
 void postGame(GameSession& session, const Game& game, std::size_t row, const Schedule& schedule, std::uint64_t seed) {
-    const GameRecord& r = schedule.row(row);
-    FinishedGame finished = summarizeGame(game, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
-    Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
-    PostingOptions posting;
-    posting.rng = &postDraws;
-    posting.dateText = todayText();
-    PostingResult result = GameDone(session, finished, posting);
+    PostingResult result = postScheduleGame(session, game, schedule, row, seed, todayDateText());
     fmt::print("\nPosted");
     if (result.scoresRow > 0)
         fmt::print(" as SCORES row {} (box score: tallyrink box {})", result.scoresRow, result.scoresRow);

@@ -75,4 +75,28 @@ std::vector<std::string> splitCsvLine(std::string_view line) {
     return splitCsvRecord(line, pos, lines);
 }
 
+std::string htmlEscaped(std::string_view s) {
+    std::string out;
+    out.reserve(s.size());
+    for (char c : s) {
+        switch (c) {
+            case '&':
+                out += "&amp;";
+                break;
+            case '<':
+                out += "&lt;";
+                break;
+            case '>':
+                out += "&gt;";
+                break;
+            case '"':
+                out += "&quot;";
+                break;
+            default:
+                out += c;
+        }
+    }
+    return out;
+}
+
 }  // namespace tallyrink

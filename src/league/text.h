@@ -13,6 +13,9 @@ namespace tallyrink {
 std::string trimmed(std::string_view s);
 // ASCII letters in lower case; other bytes as they are.
 std::string lowered(std::string_view s);
+
+// The text with & < > " written as HTML entities.
+std::string htmlEscaped(std::string_view s);
 // Equal when ASCII letters are compared without regard to case.
 bool equalNoCase(std::string_view a, std::string_view b);
 

@@ -6,6 +6,7 @@
 
 #include "league/files.h"
 #include "league/schedule.h"
+#include "league/text.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -150,29 +151,6 @@ std::vector<std::string> goalieCells(const BoxFile& box, std::size_t at) {
 
 const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "Dec"};
 constexpr std::array<int, 6> kGoalieWidths{4, 4, 4, 6, 7, 5};
-
-std::string htmlEscape(const std::string& s) {
-    std::string out;
-    for (char c : s) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            default:
-                out += c;
-        }
-    }
-    return out;
-}
 
 std::vector<std::string> nonBlank(const auto& texts, int count) {
     std::vector<std::string> out;
@@ -338,7 +316,7 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 std::string boxScoreHtml(const BoxFile& box, const BoxNames& names) {
     const BoxRecord1& r = box.r1;
     std::string h;
-    auto esc = [](const std::string& s) { return htmlEscape(s); };
+    auto esc = [](const std::string& s) { return htmlEscaped(s); };
     h += "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\">\n";
     h += fmt::format("<title>{}</title>\n", esc(headline(box, names)));
     h += "<style>\nbody{font-family:Helvetica,Arial,sans-serif;margin:2em;color:#111}\n"

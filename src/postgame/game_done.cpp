@@ -1,5 +1,7 @@
 #include "postgame/game_done.h"
 
+#include <ctime>
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -888,6 +890,26 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 
     PostingJournal(dir).commit(changes, writer);
     return res;
+}
+
+PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
+                               std::uint64_t seed, const std::string& dateText) {
+    const GameRecord& r = schedule.row(row);
+    FinishedGame finished = summarizeGame(game, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
+    Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
+    PostingOptions posting;
+    posting.rng = &postDraws;
+    posting.dateText = dateText;
+    return GameDone(session, finished, posting);
+}
+
+std::string todayDateText() {
+    std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char buf[16];
+    std::strftime(buf, sizeof buf, "%m/%d/%Y", &local);
+    return buf;
 }
 
 }  // namespace tallyrink

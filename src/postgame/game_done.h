@@ -18,6 +18,7 @@
 
 #include "engine/team_load.h"
 #include "league/random.h"
+#include "league/schedule.h"
 #include "postgame/box_file.h"
 #include "postgame/box_records.h"
 #include "postgame/game_summary.h"
@@ -60,6 +61,15 @@ public:
 // again, as they were read before it. Throws AlreadyPosted (and changes nothing) for a schedule
 // row already played, FileError when a league file can't be read or written.
 PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOptions& options);
+
+// Posts a game played from schedule row `row` (1-based): its summary, the
+// post-game draws from `seed` and the day of playing. The one way the
+// command line and autoplay post a game.
+PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
+                               std::uint64_t seed, const std::string& dateText);
+
+// Today's date as a SCORES row keeps it ("11/23/2026").
+std::string todayDateText();
 
 // Finishes a posting cut short, if any; true when there was one.
 bool recoverPosting(const std::filesystem::path& leagueDir, FileWriter* writer = nullptr);

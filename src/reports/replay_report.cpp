@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "league/text.h"
+
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -80,29 +82,6 @@ std::string ratioText(const RealReplay& v) {
     return v.real != 0 ? fmt::format("{:+.1f}%", 100 * (v.ratio() - 1)) : std::string("-");
 }
 
-std::string htmlEscape(std::string_view s) {
-    std::string out;
-    for (char c : s) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            default:
-                out += c;
-        }
-    }
-    return out;
-}
-
 // Real against replay, one dot a player, with the line of perfect agreement.
 std::string scatterSvg(const ReplayReport& r, PlayerStat stat, std::string_view caption) {
     auto i = static_cast<std::size_t>(stat);
@@ -116,7 +95,7 @@ std::string scatterSvg(const ReplayReport& r, PlayerStat stat, std::string_view 
     std::string svg = fmt::format(
         "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{0}\" height=\"{0}\" role=\"img\" "
         "aria-label=\"{1}\">\n",
-        size + 2 * pad, htmlEscape(caption));
+        size + 2 * pad, htmlEscaped(caption));
     svg += fmt::format("<rect x=\"{0}\" y=\"{0}\" width=\"{1}\" height=\"{1}\" fill=\"#f8f9fb\" stroke=\"#889\"/>\n",
                        pad, size);
     svg += fmt::format("<line x1=\"{}\" y1=\"{}\" x2=\"{}\" y2=\"{}\" stroke=\"#c33\" stroke-dasharray=\"4 3\"/>\n",
@@ -132,7 +111,7 @@ std::string scatterSvg(const ReplayReport& r, PlayerStat stat, std::string_view 
         svg += fmt::format(
             "<circle cx=\"{:.1f}\" cy=\"{:.1f}\" r=\"2.5\" fill=\"#2a5db0\" fill-opacity=\"0.6\"><title>{} ({}): "
             "real {:.0f}, replay {:.0f}</title></circle>\n",
-            x(p.stat[i].real), y(p.stat[i].replay), htmlEscape(p.name), htmlEscape(p.code), p.stat[i].real,
+            x(p.stat[i].real), y(p.stat[i].replay), htmlEscaped(p.name), htmlEscaped(p.code), p.stat[i].real,
             p.stat[i].replay);
     svg += fmt::format("<text x=\"{:.0f}\" y=\"{:.0f}\" font-size=\"12\" text-anchor=\"middle\">real {}</text>\n",
                        pad + size / 2, pad + size + 32, playerStatName(stat));
@@ -379,7 +358,7 @@ std::string replayReportHtml(const ReplayReport& r, std::string_view leagueName)
         "td,th{{padding:2px 8px;border-bottom:1px solid #ddd;text-align:right}}td:first-child,th:first-child"
         "{{text-align:left}}th{{background:#eef}}.plots{{display:flex;flex-wrap:wrap;gap:2em}}</style>\n"
         "</head>\n<body>\n<h1>{}</h1>\n",
-        htmlEscape(title), htmlEscape(title));
+        htmlEscaped(title), htmlEscaped(title));
     out += r.seasonComplete ? "<p>The replay season is complete.</p>\n"
                             : fmt::format(
                                   "<p>The replay has played {} of {} team-games; real figures are "
@@ -421,14 +400,14 @@ std::string replayReportHtml(const ReplayReport& r, std::string_view leagueName)
         out += fmt::format(
             "<tr><td>{}</td><td>{}</td><td>{}</td><td>{:.0f}</td><td>{:.0f}</td><td>{:.0f}</td><td>{:.0f}</td>"
             "<td>{:.0f}</td><td>{:.0f}</td></tr>\n",
-            htmlEscape(t.code), t.gamesReal, t.gamesReplay, t.goalsFor.real, t.goalsFor.replay, t.goalsAgainst.real,
+            htmlEscaped(t.code), t.gamesReal, t.gamesReplay, t.goalsFor.real, t.goalsFor.replay, t.goalsAgainst.real,
             t.goalsAgainst.replay, t.points.real, t.points.replay);
     out += "</table>\n<h2>Players</h2>\n<table><tr><th>Player</th><th>Team</th>";
     for (std::size_t i = 0; i < kStats; ++i)
         out += fmt::format("<th>{0} real</th><th>{0} replay</th>", playerStatName(static_cast<PlayerStat>(i)));
     out += "</tr>\n";
     for (const auto& p : r.players) {
-        out += fmt::format("<tr><td>{}</td><td>{}</td>", htmlEscape(p.name), htmlEscape(p.code));
+        out += fmt::format("<tr><td>{}</td><td>{}</td>", htmlEscaped(p.name), htmlEscaped(p.code));
         for (std::size_t i = 0; i < kStats; ++i)
             out += fmt::format("<td>{:.{}f}</td><td>{:.{}f}</td>", p.stat[i].real, i + 1 == kStats ? 1 : 0,
                                p.stat[i].replay, i + 1 == kStats ? 1 : 0);

@@ -10,6 +10,7 @@
 #include "engine/game.h"
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 #include "team/positions.h"
@@ -20,25 +21,7 @@ namespace {
 using test::shippedEra;
 using testing::TempDir;
 
-struct MadeUpLeague {
-    TempDir dir;
-    std::vector<int> teams;
-    MadeUpLeague() {
-        NewLeagueOptions options;
-        options.teams = 4;
-        options.year = 2017;
-        options.seed = 57;
-        GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
-        writeLeagueFolder(dir.path(), league.files);
-        for (int t = 1; t <= kMaxTeams; ++t)
-            if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) teams.push_back(t);
-    }
-};
-
-MadeUpLeague& madeUp() {
-    static MadeUpLeague league;
-    return league;
-}
+const test::MadeUpLeague& madeUp() { return test::madeUpLeague(4, 57); }
 
 // Three 20-minute periods; no overtime, so a game lasts exactly 3,600 seconds.
 RulesRecord regulationOnly() {
@@ -53,11 +36,7 @@ RulesRecord regulationOnly() {
 }
 
 std::unique_ptr<GameSession> loaded(std::uint64_t seed = 1, RulesRecord rules = regulationOnly()) {
-    MadeUpLeague& lg = madeUp();
-    auto session = std::make_unique<GameSession>(LeagueContext{lg.dir.path(), rules, &shippedEra(), nullptr});
-    Random draws(seed);
-    session->loadGame(lg.teams.at(0), lg.teams.at(1), 11, 10, draws);
-    return session;
+    return test::loadedGame(madeUp(), rules, seed);
 }
 
 struct Silent final : GamePresenter {

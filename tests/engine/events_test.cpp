@@ -12,6 +12,7 @@
 #include "engine/live_stats.h"
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 
@@ -193,25 +194,7 @@ TEST(FaceoffOdds, RatingsManpowerAndAHumanBendTheChances) {
 
 // ---- Games on a made-up league ------------------------------------------------------
 
-struct MadeUp {
-    TempDir dir;
-    std::vector<int> teams;
-    MadeUp() {
-        NewLeagueOptions options;
-        options.teams = 4;
-        options.year = 2017;
-        options.seed = 17;
-        GeneratedLeague league = generateLeague(options, eraTargets(test::shippedEra(), 2017));
-        writeLeagueFolder(dir.path(), league.files);
-        for (int t = 1; t <= kMaxTeams; ++t)
-            if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) teams.push_back(t);
-    }
-};
-
-MadeUp& madeUp() {
-    static MadeUp league;
-    return league;
-}
+const test::MadeUpLeague& madeUp() { return test::madeUpLeague(4, 17); }
 
 RulesRecord rules2017() {
     RulesRecord r = defaultRules(2017);
@@ -220,11 +203,7 @@ RulesRecord rules2017() {
 }
 
 std::unique_ptr<GameSession> loaded(const RulesRecord& rules, std::uint64_t seed = 1) {
-    MadeUp& lg = madeUp();
-    auto session = std::make_unique<GameSession>(LeagueContext{lg.dir.path(), rules, &test::shippedEra(), nullptr});
-    Random draws(seed);
-    session->loadGame(lg.teams.at(0), lg.teams.at(1), 11, 10, draws);
-    return session;
+    return test::loadedGame(madeUp(), rules, seed);
 }
 
 template <class Field>

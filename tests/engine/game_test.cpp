@@ -13,6 +13,7 @@
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
 #include "operations/schedule_generator.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 
@@ -24,25 +25,7 @@ using test::shippedEra;
 using testing::TempDir;
 
 // Six made-up teams, written once for all tests of this file.
-struct MadeUpLeague {
-    TempDir dir;
-    std::vector<int> teams;
-    MadeUpLeague() {
-        NewLeagueOptions options;
-        options.teams = 6;
-        options.year = 2017;
-        options.seed = 31;
-        GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
-        writeLeagueFolder(dir.path(), league.files);
-        for (int t = 1; t <= kMaxTeams; ++t)
-            if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) teams.push_back(t);
-    }
-};
-
-MadeUpLeague& madeUp() {
-    static MadeUpLeague league;
-    return league;
-}
+const test::MadeUpLeague& madeUp() { return test::madeUpLeague(6, 31); }
 
 // Regulation of three 20-minute periods; overtime and shootout as given.
 RulesRecord rulesWith(int overtimeFives, int overtimeKind, int shootoutValue) {
@@ -57,11 +40,7 @@ RulesRecord rulesWith(int overtimeFives, int overtimeKind, int shootoutValue) {
 }
 
 std::unique_ptr<GameSession> loaded(const RulesRecord& rules, std::uint64_t seed = 1, int visitor = 0, int home = 1) {
-    MadeUpLeague& lg = madeUp();
-    auto session = std::make_unique<GameSession>(LeagueContext{lg.dir.path(), rules, &shippedEra(), nullptr});
-    Random draws(seed);
-    session->loadGame(lg.teams.at(std::size_t(visitor)), lg.teams.at(std::size_t(home)), 11, 10, draws);
-    return session;
+    return test::loadedGame(madeUp(), rules, seed, visitor, home);
 }
 
 // Remembers who was asked for what.
@@ -607,7 +586,7 @@ void expectLegalEnd(const Game& game) {
 }
 
 TEST(WholeGames, EveryGameOfAMadeUpScheduleEndsLegallyAtLeagueRates) {
-    MadeUpLeague& lg = madeUp();
+    const test::MadeUpLeague& lg = madeUp();
     Random draws(8);
     ScheduleRequest request;
     request.gamesPerTeam = 10;

@@ -1,31 +1,29 @@
 #include "support/made_up_game.h"
 
+#include <map>
+#include <utility>
+
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
 #include "support/source_tree.h"
 
 namespace tallyrink::test {
 
-namespace {
-
-void fill(MadeUpLeague& lg) {
-    NewLeagueOptions options;
-    options.teams = 6;
-    options.year = 2017;
-    options.seed = 31;
-    GeneratedLeague made = generateLeague(options, eraTargets(shippedEra(), 2017));
-    writeLeagueFolder(lg.dir.path(), made.files);
-    for (int t = 1; t <= kMaxTeams; ++t)
-        if (made.files.teams[static_cast<std::size_t>(t - 1)].TeamActive == 1) lg.teams.push_back(t);
-}
-
-}  // namespace
-
-const MadeUpLeague& madeUpLeague() {
-    static MadeUpLeague league;
-    static const bool filled = (fill(league), true);
-    (void)filled;
-    return league;
+const MadeUpLeague& madeUpLeague(int teams, std::uint64_t seed) {
+    static std::map<std::pair<int, std::uint64_t>, std::unique_ptr<MadeUpLeague>> leagues;
+    auto& league = leagues[{teams, seed}];
+    if (!league) {
+        league = std::make_unique<MadeUpLeague>();
+        NewLeagueOptions options;
+        options.teams = teams;
+        options.year = 2017;
+        options.seed = seed;
+        GeneratedLeague made = generateLeague(options, eraTargets(shippedEra(), 2017));
+        writeLeagueFolder(league->dir.path(), made.files);
+        for (int t = 1; t <= kMaxTeams; ++t)
+            if (made.files.teams[static_cast<std::size_t>(t - 1)].TeamActive == 1) league->teams.push_back(t);
+    }
+    return *league;
 }
 
 RulesRecord madeUpRules() {
@@ -39,13 +37,17 @@ RulesRecord madeUpRules() {
     return r;
 }
 
-std::unique_ptr<GameSession> loadedGame(const RulesRecord& rules, std::uint64_t seed, int visitor, int home) {
-    const MadeUpLeague& lg = madeUpLeague();
-    auto session = std::make_unique<GameSession>(LeagueContext{lg.dir.path(), rules, &shippedEra(), nullptr});
+std::unique_ptr<GameSession> loadedGame(const MadeUpLeague& league, const RulesRecord& rules, std::uint64_t seed,
+                                        int visitor, int home) {
+    auto session = std::make_unique<GameSession>(LeagueContext{league.dir.path(), rules, &shippedEra(), nullptr});
     Random draws(seed);
-    session->loadGame(lg.teams.at(static_cast<std::size_t>(visitor)), lg.teams.at(static_cast<std::size_t>(home)), 11,
-                      10, draws);
+    session->loadGame(league.teams.at(static_cast<std::size_t>(visitor)),
+                      league.teams.at(static_cast<std::size_t>(home)), 11, 10, draws);
     return session;
+}
+
+std::unique_ptr<GameSession> loadedGame(const RulesRecord& rules, std::uint64_t seed, int visitor, int home) {
+    return loadedGame(madeUpLeague(), rules, seed, visitor, home);
 }
 
 }  // namespace tallyrink::test

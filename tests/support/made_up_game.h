@@ -1,8 +1,11 @@
 #pragma once
 
-// A made-up league of six teams of 2017, written once per test program, and
-// games loaded from it: the quickest way for a test to hold a real game.
+// Made-up leagues of 2017, each written once per test program, and games
+// loaded from them: the quickest way for a test to hold a real game. A test
+// file picks its league by team count and seed, so its seeded expectations
+// don't move when another file wants a different league.
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -16,12 +19,15 @@ struct MadeUpLeague {
     std::vector<int> teams;  // the active team numbers
 };
 
-const MadeUpLeague& madeUpLeague();
+const MadeUpLeague& madeUpLeague(int teams = 6, std::uint64_t seed = 31);
 
 // Regulation of three 20-minute periods, a 5-minute overtime and a shootout.
 RulesRecord madeUpRules();
 
-// Two of its teams (by index in `teams`) loaded for a game.
+// Two teams (by index in `teams`) of `league` loaded for a game on 10 November.
+std::unique_ptr<GameSession> loadedGame(const MadeUpLeague& league, const RulesRecord& rules, std::uint64_t seed = 1,
+                                        int visitor = 0, int home = 1);
+// The same from the default league.
 std::unique_ptr<GameSession> loadedGame(const RulesRecord& rules, std::uint64_t seed = 1, int visitor = 0,
                                         int home = 1);
 
