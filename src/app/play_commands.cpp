@@ -1,6 +1,11 @@
-// Playing one game of the schedule from the command line: both teams coached
-// by the computer, the result printed and posted to the league (unless
-// --dry-run). A seed given twice gives the same game.
+// Playing one game of the schedule from the command line, coached by the
+// computer or by the user, the result printed and posted to the league
+// (unless --dry-run). A seed given twice gives the same game.
+//
+// A game the user coaches may be stopped at any call with "s": it is saved
+// in the league folder (".HAL") and `resume` goes on with it exactly where it
+// stood; `saved` lists those games. "q" and the end of input hand the rest
+// of the game to the computer instead, as they always have.
 
 #include <fmt/core.h>
 
@@ -19,6 +24,12 @@
 #include <iostream>
 #include "postgame/game_done.h"
 #include "postgame/game_summary.h"
+#include "postgame/saved_game.h"
+#include "presentation/call_menu.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
 
 namespace tallyrink::cli {
 
@@ -123,62 +134,229 @@ void printIceTime(const GameSession& session, const std::array<std::string, 2>& 
     }
 }
 
+const GameRecord& openRow(const Schedule& schedule, std::size_t game) {
+    if (game < 1 || game > schedule.size())
+        throw CommandError(fmt::format("There is no game {} in the schedule (it has {} games)", game, schedule.size()));
+    const GameRecord& row = schedule.row(game);
+    if (row.VisitorTeam < 1 || row.HomeTeam < 1 || row.VisitorTeam == row.HomeTeam)
+        throw CommandError(fmt::format("Game {} of the schedule has been deleted", game));
+    if (statusOf(row) == kPlayed)
+        throw CommandError(fmt::format("Game {} of the schedule has already been played", game));
+    return row;
+}
+
+std::array<std::string, 2> sideTexts(const GameSession& session, bool city) {
+    std::array<std::string, 2> out;
+    for (int side : {kVisitor, kHome}) {
+        const TeamRecord& t = session.side(side).team;
+        out[static_cast<std::size_t>(side)] = city ? t.City.str() : t.Abbrev.str();
+    }
+    return out;
+}
+
+// What is left after the last whistle of a game played or resumed here.
+void finishGame(const Session& session, GameSession& played, const Game& game, const SavedGameStart& start,
+                bool iceTime, bool dryRun) {
+    std::cout.flush();
+    if (!start.noDisplay) fmt::print("\n");
+    printSummary(game, sideTexts(played, false), sideTexts(played, true));
+    if (iceTime) printIceTime(played, sideTexts(played, false));
+    if (dryRun) return;
+    try {
+        postGame(played, game, start.scheduleRow, session.schedule(), start.seed);
+    } catch (const AlreadyPosted& e) {
+        throw CommandError(e.what());
+    }
+}
+
+// Coaches the game in the terminal; when the user asks, saves it in the
+// league folder and says how to go on with it.
+CoachingEnd coachOrSave(RecordedGame& recorded, TerminalPresenter& presenter, const SavedGameStart& start,
+                        const std::filesystem::path& leagueFolder, bool mayStop) {
+    CoachingEnd end = coachRecordedGame(recorded, presenter, std::cin, std::cout, mayStop);
+    if (end == CoachingEnd::SaveAsked) {
+        std::filesystem::path file = HkSaveGame(leagueFolder, recorded, start, todayDateText());
+        fmt::print("\nSaved as \"{}\"\nGo on with: tallyrink resume \"{}\"\n", file.filename().string(),
+                   file.filename().string());
+    }
+    return end;
+}
+
 void playGame(const GlobalOptions& options, const PlayOptions& o) {
     // A posting that a failure cut short is finished before anything is read.
     if (!o.dryRun) recoverPosting(leagueDir(options));
     auto session = startSession(options);
     const Schedule& schedule = session->schedule();
-    if (o.game < 1 || o.game > schedule.size())
-        throw CommandError(
-            fmt::format("There is no game {} in the schedule (it has {} games)", o.game, schedule.size()));
-    const GameRecord& row = schedule.row(o.game);
-    if (row.VisitorTeam < 1 || row.HomeTeam < 1 || row.VisitorTeam == row.HomeTeam)
-        throw CommandError(fmt::format("Game {} of the schedule has been deleted", o.game));
-    if (statusOf(row) == kPlayed)
-        throw CommandError(fmt::format("Game {} of the schedule has already been played", o.game));
+    const GameRecord& row = openRow(schedule, o.game);
 
-    std::uint64_t seed = o.seed.value_or(Random::freshSeed());
+    SavedGameStart start;
+    start.seed = o.seed.value_or(Random::freshSeed());
+    start.scheduleRow = o.game;
+    start.visitor = row.VisitorTeam;
+    start.home = row.HomeTeam;
+    start.calendarMonth = row.Month;
+    start.day = row.Day;
     GameSession session2 = GameSession::forSession(*session);
-    Random loadDraws(seed);
-    session2.GameActive = true;
-    session2.GameType = 'L';
-    session2.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, loadDraws);
+    Random loadDraws = loadGameForPlay(session2, start);
+    start.year = calendarYearOf(schedule.seasonYear(), row.Month);
+    start.playoff = session2.PlayoffGame;
 
-    std::array<std::string, 2> code;
-    std::array<std::string, 2> name;
-    for (int side : {kVisitor, kHome}) {
-        const TeamRecord& t = session2.side(side).team;
-        code[static_cast<std::size_t>(side)] = t.Abbrev.str();
-        name[static_cast<std::size_t>(side)] = t.City.str();
-    }
-    fmt::print("Game {}: {} at {}, {}/{} (seed {})\n", o.game, name[0], name[1], int{row.Month}, int{row.Day}, seed);
+    auto name = sideTexts(session2, true);
+    fmt::print("Game {}: {} at {}, {}/{} (seed {})\n", o.game, name[0], name[1], int{row.Month}, int{row.Day},
+               start.seed);
 
     bool interactive = isatty(STDOUT_FILENO) != 0;
     TerminalOptions terminal;
     terminal.pace = o.pace.value_or(interactive ? 0.8 : 0.0);
     TerminalPresenter presenter(std::cout, terminal);
-    GameOptions gameOptions;
-    gameOptions.seed = seed;
-    gameOptions.noDisplay = o.fast && o.coach.empty();
-    if (o.coach == "visitor" || o.coach == "both") gameOptions.coach[kVisitor] = CoachKind::Human;
-    if (o.coach == "home" || o.coach == "both") gameOptions.coach[kHome] = CoachKind::Human;
+    start.noDisplay = o.fast && o.coach.empty();
+    if (o.coach == "visitor" || o.coach == "both") start.coach[kVisitor] = CoachKind::Human;
+    if (o.coach == "home" || o.coach == "both") start.coach[kHome] = CoachKind::Human;
     if (o.fast) terminal.pace = 0;
     if (!session2.PlayoffGame)
-        gameOptions.calibration = seasonCalibration(session->league(), session->era(), session->rules(), loadDraws);
-    clearGameEntries(session2);
-    Game game(session2, gameOptions, gameOptions.noDisplay ? nullptr : &presenter);
-    coachGame(game, presenter, std::cin, std::cout);
-    std::cout.flush();
-    if (!gameOptions.noDisplay) fmt::print("\n");
-    printSummary(game, code, name);
-    if (o.iceTime) printIceTime(session2, code);
-    if (!o.dryRun) {
+        start.calibration = seasonCalibration(session->league(), session->era(), session->rules(), loadDraws);
+    start.teamsFingerprint = teamsFingerprint(session2);
+    Game game(session2, start.gameOptions(), start.noDisplay ? nullptr : &presenter);
+    RecordedGame recorded(game);
+    recorded.start();
+    // A game of a person's may stop to be saved; a dry run leaves nothing behind.
+    bool mayStop = !o.coach.empty() && !o.dryRun;
+    if (coachOrSave(recorded, presenter, start, leagueDir(options), mayStop) == CoachingEnd::SaveAsked) return;
+    finishGame(*session, session2, game, start, o.iceTime, o.dryRun);
+}
+
+// ---- Saved games ---------------------------------------------------------------
+
+struct ResumeOptions {
+    std::string name;
+    bool fast = false;
+    std::optional<double> pace;
+    std::string coach;  // "visitor", "home", "both", "none" or empty: as saved
+    bool iceTime = false;
+};
+
+std::string lower(std::string s) {
+    std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return std::tolower(c); });
+    return s;
+}
+
+// A saved game by its number in the list, its file name, or a part of the
+// name that only one file holds.
+std::filesystem::path findSavedGame(const std::filesystem::path& folder, const std::string& name) {
+    auto files = savedGames(folder);
+    if (files.empty()) throw CommandError("There are no saved games in this league");
+    if (!name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isdigit(c); })) {
+        std::size_t n = std::stoul(name);
+        if (n >= 1 && n <= files.size()) return files[n - 1];
+    }
+    std::vector<std::filesystem::path> hits;
+    for (const auto& f : files) {
+        std::string file = lower(f.filename().string());
+        if (file == lower(name) || file == lower(name + kSavedGameExtension)) return f;
+        if (file.find(lower(name)) != std::string::npos) hits.push_back(f);
+    }
+    if (hits.size() == 1) return hits.front();
+    if (hits.empty()) throw CommandError(fmt::format("No saved game is named \"{}\" (see tallyrink saved)", name));
+    throw CommandError(
+        fmt::format("\"{}\" names {} saved games; give more of the name or its number", name, hits.size()));
+}
+
+void listSaved(const GlobalOptions& options, bool clear, bool yes) {
+    std::filesystem::path folder = leagueDir(options);
+    auto files = savedGames(folder);
+    if (clear) {
+        if (files.empty()) {
+            fmt::print("There are no saved games to clear\n");
+            return;
+        }
+        if (!yes) {
+            if (isatty(STDIN_FILENO) == 0)
+                throw CommandError(fmt::format("This deletes all {} saved games; add --yes to go ahead", files.size()));
+            fmt::print("Clear All Saved Games? ({} of them) [y/N] ", files.size());
+            std::string answer;
+            if (!std::getline(std::cin, answer) || (answer != "y" && answer != "Y")) {
+                fmt::print("Nothing deleted\n");
+                return;
+            }
+        }
+        for (const auto& f : files) {
+            std::filesystem::remove(f);
+            fmt::print("Delete {}\n", f.filename().string());
+        }
+        return;
+    }
+    if (files.empty()) {
+        fmt::print("No saved games\n");
+        return;
+    }
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        std::string what;
         try {
-            postGame(session2, game, o.game, schedule, seed);
-        } catch (const AlreadyPosted& e) {
-            throw CommandError(e.what());
+            SavedGame g = readSavedGame(files[i]);
+            what = g.start.scheduleRow > 0 ? fmt::format("game {} of the schedule", g.start.scheduleRow)
+                                           : std::string("exhibition");
+        } catch (const FileError&) {
+            what = "can't be read";
+        }
+        fmt::print("{:>3}  {}   ({})\n", i + 1, files[i].filename().string(), what);
+    }
+}
+
+void resumeGame(const GlobalOptions& options, const ResumeOptions& o) {
+    std::filesystem::path folder = leagueDir(options);
+    recoverPosting(folder);
+    std::filesystem::path file = findSavedGame(folder, o.name);
+    SavedGame saved = readSavedGame(file);
+    const SavedGameStart& start = saved.start;
+    auto session = startSession(options);
+    if (start.scheduleRow == 0) throw CommandError("An exhibition game can't be resumed from the command line");
+    const GameRecord& row = openRow(session->schedule(), start.scheduleRow);
+    if (row.VisitorTeam != start.visitor || row.HomeTeam != start.home)
+        throw CommandError(
+            fmt::format("Game {} of the schedule is no longer the game that was saved", start.scheduleRow));
+
+    GameSession session2 = GameSession::forSession(*session);
+    loadGameForPlay(session2, start);
+    bool interactive = isatty(STDOUT_FILENO) != 0;
+    TerminalOptions terminal;
+    terminal.pace = o.fast ? 0.0 : o.pace.value_or(interactive ? 0.8 : 0.0);
+    TerminalPresenter presenter(std::cout, terminal);
+    Game game(session2, start.gameOptions(), start.noDisplay ? nullptr : &presenter);
+    RecordedGame recorded(game);
+    presenter.setQuiet(true);
+    try {
+        ResumeGame(recorded, saved, session2);
+    } catch (const ResumeMismatch& e) {
+        throw CommandError(e.what());
+    }
+    presenter.setQuiet(o.fast);
+    auto name = sideTexts(session2, true);
+    fmt::print("Game {}: {} at {}, resumed from \"{}\"\n  {}\n", start.scheduleRow, name[0], name[1],
+               file.filename().string(), TerminalPresenter::scoreboard(game));
+    std::string coach = o.fast ? std::string("none") : o.coach;
+    if (!coach.empty()) {
+        // A change of coaches is an input like any other: a later save keeps it.
+        recorded.setCoach(kVisitor, coach == "visitor" || coach == "both" ? CoachKind::Human : CoachKind::Computer);
+        recorded.setCoach(kHome, coach == "home" || coach == "both" ? CoachKind::Human : CoachKind::Computer);
+        // A question left to a side the computer now coaches is answered the
+        // way "q" answers it.
+        auto pending = presenter.takePending();
+        if (pending.ask != TerminalPresenter::Ask::None && game.coach(pending.side) == CoachKind::Computer) {
+            if (callChoices(game, pending.side).empty())
+                recorded.proceed();
+            else
+                recorded.drive();
+        } else if (pending.ask == TerminalPresenter::Ask::LineChange) {
+            presenter.AskLineChange(game, pending.side);
+        } else if (pending.ask == TerminalPresenter::Ask::PlayCall) {
+            presenter.AskPlayCall(game, pending.side);
         }
     }
+    CoachingEnd end = coachOrSave(recorded, presenter, start, folder, true);
+    // The newer save, or the finished game, takes the old file's place.
+    std::filesystem::remove(file);
+    if (end == CoachingEnd::SaveAsked) return;
+    finishGame(*session, session2, game, start, o.iceTime, false);
 }
 
 }  // namespace
@@ -191,12 +369,30 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
     cmd->add_flag("--fast", o->fast, "No play-by-play and no pause: only the result");
     cmd->add_option("--pace", o->pace, "Seconds each play line stays before the next (default 0.8 on a terminal)")
         ->check(CLI::Range(0.0, 10.0));
-    cmd->add_option("--coach", o->coach, "Call the plays yourself for one side or both")
+    cmd->add_option("--coach", o->coach,
+                    "Call the plays yourself for one side or both; \"s\" at a call saves the game to go on later")
         ->check(CLI::IsMember({"visitor", "home", "both"}));
     cmd->add_flag("--ice-time", o->iceTime, "Each player's time on the ice, power play, short-handed and shifts");
     cmd->add_flag("--dry-run", o->dryRun, "Play the game but write nothing to the league");
     cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
     cmd->callback([&options, o] { playGame(options, *o); });
+
+    auto clear = std::make_shared<std::pair<bool, bool>>(false, false);
+    auto* saved = app.add_subcommand("saved", "List the games saved in mid-play, or delete them all");
+    saved->add_flag("--clear", clear->first, "Delete every saved game of the league");
+    saved->add_flag("--yes", clear->second, "With --clear: don't ask first");
+    saved->callback([&options, clear] { listSaved(options, clear->first, clear->second); });
+
+    auto r = std::make_shared<ResumeOptions>();
+    auto* resume = app.add_subcommand("resume", "Go on with a saved game where it stopped, and post it at the end");
+    resume->add_option("name", r->name, "Its number in `tallyrink saved`, its file name or a part of it")->required();
+    resume->add_flag("--fast", r->fast, "The computer plays the rest at once: only the result");
+    resume->add_option("--pace", r->pace, "Seconds each play line stays before the next (default 0.8 on a terminal)")
+        ->check(CLI::Range(0.0, 10.0));
+    resume->add_option("--coach", r->coach, "Who calls the plays from here on (default: as when it was saved)")
+        ->check(CLI::IsMember({"visitor", "home", "both", "none"}));
+    resume->add_flag("--ice-time", r->iceTime, "Each player's time on the ice, power play, short-handed and shifts");
+    resume->callback([&options, r] { resumeGame(options, *r); });
 }
 
 }  // namespace tallyrink::cli

@@ -26,6 +26,7 @@ std::string periodName(int period, int periods) {
 std::string clockText(int seconds) { return fmt::format("{}:{:02}", seconds / 60, seconds % 60); }
 
 void TerminalPresenter::ShowPlayLines(const Game& game, const std::vector<std::string>& lines) {
+    if (quiet_) return;
     const GameState& s = game.state();
     for (const auto& line : lines) {
         out_ << fmt::format("  {:>4} {:>5}  {}\n", periodName(s.Period, game.periods()), clockText(s.Clock), line);
@@ -35,6 +36,7 @@ void TerminalPresenter::ShowPlayLines(const Game& game, const std::vector<std::s
 }
 
 void TerminalPresenter::ShowClock(const Game& game) {
+    if (quiet_) return;
     const GameState& s = game.state();
     if (s.Period == shownPeriod_) return;
     shownPeriod_ = s.Period;
@@ -67,7 +69,7 @@ std::string TerminalPresenter::scoreboard(const Game& game) {
 
 namespace {
 
-void showChoices(const Game& game, int side, const std::vector<CallChoice>& choices, bool lineChange,
+void showChoices(const Game& game, int side, const std::vector<CallChoice>& choices, bool lineChange, bool offerSave,
                  std::ostream& out) {
     std::string team = game.session().side(side).team.City.str();
     out << fmt::format("\n{}\n{}\n", TerminalPresenter::scoreboard(game), callBoxCaption(game));
@@ -78,6 +80,7 @@ void showChoices(const Game& game, int side, const std::vector<CallChoice>& choi
         for (const auto& c : choices) out << "  " << c.caption;
     }
     out << "\n  (Enter: the first choice; q: the computer coaches the rest";
+    if (offerSave) out << "; s: save the game and stop";
     if (lineChange) out << "; lines stay as they are";
     out << ")\n> ";
     out.flush();
@@ -86,18 +89,24 @@ void showChoices(const Game& game, int side, const std::vector<CallChoice>& choi
 }  // namespace
 
 void coachGame(Game& game, TerminalPresenter& presenter, std::istream& in, std::ostream& out) {
-    game.InitGame();
-    game.SetPlayBox();
+    RecordedGame recorded(game);
+    recorded.start();
+    coachRecordedGame(recorded, presenter, in, out, false);
+}
+
+CoachingEnd coachRecordedGame(RecordedGame& recorded, TerminalPresenter& presenter, std::istream& in, std::ostream& out,
+                              bool offerSave) {
+    const Game& game = recorded.game();
     while (!game.state().GameEndedFlag) {
         auto pending = presenter.takePending();
         if (pending.ask == TerminalPresenter::Ask::None) {
             // Nothing asked of the user: the driver has more to run.
-            game.SetPlayBox();
+            recorded.drive();
             if (presenter.takePending().ask == TerminalPresenter::Ask::None && !game.state().GameEndedFlag) {
                 // The engine stopped with no question: let the computer finish.
-                game.setCoach(kVisitor, CoachKind::Computer);
-                game.setCoach(kHome, CoachKind::Computer);
-                game.SetPlayBox();
+                recorded.setCoach(kVisitor, CoachKind::Computer);
+                recorded.setCoach(kHome, CoachKind::Computer);
+                recorded.drive();
                 break;
             }
             continue;
@@ -107,22 +116,30 @@ void coachGame(Game& game, TerminalPresenter& presenter, std::istream& in, std::
         auto choices = callChoices(game, side);
         bool lineChange = pending.ask == TerminalPresenter::Ask::LineChange;
         while (true) {
-            showChoices(game, side, choices, lineChange, out);
+            showChoices(game, side, choices, lineChange, offerSave, out);
             std::string answer;
             if (!std::getline(in, answer) || answer == "q" || answer == "Q") {
                 if (!in) out << "\n";
                 out << "The computer coaches the rest of the game.\n";
-                game.setCoach(kVisitor, CoachKind::Computer);
-                game.setCoach(kHome, CoachKind::Computer);
+                recorded.setCoach(kVisitor, CoachKind::Computer);
+                recorded.setCoach(kHome, CoachKind::Computer);
                 if (choices.empty())
-                    game.ContinueCommand();
+                    recorded.proceed();
                 else
-                    game.SetPlayBox();
+                    recorded.drive();
                 break;
             }
             answer.erase(0, answer.find_first_not_of(" \t"));
+            if (offerSave && (answer == "s" || answer == "S")) {
+                // The question stands for whoever picks the game up again.
+                if (lineChange)
+                    presenter.AskLineChange(game, side);
+                else
+                    presenter.AskPlayCall(game, side);
+                return CoachingEnd::SaveAsked;
+            }
             if (choices.empty()) {
-                game.ContinueCommand();
+                recorded.proceed();
                 break;
             }
             if (answer.empty()) answer = std::string(1, choices.front().key);
@@ -134,12 +151,13 @@ void coachGame(Game& game, TerminalPresenter& presenter, std::istream& in, std::
                 continue;
             }
             if (picked->call == Call::PlayTo)
-                game.OffenseCommand(picked->call, picked->target);
+                recorded.offense(picked->call, picked->target);
             else
-                game.OffenseCommand(picked->call);
+                recorded.offense(picked->call);
             break;
         }
     }
+    return CoachingEnd::GameOver;
 }
 
 }  // namespace tallyrink::cli

@@ -14,6 +14,7 @@
 
 #include "engine/game.h"
 #include "engine/presenter.h"
+#include "postgame/saved_game.h"
 
 namespace tallyrink::cli {
 
@@ -43,6 +44,10 @@ public:
     // What the engine asked for last, and clears it.
     Pending takePending();
 
+    // Quiet while a saved game is played back to where it stopped: the user
+    // has seen those plays already.
+    void setQuiet(bool quiet) { quiet_ = quiet; }
+
     // The scoreboard in one line: period, clock, score, shots, strength.
     static std::string scoreboard(const Game& game);
 
@@ -52,11 +57,20 @@ private:
     Pending pending_;
     int shownPeriod_ = 0;
     bool over_ = false;
+    bool quiet_ = false;
 };
 
-// Plays `game` in the terminal: the user answers for the sides in
-// `humanSides` (a bit a side), reading from `in`. Returns when the game ends.
+// Plays `game` in the terminal from its opening faceoff: the user answers
+// for the sides the game gives to a person, reading from `in`. Returns when
+// the game ends.
 void coachGame(Game& game, TerminalPresenter& presenter, std::istream& in, std::ostream& out);
+
+enum class CoachingEnd { GameOver, SaveAsked };
+// Goes on with a game already started (or resumed) through `game`. With
+// `offerSave` the user may answer "s" to stop and have the game saved: it
+// then returns SaveAsked with the question still standing.
+CoachingEnd coachRecordedGame(RecordedGame& game, TerminalPresenter& presenter, std::istream& in, std::ostream& out,
+                              bool offerSave);
 
 std::string periodName(int period, int periods);
 std::string clockText(int seconds);
