@@ -62,7 +62,7 @@ public:
         options.seed = seed;
         Game play(game, options);
         play.playToEnd();
-        postScheduleGame(game, play, schedule, row, seed, today_);
+        postScheduleGame(game, play, schedule, row, seed, today_, session_.places().dataRoot());
         // The posting wrote the row to the file; the run's copy follows it so
         // its own saves keep the result.
         schedule.row(row) = readRecord<GameRecord>(RandomFile(schedule.path(), codec::slotWidth<GameRecord>()), row);

@@ -45,8 +45,9 @@ struct PlayOptions {
     std::optional<std::uint64_t> seed;
 };
 
-void postGame(GameSession& session, const Game& game, std::size_t row, const Schedule& schedule, std::uint64_t seed) {
-    PostingResult result = postScheduleGame(session, game, schedule, row, seed, todayDateText());
+void postGame(GameSession& session, const Game& game, std::size_t row, const Session& league, std::uint64_t seed) {
+    PostingResult result =
+        postScheduleGame(session, game, league.schedule(), row, seed, todayDateText(), league.places().dataRoot());
     fmt::print("\nPosted");
     if (result.scoresRow > 0)
         fmt::print(" as SCORES row {} (box score: tallyrink box {})", result.scoresRow, result.scoresRow);
@@ -163,7 +164,7 @@ void finishGame(const Session& session, GameSession& played, const Game& game, c
     if (iceTime) printIceTime(played, sideTexts(played, false));
     if (dryRun) return;
     try {
-        postGame(played, game, start.scheduleRow, session.schedule(), start.seed);
+        postGame(played, game, start.scheduleRow, session, start.seed);
     } catch (const AlreadyPosted& e) {
         throw CommandError(e.what());
     }

@@ -12,6 +12,7 @@
 #include "league/files.h"
 #include "league/schedule.h"
 #include "postgame/box_text.h"
+#include "postgame/record_book.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -749,6 +750,24 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         res.stars[k] = starText(session, side, slot);
     }
 
+    // The record book of the league, and the one across leagues when the
+    // league keeps it (not for playoff games). A missing all-time folder is
+    // passed over rather than stop the posting.
+    if (leagueGame) {
+        auto post = [&](const fs::path& folder, const std::string& name) {
+            RecordBook book = RecordBook::load(folder);
+            book.postPlayers(session, game);
+            book.postTeams(session, game);
+            for (FileChange& c : book.changes(name)) changes.push_back(std::move(c));
+        };
+        post(dir, findFile(dir, kRecordsFile).filename().string());
+        const fs::path& allTime = o.allTimeRecordsDir;
+        std::error_code ec;
+        if (rules.AllTimeRecordCheck == 1 && !game.playoff && !allTime.empty() && fs::is_directory(allTime, ec) &&
+            !fs::equivalent(allTime, dir, ec))
+            post(allTime, fs::absolute(findFile(allTime, kRecordsFile)).string());
+    }
+
     // The ticker.
     if (leagueGame) {
         TickerRecord tick;
@@ -893,13 +912,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 }
 
 PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
-                               std::uint64_t seed, const std::string& dateText) {
+                               std::uint64_t seed, const std::string& dateText,
+                               const std::filesystem::path& allTimeRecordsDir) {
     const GameRecord& r = schedule.row(row);
     FinishedGame finished = summarizeGame(game, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
     Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
     PostingOptions posting;
     posting.rng = &postDraws;
     posting.dateText = dateText;
+    posting.allTimeRecordsDir = allTimeRecordsDir;
     return GameDone(session, finished, posting);
 }
 

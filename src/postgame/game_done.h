@@ -36,6 +36,9 @@ struct PostingOptions {
     Random* rng = nullptr;         // the draws of the post-game injuries; required
     std::string dateText;          // the day of playing as the SCORES row shows it
     FileWriter* writer = nullptr;  // null: the disk
+    // Where the records across all leagues are kept, posted when the rules
+    // ask for them; empty: nowhere.
+    std::filesystem::path allTimeRecordsDir;
 };
 
 struct PostingResult {
@@ -66,7 +69,8 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 // post-game draws from `seed` and the day of playing. The one way the
 // command line and autoplay post a game.
 PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
-                               std::uint64_t seed, const std::string& dateText);
+                               std::uint64_t seed, const std::string& dateText,
+                               const std::filesystem::path& allTimeRecordsDir = {});
 
 // Today's date as a SCORES row keeps it ("11/23/2026").
 std::string todayDateText();

@@ -106,7 +106,9 @@ bool PostingJournal::pending() const { return std::filesystem::exists(path()); }
 
 void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& writer) const {
     for (const FileChange& c : changes) {
-        auto target = findFile(dir_, c.name);
+        // A change outside the league folder (the all-time records) carries its whole path.
+        std::filesystem::path named(c.name);
+        auto target = named.is_absolute() ? named : findFile(dir_, c.name);
         if (c.whole)
             writer.writeWhole(target, c.bytes);
         else

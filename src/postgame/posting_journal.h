@@ -40,7 +40,8 @@ public:
     void remove(const std::filesystem::path& path) override;
 };
 
-// One change of a league file, named as the folder spells it.
+// One change of a league file, named as the folder spells it; a file
+// outside the league folder is named by its absolute path.
 struct FileChange {
     std::string name;
     bool whole = false;  // the whole file, else bytes at `offset`

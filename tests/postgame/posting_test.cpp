@@ -16,6 +16,7 @@
 #include "operations/new_league.h"
 #include "postgame/box_file.h"
 #include "postgame/game_done.h"
+#include "postgame/record_book.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 #include "team/positions.h"
@@ -148,12 +149,13 @@ struct ScriptedGame {
         f(statLine(p, StatLineIndex::Replay));
     }
 
-    PostingResult post(FileWriter* writer = nullptr) {
+    PostingResult post(FileWriter* writer = nullptr, const fs::path& allTime = {}) {
         Random draws(99);
         PostingOptions o;
         o.rng = &draws;
         o.dateText = "10/10/2017";
         o.writer = writer;
+        o.allTimeRecordsDir = allTime;
         return GameDone(*session, game, o);
     }
 };
@@ -345,6 +347,49 @@ TEST(Posting, LeadersKeepOneEntryAPlayerHighestFirst) {
     EXPECT_EQ(top.Top40Stamp, kTop40Stamp);
     EXPECT_GE(top.Top[0][1].Value, 1);
     EXPECT_EQ(top.Top[0][1].BoxFile.str(), "BOX1.BOX");
+}
+
+// The same game under the rule of all-time records on or off.
+void keepAllTime(ScriptedGame& g, bool on) {
+    RulesRecord rules = g.session->league().rules;
+    rules.AllTimeRecordCheck = on ? 1 : 0;
+    auto again =
+        std::make_unique<GameSession>(LeagueContext{g.session->league().leagueDir, rules, &shippedEra(), &g.schedule});
+    again->side(kVisitor) = g.session->side(kVisitor);
+    again->side(kHome) = g.session->side(kHome);
+    g.session = std::move(again);
+}
+
+TEST(Posting, RecordsGoToTheLeagueAndWhenAskedToTheAllTimeBook) {
+    TempDir dir;
+    TempDir allTime;
+    writeLeague(dir.path());
+    {
+        ScriptedGame g(dir.path(), {.row = 1, .visitorGoals = 4, .homeGoals = 1});
+        keepAllTime(g, false);
+        g.post(nullptr, allTime.path());
+        RecordBook book = RecordBook::load(dir.path());
+        const RecordEntry& points = book.entry(4, RecordScope::Game);
+        int best = 0;
+        for (int side : {kVisitor, kHome})
+            for (const PlayerRecord& p : g.session->side(side).GameRoster)
+                if (p.PlayerId > 0)
+                    best = std::max(best,
+                                    statLine(p, StatLineIndex::Game).Goals + statLine(p, StatLineIndex::Game).Assists);
+        EXPECT_EQ(points.RecordValue[0], best);
+        EXPECT_EQ(points.RecordDate[0].str(), "10/10/2017");
+        const RecordEntry& margin = book.entry(kFirstTeamCategory + 16, RecordScope::Game);
+        EXPECT_EQ(margin.RecordValue[0], 3);
+        EXPECT_EQ(margin.RecordName[0].str().substr(0, 5), "2017 ");
+        EXPECT_FALSE(fs::exists(allTime.path() / kRecordsFile));
+    }
+    ScriptedGame g(dir.path(), {.row = 3, .visitorGoals = 2, .homeGoals = 6});
+    keepAllTime(g, true);
+    g.post(nullptr, allTime.path());
+    RecordBook book = RecordBook::load(allTime.path());
+    EXPECT_EQ(book.entry(kFirstTeamCategory + 16, RecordScope::Game).RecordValue[0], 4);
+    // The league's book holds both games.
+    EXPECT_EQ(RecordBook::load(dir.path()).entry(kFirstTeamCategory + 16, RecordScope::Game).RecordValue[1], 3);
 }
 
 // Fails the n-th write (counting from 1); counts them all.

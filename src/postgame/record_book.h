@@ -1,0 +1,113 @@
+#pragma once
+
+// The record book: the top five of each category, for single games and for
+// seasons, players and teams, kept in "HkRecords" of a league folder (and,
+// when the league keeps them, of the all-time folder as well). Each game
+// posts into it once; a category's fifth entry is the level to beat.
+//
+// File: slots of 300 bytes of which 200 are used; category i (1 to 400) in
+// scope s (2 the season, 3 a single game) stands in record (i - 1) x 2 + s,
+// so records 2 to 801. Record 1 is unused.
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "league/codec.h"
+#include "league/fixed_text.h"
+#include "postgame/game_summary.h"
+#include "postgame/posting_journal.h"
+
+namespace tallyrink {
+
+inline constexpr const char* kRecordsFile = "HkRecords";
+inline constexpr std::size_t kRecordSlot = 300;
+inline constexpr int kRecordCategories = 400;
+inline constexpr int kRecordPlaces = 5;
+inline constexpr int kFirstGoalieCategory = 50;
+inline constexpr int kFirstTeamCategory = 201;
+
+enum class RecordScope : int { Season = 2, Game = 3 };
+
+// One category in one scope, best first.
+struct RecordEntry {
+    std::array<std::int16_t, kRecordPlaces> RecordValue{};
+    std::array<FixedText<20>, kRecordPlaces> RecordName{};  // player, or year and city of a team
+    std::array<FixedText<3>, kRecordPlaces> RecordTeam{};
+    std::array<FixedText<3>, kRecordPlaces> RecordOpponent{};
+    std::array<FixedText<12>, kRecordPlaces> RecordDate{};  // month/day/year
+};
+
+// Record number of a category in a scope.
+constexpr std::size_t recordNumber(int category, RecordScope scope) {
+    return static_cast<std::size_t>((category - 1) * 2 + static_cast<int>(scope));
+}
+
+// The category names by number (1 to 400); an empty name is no category.
+const std::array<std::string_view, kRecordCategories + 1>& recordNames();
+// Categories where less is better ("Goals Allowed Per Game").
+bool lowerIsBetter(int category);
+// Categories that a season holds but a single game can't ("Point Streak", ...).
+bool seasonOnly(int category);
+
+// Who set a record, and when.
+struct RecordHolder {
+    std::string name;
+    std::string team;
+    std::string opponent;
+    std::string date;
+};
+
+class RecordBook {
+public:
+    RecordBook();
+    // LoadRecords: a missing file is an empty book. Throws FileError for a
+    // file that can't be read.
+    static RecordBook load(const std::filesystem::path& folder);
+
+    [[nodiscard]] const RecordEntry& entry(int category, RecordScope scope) const;
+
+    // InsertPlayerRecord and InsertTeamRecord: enters `value` when it beats
+    // the fifth entry; a season's holder keeps a single place. True when it
+    // entered.
+    bool insert(int category, RecordScope scope, int value, const RecordHolder& who);
+
+    // PostPlayerRecords: every player of both sides who played in the game,
+    // for his game and his season so far.
+    void postPlayers(const GameSession& session, const FinishedGame& game);
+    // PostTeamRecords: both teams' game and season so far.
+    void postTeams(const GameSession& session, const FinishedGame& game);
+
+    // The entries changed since load (a drop of his own older place counts
+    // even when he doesn't enter again), as writes of their slots of `file`.
+    [[nodiscard]] std::vector<FileChange> changes(const std::string& file) const;
+
+private:
+    RecordEntry& at(int category, RecordScope scope);
+    std::vector<RecordEntry> entries_;
+    std::vector<bool> changed_;
+    std::vector<std::uint8_t> raw_;  // the file as read
+};
+
+// A player's value of a category (1 to 199) for the scope; nothing when the
+// category doesn't apply to him or to the scope. `shootoutGoals`: his goals
+// in this game's shootout.
+std::optional<int> playerRecordValue(int category, RecordScope scope, const PlayerRecord& p, int shootoutGoals = 0);
+
+// The record book's lines as a report prints them: each category with
+// entries, its five places.
+std::vector<std::string> recordBookText(const RecordBook& book, RecordScope scope, bool teams);
+
+}  // namespace tallyrink
+
+namespace tallyrink::codec {
+template <>
+struct Layout<RecordEntry> {
+    static constexpr std::size_t size = 200;
+};
+TALLYRINK_EXTERN_RECORD_CODEC(RecordEntry)
+}  // namespace tallyrink::codec

@@ -1,0 +1,117 @@
+#include "postgame/record_book.h"
+
+#include <gtest/gtest.h>
+
+#include "league/files.h"
+#include "support/temp_dir.h"
+
+namespace tallyrink {
+namespace {
+
+constexpr int kGoals = 1;
+constexpr int kGoalsAgainstAverage = kFirstGoalieCategory + 9;
+
+RecordHolder holder(const std::string& name, const std::string& team = "HAL") {
+    return {name, team, "BOS", "11/10/2017"};
+}
+
+std::vector<std::pair<std::string, int>> places(const RecordBook& book, int category, RecordScope scope) {
+    std::vector<std::pair<std::string, int>> out;
+    const RecordEntry& e = book.entry(category, scope);
+    for (std::size_t k = 0; k < kRecordPlaces; ++k)
+        if (!e.RecordName[k].str().empty()) out.emplace_back(e.RecordName[k].str(), e.RecordValue[k]);
+    return out;
+}
+
+TEST(RecordBook, CategoriesAndTheirRecordNumbers) {
+    EXPECT_EQ(recordNames()[1], "Goals");
+    EXPECT_EQ(recordNames()[35], "Penalties Killed");
+    EXPECT_EQ(recordNames()[kFirstGoalieCategory], "Saves");
+    EXPECT_EQ(recordNames()[kFirstTeamCategory], "Goals");
+    EXPECT_TRUE(recordNames()[36].empty());
+    EXPECT_EQ(recordNumber(1, RecordScope::Season), 2u);
+    EXPECT_EQ(recordNumber(kRecordCategories, RecordScope::Game), 801u);
+}
+
+TEST(RecordBook, ValuesEnterInOrderTiesBelowTheOlderAndAFullListKeepsItsLevel) {
+    RecordBook book;
+    EXPECT_FALSE(book.insert(kGoals, RecordScope::Game, 0, holder("Nobody")));
+    EXPECT_TRUE(book.insert(kGoals, RecordScope::Game, 2, holder("Abel")));
+    EXPECT_TRUE(book.insert(kGoals, RecordScope::Game, 4, holder("Berg")));
+    EXPECT_TRUE(book.insert(kGoals, RecordScope::Game, 2, holder("Cole")));
+    EXPECT_TRUE(book.insert(kGoals, RecordScope::Game, 3, holder("Dahl")));
+    EXPECT_TRUE(book.insert(kGoals, RecordScope::Game, 1, holder("Ekse")));
+    using P = std::vector<std::pair<std::string, int>>;
+    EXPECT_EQ(places(book, kGoals, RecordScope::Game),
+              (P{{"Berg", 4}, {"Dahl", 3}, {"Abel", 2}, {"Cole", 2}, {"Ekse", 1}}));
+    // Equal to the fifth doesn't enter; above it pushes the fifth out.
+    EXPECT_FALSE(book.insert(kGoals, RecordScope::Game, 1, holder("Falk")));
+    EXPECT_TRUE(book.insert(kGoals, RecordScope::Game, 2, holder("Gran")));
+    EXPECT_EQ(places(book, kGoals, RecordScope::Game).back(), (std::pair<std::string, int>{"Gran", 2}));
+    // A single game may stand twice for one player.
+    EXPECT_TRUE(book.insert(kGoals, RecordScope::Game, 5, holder("Berg")));
+    EXPECT_EQ(places(book, kGoals, RecordScope::Game)[1].first, "Berg");
+}
+
+TEST(RecordBook, ASeasonHolderKeepsOnePlaceAndLessIsBetterRanksUp) {
+    RecordBook book;
+    book.insert(kGoals, RecordScope::Season, 10, holder("Abel"));
+    book.insert(kGoals, RecordScope::Season, 12, holder("Berg"));
+    book.insert(kGoals, RecordScope::Season, 14, holder("Abel"));
+    book.insert(kGoals, RecordScope::Season, 9, holder("Abel", "BOS"));  // another team's season
+    using P = std::vector<std::pair<std::string, int>>;
+    EXPECT_EQ(places(book, kGoals, RecordScope::Season), (P{{"Abel", 14}, {"Berg", 12}, {"Abel", 9}}));
+
+    book.insert(kGoalsAgainstAverage, RecordScope::Season, 280, holder("Gull"));
+    book.insert(kGoalsAgainstAverage, RecordScope::Season, 195, holder("Hart"));
+    book.insert(kGoalsAgainstAverage, RecordScope::Season, 240, holder("Ives"));
+    EXPECT_EQ(places(book, kGoalsAgainstAverage, RecordScope::Season),
+              (P{{"Hart", 195}, {"Ives", 240}, {"Gull", 280}}));
+}
+
+TEST(RecordBook, PlayerValuesFollowTheScope) {
+    PlayerRecord p{};
+    statLine(p, StatLineIndex::Replay).Goals = 20;
+    statLine(p, StatLineIndex::Replay).Assists = 15;
+    statLine(p, StatLineIndex::Replay).Toi = 60 * 600 + 29;
+    statLine(p, StatLineIndex::Game).Goals = 2;
+    p.Minors = {7, 1};
+    p.PointStreak = 6;
+    EXPECT_EQ(playerRecordValue(4, RecordScope::Season, p), 35);  // points
+    EXPECT_EQ(playerRecordValue(4, RecordScope::Game, p), 2);
+    EXPECT_EQ(playerRecordValue(12, RecordScope::Season, p), 600);  // minutes on the ice
+    EXPECT_EQ(playerRecordValue(25, RecordScope::Season, p), 7);    // minors
+    EXPECT_EQ(playerRecordValue(25, RecordScope::Game, p), 1);
+    EXPECT_EQ(playerRecordValue(31, RecordScope::Season, p), 6);  // point streak
+    EXPECT_FALSE(playerRecordValue(31, RecordScope::Game, p));
+    EXPECT_FALSE(playerRecordValue(kFirstGoalieCategory, RecordScope::Game, p));  // saves: goalies only
+}
+
+TEST(RecordBook, WrittenChangesReadBackAndLeaveOtherBytesAlone) {
+    testing::TempDir dir;
+    {
+        // A foreign byte in a slot's unused end, and one in a record of no category.
+        std::vector<std::uint8_t> bytes(801 * kRecordSlot, 0);
+        bytes[2 * kRecordSlot + 250] = 0x5a;
+        bytes[recordNumber(40, RecordScope::Season) * kRecordSlot - 10] = 0x77;
+        writeFileAtomic(dir.path() / kRecordsFile, bytes);
+    }
+    RecordBook book = RecordBook::load(dir.path());
+    book.insert(kGoals, RecordScope::Season, 7, holder("Abel"));
+    book.insert(kGoals, RecordScope::Game, 3, holder("Abel"));
+    book.insert(kFirstTeamCategory, RecordScope::Game, 9, holder("2017 Halvard"));
+    DiskWriter disk;
+    for (const FileChange& c : book.changes(kRecordsFile)) disk.writeAt(dir.path() / c.name, c.offset, c.bytes);
+
+    RecordBook again = RecordBook::load(dir.path());
+    EXPECT_EQ(places(again, kGoals, RecordScope::Season), places(book, kGoals, RecordScope::Season));
+    EXPECT_EQ(again.entry(kFirstTeamCategory, RecordScope::Game).RecordValue[0], 9);
+    EXPECT_EQ(again.entry(kGoals, RecordScope::Season).RecordDate[0].str(), "11/10/2017");
+    auto bytes = readBytes(dir.path() / kRecordsFile);
+    EXPECT_EQ(bytes[2 * kRecordSlot + 250], 0x5a);
+    EXPECT_EQ(bytes[recordNumber(40, RecordScope::Season) * kRecordSlot - 10], 0x77);
+    EXPECT_TRUE(RecordBook::load(dir.path() / "nowhere").changes(kRecordsFile).empty());
+}
+
+}  // namespace
+}  // namespace tallyrink
