@@ -1,5 +1,7 @@
 #include "postgame/box_text.h"
 
+#include "league/names.h"
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -162,7 +164,11 @@ std::vector<std::string> eventNames(const BoxFile& box, const BoxNames& names, b
     std::vector<std::string> out;
     for (std::size_t at = 0; at < kBoxSlots; ++at) {
         bool hit = ejections ? box.r1.BoxSuspendedInGame[0][at] != 0 : box.r1.BoxInjuredInGame[at] != 0;
-        if (hit) out.push_back(names.player[at]);
+        if (!hit) continue;
+        std::string_view injury = ejections ? std::string_view() : injuryName(box.r1.BoxInjuryType[at]);
+        out.push_back(injury.empty() || box.r1.BoxInjuredInGame[at] != kHurtInGame
+                          ? names.player[at]
+                          : fmt::format("{} ({})", names.player[at], injury));
     }
     return out;
 }

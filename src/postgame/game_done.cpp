@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "league/files.h"
+#include "league/names.h"
 #include "league/schedule.h"
 #include "postgame/box_text.h"
 #include "postgame/record_book.h"
@@ -22,7 +23,6 @@ namespace {
 constexpr std::size_t kPlayerSlot = 1500;
 constexpr std::size_t kTeamSlot = 1500;
 constexpr std::size_t kGameSlot = 200;
-constexpr int kHurtInGame = 99;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 int other(int side) { return side == kVisitor ? kHome : kVisitor; }
@@ -57,15 +57,6 @@ bool playedInGame(const PlayerRecord& p) { return statLine(p, StatLineIndex::Gam
 std::string monthAbbrev(int calendarMonth) { return std::string(monthName(calendarMonth)).substr(0, 3); }
 
 // ---- Post-game injuries ----------------------------------------------------------
-
-std::string injuryLabel(int type) {
-    static constexpr std::array<const char*, 14> kCommon{"Bruised Ribs", "Groin",      "Hamstring",  "Ankle", "Knee",
-                                                         "Shoulder",     "Back",       "Concussion", "Wrist", "Hand",
-                                                         "Upper Body",   "Lower Body", "Hip",        "Foot"};
-    if (type >= 1 && type <= 14) return kCommon[at(type - 1)];
-    if (type >= 50 && type < 60) return "Illness";
-    return type >= 79 ? "Serious Injury" : "Injury";
-}
 
 struct InjuryContext {
     const GameSession& session;
@@ -141,12 +132,56 @@ int injuryLength(InjuryContext& c, int side, int slot) {
     return g;
 }
 
+// Sets the return date of a man out for `g` games after this one, names his
+// injury and tells it in the day's injury text and the injury history.
+void recordInjury(GameSession& session, InjuryContext& c, int side, int slot, int g, PostingResult& res,
+                  std::vector<std::string>& history) {
+    const FinishedGame& game = c.game;
+    Random& rng = c.rng;
+    SideTables& t = session.side(side);
+    PlayerRecord& p = t.player(slot);
+    int month = seasonMonth(game.calendarMonth) + g / 30;
+    int day = game.day + g % 30;
+    if (day > 28) {
+        day = 1;
+        ++month;
+    }
+    if (month > 12) month -= 12;
+    p.InjuryReturnMonth = static_cast<std::uint8_t>(month);
+    p.InjuryReturnDay = static_cast<std::uint8_t>(day);
+    int type = rng.rand(14);
+    if (rng.rand(10) == 1) type = 50 + rng.rand(10);
+    if (g > 20 + rng.rand(20)) type = 79 + rng.rand(22);
+    if (p.InjuryType == 0) p.InjuryType = static_cast<std::uint8_t>(type);
+    std::string back = fmt::format("{} {}", monthAbbrev(calendarMonth(month)), day);
+    std::string text = fmt::format("{} {} out until {} ({})", t.team.Abbrev.str(), t.DisplayName[at(slot)], back,
+                                   injuryName(p.InjuryType));
+    c.dayText += text;
+    res.injuries.push_back(text);
+    history.push_back(fmt::format("{} {},{},{},{},{},{}", monthAbbrev(game.calendarMonth), game.day,
+                                  t.team.Abbrev.str(), positionCode(p), t.DisplayName[at(slot)], back,
+                                  injuryName(p.InjuryType)));
+}
+
 void postGameInjuries(GameSession& session, FinishedGame& game, Random& rng, std::array<int, 2> injuredCount,
                       PostingResult& res, std::vector<std::string>& history) {
     const RulesRecord& rules = session.league().rules;
-    if (game.exhibition || rng.rand(3) != 1) return;
-    if (rules.InjuryCheck != 1 || rules.OneGameInjuryLimitCheck == 1) return;
+    if (game.exhibition) return;
     InjuryContext c{session, game, rng, {}};
+    // The men play put out past this game, first: the engine has judged how
+    // long. They can't be drawn again below.
+    for (int side : {kVisitor, kHome}) {
+        SideTables& t = session.side(side);
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            const SideSummary& x = game.side[at(side)];
+            if (!t.onTeam(slot) || x.injuredInGame[at(slot)] != kHurtInGame || x.injuryGames[at(slot)] <= 0) continue;
+            if (t.player(slot).InjuryReturnMonth != 0) continue;
+            recordInjury(session, c, side, slot, x.injuryGames[at(slot)], res, history);
+            ++injuredCount[at(side)];
+        }
+    }
+    if (rng.rand(3) != 1) return;
+    if (rules.InjuryCheck != 1 || rules.OneGameInjuryLimitCheck == 1) return;
     for (int side : {kVisitor, kHome}) {
         SideTables& t = session.side(side);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
@@ -160,27 +195,7 @@ void postGameInjuries(GameSession& session, FinishedGame& game, Random& rng, std
             if (g <= 0) continue;
             hurt = kHurtInGame;
             ++injuredCount[at(side)];
-            int month = seasonMonth(game.calendarMonth) + g / 30;
-            int day = game.day + g % 30;
-            if (day > 28) {
-                day = 1;
-                ++month;
-            }
-            if (month > 12) month -= 12;
-            p.InjuryReturnMonth = static_cast<std::uint8_t>(month);
-            p.InjuryReturnDay = static_cast<std::uint8_t>(day);
-            int type = rng.rand(14);
-            if (rng.rand(10) == 1) type = 50 + rng.rand(10);
-            if (g > 20 + rng.rand(20)) type = 79 + rng.rand(22);
-            if (p.InjuryType == 0) p.InjuryType = static_cast<std::uint8_t>(type);
-            std::string back = fmt::format("{} {}", monthAbbrev(calendarMonth(month)), day);
-            std::string text = fmt::format("{} {} out until {} ({})", t.team.Abbrev.str(), t.DisplayName[at(slot)],
-                                           back, injuryLabel(p.InjuryType));
-            c.dayText += text;
-            res.injuries.push_back(text);
-            history.push_back(fmt::format("{} {},{},{},{},{},{}", monthAbbrev(game.calendarMonth), game.day,
-                                          t.team.Abbrev.str(), positionCode(p), t.DisplayName[at(slot)], back,
-                                          injuryLabel(p.InjuryType)));
+            recordInjury(session, c, side, slot, g, res, history);
         }
     }
 }

@@ -50,6 +50,15 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         x.shots = s.Shots[i];
         x.startingGoalie = s.goalie[i];
         x.powerPlays = s.pen.PowerPlays[i];
+        // Hurt in play: 1 to 3 back after a while, 4 done for the night, and
+        // with games to miss hurt past this game.
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
+            int kind = s.pen.InjuryKind[i][slot];
+            int games = s.pen.InjuredInGame[i][slot];
+            if (kind == 0 && games == 0) continue;
+            x.injuredInGame[slot] = games > 0 ? kHurtInGame : std::max(kind, 1);
+            x.injuryGames[slot] = games;
+        }
         for (std::size_t p = 0; p < s.shotsByPeriod.size(); ++p)
             x.shotsByPeriod[std::min<std::size_t>(p, kPeriodSlots - 1)] += s.shotsByPeriod[p][i];
     }

@@ -24,6 +24,8 @@ namespace tallyrink {
 class Game;
 
 inline constexpr int kPeriodSlots = 10;
+// The mark of a man whose injury keeps him out past this game.
+inline constexpr int kHurtInGame = 99;
 
 struct GoalSummary {
     int period = 1;
@@ -60,7 +62,8 @@ struct SideSummary {
     std::array<int, kPeriodSlots> goalsByPeriod{};
     std::array<int, kPeriodSlots> shotsByPeriod{};
     int startingGoalie = kNoSlot;
-    BySlot<int> injuredInGame{};    // above 0: hurt in this game
+    BySlot<int> injuredInGame{};    // above 0: hurt in this game; kHurtInGame: out beyond it
+    BySlot<int> injuryGames{};      // games a man hurt in play misses after this one
     BySlot<int> shootoutGoalsOf{};  // goals in the shootout
     BySlot<bool> newSuspension{};   // suspended by this game
 };

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "league/files.h"
+#include "league/names.h"
 #include "league/rules.h"
 #include "league/schedule.h"
 #include "operations/blank_league.h"
@@ -347,6 +348,36 @@ TEST(Posting, LeadersKeepOneEntryAPlayerHighestFirst) {
     EXPECT_EQ(top.Top40Stamp, kTop40Stamp);
     EXPECT_GE(top.Top[0][1].Value, 1);
     EXPECT_EQ(top.Top[0][1].BoxFile.str(), "BOX1.BOX");
+}
+
+TEST(Posting, AManHurtInPlayIsOutUntilHisReturnAndInTheInjuryHistory) {
+    TempDir dir;
+    writeLeague(dir.path());
+    ScriptedGame g(dir.path(), {.row = 1});
+    int slot = kNoSlot;
+    for (int s = 0; s < kRosterSlots && slot == kNoSlot; ++s)
+        if (g.session->side(kHome).onTeam(s) && !isGoalie(g.session->side(kHome).player(s)) &&
+            statLine(g.session->side(kHome).player(s), StatLineIndex::Game).Toi > 0)
+            slot = s;
+    ASSERT_NE(slot, kNoSlot);
+    g.game.side[kHome].injuredInGame[std::size_t(slot)] = kHurtInGame;
+    g.game.side[kHome].injuryGames[std::size_t(slot)] = 5;
+    PostingResult res = g.post();
+
+    PlayerRecord p = playerOnDisk(dir.path(), g.session->side(kHome).player(slot).PlayerId);
+    EXPECT_EQ(p.InjuryReturnMonth, seasonMonth(10));  // 10 October and five games
+    EXPECT_EQ(p.InjuryReturnDay, 15);
+    ASSERT_NE(p.InjuryType, 0);
+    std::string name(injuryName(p.InjuryType));
+    ASSERT_FALSE(res.injuries.empty());
+    EXPECT_NE(res.injuries.front().find("(" + name + ")"), std::string::npos) << res.injuries.front();
+    auto history = readLines(findFile(dir.path(), kInjuryHistoryFile));
+    ASSERT_FALSE(history.empty());
+    EXPECT_TRUE(history.front().starts_with("Oct 10,")) << history.front();
+    EXPECT_TRUE(history.front().ends_with(",Oct 15," + name)) << history.front();
+    auto box = BoxRead(findFile(dir.path(), res.boxFile));
+    EXPECT_EQ(box->r1.BoxInjuredInGame[BoxFile::at(kHome, slot)], kHurtInGame);
+    EXPECT_EQ(box->r1.BoxInjuryType[BoxFile::at(kHome, slot)], p.InjuryType);
 }
 
 // The same game under the rule of all-time records on or off.
