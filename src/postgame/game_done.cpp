@@ -54,6 +54,14 @@ std::string scheduleName(const RulesRecord& rules) {
 
 bool playedInGame(const PlayerRecord& p) { return statLine(p, StatLineIndex::Game).Toi > 0; }
 
+// Penalty minutes of the side's players in this game.
+int teamPim(const SideTables& t) {
+    int pim = 0;
+    for (int slot = 0; slot < kRosterSlots; ++slot)
+        if (t.onTeam(slot)) pim += statLine(t.player(slot), StatLineIndex::Game).Pim;
+    return pim;
+}
+
 std::string monthAbbrev(int calendarMonth) { return std::string(monthName(calendarMonth)).substr(0, 3); }
 
 // ---- Post-game injuries ----------------------------------------------------------
@@ -754,6 +762,14 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         for (int slot = 0; slot < kRosterSlots; ++slot)
             if (session.side(side).player(slot).PlayerId > 0) postPlayer(session, side, slot, pc);
     postTeams({&session.side(kVisitor).team, &session.side(kHome).team}, game, rules);
+    // A bench penalty has no player to carry it through the posting: play put
+    // it on the team's season line, and here on the game's and the opponent's.
+    for (int side : {kVisitor, kHome}) {
+        int bench = game.side[at(side)].penaltyMinutes - teamPim(session.side(side));
+        if (bench <= 0) continue;
+        addTo(session.side(side).team.TeamFor[1].Pim, bench);
+        for (TeamStatLine& against : session.side(other(side)).team.TeamAgainst) addTo(against.Pim, bench);
+    }
 
     auto stars = threeStars(session, game);
     for (std::size_t k = 0; k < 3; ++k) {
@@ -846,12 +862,9 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     for (int side : {kVisitor, kHome}) {
         const SideSummary& x = game.side[at(side)];
         const SideTables& t = session.side(side);
-        int pim = 0;
+        int pim = std::max(teamPim(t), x.penaltyMinutes);  // the bench's minutes count too
         for (int slot = 0; slot < kRosterSlots; ++slot)
-            if (t.onTeam(slot)) {
-                pim += statLine(t.player(slot), StatLineIndex::Game).Pim;
-                assists[at(side)] += statLine(t.player(slot), StatLineIndex::Game).Assists;
-            }
+            if (t.onTeam(slot)) assists[at(side)] += statLine(t.player(slot), StatLineIndex::Game).Assists;
         row.Shots[at(side)] = static_cast<std::uint8_t>(std::clamp(x.shots, 0, 255));
         row.Pim[at(side)] = static_cast<std::uint8_t>(std::clamp(pim, 0, 254));
         row.ScoreOf[at(side)] = static_cast<std::int16_t>(game.finalScore(side));

@@ -50,6 +50,7 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         x.shots = s.Shots[i];
         x.startingGoalie = s.goalie[i];
         x.powerPlays = s.pen.PowerPlays[i];
+        x.penaltyMinutes = s.pen.PenaltyMinutes[i];
         // Hurt in play: 1 to 3 back after a while, 4 done for the night, and
         // with games to miss hurt past this game.
         for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {

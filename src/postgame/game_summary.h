@@ -55,6 +55,7 @@ struct SideSummary {
     int score = 0;  // goals without the shootout
     int shootoutScore = 0;
     int shots = 0;
+    int penaltyMinutes = 0;  // the bench's too
     int powerPlays = 0;
     int powerPlayGoals = 0;
     int timeOfAttack = 0;  // seconds
