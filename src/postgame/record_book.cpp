@@ -336,7 +336,10 @@ void RecordBook::postTeams(const GameSession& session, const FinishedGame& game)
         const TeamRecord& t = session.side(side).team;
         const SideSummary& own = game.side[i];
         const SideSummary& opp = game.side[1 - i];
-        RecordHolder who{fmt::format("{} {}", game.year, own.city), own.code, opp.code, date};
+        // The season's year, not the game's: a season that runs into the new
+        // year is still one holder.
+        int year = t.TeamYear > 0 ? t.TeamYear : game.year;
+        RecordHolder who{fmt::format("{} {}", year, own.city), own.code, opp.code, date};
         for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
             bool season = scope == RecordScope::Season;
             const TeamStatLine& f = t.TeamFor[season ? 0 : 1];

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 
 #include "engine/game.h"
 #include "league/files.h"
@@ -14,6 +15,7 @@
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
 #include "postgame/game_done.h"
+#include "postgame/record_book.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 #include "team/positions.h"
@@ -50,10 +52,10 @@ protected:
         for (int round = 0; round < 2; ++round)
             for (std::size_t a = 0; a < teams.size(); ++a)
                 for (std::size_t b = a + 1; b < teams.size(); ++b) {
+                    // The second round after the new year, as a season runs.
                     int d = 5 + day++ / 3;
-                    int month = 10 + (d - 1) / 28;
                     rows.push_back(newGameRecord(round == 0 ? teams[a] : teams[b], round == 0 ? teams[b] : teams[a],
-                                                 month, (d - 1) % 28 + 1, 2017));
+                                                 round == 0 ? 10 : 1, d % 28 + 1, round == 0 ? 2017 : 2018));
                 }
         saveNewSchedule(dir_->path(), rows, active);
 
@@ -189,6 +191,21 @@ TEST_F(PostedStretch, GoalieDecisionsAreTheTeamsResults) {
         EXPECT_EQ(tie, rec.Ties) << "team " << t;
         EXPECT_EQ(otl, rec.OvertimeLosses) << "team " << t;
     }
+}
+
+TEST_F(PostedStretch, ASeasonRecordHasOnePlaceForATeamAcrossTheNewYear) {
+    RecordBook book = RecordBook::load(dir_->path());
+    for (int c = kFirstTeamCategory; c <= kRecordCategories; ++c) {
+        const RecordEntry& e = book.entry(c, RecordScope::Season);
+        std::set<std::string> seen;
+        for (const auto& name : e.RecordName) {
+            if (!name.str().empty()) {
+                EXPECT_TRUE(seen.insert(name.str()).second) << name.str() << " in " << c;
+                EXPECT_TRUE(name.str().starts_with("2017 ")) << name.str() << " in " << c;
+            }
+        }
+    }
+    EXPECT_FALSE(book.entry(kFirstTeamCategory, RecordScope::Season).RecordName[0].str().empty());
 }
 
 }  // namespace
