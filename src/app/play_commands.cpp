@@ -172,15 +172,15 @@ void finishGame(const Session& session, GameSession& played, const Game& game, c
 
 // Coaches the game in the terminal; when the user asks, saves it in the
 // league folder and says how to go on with it.
-CoachingEnd coachOrSave(RecordedGame& recorded, TerminalPresenter& presenter, const SavedGameStart& start,
-                        const std::filesystem::path& leagueFolder, bool mayStop) {
+// Returns the saved file, or an empty path when the game was played out.
+std::filesystem::path coachOrSave(RecordedGame& recorded, TerminalPresenter& presenter, const SavedGameStart& start,
+                                  const std::filesystem::path& leagueFolder, bool mayStop) {
     CoachingEnd end = coachRecordedGame(recorded, presenter, std::cin, std::cout, mayStop);
-    if (end == CoachingEnd::SaveAsked) {
-        std::filesystem::path file = HkSaveGame(leagueFolder, recorded, start, todayDateText());
-        fmt::print("\nSaved as \"{}\"\nGo on with: tallyrink resume \"{}\"\n", file.filename().string(),
-                   file.filename().string());
-    }
-    return end;
+    if (end != CoachingEnd::SaveAsked) return {};
+    std::filesystem::path file = HkSaveGame(leagueFolder, recorded, start, todayDateText());
+    fmt::print("\nSaved as \"{}\"\nGo on with: tallyrink resume \"{}\"\n", file.filename().string(),
+               file.filename().string());
+    return file;
 }
 
 void playGame(const GlobalOptions& options, const PlayOptions& o) {
@@ -222,7 +222,7 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     recorded.start();
     // A game of a person's may stop to be saved; a dry run leaves nothing behind.
     bool mayStop = !o.coach.empty() && !o.dryRun;
-    if (coachOrSave(recorded, presenter, start, leagueDir(options), mayStop) == CoachingEnd::SaveAsked) return;
+    if (!coachOrSave(recorded, presenter, start, leagueDir(options), mayStop).empty()) return;
     finishGame(*session, session2, game, start, o.iceTime, o.dryRun);
 }
 
@@ -262,8 +262,21 @@ std::filesystem::path findSavedGame(const std::filesystem::path& folder, const s
         fmt::format("\"{}\" names {} saved games; give more of the name or its number", name, hits.size()));
 }
 
-void listSaved(const GlobalOptions& options, bool clear, bool yes) {
+struct SavedOptions {
+    bool clear = false;
+    bool yes = false;
+    std::string remove;  // one game to delete
+};
+
+void listSaved(const GlobalOptions& options, const SavedOptions& o) {
     std::filesystem::path folder = leagueDir(options);
+    if (!o.remove.empty()) {
+        std::filesystem::path file = findSavedGame(folder, o.remove);
+        std::filesystem::remove(file);
+        fmt::print("Delete {}\n", file.filename().string());
+        return;
+    }
+    bool clear = o.clear, yes = o.yes;
     auto files = savedGames(folder);
     if (clear) {
         if (files.empty()) {
@@ -353,11 +366,16 @@ void resumeGame(const GlobalOptions& options, const ResumeOptions& o) {
             presenter.AskPlayCall(game, pending.side);
         }
     }
-    CoachingEnd end = coachOrSave(recorded, presenter, start, folder, true);
-    // The newer save, or the finished game, takes the old file's place.
-    std::filesystem::remove(file);
-    if (end == CoachingEnd::SaveAsked) return;
+    std::filesystem::path savedAgain = coachOrSave(recorded, presenter, start, folder, true);
+    // The newer save takes the old file's place (it may have the same name);
+    // a game played out leaves it once it is posted.
+    if (!savedAgain.empty()) {
+        std::error_code same;
+        if (!std::filesystem::equivalent(savedAgain, file, same)) std::filesystem::remove(file);
+        return;
+    }
     finishGame(*session, session2, game, start, o.iceTime, false);
+    std::filesystem::remove(file);
 }
 
 }  // namespace
@@ -378,11 +396,13 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
     cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
     cmd->callback([&options, o] { playGame(options, *o); });
 
-    auto clear = std::make_shared<std::pair<bool, bool>>(false, false);
-    auto* saved = app.add_subcommand("saved", "List the games saved in mid-play, or delete them all");
-    saved->add_flag("--clear", clear->first, "Delete every saved game of the league");
-    saved->add_flag("--yes", clear->second, "With --clear: don't ask first");
-    saved->callback([&options, clear] { listSaved(options, clear->first, clear->second); });
+    auto so = std::make_shared<SavedOptions>();
+    auto* saved = app.add_subcommand("saved", "List the games saved in mid-play, or delete them");
+    auto* clearAll = saved->add_flag("--clear", so->clear, "Delete every saved game of the league");
+    saved->add_flag("--yes", so->yes, "With --clear: don't ask first");
+    saved->add_option("--delete", so->remove, "Delete one saved game: its number, its name or a part of it")
+        ->excludes(clearAll);
+    saved->callback([&options, so] { listSaved(options, *so); });
 
     auto r = std::make_shared<ResumeOptions>();
     auto* resume = app.add_subcommand("resume", "Go on with a saved game where it stopped, and post it at the end");
