@@ -4,8 +4,9 @@
 //
 // A game the user coaches may be stopped at any call with "s": it is saved
 // in the league folder (".HAL") and `resume` goes on with it exactly where it
-// stood; `saved` lists those games. "q" and the end of input hand the rest
-// of the game to the computer instead, as they always have.
+// stood; `saved` lists those games. Ctrl-C saves it as "s" does. "q" and
+// the end of input hand the rest of the game to the computer instead, as
+// they always have.
 
 #include <fmt/core.h>
 
@@ -28,7 +29,9 @@
 #include "presentation/call_menu.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
+#include <csignal>
 #include <filesystem>
 
 namespace tallyrink::cli {
@@ -172,10 +175,48 @@ void finishGame(const Session& session, GameSession& played, const Game& game, c
 
 // Coaches the game in the terminal; when the user asks, saves it in the
 // league folder and says how to go on with it.
+std::atomic<bool> interruptAsked{false};
+
+extern "C" void onCoachInterrupt(int) {
+    interruptAsked = true;
+    // A second Ctrl-C ends the program at once.
+    std::signal(SIGINT, SIG_DFL);
+}
+
+// While a person coaches a game that may be saved, Ctrl-C saves it at the
+// next call rather than lose it. The handler doesn't restart the read, so a
+// wait for the user's answer ends at once.
+class SaveOnInterrupt {
+public:
+    explicit SaveOnInterrupt(bool on) : on_(on) {
+        if (!on_) return;
+        interruptAsked = false;
+        struct sigaction sa {};
+        sa.sa_handler = onCoachInterrupt;
+        sigemptyset(&sa.sa_mask);
+        sa.sa_flags = 0;
+        sigaction(SIGINT, &sa, &old_);
+    }
+    ~SaveOnInterrupt() {
+        if (on_) sigaction(SIGINT, &old_, nullptr);
+    }
+    SaveOnInterrupt(const SaveOnInterrupt&) = delete;
+    SaveOnInterrupt& operator=(const SaveOnInterrupt&) = delete;
+
+private:
+    bool on_;
+    struct sigaction old_ {};
+};
+
 // Returns the saved file, or an empty path when the game was played out.
 std::filesystem::path coachOrSave(RecordedGame& recorded, TerminalPresenter& presenter, const SavedGameStart& start,
                                   const std::filesystem::path& leagueFolder, bool mayStop) {
-    CoachingEnd end = coachRecordedGame(recorded, presenter, std::cin, std::cout, mayStop);
+    CoachingEnd end = CoachingEnd::GameOver;
+    {
+        SaveOnInterrupt interrupt(mayStop);
+        end =
+            coachRecordedGame(recorded, presenter, std::cin, std::cout, mayStop, [] { return interruptAsked.load(); });
+    }
     if (end != CoachingEnd::SaveAsked) return {};
     std::filesystem::path file = HkSaveGame(leagueFolder, recorded, start, todayDateText());
     fmt::print("\nSaved as \"{}\"\nGo on with: tallyrink resume \"{}\"\n", file.filename().string(),

@@ -95,7 +95,7 @@ void coachGame(Game& game, TerminalPresenter& presenter, std::istream& in, std::
 }
 
 CoachingEnd coachRecordedGame(RecordedGame& recorded, TerminalPresenter& presenter, std::istream& in, std::ostream& out,
-                              bool offerSave) {
+                              bool offerSave, const std::function<bool()>& stopAsked) {
     const Game& game = recorded.game();
     while (!game.state().GameEndedFlag) {
         auto pending = presenter.takePending();
@@ -118,7 +118,13 @@ CoachingEnd coachRecordedGame(RecordedGame& recorded, TerminalPresenter& present
         while (true) {
             showChoices(game, side, choices, lineChange, offerSave, out);
             std::string answer;
-            if (!std::getline(in, answer) || answer == "q" || answer == "Q") {
+            auto interrupted = [&] { return offerSave && stopAsked && stopAsked(); };
+            bool read = !interrupted() && std::getline(in, answer);
+            if (interrupted()) {
+                in.clear();
+                out << "\n";
+                answer.assign(1, 's');
+            } else if (!read || answer == "q" || answer == "Q") {
                 if (!in) out << "\n";
                 out << "The computer coaches the rest of the game.\n";
                 recorded.setCoach(kVisitor, CoachKind::Computer);

@@ -7,6 +7,7 @@
 // the computer, so the game still ends.
 
 #include <cstdio>
+#include <functional>
 #include <istream>
 #include <optional>
 #include <ostream>
@@ -69,8 +70,10 @@ enum class CoachingEnd { GameOver, SaveAsked };
 // Goes on with a game already started (or resumed) through `game`. With
 // `offerSave` the user may answer "s" to stop and have the game saved: it
 // then returns SaveAsked with the question still standing.
+// `stopAsked`, when given, is asked at each decision and when reading fails:
+// true (the user pressed Ctrl-C) stops to save as "s" does.
 CoachingEnd coachRecordedGame(RecordedGame& game, TerminalPresenter& presenter, std::istream& in, std::ostream& out,
-                              bool offerSave);
+                              bool offerSave, const std::function<bool()>& stopAsked = {});
 
 std::string periodName(int period, int periods);
 std::string clockText(int seconds);
