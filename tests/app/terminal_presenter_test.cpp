@@ -47,6 +47,31 @@ TEST(TerminalCoaching, AKeyTheBoxDoesNotOfferIsRefusedAndAskedAgain) {
     EXPECT_EQ(game->coach(kVisitor), CoachKind::Computer);
 }
 
+TEST(TerminalCoaching, SaveStopsAtTheCallAndLeavesTheQuestionStanding) {
+    Coached c;
+    auto game = c.game(kHome);
+    RecordedGame recorded(*game);
+    recorded.start();
+    std::istringstream in("1\ns\n1\n");
+    EXPECT_EQ(cli::coachRecordedGame(recorded, c.presenter, in, c.out, true), cli::CoachingEnd::SaveAsked);
+    EXPECT_FALSE(game->state().GameEndedFlag);
+    EXPECT_NE(c.out.str().find("s: save the game and stop"), std::string::npos);
+    EXPECT_NE(c.presenter.takePending().ask, cli::TerminalPresenter::Ask::None);
+    std::string rest;
+    std::getline(in, rest);
+    EXPECT_EQ(rest, "1");  // nothing read past the "s"
+
+    // Ctrl-C: the next decision saves without waiting for an answer.
+    c.presenter.AskPlayCall(*game, kHome);
+    std::istringstream none("");
+    EXPECT_EQ(cli::coachRecordedGame(recorded, c.presenter, none, c.out, true, [] { return true; }),
+              cli::CoachingEnd::SaveAsked);
+    // Without saving on offer "s" is no choice.
+    std::istringstream plain("s\nq\n");
+    EXPECT_EQ(cli::coachRecordedGame(recorded, c.presenter, plain, c.out, false), cli::CoachingEnd::GameOver);
+    EXPECT_NE(c.out.str().find("Invalid Choice!"), std::string::npos);
+}
+
 TEST(TerminalCoaching, ScoreboardShowsClockScoreShotsAndStrength) {
     Coached c;
     auto game = c.game(kHome);
