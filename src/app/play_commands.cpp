@@ -23,6 +23,7 @@
 #include <unistd.h>
 
 #include <iostream>
+#include "postgame/box_text.h"
 #include "postgame/game_done.h"
 #include "postgame/game_summary.h"
 #include "postgame/saved_game.h"
@@ -307,10 +308,16 @@ struct SavedOptions {
     bool clear = false;
     bool yes = false;
     std::string remove;  // one game to delete
+    std::string show;    // one game's box score so far
 };
 
 void listSaved(const GlobalOptions& options, const SavedOptions& o) {
     std::filesystem::path folder = leagueDir(options);
+    if (!o.show.empty()) {
+        SavedGame g = readSavedGame(findSavedGame(folder, o.show));
+        for (const auto& line : boxScoreText(*g.box, boxNamesFromLeague(*g.box, folder))) fmt::print("{}\n", line);
+        return;
+    }
     if (!o.remove.empty()) {
         std::filesystem::path file = findSavedGame(folder, o.remove);
         std::filesystem::remove(file);
@@ -443,6 +450,7 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
     saved->add_flag("--yes", so->yes, "With --clear: don't ask first");
     saved->add_option("--delete", so->remove, "Delete one saved game: its number, its name or a part of it")
         ->excludes(clearAll);
+    saved->add_option("--show", so->show, "The box score of a saved game as it stood")->excludes(clearAll);
     saved->callback([&options, so] { listSaved(options, *so); });
 
     auto r = std::make_shared<ResumeOptions>();
