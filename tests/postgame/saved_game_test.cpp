@@ -196,6 +196,17 @@ TEST(SavedGame, ResumesInOvertime) {
     GTEST_SKIP() << "no seed reached overtime";
 }
 
+TEST(SavedGame, ResumesInTheShootout) {
+    for (std::uint64_t seed = 1; seed <= 200; ++seed) {
+        SavedGameStart start = startOf(seed);
+        Played expected = straight(start);
+        if (expected.end != GameEnd::Shootout) continue;
+        expectResumeMatches(start, [](const Game& g) { return g.state().PlayZone == Zone::Shootout; }, expected);
+        return;
+    }
+    GTEST_SKIP() << "no seed reached a shootout";
+}
+
 class SavedFile : public ::testing::Test {
 protected:
     void SetUp() override {
