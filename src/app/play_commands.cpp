@@ -389,7 +389,7 @@ void resumeGame(const GlobalOptions& options, const ResumeOptions& o) {
     try {
         ResumeGame(recorded, saved, session2);
     } catch (const ResumeMismatch& e) {
-        throw CommandError(e.what());
+        throw CommandError(fmt::format("{}; tallyrink saved --delete removes it", e.what()));
     }
     presenter.setQuiet(o.fast);
     auto name = sideTexts(session2, true);
