@@ -184,6 +184,11 @@ void postGameInjuries(GameSession& session, FinishedGame& game, Random& rng, std
             const SideSummary& x = game.side[at(side)];
             if (!t.onTeam(slot) || x.injuredInGame[at(slot)] != kHurtInGame || x.injuryGames[at(slot)] <= 0) continue;
             if (t.player(slot).InjuryReturnMonth != 0) continue;
+            if (rules.OneGameInjuryLimitCheck == 1) {
+                // The league lets no injury outlast the game it happened in.
+                res.injuries.push_back(fmt::format("{} {} -game", t.team.Abbrev.str(), t.DisplayName[at(slot)]));
+                continue;
+            }
             recordInjury(session, c, side, slot, x.injuryGames[at(slot)], res, history);
             ++injuredCount[at(side)];
         }

@@ -135,7 +135,7 @@ std::filesystem::path HkSaveGame(const std::filesystem::path& leagueDir, const R
 // Reads a saved game. Throws FileError naming the file when it isn't one.
 SavedGame readSavedGame(const std::filesystem::path& path);
 
-// The saved games of a league folder, oldest first by name.
+// The saved games of a league folder, in the order of their names.
 std::vector<std::filesystem::path> savedGames(const std::filesystem::path& leagueDir);
 
 // A replay that doesn't arrive at the saved game.
