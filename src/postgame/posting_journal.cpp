@@ -2,9 +2,12 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 
 #include "league/files.h"
+#include "postgame/record_book.h"
 
 namespace tallyrink {
 
@@ -78,6 +81,23 @@ std::vector<std::uint8_t> PostingJournal::encode(const std::vector<FileChange>& 
     return out;
 }
 
+namespace {
+
+// The one file a posting writes outside the league folder, named by its
+// whole path: the record book kept across leagues.
+bool allTimeRecords(const std::string& name) {
+    std::filesystem::path p(name);
+    std::string file = p.filename().string();
+    std::string want = kRecordsFile;
+    auto lower = [](std::string v) {
+        std::transform(v.begin(), v.end(), v.begin(), [](unsigned char ch) { return std::tolower(ch); });
+        return v;
+    };
+    return p.is_absolute() && lower(file) == lower(want);
+}
+
+}  // namespace
+
 std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> bytes, const std::string& what) {
     Reader in(bytes, what);
     auto magic = in.take(kMagic.size());
@@ -87,7 +107,7 @@ std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> byt
     for (FileChange& c : out) {
         auto name = in.take(in.num(2));
         c.name.assign(name.begin(), name.end());
-        if (c.name.empty() || c.name.find_first_of("/\\") != std::string::npos)
+        if (c.name.empty() || (c.name.find_first_of("/\\") != std::string::npos && !allTimeRecords(c.name)))
             throw FileError(fmt::format("{} names a file outside the league folder", what));
         c.whole = in.num(1) == 1;
         c.offset = in.num(8);

@@ -465,25 +465,32 @@ TEST(Posting, AFailureAtAnyWriteLeavesARerunConsistent) {
 
     TempDir reference;
     copy(reference.path() / "lg");
+    // The all-time records stand outside the league folder and go through the same journal.
+    fs::create_directories(reference.path() / "all");
     FailingWriter counter(0);
-    ScriptedGame(reference.path() / "lg", {.row = 1}).post(&counter);
+    ScriptedGame(reference.path() / "lg", {.row = 1}).post(&counter, reference.path() / "all");
     auto expected = folderImage(reference.path() / "lg");
+    auto expectedAll = folderImage(reference.path() / "all");
     ASSERT_GT(counter.calls, 8);
+    ASSERT_FALSE(expectedAll.empty());
 
     for (int failAt = 1; failAt <= counter.calls; ++failAt) {
         TempDir work;
         fs::path lg = work.path() / "lg";
+        fs::path all = work.path() / "all";
         copy(lg);
+        fs::create_directories(all);
         FailingWriter failing(failAt);
-        EXPECT_THROW(ScriptedGame(lg, {.row = 1}).post(&failing), FileError) << "write " << failAt;
+        EXPECT_THROW(ScriptedGame(lg, {.row = 1}).post(&failing, all), FileError) << "write " << failAt;
         // The rerun: a pending posting is finished, and the game is posted
         // only when its row isn't played yet.
         recoverPosting(lg);
         bool played = statusOf(Schedule::load(lg).row(1)) == kPlayed;
         EXPECT_EQ(played, failAt > 1) << "write " << failAt;
-        if (!played) ScriptedGame(lg, {.row = 1}).post();
-        EXPECT_THROW(ScriptedGame(lg, {.row = 1}).post(), AlreadyPosted);
+        if (!played) ScriptedGame(lg, {.row = 1}).post(nullptr, all);
+        EXPECT_THROW(ScriptedGame(lg, {.row = 1}).post(nullptr, all), AlreadyPosted);
         EXPECT_EQ(folderImage(lg), expected) << "write " << failAt;
+        EXPECT_EQ(folderImage(all), expectedAll) << "write " << failAt;
     }
 }
 
