@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "engine/team_load.h"
+#include "league/folder_names.h"
 #include "league/random.h"
 #include "league/schedule.h"
 #include "postgame/box_file.h"
@@ -36,6 +37,7 @@ struct PostingOptions {
     Random* rng = nullptr;         // the draws of the post-game injuries; required
     std::string dateText;          // the day of playing as the SCORES row shows it
     FileWriter* writer = nullptr;  // null: the disk
+    FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: looked up each time
 };
 
 struct PostingResult {
@@ -66,7 +68,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 // post-game draws from `seed` and the day of playing. The one way the
 // command line and autoplay post a game.
 PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
-                               std::uint64_t seed, const std::string& dateText);
+                               std::uint64_t seed, const std::string& dateText, FolderNames* names = nullptr);
 
 // Today's date as a SCORES row keeps it ("11/23/2026").
 std::string todayDateText();

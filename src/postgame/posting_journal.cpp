@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "league/files.h"
+#include "league/folder_names.h"
 
 namespace tallyrink {
 
@@ -100,13 +101,17 @@ std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> byt
     return out;
 }
 
-std::filesystem::path PostingJournal::path() const { return findFile(dir_, kPostingJournal); }
+std::filesystem::path PostingJournal::locate(std::string_view name) const {
+    return names_ ? names_->find(name) : findFile(dir_, name);
+}
+
+std::filesystem::path PostingJournal::path() const { return locate(kPostingJournal); }
 
 bool PostingJournal::pending() const { return std::filesystem::exists(path()); }
 
 void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& writer) const {
     for (const FileChange& c : changes) {
-        auto target = findFile(dir_, c.name);
+        auto target = locate(c.name);
         if (c.whole)
             writer.writeWhole(target, c.bytes);
         else

@@ -14,9 +14,12 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tallyrink {
+
+class FolderNames;
 
 inline constexpr const char* kPostingJournal = "HkPosting.jnl";
 
@@ -50,7 +53,9 @@ struct FileChange {
 
 class PostingJournal {
 public:
-    explicit PostingJournal(std::filesystem::path leagueDir) : dir_(std::move(leagueDir)) {}
+    // `names`, when given, resolves the league's file names instead of the disk.
+    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr)
+        : dir_(std::move(leagueDir)), names_(names) {}
 
     // Makes the changes in one step as told above.
     void commit(const std::vector<FileChange>& changes, FileWriter& writer) const;
@@ -69,7 +74,10 @@ private:
     void apply(const std::vector<FileChange>& changes, FileWriter& writer) const;
     [[nodiscard]] std::filesystem::path path() const;
 
+    [[nodiscard]] std::filesystem::path locate(std::string_view name) const;
+
     std::filesystem::path dir_;
+    FolderNames* names_;
 };
 
 }  // namespace tallyrink
