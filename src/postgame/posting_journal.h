@@ -34,6 +34,16 @@ public:
     virtual void writeAt(const std::filesystem::path& path, std::uint64_t offset,
                          std::span<const std::uint8_t> bytes) = 0;
     virtual void remove(const std::filesystem::path& path) = 0;
+
+    // One file's in-place changes in order; a writer that can keeps the file
+    // open across them (a posting changes some fifty player slots).
+    struct At {
+        std::uint64_t offset;
+        std::span<const std::uint8_t> bytes;
+    };
+    virtual void writeManyAt(const std::filesystem::path& path, std::span<const At> changes) {
+        for (const At& c : changes) writeAt(path, c.offset, c.bytes);
+    }
 };
 
 class DiskWriter final : public FileWriter {
@@ -41,6 +51,7 @@ public:
     void writeWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) override;
     void writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) override;
     void remove(const std::filesystem::path& path) override;
+    void writeManyAt(const std::filesystem::path& path, std::span<const At> changes) override;
 };
 
 // One change of a league file, named as the folder spells it.
