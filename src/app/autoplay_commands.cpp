@@ -47,7 +47,10 @@ struct AutoplayArgs {
 class QuietRunner final : public GameRunner {
 public:
     QuietRunner(const Session& session, std::uint64_t seed)
-        : session_(session), seed_(seed), index_(LeaguePlayerIndex::read(session.LeagueDir())) {}
+        : session_(session),
+          seed_(seed),
+          index_(LeaguePlayerIndex::read(session.LeagueDir())),
+          names_(session.LeagueDir()) {}
 
     void playAndPost(Schedule& schedule, std::size_t row) override {
         const GameRecord r = schedule.row(row);
@@ -62,7 +65,7 @@ public:
         options.seed = seed;
         Game play(game, options);
         play.playToEnd();
-        postScheduleGame(game, play, schedule, row, seed, today_, session_.places().dataRoot());
+        postScheduleGame(game, play, schedule, row, seed, today_, session_.places().dataRoot(), &names_);
         // The posting wrote the row to the file; the run's copy follows it so
         // its own saves keep the result.
         schedule.row(row) = readRecord<GameRecord>(RandomFile(schedule.path(), codec::slotWidth<GameRecord>()), row);
@@ -72,6 +75,7 @@ private:
     const Session& session_;
     std::uint64_t seed_;
     LeaguePlayerIndex index_;
+    FolderNames names_;  // the run is the league folder's only writer
     std::string today_ = todayDateText();
 };
 

@@ -290,7 +290,8 @@ Table linesTable(const View& v) {
         LineRange range = situationLines(s.own, s.opponent);
         for (int u = 1; u <= s.units; ++u) {
             IcePlacement ice = PutLinesOnIce(v.fit, {.own = s.own, .opponent = s.opponent, .unit = u});
-            auto shown = requiredPositions(s.own, 2);
+            PositionList places = requiredPositions(s.own, 2);
+            std::vector<IcePos> shown(places.begin(), places.end());
             int line = std::min(range.first + u - 1, range.last);
             row(s.name, fmt::format("Unit {}", u), ice, shown, standIn(ice, line, line));
         }

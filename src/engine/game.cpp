@@ -55,8 +55,11 @@ void Game::InitGame() {
     s_ = GameState{};
     s_.NoDisplay = options_.noDisplay;
     s_.Clock = periodSeconds();
+    // Room for a long night up front, so nothing grows while the game runs.
+    s_.shotsByPeriod.reserve(8);
     s_.shotsByPeriod.assign(1, {0, 0});
     s_.goals.reserve(24);
+    for (auto& box : s_.pen.box) box.reserve(16);
     for (int side : {kVisitor, kHome}) {
         SideTables& t = session_.side(side);
         LineupTeam& team = teams_[at(side)];
@@ -67,6 +70,7 @@ void Game::InitGame() {
         putUnitOnIce(side);
         clearGameLines(t.GameRoster, t.team);
     }
+    s_.events.blocksByPeriod.reserve(8);
     s_.events.blocksByPeriod.assign(1, {0, 0});
     narrationRng_ = Random(options_.seed ^ 0x9e3779b97f4a7c15ULL);
     coachInit();

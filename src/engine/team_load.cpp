@@ -211,7 +211,8 @@ void GameSession::repairRoster(SideTables& s) {
 
 void GameSession::readPlayers(int sideIndex, Random& rng) {
     SideTables& s = side(sideIndex);
-    RandomFile file(findFile(league_.leagueDir, kPlayerFile), kPlayerSlot);
+    RandomFile players(findFile(league_.leagueDir, kPlayerFile), kPlayerSlot);
+    SlotReader file(players);
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         auto i = static_cast<std::size_t>(slot);
         std::int16_t id = s.team.Roster[i];

@@ -157,6 +157,23 @@ std::vector<std::uint8_t> RandomFile::readSlot(std::size_t r) const {
     return buf;
 }
 
+SlotReader::SlotReader(const RandomFile& file) : file_(file) {
+    std::error_code ec;
+    if (!fs::exists(file.path(), ec)) return;
+    in_.open(file.path(), std::ios::binary);
+    if (!in_) throw FileError(fmt::format("Cannot read {}: {}", file.path().string(), systemMessage(errno)));
+    open_ = true;
+}
+
+std::vector<std::uint8_t> SlotReader::readSlot(std::size_t r) {
+    std::vector<std::uint8_t> buf(file_.slot(), 0);
+    if (r == 0 || !open_) return buf;
+    in_.clear();
+    in_.seekg(static_cast<std::streamoff>((r - 1) * file_.slot()));
+    if (in_) in_.read(reinterpret_cast<char*>(buf.data()), static_cast<std::streamsize>(buf.size()));
+    return buf;
+}
+
 std::vector<std::vector<std::uint8_t>> RandomFile::readSlots(std::size_t count) const {
     auto bytes = readBytes(path_);
     std::vector<std::vector<std::uint8_t>> out(count, std::vector<std::uint8_t>(slot_, 0));

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -98,6 +99,25 @@ private:
     fs::path path_;
     std::size_t slot_;
 };
+
+// Reads many slots of one file through one open file, for loads that pick
+// records here and there (a roster's players). Reads as readSlot does.
+class SlotReader {
+public:
+    explicit SlotReader(const RandomFile& file);
+    [[nodiscard]] std::vector<std::uint8_t> readSlot(std::size_t r);
+
+private:
+    const RandomFile& file_;
+    std::ifstream in_;
+    bool open_ = false;
+};
+
+template <codec::Record R>
+R readRecord(SlotReader& f, std::size_t r) {
+    auto bytes = f.readSlot(r);
+    return codec::fromSlot<R>(bytes);
+}
 
 template <codec::Record R>
 R readRecord(const RandomFile& f, std::size_t r) {

@@ -41,10 +41,10 @@ FileChange slotChange(const std::string& name, std::size_t slot, std::size_t r, 
     return {name, false, static_cast<std::uint64_t>(r - 1) * slot, std::move(bytes)};
 }
 
-FileChange appendLines(const fs::path& dir, const std::string& name, const std::vector<std::string>& lines) {
+FileChange appendLines(const fs::path& file, const std::string& name, const std::vector<std::string>& lines) {
     std::string text;
     for (const auto& l : lines) text += l + "\n";
-    return {name, false, fileLength(findFile(dir, name)), std::vector<std::uint8_t>(text.begin(), text.end())};
+    return {name, false, fileLength(file), std::vector<std::uint8_t>(text.begin(), text.end())};
 }
 
 std::string scheduleName(const RulesRecord& rules) {
@@ -668,8 +668,10 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     FileWriter& writer = o.writer ? *o.writer : disk;
     const fs::path& dir = session.league().leagueDir;
     const RulesRecord& rules = session.league().rules;
+    auto locate = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
+    const PostingJournal journal(dir, o.names);
     // The session was read from the files a pending posting would change.
-    if (PostingJournal(dir).recover(writer))
+    if (journal.recover(writer))
         throw FileError(
             fmt::format("An unfinished posting in {} was completed first: load the teams again", dir.string()));
 
@@ -697,7 +699,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             throw AlreadyPosted(fmt::format("Game {} of the schedule has already been played", game.scheduleRow));
     }
     res.scheduleRow = game.scheduleRow;
-    std::size_t scoresCount = RandomFile(findFile(dir, kScoresFile), kGameSlot).count(kScoresRounding);
+    std::size_t scoresCount = RandomFile(locate(kScoresFile), kGameSlot).count(kScoresRounding);
     res.boxFile = leagueGame ? boxFileName(scoresCount + 1) : "BOX-EX.box";
 
     // Goalies of record and the starters.
@@ -828,11 +830,12 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
                                                                         : "",
                                                   ws.shots, ls.shots));
         // Each ticker record leaves its slot's last bytes unwritten: a half slot counts.
-        std::size_t ticks = RandomFile(findFile(dir, kTickerFile), kTickerSlot).count(kScoresRounding);
+        std::size_t ticks = RandomFile(locate(kTickerFile), kTickerSlot).count(kScoresRounding);
         changes.push_back(slotChange(kTickerFile, kTickerSlot, ticks + 1, tick));
     }
-    if (!history.empty()) changes.push_back(appendLines(dir, kInjuryHistoryFile, history));
-    if (!res.highlights.empty()) changes.push_back(appendLines(dir, kHighlightsFile, res.highlights));
+    if (!history.empty()) changes.push_back(appendLines(locate(kInjuryHistoryFile), kInjuryHistoryFile, history));
+    if (!res.highlights.empty())
+        changes.push_back(appendLines(locate(kHighlightsFile), kHighlightsFile, res.highlights));
 
     // Teams and players (what SaveTeam would write).
     if (leagueGame) {
@@ -845,12 +848,12 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
                         slotChange(std::string(kPlayerFile), kPlayerSlot, at(t.player(slot).PlayerId), t.player(slot)));
         }
         if (!game.playoff) {
-            RandomFile file(findFile(dir, kLeadersFile), kBoxSlot);
+            RandomFile file(locate(kLeadersFile), kBoxSlot);
             auto leaders = std::make_unique<LeadersRecord>(readRecord<LeadersRecord>(file, 1));
             postLeaders(*leaders, session);
             changes.push_back({kLeadersFile, true, 0, codec::toSlot(*leaders)});
         }
-        RandomFile topFile(findFile(dir, kTop40File), kBoxSlot);
+        RandomFile topFile(locate(kTop40File), kBoxSlot);
         auto top = std::make_unique<Top40Record>(readRecord<Top40Record>(topFile, 1));
         postTop40(*top, session, game, res.boxFile);
         changes.push_back({kTop40File, true, 0, codec::toSlot(*top)});
@@ -940,13 +943,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // An exhibition leaves the league as it was; its box is written only on request.
     if (leagueGame) changes.push_back({res.boxFile, true, 0, boxBytes(*box)});
 
-    PostingJournal(dir).commit(changes, writer);
+    journal.commit(changes, writer);
     return res;
 }
 
 PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
                                std::uint64_t seed, const std::string& dateText,
-                               const std::filesystem::path& allTimeRecordsDir) {
+                               const std::filesystem::path& allTimeRecordsDir, FolderNames* names) {
     const GameRecord& r = schedule.row(row);
     FinishedGame finished = summarizeGame(game, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
     Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
@@ -954,6 +957,7 @@ PostingResult postScheduleGame(GameSession& session, const Game& game, const Sch
     posting.rng = &postDraws;
     posting.dateText = dateText;
     posting.allTimeRecordsDir = allTimeRecordsDir;
+    posting.names = names;
     return GameDone(session, finished, posting);
 }
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "engine/team_load.h"
+#include "league/folder_names.h"
 #include "league/random.h"
 #include "league/schedule.h"
 #include "postgame/box_file.h"
@@ -39,6 +40,7 @@ struct PostingOptions {
     // Where the records across all leagues are kept, posted when the rules
     // ask for them; empty: nowhere.
     std::filesystem::path allTimeRecordsDir;
+    FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: looked up each time
 };
 
 struct PostingResult {
@@ -70,7 +72,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 // command line and autoplay post a game.
 PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
                                std::uint64_t seed, const std::string& dateText,
-                               const std::filesystem::path& allTimeRecordsDir = {});
+                               const std::filesystem::path& allTimeRecordsDir = {}, FolderNames* names = nullptr);
 
 // Today's date as a SCORES row keeps it ("11/23/2026").
 std::string todayDateText();

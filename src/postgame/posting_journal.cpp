@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstring>
+#include <fstream>
 
 #include "league/files.h"
 #include "postgame/record_book.h"
+#include "league/folder_names.h"
 
 namespace tallyrink {
 
@@ -53,6 +56,31 @@ private:
 
 void DiskWriter::writeWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
     writeFileAtomic(path, bytes);
+}
+
+void DiskWriter::writeManyAt(const std::filesystem::path& path, std::span<const At> changes) {
+    if (changes.empty()) return;
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) {
+        std::ofstream create(path, std::ios::binary);
+        if (!create) throw FileError(fmt::format("Cannot create {}: {}", path.string(), std::strerror(errno)));
+    }
+    std::fstream io(path, std::ios::binary | std::ios::in | std::ios::out);
+    if (!io) throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
+    std::uint64_t length = fileLength(path);
+    for (const At& c : changes) {
+        if (c.offset > length) {
+            // Bytes never written before this change read as zero.
+            io.seekp(static_cast<std::streamoff>(length));
+            std::vector<char> zeros(static_cast<std::size_t>(c.offset - length), 0);
+            io.write(zeros.data(), static_cast<std::streamsize>(zeros.size()));
+        }
+        io.seekp(static_cast<std::streamoff>(c.offset));
+        io.write(reinterpret_cast<const char*>(c.bytes.data()), static_cast<std::streamsize>(c.bytes.size()));
+        length = std::max(length, c.offset + c.bytes.size());
+    }
+    io.flush();
+    if (!io) throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
 }
 
 void DiskWriter::writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
@@ -120,19 +148,31 @@ std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> byt
     return out;
 }
 
-std::filesystem::path PostingJournal::path() const { return findFile(dir_, kPostingJournal); }
+std::filesystem::path PostingJournal::locate(std::string_view name) const {
+    return names_ ? names_->find(name) : findFile(dir_, name);
+}
+
+std::filesystem::path PostingJournal::path() const { return locate(kPostingJournal); }
 
 bool PostingJournal::pending() const { return std::filesystem::exists(path()); }
 
 void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& writer) const {
-    for (const FileChange& c : changes) {
+    std::vector<FileWriter::At> run;
+    for (std::size_t i = 0; i < changes.size();) {
+        const FileChange& c = changes[i];
         // A change outside the league folder (the all-time records) carries its whole path.
         std::filesystem::path named(c.name);
-        auto target = named.is_absolute() ? named : findFile(dir_, c.name);
-        if (c.whole)
+        auto target = named.is_absolute() ? named : locate(c.name);
+        if (c.whole) {
             writer.writeWhole(target, c.bytes);
-        else
-            writer.writeAt(target, c.offset, c.bytes);
+            ++i;
+            continue;
+        }
+        // In-place changes of one file in a row go together.
+        run.clear();
+        for (; i < changes.size() && !changes[i].whole && changes[i].name == c.name; ++i)
+            run.push_back({changes[i].offset, changes[i].bytes});
+        writer.writeManyAt(target, run);
     }
     writer.remove(path());
 }

@@ -14,9 +14,12 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tallyrink {
+
+class FolderNames;
 
 inline constexpr const char* kPostingJournal = "HkPosting.jnl";
 
@@ -31,6 +34,16 @@ public:
     virtual void writeAt(const std::filesystem::path& path, std::uint64_t offset,
                          std::span<const std::uint8_t> bytes) = 0;
     virtual void remove(const std::filesystem::path& path) = 0;
+
+    // One file's in-place changes in order; a writer that can keeps the file
+    // open across them (a posting changes some fifty player slots).
+    struct At {
+        std::uint64_t offset;
+        std::span<const std::uint8_t> bytes;
+    };
+    virtual void writeManyAt(const std::filesystem::path& path, std::span<const At> changes) {
+        for (const At& c : changes) writeAt(path, c.offset, c.bytes);
+    }
 };
 
 class DiskWriter final : public FileWriter {
@@ -38,6 +51,7 @@ public:
     void writeWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) override;
     void writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) override;
     void remove(const std::filesystem::path& path) override;
+    void writeManyAt(const std::filesystem::path& path, std::span<const At> changes) override;
 };
 
 // One change of a league file, named as the folder spells it; a file
@@ -51,7 +65,9 @@ struct FileChange {
 
 class PostingJournal {
 public:
-    explicit PostingJournal(std::filesystem::path leagueDir) : dir_(std::move(leagueDir)) {}
+    // `names`, when given, resolves the league's file names instead of the disk.
+    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr)
+        : dir_(std::move(leagueDir)), names_(names) {}
 
     // Makes the changes in one step as told above.
     void commit(const std::vector<FileChange>& changes, FileWriter& writer) const;
@@ -70,7 +86,10 @@ private:
     void apply(const std::vector<FileChange>& changes, FileWriter& writer) const;
     [[nodiscard]] std::filesystem::path path() const;
 
+    [[nodiscard]] std::filesystem::path locate(std::string_view name) const;
+
     std::filesystem::path dir_;
+    FolderNames* names_;
 };
 
 }  // namespace tallyrink

@@ -74,10 +74,13 @@ int sourceLine(const LineupTeam& t, int line, bool forwards) {
 
 // Puts the fit holders of a line's roles on their places; holders whose
 // place isn't wanted in this situation are left for the places still open.
-void placeFromLine(const LineupTeam& t, int line, bool forwards, const std::vector<IcePos>& wanted, int goalie,
+void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionList& wanted, int goalie,
                    IceSource source, IcePlacement& out) {
     if (line == 0) return;
-    std::vector<int> spare;
+    // Holders left over, in slot order; the first of them fills the next open place.
+    std::array<int, kRosterSlots> spare{};
+    std::size_t spareCount = 0;
+    std::size_t nextSpare = 0;
     for (int s = 0; s < kRosterSlots; ++s) {
         if (!freeSkater(t, out.onIce, goalie, s)) continue;
         IcePos pos;
@@ -92,27 +95,25 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const std::vect
             if (r == PairRole::None) continue;
             pos = r == PairRole::Left ? IcePos::LeftDefense : IcePos::RightDefense;
         }
-        bool open = std::find(wanted.begin(), wanted.end(), pos) != wanted.end() && out.onIce[pos] == kNoSlot;
+        bool open = wanted.contains(pos) && out.onIce[pos] == kNoSlot;
         if (open) {
             out.onIce[pos] = s;
             out.source[at(pos)] = source;
         } else {
-            spare.push_back(s);
+            spare[spareCount++] = s;
         }
     }
     for (IcePos pos : wanted) {
-        if (out.onIce[pos] != kNoSlot || isForwardPos(pos) != forwards || spare.empty()) continue;
-        out.onIce[pos] = spare.front();
+        if (out.onIce[pos] != kNoSlot || isForwardPos(pos) != forwards || nextSpare == spareCount) continue;
+        out.onIce[pos] = spare[nextSpare++];
         out.source[at(pos)] = source;
-        spare.erase(spare.begin());
     }
 }
 
 // The best fit free skater for a place: a player of the place's kind first,
 // then one flagged for the very place, then by the situation's depth chart,
 // his ratings and his minutes.
-void placeFromBench(const LineupTeam& t, DepthKind kind, const std::vector<IcePos>& wanted, int goalie,
-                    IcePlacement& out) {
+void placeFromBench(const LineupTeam& t, DepthKind kind, const PositionList& wanted, int goalie, IcePlacement& out) {
     for (IcePos pos : wanted) {
         if (out.onIce[pos] != kNoSlot) continue;
         int best = kNoSlot;
@@ -172,12 +173,12 @@ BySlot<bool> BuildFitList(const BySlot<PlayerRecord>& roster, int teamId, const 
     return fit;
 }
 
-std::vector<IcePos> requiredPositions(int skaters, int threeSkaterFormation) {
-    if (skaters >= 5)
-        return {IcePos::LeftWing, IcePos::Center, IcePos::RightWing, IcePos::LeftDefense, IcePos::RightDefense};
-    if (skaters == 4) return {IcePos::LeftWing, IcePos::RightWing, IcePos::LeftDefense, IcePos::RightDefense};
-    if (threeSkaterFormation == 1) return {IcePos::LeftWing, IcePos::RightWing, IcePos::LeftDefense};
-    return {IcePos::Center, IcePos::LeftDefense, IcePos::RightDefense};
+PositionList requiredPositions(int skaters, int threeSkaterFormation) {
+    using P = IcePos;
+    if (skaters >= 5) return {{P::LeftWing, P::Center, P::RightWing, P::LeftDefense, P::RightDefense}, 5};
+    if (skaters == 4) return {{P::LeftWing, P::RightWing, P::LeftDefense, P::RightDefense}, 4};
+    if (threeSkaterFormation == 1) return {{P::LeftWing, P::RightWing, P::LeftDefense}, 3};
+    return {{P::Center, P::LeftDefense, P::RightDefense}, 3};
 }
 
 int chooseGoalie(const LineupTeam& t, int wanted, bool* emergency) {
@@ -213,7 +214,7 @@ IcePlacement PutLinesOnIce(const LineupTeam& t, const IceRequest& req, Random* r
     bool emergency = false;
     out.goalie = chooseGoalie(t, req.goalie, &emergency);
     int own = std::clamp(req.own, 3, 5);
-    std::vector<IcePos> wanted = requiredPositions(own, req.threeSkaterFormation);
+    PositionList wanted = requiredPositions(own, req.threeSkaterFormation);
     LineRange range = situationLines(own, req.opponent);
     int forwardLine = std::min(range.first + std::max(req.unit, 1) - 1, range.last);
     int pairNumber = req.pair > 0 ? req.pair : req.unit;

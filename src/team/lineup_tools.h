@@ -11,6 +11,7 @@
 // anyone fit on the bench, so that a team with enough fit skaters always
 // gets a full unit and a team with no goalie puts a skater in goal.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -49,7 +50,16 @@ BySlot<bool> BuildFitList(const BySlot<PlayerRecord>& roster, int teamId, const 
 // The positions a side of so many skaters fills: 5 all five; 4 the wings
 // and both defensemen; 3 the wings and the left defenseman in formation 1,
 // otherwise the center and both defensemen.
-std::vector<IcePos> requiredPositions(int skaters, int threeSkaterFormation);
+// A fixed list, since lines go on the ice many times a game.
+struct PositionList {
+    std::array<IcePos, 5> pos{};
+    std::size_t count = 0;
+    [[nodiscard]] const IcePos* begin() const { return pos.data(); }
+    [[nodiscard]] const IcePos* end() const { return pos.data() + count; }
+    [[nodiscard]] std::size_t size() const { return count; }
+    [[nodiscard]] bool contains(IcePos p) const { return std::find(begin(), end(), p) != end(); }
+};
+PositionList requiredPositions(int skaters, int threeSkaterFormation);
 
 struct IceRequest {
     int own = 5;           // skaters of the side, not counting an extra attacker

@@ -1,0 +1,32 @@
+// A run's list of the league folder answers as a fresh lookup would.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "league/files.h"
+#include "league/folder_names.h"
+#include "support/temp_dir.h"
+
+namespace tallyrink {
+namespace {
+
+TEST(FolderNames, ResolvesAsFindFileDoes) {
+    testing::TempDir dir;
+    for (const char* n : {"HKPLAYER", "hkteams", "Sked.skd"}) std::ofstream(dir.path() / n) << "x";
+    FolderNames names(dir.path());
+    for (const char* n : {"hkplayer", "HKTEAMS", "SKED.SKD", "HkPosting.jnl", "BOX12.BOX"})
+        EXPECT_EQ(names.find(n), findFile(dir.path(), n)) << n;
+}
+
+TEST(FolderNames, NameMadeDuringTheRunKeepsItsSpelling) {
+    testing::TempDir dir;
+    FolderNames names(dir.path());
+    EXPECT_EQ(names.find("BOX1.BOX"), dir.path() / "BOX1.BOX");
+    std::ofstream(dir.path() / "BOX1.BOX") << "x";
+    // Asked in another case later, the file as made is found, not a second one.
+    EXPECT_EQ(names.find("box1.box"), dir.path() / "BOX1.BOX");
+}
+
+}  // namespace
+}  // namespace tallyrink
