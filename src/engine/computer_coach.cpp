@@ -584,6 +584,7 @@ void Game::computerLineChange(int side, bool atFaceoff) {
     if (forwards != s_.forwardUnit[at(side)] || pair != s_.defensePair[at(side)]) {
         putUnitOnIce(side);
         s_.lineChangeMade[at(side)] = true;
+        DescribeLineChange(side);
     }
 }
 

@@ -101,7 +101,7 @@ void Game::FaceoffStep() {
     s_.pen.TensionFlag = false;
     if (s_.GameOverFlag) return;
 
-    play_.clear();
+    play_.startPlay();
     Zone z = s_.PlayZone;
     if (s_.Period == 1 && s_.Clock == periodSeconds() && !ev.openingTold) {
         ev.openingTold = true;

@@ -170,10 +170,11 @@ void Game::PlayStep() {
     if (s_.Paused || s_.GameOverFlag) return;
     if (s_.PlayZone == Zone::Shootout) {
         if (s_.ProbeOnly) return;
-        play_.clear();
+        play_.startPlay();
         ShootoutStep();
         GameOverCheck();
         if (shown()) presenter_->ShowPlayLines(*this, playLines());
+        play_.endPlay();
         resumeDriver();
         return;
     }
@@ -188,7 +189,7 @@ void Game::PlayStep() {
         FaceoffStep();
     }
     if (!s_.ProbeOnly) {
-        if (!s_.entryFromFaceoff) play_.clear();  // the draw's lines belong to this play
+        if (!s_.entryFromFaceoff) play_.startPlay();  // the draw's lines belong to this play
         s_.EntryZone = s_.PlayZone;
         if (!isOffenseState(s_.PlayZone) && s_.PlayRating == 0) SetPlayRating();
     }
@@ -225,6 +226,7 @@ void Game::PlayStep() {
         if (s_.PlayZone == Zone::OffenseZone) presenter_->ShowOffenseTargets(*this);
         presenter_->ShowPlayLines(*this, playLines());
     }
+    play_.endPlay();
     resumeDriver();
 }
 

@@ -59,6 +59,16 @@ struct GameOptions {
     bool shortPlayByPlay = false;
 };
 
+// The units a side has on the ice and how many it may choose from in the
+// present manpower (special teams choose the unit only: pairs 0).
+struct LineChoice {
+    int forwards = 1;
+    int pair = 1;
+    int forwardUnits = 4;
+    int pairs = 3;
+    bool goaliePulled = false;
+};
+
 // A goal, for the scoring summary.
 struct GoalNote {
     int period = 0;
@@ -410,6 +420,7 @@ private:
     void DescribeInjury(int side, int slot, int games);
     void DescribeGoaliePull(int side);
     void DescribeTimeout(int side);
+    void DescribeLineChange(int side);
     // The chances' part of InitGame: goalie form and calibration.
     void initChances();
     // Carrier, passers and spots for the zone a result left the puck in.
@@ -487,6 +498,18 @@ public:
     // The breakout call of the side with the puck (at a draw: its faceoff call).
     Call ChooseOffensePlay(int side, bool faceoff);
     Call ChooseShooterPlay(int side);
+    // ---- A human coach's bench (line_change.cpp) ----
+    // Why `side` may not change lines now; empty when it may.
+    [[nodiscard]] std::string lineChangeRefusal(int side) const;
+    [[nodiscard]] LineChoice linesOnIce(int side) const;
+    // Sends out forward unit `forwards` and defense pair `pair` (from 1; 0
+    // keeps the one on the ice). Returns the refusal, empty when done.
+    std::string HumanLineChange(int side, int forwards, int pair);
+    // Takes the goalie out for an extra attacker, or puts him back.
+    std::string HumanGoaliePull(int side, bool pull);
+    // The change the computer coach would make now ("CPU Change").
+    std::string RollLines(int side);
+
     // The position (0 to 5) the play goes to in the offensive zone, or
     // kNoTarget.
     int ChooseOffenseTarget(int side);

@@ -189,6 +189,15 @@ LineMarks& Game::say(std::string text, NamedMan opens, NamedMan ends) {
 }
 
 LineMarks& Game::sayFor(int side, std::string text, NamedMan opens, NamedMan ends) {
+    // After a pause the telling picks the play up again with the man who
+    // has the puck.
+    int carrier = s_.find.Carrier;
+    if (play_.lastIsPause() && !told_.resuming && !isFaceoff(s_.PlayZone) && carrier != kNoSlot &&
+        !(opens == NamedMan{s_.PuckTeam, carrier})) {
+        told_.resuming = true;
+        sayPossession(s_.PuckTeam, carrier);
+        told_.resuming = false;
+    }
     LineMarks& m = play_.add(std::move(text), opens, ends);
     m.team = static_cast<std::int16_t>(side + 1);
     return m;
@@ -1431,5 +1440,20 @@ void Game::DescribeGoaliePull(int side) {
 }
 
 void Game::DescribeTimeout(int side) { sayFor(side, words(cityOf(side), "uses its timeout")).sound = kSoundStoppage; }
+
+void Game::DescribeLineChange(int side) {
+    int v = roll(10);
+    bool onTheFly = !isFaceoff(s_.PlayZone) && s_.PlayZone != Zone::ContinueBox;
+    LineMarks& m = v > 7 && onTheFly ? sayFor(side, words(cityOf(side), phrase(133)))
+                                     : sayFor(side, words(cityOf(side), "with a line change"));
+    m.icon = kIconLineChange;
+    m.playerTeam = static_cast<std::int16_t>(side + 1);
+    if (roll(3) == 1) {
+        int n = s_.forwardUnit[at(side)];
+        sayFor(side, roll(10) <= 3 ? words("line", n, "on for", cityOf(side))
+                                   : words("line", n, "on the ice for", cityOf(side)));
+    }
+    play_.pause();
+}
 
 }  // namespace tallyrink

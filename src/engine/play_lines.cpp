@@ -11,6 +11,32 @@ void PlayLines::clear() {
     texts_.clear();
     marks_.clear();
     shortTexts_.clear();
+    ended_ = false;
+}
+
+void PlayLines::endPlay() {
+    ended_ = true;
+    endCount_ = count_;
+    endTexts_ = texts_.size();
+    endShort_ = shortTexts_.size();
+    endShortCount_ = shortCount_;
+}
+
+void PlayLines::startPlay() {
+    if (!ended_) return;  // the play goes on (a draw's lines belong to the play after it)
+    ended_ = false;
+    if (count_ == endCount_ && texts_.size() == endTexts_ && shortTexts_.size() == endShort_) {
+        clear();
+        return;
+    }
+    // Lines told between the plays open this one.
+    std::copy(memory_.begin() + endCount_, memory_.begin() + count_, memory_.begin());
+    count_ -= endCount_;
+    shortCount_ -= endShortCount_;
+    texts_.erase(texts_.begin(), texts_.begin() + static_cast<std::ptrdiff_t>(endTexts_));
+    marks_.erase(marks_.begin(), marks_.begin() + static_cast<std::ptrdiff_t>(endTexts_));
+    shortTexts_.erase(shortTexts_.begin(), shortTexts_.begin() + static_cast<std::ptrdiff_t>(endShort_));
+    lastComposed_ = texts_.empty() ? -1 : static_cast<int>(texts_.size()) - 1;
 }
 
 LineMarks& PlayLines::add(std::string text, NamedMan opens, NamedMan ends) {

@@ -77,8 +77,13 @@ public:
     }
     [[nodiscard]] bool telling() const { return telling_; }
 
-    // A new play: all lines and their marks go.
+    // Everything goes.
     void clear();
+    // The play's lines have been told (or thrown away); what is added from
+    // now on, between plays (a line change, a timeout), opens the next.
+    void endPlay();
+    // A new play: the lines of the last one go, those told since it ended stay.
+    void startPlay();
 
     // A composed line. Past the fiftieth line of a play nothing more is
     // kept; the returned marks then belong to a scratch line.
@@ -126,6 +131,12 @@ private:
     std::vector<std::string> shortTexts_;
     LineMarks scratch_;
     int lastComposed_ = -1;  // index in texts_ of the last composed line
+    // Where the last play ended: composed lines, texts and short lines.
+    int endCount_ = 0;
+    std::size_t endTexts_ = 0;
+    std::size_t endShort_ = 0;
+    int endShortCount_ = 0;
+    bool ended_ = false;
 };
 
 // Where spoken play-by-play goes: a voice the screen may offer. The game's
