@@ -19,6 +19,7 @@
 #include <iostream>
 #include "postgame/game_done.h"
 #include "postgame/game_summary.h"
+#include "presentation/phrases.h"
 
 namespace tallyrink::cli {
 
@@ -32,6 +33,7 @@ struct PlayOptions {
     bool iceTime = false;
     bool dryRun = false;
     std::optional<std::uint64_t> seed;
+    bool shortTelling = false;
 };
 
 void postGame(GameSession& session, const Game& game, std::size_t row, const Schedule& schedule, std::uint64_t seed) {
@@ -165,6 +167,12 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     if (o.fast) terminal.pace = 0;
     if (!session2.PlayoffGame)
         gameOptions.calibration = seasonCalibration(session->league(), session->era(), session->rules(), loadDraws);
+    // The user's wordings; a missing or broken phrase file tells the game
+    // in the built-in ones.
+    PhraseLoad phrases =
+        loadPhraseFile(activePhraseFile(session->places().ProgramDir, session->setup().PlayByPlayFile.str()));
+    gameOptions.phrases = &phrases.table;
+    gameOptions.shortPlayByPlay = o.shortTelling;
     clearGameEntries(session2);
     Game game(session2, gameOptions, gameOptions.noDisplay ? nullptr : &presenter);
     coachGame(game, presenter, std::cin, std::cout);
@@ -194,6 +202,7 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
     cmd->add_option("--coach", o->coach, "Call the plays yourself for one side or both")
         ->check(CLI::IsMember({"visitor", "home", "both"}));
     cmd->add_flag("--ice-time", o->iceTime, "Each player's time on the ice, power play, short-handed and shifts");
+    cmd->add_flag("--short", o->shortTelling, "Short play-by-play: one line a stoppage, shot or penalty");
     cmd->add_flag("--dry-run", o->dryRun, "Play the game but write nothing to the league");
     cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
     cmd->callback([&options, o] { playGame(options, *o); });

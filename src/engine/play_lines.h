@@ -9,6 +9,7 @@
 // watches. The text is built only while a game is told: a headless game
 // pays for counting, never for strings.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -113,6 +114,11 @@ public:
     [[nodiscard]] const std::vector<std::string>& texts() const { return texts_; }
     [[nodiscard]] const std::vector<LineMarks>& marks() const { return marks_; }
     [[nodiscard]] const std::vector<std::string>& shortTexts() const { return shortTexts_; }
+    // Lines told since the last play ended (a bench move at a stoppage).
+    [[nodiscard]] std::vector<std::string> textsBetweenPlays() const {
+        std::size_t from = ended_ ? std::min(endTexts_, texts_.size()) : 0;
+        return {texts_.begin() + static_cast<std::ptrdiff_t>(from), texts_.end()};
+    }
 
 private:
     struct Memory {
