@@ -388,7 +388,7 @@ void Game::ShootoutStep() {
     s_.LastPlayResult = s_.PlayResult;
     if (shooter != kNoSlot) s_.ShootoutUsed[at(side)][at(shooter)] = true;
     if (goal) ++s_.ShootoutGoals[at(side)];
-    if (telling()) tell(std::string(text(s_.PlayResult)));
+    DescribeShootoutAttempt(side, shooter, goal);
 
     int left = std::max(shootoutRounds_ - round, 0);
     int leftVisitor = left;

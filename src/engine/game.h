@@ -421,6 +421,7 @@ private:
     void DescribeGoaliePull(int side);
     void DescribeTimeout(int side);
     void DescribeLineChange(int side);
+    void DescribeShootoutAttempt(int side, int shooter, bool goal);
     // The chances' part of InitGame: goalie form and calibration.
     void initChances();
     // Carrier, passers and spots for the zone a result left the puck in.

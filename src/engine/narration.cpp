@@ -61,6 +61,7 @@ enum Key : int {
     kRebound = 62,
     kPuckIsLoose = 63,
     kPassesTo = 64,
+    kDeke = 105,
     kLookingToPass = 79,
     kCycling = 81,
     kDeflectsTo = 83,
@@ -215,8 +216,12 @@ std::string Game::teamName(int side) const { return session_.side(side).team.Nic
 std::string Game::cityOf(int side) const { return session_.side(side).team.City.str(); }
 
 void Game::sayPossession(int side, int slot) {
-    sayFor(side, words(nameOf(side, slot), phrase(kPossession, 3)), {side, slot});
-    told_.lastCarrier = {side, slot};
+    NamedMan who{side, slot};
+    // Said once is enough: no second possession line for the man just named.
+    if (told_.possessionLine == play_.count() && play_.lastNames(who)) return;
+    sayFor(side, words(nameOf(side, slot), phrase(kPossession, 3)), who);
+    told_.possessionLine = play_.count();
+    told_.lastCarrier = who;
 }
 
 // A pass from `from` to `to` of `side`, as a caster says it: the full
@@ -224,13 +229,18 @@ void Game::sayPossession(int side, int slot) {
 void Game::sayPass(int side, int from, int to) {
     NamedMan receiver{side, to};
     if (to == kNoSlot || receiver == told_.lastCarrier) return;
-    std::string_view passes = phrase(kPassesTo);
-    bool opensPlay = play_.empty() || play_.lastIsPause();
-    LineMarks& m = sayFor(side, words(nameOf(side, from), passes, nameOf(side, to)), {side, from}, receiver);
-    m.sound = kSoundPass;
-    if (roll(3) == 1) play_.rewrite(words(passes, nameOf(side, to)), {}, receiver);
-    if (roll(3) == 1) play_.rewrite(words("to", nameOf(side, to)), {}, receiver);
-    if (opensPlay) play_.rewrite(words(nameOf(side, to), phrase(kPossession, 3)), receiver);
+    if (play_.empty() || play_.lastIsPause()) {
+        // Nothing told before it: the receiver simply has the puck.
+        told_.resuming = true;
+        sayPossession(side, to);
+        told_.resuming = false;
+    } else {
+        std::string_view passes = phrase(kPassesTo);
+        LineMarks& m = sayFor(side, words(nameOf(side, from), passes, nameOf(side, to)), {side, from}, receiver);
+        m.sound = kSoundPass;
+        if (roll(3) == 1) play_.rewrite(words(passes, nameOf(side, to)), {}, receiver);
+        if (roll(3) == 1) play_.rewrite(words("to", nameOf(side, to)), {}, receiver);
+    }
     const FindState& f = s_.find;
     int odds = to == f.Passer2 ? 20 : to == f.Passer1 ? 30 : 40;
     if (roll(odds) == 1) sayFor(side, words(phrase(kPressure, 2)));
@@ -966,7 +976,9 @@ void Game::DescribeGoalClose(int scorer) {
             sayFor(side, words(inGame, "goals today!!"));
         }
         if (session_.GameType != 'E') {
-            int season = statLine(p, StatLineIndex::Replay).Goals + inGame;
+            // The replay line is credited as the game goes: it holds the
+            // earlier goals of this game already.
+            int season = statLine(p, StatLineIndex::Replay).Goals + 1;
             sayFor(side, session_.PlayoffGame ? words(fmt::format("goal #{}", season), "of the playoffs for", name)
                                               : words(fmt::format("goal #{}", season), "on the year for", name));
         }
@@ -1454,6 +1466,33 @@ void Game::DescribeLineChange(int side) {
                                    : words("line", n, "on the ice for", cityOf(side)));
     }
     play_.pause();
+}
+
+void Game::DescribeShootoutAttempt(int side, int shooter, bool goal) {
+    int keeperSide = other(side);
+    int goalie = netminder(keeperSide);
+    const std::string& name = nameOf(side, shooter);
+    const std::string& g = nameOf(keeperSide, goalie);
+    NamedMan who{side, shooter};
+    int v = roll(3);
+    sayFor(side,
+           v == 1   ? words(name, "skates in on", g)
+           : v == 2 ? words(name, "comes in slowly,", phrase(kDeke))
+                    : words(name, "takes the puck at center ice"),
+           who);
+    if (goal) {
+        LineMarks& m = sayFor(side, roll(2) == 1 ? words(name, "scores!") : words(phrase(kGoal)), who);
+        m.sound = kSoundGoal;
+        m.icon = kIconGoal;
+    } else {
+        int r = roll(4);
+        LineMarks& m = r == 1   ? sayFor(keeperSide, words(phrase(kSavedBy), g))
+                       : r == 2 ? sayFor(keeperSide, words(phrase(kDeniedBy), g))
+                       : r == 3 ? sayFor(keeperSide, words(g, "covers up the five hole"))
+                                : sayFor(side, words(name, phrase(kOffThePost + roll(2) - 1)));
+        m.sound = r == 4 ? kSoundIron : kSoundSave;
+    }
+    if (telling()) play_.addShort(words(name, goal ? "scores in the shootout" : "is stopped in the shootout"));
 }
 
 }  // namespace tallyrink

@@ -31,6 +31,7 @@ struct NarrationState {
     std::string_view shotWord = " shot";        // of the short line
     bool whiff = false;                         // the weak shot missed the puck altogether
     bool greatPass = false;                     // the goal is told as the passer's
+    int possessionLine = -1;                    // the count of lines when a possession line was last told
     bool resuming = false;                      // the possession line after a pause is being told
     std::array<BySlot<int>, 2> goalsAllowed{};  // by each goalie in this game
 };
