@@ -584,7 +584,8 @@ void Game::computerLineChange(int side, bool atFaceoff) {
     if (forwards != s_.forwardUnit[at(side)] || pair != s_.defensePair[at(side)]) {
         putUnitOnIce(side);
         s_.lineChangeMade[at(side)] = true;
-        DescribeLineChange(side);
+        // A new pair alone slips on unnoticed; new forwards are told now and then.
+        if (forwards != s_.forwardUnit[at(side)] && rng_.rand(3) == 1) DescribeLineChange(side);
     }
 }
 

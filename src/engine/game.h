@@ -421,6 +421,8 @@ private:
     void DescribeGoaliePull(int side);
     void DescribeTimeout(int side);
     void DescribeLineChange(int side);
+    void DescribeGameSituation();
+    void DescribeDeke(bool beatHim);
     void DescribeShootoutAttempt(int side, int shooter, bool goal);
     // The chances' part of InitGame: goalie form and calibration.
     void initChances();

@@ -364,9 +364,14 @@ void Game::DescribeShot() {
         return;
     }
 
+    DescribeGameSituation();
     // The subject: left out when the line before already names him, now
     // and then his first name alone once the play has gone on a while.
     bool named = play_.lastNames(who);
+    if (s_.LastPlayCall == Call::Penetrate) {
+        DescribeDeke(true);
+        named = play_.lastNames(who);
+    }
     std::string_view subject = named ? std::string_view{} : std::string_view{name};
     std::string first;
     if (!named && roll(10) == 1 && play_.count() >= 4 + roll(4) && shooter != kNoSlot) {
@@ -1226,6 +1231,7 @@ void Game::DescribeTurnover() {
     const FindState& f = s_.find;
     int carrier = f.Carrier;
     NamedMan lost{side, carrier};
+    if (s_.LastPlayCall == Call::Penetrate) DescribeDeke(false);
     switch (s_.events.turnover) {
         case TurnoverKind::Giveaway: {
             int v = roll(3);
@@ -1493,6 +1499,98 @@ void Game::DescribeShootoutAttempt(int side, int shooter, bool goal) {
         m.sound = r == 4 ? kSoundIron : kSoundSave;
     }
     if (telling()) play_.addShort(words(name, goal ? "scores in the shootout" : "is stopped in the shootout"));
+}
+
+// The score, the manpower and the time left, now and then before a shot
+// in the attacking zone.
+void Game::DescribeGameSituation() {
+    if (s_.LastZone == Zone::Rush || !isOffenseState(s_.LastZone)) return;
+    if (told_.situationPeriod == s_.Period && told_.situationClock - s_.Clock <= 4 + roll(3)) return;
+    int side = s_.PuckTeam;
+    int against = other(side);
+    bool told = false;
+    if (roll(17) == 1 && 300 + roll(500) < s_.Clock) {
+        told = true;
+        int a = s_.Score[at(side)];
+        int b = s_.Score[at(against)];
+        int v = roll(3);
+        if (a == 0 && b == 0)
+            say(words(v == 1 ? "still looking for the first goal" : "no score yet in this one"));
+        else if (a == b)
+            say(v == 1 ? words("tie game") : v == 2 ? words("we're tied at", a) : words("the score is tied at", a));
+        else if (v == 1)
+            sayFor(side, words(cityOf(side), a > b ? "leads by" : "trails by", std::abs(a - b)));
+        else {
+            int leader = a > b ? side : against;
+            sayFor(leader, words(roll(3) == 1 ? teamName(leader) : cityOf(leader), "leads",
+                                 fmt::format("{}-{}", std::max(a, b), std::min(a, b))));
+        }
+    }
+    if (roll(4) == 1 && netminder(against) != kNoSlot && strength(side) != strength(against)) {
+        told = true;
+        int v = roll(3);
+        if (strength(side) < strength(against))
+            sayFor(side, v == 1   ? words(cityOf(side), "trying to kill the penalty")
+                         : v == 2 ? words(cityOf(side), "is on the penalty kill")
+                                  : words(cityOf(side), "is short handed"));
+        else
+            sayFor(side, v == 1   ? words(cityOf(side), "on the powerplay")
+                         : v == 2 ? words("the powerplay continues for", cityOf(side))
+                                  : words(cityOf(side), "is on the powerplay"));
+    }
+    if (s_.Clock <= 60 && s_.Clock > 0 && roll(3) == 1) {
+        told = true;
+        int v = roll(4);
+        say(v == 1   ? words(s_.Clock, "seconds remaining")
+            : v == 2 ? words("under a minute remaining")
+            : v == 3 ? words("nearing the end of the period")
+                     : words(fmt::format("{}:{:02}", s_.Clock / 60, s_.Clock % 60), "until the horn sounds"));
+    }
+    if (told) {
+        told_.situationPeriod = s_.Period;
+        told_.situationClock = s_.Clock;
+    }
+}
+
+// A drive to the net ("PENETRATE"): the move, and whether it beat the man.
+void Game::DescribeDeke(bool beatHim) {
+    int side = s_.PuckTeam;
+    int carrier = s_.find.Carrier;
+    int defender = s_.find.Defender;
+    const std::string& name = nameOf(side, carrier);
+    const std::string& d = nameOf(other(side), defender);
+    NamedMan who{side, carrier};
+    int v = roll(5);
+    if (v == 1 && defender != kNoSlot)
+        sayFor(side, words(name, "tries to deke past", d), who);
+    else if (v == 2)
+        sayFor(side, words(name, "drives to the net"), who);
+    else if (v == 3)
+        sayFor(side, words(name, "tries to penetrate"), who);
+    else if (v == 4)
+        sayFor(side, words(name, "makes a move"), who);
+    else
+        sayFor(side, words(name, "attempts to get to the net"), who);
+    int r = roll(6);
+    if (beatHim) {
+        if (r <= 2)
+            sayFor(side, words(phrase(106), name), {}, who);
+        else if (r == 3)
+            sayFor(side, words(name, phrase(107)), who);
+        else if (defender != kNoSlot && r == 4)
+            sayFor(side, words("dekes past", d, "!"));
+        else
+            sayFor(side, words("gets around him"));
+    } else {
+        if (defender != kNoSlot && r <= 2)
+            sayFor(other(side), words("forced wide by", d));
+        else if (defender != kNoSlot && r == 3)
+            sayFor(other(side), words(d, "stays with him"), {other(side), defender});
+        else if (r == 4)
+            sayFor(side, words("he can't get around him"));
+        else
+            sayFor(side, words("he's forced wide"));
+    }
 }
 
 }  // namespace tallyrink

@@ -25,12 +25,14 @@ struct NarrationState {
     // The name a line uses for a player: his last name, or first and last
     // name when a team mate shares the last name.
     std::array<BySlot<std::string>, 2> name{};
-    NamedMan lastCarrier;                       // the man last told as having the puck
-    double lastShotQuality = 0;                 // of the last shot, 0 to 1
-    bool badAngle = false;                      // the last shot came from a bad angle
-    std::string_view shotWord = " shot";        // of the short line
-    bool whiff = false;                         // the weak shot missed the puck altogether
-    bool greatPass = false;                     // the goal is told as the passer's
+    NamedMan lastCarrier;                 // the man last told as having the puck
+    double lastShotQuality = 0;           // of the last shot, 0 to 1
+    bool badAngle = false;                // the last shot came from a bad angle
+    std::string_view shotWord = " shot";  // of the short line
+    bool whiff = false;                   // the weak shot missed the puck altogether
+    bool greatPass = false;               // the goal is told as the passer's
+    int situationPeriod = 0;              // the period and clock of the last game-situation line
+    int situationClock = 0;
     int possessionLine = -1;                    // the count of lines when a possession line was last told
     bool resuming = false;                      // the possession line after a pause is being told
     std::array<BySlot<int>, 2> goalsAllowed{};  // by each goalie in this game
