@@ -57,6 +57,8 @@ struct GameOptions {
     // "Short" play-by-play: a presenter is shown one line a stoppage, shot
     // result or penalty instead of the full telling.
     bool shortPlayByPlay = false;
+    // Marks the last line of a play that made a scoring chance "  *SC*".
+    bool markScoringChances = false;
 };
 
 // The units a side has on the ice and how many it may choose from in the
@@ -198,6 +200,8 @@ public:
     }
     // The full telling of the last play with each line's marks.
     [[nodiscard]] const PlayLines& playTelling() const { return play_; }
+    // Scoring chances of `side` so far, as the telling judged its shots.
+    [[nodiscard]] int scoringChances(int side) const { return told_.chances[static_cast<std::size_t>(side)]; }
     [[nodiscard]] int periods() const { return periods_; }
     [[nodiscard]] int periodSeconds() const { return minutes_ * 60; }
     [[nodiscard]] int overtimeSeconds() const { return overtimeMinutes_ * 60; }
@@ -421,6 +425,7 @@ private:
     void DescribeGoaliePull(int side);
     void DescribeTimeout(int side);
     void DescribeLineChange(int side);
+    void countScoringChance(double quality);
     void DescribeGameSituation();
     void DescribeDeke(bool beatHim);
     void DescribeShootoutAttempt(int side, int shooter, bool goal);

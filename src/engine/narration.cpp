@@ -326,6 +326,7 @@ int Game::shooterDepth() const {
 }
 
 void Game::DescribeShot() {
+    told_.reboundShot = false;
     EventState& ev = s_.events;
     int side = s_.PuckTeam;
     int shooter = s_.find.Carrier;
@@ -513,6 +514,7 @@ void Game::DescribeShot() {
     told_.lastShotQuality = quality;
     told_.lastCarrier = who;
     sayShotResult();
+    countScoringChance(quality);
 }
 
 void Game::sayShotResult() {
@@ -704,6 +706,8 @@ void Game::DescribeGoalLead() {
     }
     int beaten = netminder(against);
     if (beaten != kNoSlot) ++told_.goalsAllowed[at(against)][at(beaten)];
+    // A rebound put in was told without a shot line: it is a chance too.
+    if (told_.reboundShot || fromClear) countScoringChance(1);
     if (fromClear) {
         LineMarks& m = sayFor(side, words(name, "scores!"), {side, shooter});
         m.sound = kSoundGoal;
@@ -1064,6 +1068,7 @@ void Game::DescribeFreeze() {
 
 void Game::DescribeReboundShot(int shooter) {
     int side = s_.PuckTeam;
+    told_.reboundShot = true;
     sayFor(side, words(phrase(roll(2) == 1 ? kRebound : kPuckIsLoose)));
     LineMarks& m = sayFor(side, words(nameOf(side, shooter), phrase(kShoots)), {side, shooter});
     m.sound = kSoundShot;
@@ -1591,6 +1596,25 @@ void Game::DescribeDeke(bool beatHim) {
         else
             sayFor(side, words("he's forced wide"));
     }
+}
+
+// Whether the shot just told was a scoring chance: every goal, and other
+// shots by their quality, a shot from a bad angle seldom.
+void Game::countScoringChance(double quality) {
+    told_.reboundShot = false;
+    Result r = s_.PlayResult;
+    bool chance = r == Result::Goal || r == Result::ClearGoal;
+    if (!chance && rng_.rnd() * .05 + .05 < quality) {
+        int limit = r == Result::Save ? 80 : r == Result::Miss ? 55 : 30;
+        chance = rng_.rnd() * .04 + .1 < quality || roll(100) <= limit;
+    }
+    if (chance && told_.badAngle && roll(10) != 1) chance = false;
+    if (!chance) return;
+    int side = s_.PuckTeam;
+    ++told_.chances[at(side)];
+    int shooter = s_.find.Carrier;
+    if (shooter != kNoSlot) ++session_.side(side).player(shooter).ScoringChances[1];
+    if (options_.markScoringChances && telling()) play_.markLastLine("  *SC*");
 }
 
 }  // namespace tallyrink

@@ -31,6 +31,8 @@ struct NarrationState {
     std::string_view shotWord = " shot";  // of the short line
     bool whiff = false;                   // the weak shot missed the puck altogether
     bool greatPass = false;               // the goal is told as the passer's
+    std::array<int, 2> chances{};         // scoring chances of each side in this game
+    bool reboundShot = false;             // the shot now told is a rebound's
     int situationPeriod = 0;              // the period and clock of the last game-situation line
     int situationClock = 0;
     int possessionLine = -1;                    // the count of lines when a possession line was last told

@@ -64,6 +64,14 @@ void PlayLines::rewrite(std::string text, NamedMan opens, NamedMan ends) {
 
 void PlayLines::pause() { add(std::string(kPause)); }
 
+void PlayLines::markLastLine(std::string_view mark) {
+    for (auto it = texts_.rbegin(); it != texts_.rend(); ++it)
+        if (*it != kPause) {
+            *it += mark;
+            return;
+        }
+}
+
 void PlayLines::addPlain(std::string text, LineMarks marks) {
     if (!telling_) return;
     texts_.push_back(std::move(text));

@@ -91,6 +91,8 @@ public:
     LineMarks& add(std::string text, NamedMan opens = {}, NamedMan ends = {});
     // The last writer wins: a variant put over the line just added.
     void rewrite(std::string text, NamedMan opens = {}, NamedMan ends = {});
+    // Adds `mark` to the last told line that isn't a pause.
+    void markLastLine(std::string_view mark);
     // A pause line: the play breaks off for a beat.
     void pause();
     // A line told by other parts of the engine (penalties, the coach): shown

@@ -270,6 +270,28 @@ TEST(Narration, TheShortTellingHasALineAStoppageAndTheScoreOnAGoal) {
     EXPECT_EQ(goals, int(brief.goals));
 }
 
+TEST(Narration, EveryGoalIsAScoringChanceAndNotEveryShot) {
+    for (std::uint64_t seed : {5u, 23u, 61u}) {
+        auto session = test::loadedGame(test::madeUpRules(), seed);
+        GameOptions options;
+        options.seed = seed;
+        Game game(*session, options);
+        game.playToEnd();
+        const GameState& s = game.state();
+        for (int side : {kVisitor, kHome}) {
+            std::size_t i = std::size_t(side);
+            int attempts = s.Shots[i] + s.events.missed[i] + s.events.blocked[i];
+            int goals =
+                int(std::count_if(s.goals.begin(), s.goals.end(), [&](const GoalNote& g) { return g.side == side; }));
+            EXPECT_GE(game.scoringChances(side), goals) << seed;
+            EXPECT_LT(game.scoringChances(side), attempts) << seed;
+            int credited = 0;
+            for (const PlayerRecord& p : session->side(side).GameRoster) credited += p.ScoringChances[1];
+            EXPECT_EQ(credited, game.scoringChances(side)) << seed;
+        }
+    }
+}
+
 TEST(Narration, TeamMatesWhoShareALastNameAreToldApartByTheFirstName) {
     auto session = test::loadedGame(test::madeUpRules(), 3);
     SideTables& side = session->side(kVisitor);
