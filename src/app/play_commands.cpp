@@ -34,6 +34,7 @@
 #include <cctype>
 #include <csignal>
 #include <filesystem>
+#include "presentation/phrases.h"
 
 namespace tallyrink::cli {
 
@@ -47,6 +48,7 @@ struct PlayOptions {
     bool iceTime = false;
     bool dryRun = false;
     std::optional<std::uint64_t> seed;
+    bool shortTelling = false;
 };
 
 void postGame(GameSession& session, const Game& game, std::size_t row, const Session& league, std::uint64_t seed) {
@@ -259,7 +261,14 @@ void playGame(const GlobalOptions& options, const PlayOptions& o) {
     if (!session2.PlayoffGame)
         start.calibration = seasonCalibration(session->league(), session->era(), session->rules(), loadDraws);
     start.teamsFingerprint = teamsFingerprint(session2);
-    Game game(session2, start.gameOptions(), start.noDisplay ? nullptr : &presenter);
+    // The user's wordings; a missing or broken phrase file tells the game
+    // in the built-in ones.
+    PhraseLoad phrases =
+        loadPhraseFile(activePhraseFile(session->places().ProgramDir, session->setup().PlayByPlayFile.str()));
+    GameOptions gameOptions = start.gameOptions();
+    gameOptions.phrases = &phrases.table;
+    gameOptions.shortPlayByPlay = o.shortTelling;
+    Game game(session2, gameOptions, start.noDisplay ? nullptr : &presenter);
     RecordedGame recorded(game);
     recorded.start();
     // A game of a person's may stop to be saved; a dry run leaves nothing behind.
@@ -383,7 +392,12 @@ void resumeGame(const GlobalOptions& options, const ResumeOptions& o) {
     TerminalOptions terminal;
     terminal.pace = o.fast ? 0.0 : o.pace.value_or(interactive ? 0.8 : 0.0);
     TerminalPresenter presenter(std::cout, terminal);
-    Game game(session2, start.gameOptions(), start.noDisplay ? nullptr : &presenter);
+    // The game goes on in the wordings it was told in, so its draws match.
+    PhraseLoad phrases =
+        loadPhraseFile(activePhraseFile(session->places().ProgramDir, session->setup().PlayByPlayFile.str()));
+    GameOptions gameOptions = start.gameOptions();
+    gameOptions.phrases = &phrases.table;
+    Game game(session2, gameOptions, start.noDisplay ? nullptr : &presenter);
     RecordedGame recorded(game);
     presenter.setQuiet(true);
     try {
@@ -440,6 +454,7 @@ void addPlayCommands(CLI::App& app, GlobalOptions& options) {
                     "Call the plays yourself for one side or both; \"s\" at a call saves the game to go on later")
         ->check(CLI::IsMember({"visitor", "home", "both"}));
     cmd->add_flag("--ice-time", o->iceTime, "Each player's time on the ice, power play, short-handed and shifts");
+    cmd->add_flag("--short", o->shortTelling, "Short play-by-play: one line a stoppage, shot or penalty");
     cmd->add_flag("--dry-run", o->dryRun, "Play the game but write nothing to the league");
     cmd->add_option("--seed", o->seed, "Seed of the game's draws: the same seed plays the same game");
     cmd->callback([&options, o] { playGame(options, *o); });

@@ -2,7 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
+#include <sstream>
 #include <thread>
 
 #include "presentation/call_menu.h"
@@ -29,7 +32,14 @@ void TerminalPresenter::ShowPlayLines(const Game& game, const std::vector<std::s
     if (quiet_) return;
     const GameState& s = game.state();
     for (const auto& line : lines) {
-        out_ << fmt::format("  {:>4} {:>5}  {}\n", periodName(s.Period, game.periods()), clockText(s.Clock), line);
+        // A goal's short line trails a rule of dashes for a wide screen; a
+        // terminal row ends with the score.
+        std::string_view text = line;
+        if (text.ends_with("----------")) {
+            text = text.substr(0, text.find_last_not_of('-') + 1);
+            while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+        }
+        out_ << fmt::format("  {:>4} {:>5}  {}\n", periodName(s.Period, game.periods()), clockText(s.Clock), text);
         out_.flush();
         if (options_.pace > 0) std::this_thread::sleep_for(std::chrono::duration<double>(options_.pace));
     }
@@ -79,11 +89,56 @@ void showChoices(const Game& game, int side, const std::vector<CallChoice>& choi
         out << fmt::format("{}, select how to proceed:", team);
         for (const auto& c : choices) out << "  " << c.caption;
     }
+    if (lineChange) {
+        LineChoice on = game.linesOnIce(side);
+        out << fmt::format("\n  On the ice: forward unit {} of {}", on.forwards, on.forwardUnits);
+        if (on.pairs > 0) out << fmt::format(", defense pair {} of {}", on.pair, on.pairs);
+        if (on.goaliePulled) out << ", goalie pulled";
+        out << "\n  (l F [P]: send out forward unit F and pair P; g: goalie out or back; r: the computer's change)";
+    }
     out << "\n  (Enter: the first choice; q: the computer coaches the rest";
     if (offerSave) out << "; s: save the game and stop";
     if (lineChange) out << "; lines stay as they are";
     out << ")\n> ";
     out.flush();
+}
+
+// A bench command typed at a prompt: "l F [P]", "g" or "r". Returns false
+// when the answer is no bench command; otherwise tells the outcome.
+bool benchCommand(RecordedGame& recorded, int side, const std::string& answer, std::ostream& out) {
+    const Game& game = recorded.game();
+    if (answer.empty()) return false;
+    char c = static_cast<char>(std::tolower(static_cast<unsigned char>(answer[0])));
+    if (answer.size() > 1 && answer[1] != ' ') return false;
+    std::string refusal;
+    std::size_t toldBefore = game.playTelling().textsBetweenPlays().size();
+    if (c == 'l') {
+        std::istringstream words(answer.substr(1));
+        int forwards = 0;
+        int pair = 0;
+        if (!(words >> forwards)) {
+            out << "Type l and a forward unit, and a defense pair if you like: l 2 1\n";
+            return true;
+        }
+        words >> pair;
+        refusal = recorded.lineChange(side, forwards, pair);
+    } else if (c == 'g') {
+        refusal = recorded.goaliePull(side, !game.linesOnIce(side).goaliePulled);
+    } else if (c == 'r') {
+        refusal = recorded.rollLines(side);
+    } else {
+        return false;
+    }
+    if (!refusal.empty()) {
+        out << refusal << "\n";
+        return true;
+    }
+    // What the bench did is told at once, before the play goes on.
+    auto told = game.playTelling().textsBetweenPlays();
+    if (told.size() <= toldBefore) out << "The lines stay as they are.\n";
+    for (std::size_t i = std::min(toldBefore, told.size()); i < told.size(); ++i)
+        if (told[i] != "..") out << "  " << told[i] << "\n";
+    return true;
 }
 
 }  // namespace
@@ -144,6 +199,7 @@ CoachingEnd coachRecordedGame(RecordedGame& recorded, TerminalPresenter& present
                     presenter.AskPlayCall(game, side);
                 return CoachingEnd::SaveAsked;
             }
+            if (benchCommand(recorded, side, answer, out)) continue;
             if (choices.empty()) {
                 recorded.proceed();
                 break;

@@ -584,6 +584,8 @@ void Game::computerLineChange(int side, bool atFaceoff) {
     if (forwards != s_.forwardUnit[at(side)] || pair != s_.defensePair[at(side)]) {
         putUnitOnIce(side);
         s_.lineChangeMade[at(side)] = true;
+        // A new pair alone slips on unnoticed; new forwards are told now and then.
+        if (forwards != s_.forwardUnit[at(side)] && rng_.rand(3) == 1) DescribeLineChange(side);
     }
 }
 
@@ -687,7 +689,7 @@ void Game::computerGoaliePull(int side) {
     if (waitForPuck(plan, behind) && (s_.PuckTeam != side || isFaceoff(z))) return;
     s_.GoaliePulled[at(side)] = true;
     putUnitOnIce(side);
-    if (telling()) tell(fmt::format("{} pull their goalie", session_.side(side).team.Abbrev.str()));
+    DescribeGoaliePull(side);
 }
 
 void Game::returnGoalie(int side) {
@@ -712,7 +714,7 @@ void Game::restoreEveryone() {
 // A computer coach's one timeout: at a stoppage late in a close last
 // period, to rest tired men or to set up a team that isn't ahead.
 void Game::CoachTimeout() {
-    if (!isFaceoff(s_.PlayZone) || lines_.size() > 50 || s_.coach.tvTimeoutThisStep) return;
+    if (!isFaceoff(s_.PlayZone) || play_.full() || s_.coach.tvTimeoutThisStep) return;
     if (session_.league().rules.TimeoutsAllowedCheck != 1 || s_.Period != periods_) return;
     if (std::abs(leadOf(kVisitor)) > 2 || s_.Clock >= 120 + rng_.rand(60)) return;
     for (int side : {kVisitor, kHome}) {
@@ -724,7 +726,7 @@ void Game::CoachTimeout() {
             if (slot != kNoSlot && s_.Energy[at(side)][at(slot)] < 95) tired = true;
         }
         if (!tired && leadOf(side) > 0) continue;
-        if (telling()) tell("Timeout " + session_.side(side).team.City.str());
+        DescribeTimeout(side);
         restoreEveryone();
         s_.coach.timeoutLeft[at(side)] = false;
         s_.coach.coachTimeoutThisStep = true;

@@ -101,7 +101,7 @@ void Game::FaceoffStep() {
     s_.pen.TensionFlag = false;
     if (s_.GameOverFlag) return;
 
-    lines_.clear();
+    play_.startPlay();
     Zone z = s_.PlayZone;
     if (s_.Period == 1 && s_.Clock == periodSeconds() && !ev.openingTold) {
         ev.openingTold = true;
@@ -172,7 +172,9 @@ void Game::FaceoffStep() {
     s_.find.LastPasser = kNoSlot;
     FindCarrier();
     FindPassers();
-    if (shown()) HkSetPlayCallList();
+    // Built whether or not anybody looks: the spots it draws are part of the
+    // play, and a watched game must play as a headless one.
+    HkSetPlayCallList();
 
     bool drawPlay = ev.DrawCall == Call::DrawForward || ev.DrawCall == Call::DrawBack;
     if (winner == ev.AttackingSide && drawPlay) {

@@ -38,7 +38,11 @@ std::string_view gameEndText(GameEnd e) {
 }
 
 Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
-    : session_(session), options_(options), presenter_(presenter ? presenter : &nullPresenter_), rng_(options.seed) {
+    : session_(session),
+      options_(options),
+      presenter_(presenter ? presenter : &nullPresenter_),
+      rng_(options.seed),
+      phrases_(options.phrases ? options.phrases : &builtInPhrases()) {
     const RulesRecord& rules = session_.league().rules;
     bool playoff = session_.PlayoffGame;
     periods_ = std::max(1, periodsPerGame(rules));
@@ -46,7 +50,6 @@ Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
     overtimeMinutes_ = overtimeMinutes(rules, playoff);
     overtimeType_ = overtimeType(rules, playoff);
     shootoutRounds_ = tallyrink::shootoutRounds(rules, playoff);
-    lines_.reserve(16);
 }
 
 // ---- Start ------------------------------------------------------------------
@@ -72,7 +75,7 @@ void Game::InitGame() {
     }
     s_.events.blocksByPeriod.reserve(8);
     s_.events.blocksByPeriod.assign(1, {0, 0});
-    narrationRng_ = Random(options_.seed ^ 0x9e3779b97f4a7c15ULL);
+    initNarration();
     coachInit();
     initChances();
 }
@@ -171,10 +174,11 @@ void Game::PlayStep() {
     if (s_.Paused || s_.GameOverFlag) return;
     if (s_.PlayZone == Zone::Shootout) {
         if (s_.ProbeOnly) return;
-        lines_.clear();
+        play_.startPlay();
         ShootoutStep();
         GameOverCheck();
-        if (shown()) presenter_->ShowPlayLines(*this, lines_);
+        if (shown()) presenter_->ShowPlayLines(*this, playLines());
+        play_.endPlay();
         resumeDriver();
         return;
     }
@@ -189,7 +193,7 @@ void Game::PlayStep() {
         FaceoffStep();
     }
     if (!s_.ProbeOnly) {
-        if (!s_.entryFromFaceoff) lines_.clear();  // the draw's lines belong to this play
+        if (!s_.entryFromFaceoff) play_.startPlay();  // the draw's lines belong to this play
         s_.EntryZone = s_.PlayZone;
         if (!isOffenseState(s_.PlayZone) && s_.PlayRating == 0) SetPlayRating();
     }
@@ -224,8 +228,9 @@ void Game::PlayStep() {
         presenter_->ShowClock(*this);
         presenter_->ShowIce(*this);
         if (s_.PlayZone == Zone::OffenseZone) presenter_->ShowOffenseTargets(*this);
-        presenter_->ShowPlayLines(*this, lines_);
+        presenter_->ShowPlayLines(*this, playLines());
     }
+    play_.endPlay();
     resumeDriver();
 }
 
@@ -387,7 +392,7 @@ void Game::ShootoutStep() {
     s_.LastPlayResult = s_.PlayResult;
     if (shooter != kNoSlot) s_.ShootoutUsed[at(side)][at(shooter)] = true;
     if (goal) ++s_.ShootoutGoals[at(side)];
-    if (telling()) tell(std::string(text(s_.PlayResult)));
+    DescribeShootoutAttempt(side, shooter, goal);
 
     int left = std::max(shootoutRounds_ - round, 0);
     int leftVisitor = left;
@@ -546,6 +551,7 @@ void Game::endOfPeriod() {
         return;
     }
     if (s_.Clock > 0) return;
+    DescribePeriodEnd(s_.Period >= periods_ && !tied);
     s_.periodEnds = false;
     s_.Momentum = s_.Momentum > 0 ? std::max(0.0, s_.Momentum - .2) : std::min(0.0, s_.Momentum + .2);
     restoreEveryone();
@@ -572,12 +578,12 @@ void Game::endOfPeriod() {
     }
     bool anotherPeriod = overtimeMinutes_ > 0 && (s_.Period == periods_ || overtimeType_ == 1);
     if (anotherPeriod) {
-        if (telling()) tell(s_.Period == periods_ ? "overtime!" : "we'll play another period!");
+        say(words(phrase(s_.Period == periods_ ? 221 : 223)));
         nextPeriod(overtimeSeconds());
         return;
     }
     if (shootoutRounds_ > 0) {
-        if (telling()) tell("we're headed for a shootout!");
+        say(words(phrase(222)));
         s_.PlayZone = Zone::Shootout;
         s_.PuckTeam = kVisitor;
         s_.shootoutSide = kVisitor;
@@ -660,6 +666,6 @@ void Game::resumeDriver() {
     if (!s_.NoDisplay && !driverRunning_) SetPlayBox();
 }
 
-void Game::tell(std::string line) { lines_.push_back(std::move(line)); }
+void Game::tell(std::string line) { play_.addPlain(std::move(line)); }
 
 }  // namespace tallyrink

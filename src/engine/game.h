@@ -22,8 +22,10 @@
 #include "engine/events.h"
 #include "engine/find_tools.h"
 #include "engine/live_stats.h"
+#include "engine/narration.h"
 #include "engine/penalties.h"
 #include "engine/play_chances.h"
+#include "engine/play_lines.h"
 #include "engine/play_state.h"
 #include "engine/presenter.h"
 #include "engine/team_load.h"
@@ -49,6 +51,24 @@ struct GameOptions {
     // The league's season against its eras (league games outside the
     // playoffs; see seasonCalibration).
     SeasonCalibration calibration{};
+    // The wordings of the play-by-play; null: the built-in ones. Must
+    // outlive the game.
+    const PhraseTable* phrases = nullptr;
+    // "Short" play-by-play: a presenter is shown one line a stoppage, shot
+    // result or penalty instead of the full telling.
+    bool shortPlayByPlay = false;
+    // Marks the last line of a play that made a scoring chance "  *SC*".
+    bool markScoringChances = false;
+};
+
+// The units a side has on the ice and how many it may choose from in the
+// present manpower (special teams choose the unit only: pairs 0).
+struct LineChoice {
+    int forwards = 1;
+    int pair = 1;
+    int forwardUnits = 4;
+    int pairs = 3;
+    bool goaliePulled = false;
 };
 
 // A goal, for the scoring summary.
@@ -174,7 +194,14 @@ public:
     [[nodiscard]] const GameState& state() const { return s_; }
     GameState& editState() { return s_; }
     [[nodiscard]] const GameSession& session() const { return session_; }
-    [[nodiscard]] const std::vector<std::string>& playLines() const { return lines_; }
+    // The lines of the last play as the presenter was shown them.
+    [[nodiscard]] const std::vector<std::string>& playLines() const {
+        return options_.shortPlayByPlay ? play_.shortTexts() : play_.texts();
+    }
+    // The full telling of the last play with each line's marks.
+    [[nodiscard]] const PlayLines& playTelling() const { return play_; }
+    // Scoring chances of `side` so far, as the telling judged its shots.
+    [[nodiscard]] int scoringChances(int side) const { return told_.chances[static_cast<std::size_t>(side)]; }
     [[nodiscard]] int periods() const { return periods_; }
     [[nodiscard]] int periodSeconds() const { return minutes_ * 60; }
     [[nodiscard]] int overtimeSeconds() const { return overtimeMinutes_ * 60; }
@@ -331,18 +358,39 @@ private:
     void RushAssists();
     void onDelay();
     // Events: the play-by-play lines (narration.cpp).
-    [[nodiscard]] std::string nameOf(int side, int slot) const;
+    void initNarration();
+    std::string_view phrase(int key);
+    std::string_view phrase(int base, int count);
+    int roll(int n) { return rng_.rand(n); }
+    // Builds a sentence from its parts only when the game is told.
+    template <class... P>
+    std::string words(const P&... parts) const;
+    LineMarks& say(std::string text, NamedMan opens = {}, NamedMan ends = {});
+    LineMarks& sayFor(int side, std::string text, NamedMan opens = {}, NamedMan ends = {});
+    void sayPossession(int side, int slot);
+    void sayPass(int side, int from, int to);
+    void sayShotResult();
+    [[nodiscard]] std::string lastText() const;
+    [[nodiscard]] int shooterDepth() const;
+    [[nodiscard]] bool goalieBeaten(int side, int goalie) const;
+    [[nodiscard]] const std::string& nameOf(int side, int slot) const;
     [[nodiscard]] std::string teamName(int side) const;
+    [[nodiscard]] std::string cityOf(int side) const;
     void DescribeOpening();
     void DescribeNewGoalie(int side);
     void DescribeCircleChange(int side, int out, int in);
     void DescribeTension();
     void DescribeFaceoffResult(int winner);
     void DescribeShot();
+    void DescribeSave();
+    void DescribeShotsNoGoal();
+    void DescribeMiss();
     void DescribeBlock(int side, int blocker);
     void DescribeGoalLead();
     void DescribeVideoReview();
     void DescribeGoalCredit(int scorer);
+    void DescribeGoalColor(int scorer);
+    void DescribeGoalClose(int scorer);
     void DescribeAssists();
     void DescribeKnockedAway(int side, int defender);
     void DescribeReboundClear();
@@ -367,8 +415,20 @@ private:
     void DescribeRush();
     void DescribeRetreat();
     void DescribeDelay();
-    // Draws of the telling only, so that a told game plays as an untold one.
-    Random narrationRng_{0};
+    void DescribePeriodEnd(bool last);
+    void DescribePenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes);
+    void DescribeBackOnIce(int side, int slot);
+    void DescribeDelayedPenalty(int side, int offender);
+    void DescribeFight(std::array<int, 2> fighter);
+    void DescribePenaltyShot(int side, int shooter, bool goal);
+    void DescribeInjury(int side, int slot, int games);
+    void DescribeGoaliePull(int side);
+    void DescribeTimeout(int side);
+    void DescribeLineChange(int side);
+    void countScoringChance(double quality);
+    void DescribeGameSituation();
+    void DescribeDeke(bool beatHim);
+    void DescribeShootoutAttempt(int side, int shooter, bool goal);
     // The chances' part of InitGame: goalie form and calibration.
     void initChances();
     // Carrier, passers and spots for the zone a result left the puck in.
@@ -446,6 +506,18 @@ public:
     // The breakout call of the side with the puck (at a draw: its faceoff call).
     Call ChooseOffensePlay(int side, bool faceoff);
     Call ChooseShooterPlay(int side);
+    // ---- A human coach's bench (line_change.cpp) ----
+    // Why `side` may not change lines now; empty when it may.
+    [[nodiscard]] std::string lineChangeRefusal(int side) const;
+    [[nodiscard]] LineChoice linesOnIce(int side) const;
+    // Sends out forward unit `forwards` and defense pair `pair` (from 1; 0
+    // keeps the one on the ice). Returns the refusal, empty when done.
+    std::string HumanLineChange(int side, int forwards, int pair);
+    // Takes the goalie out for an extra attacker, or puts him back.
+    std::string HumanGoaliePull(int side, bool pull);
+    // The change the computer coach would make now ("CPU Change").
+    std::string RollLines(int side);
+
     // The position (0 to 5) the play goes to in the offensive zone, or
     // kNoTarget.
     int ChooseOffenseTarget(int side);
@@ -485,7 +557,9 @@ private:
     Random rng_;
     std::array<LineupTeam, 2> teams_{};
     GameState s_;
-    std::vector<std::string> lines_;
+    const PhraseTable* phrases_;
+    PlayLines play_;
+    NarrationState told_;
     PlayChances chances_{};
     bool driverRunning_ = false;
 

@@ -260,8 +260,7 @@ void Game::endPenalty(int side, std::size_t index, bool told) {
         s_.find.PlayerOut[at(side)][at(p.server)] = true;
         return;
     }
-    if (told && telling() && p.shortHanded)
-        tell(fmt::format("{} is back on the ice", session_.side(side).DisplayName[at(p.server)]));
+    if (told && p.shortHanded) DescribeBackOnIce(side, p.server);
 }
 
 void Game::runPenaltyClock(double seconds, bool sinceLastRun) {
@@ -428,10 +427,7 @@ BoxPenalty& Game::addToBox(int side, int offender, int server, PenaltyType type,
 }
 
 void Game::tellPenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes) {
-    if (!telling()) return;
-    const SideTables& t = session_.side(side);
-    std::string who = offender == kNoSlot ? "bench" : t.DisplayName[at(offender)];
-    tell(fmt::format("PENALTY {}: {}, {} minutes ({}) for {}", t.team.Abbrev.str(), who, minutes, text(type), name));
+    DescribePenalty(side, offender, type, name, minutes);
 }
 
 void Game::assessPenalty(int side, int offender, PenaltyType type, PenaltyKind kind, std::string_view name) {
@@ -580,7 +576,7 @@ void Game::onPenalty(int side) {
             pen.DelayedState = 1;
             pen.delayedSide = side;
             pen.delayedOffender = offender;
-            if (telling()) tell(fmt::format("Delayed penalty on {}", session_.side(side).DisplayName[at(offender)]));
+            DescribeDelayedPenalty(side, offender);
             return;
         }
     }
@@ -861,9 +857,7 @@ void Game::fight(std::array<int, 2> fighter, int keener) {
     pen.kind = PenaltyKind::Fight;
     ++pen.fightCount;
     if (pen.fightCount >= 2) pen.rousedGame = true;
-    if (telling())
-        tell(fmt::format("FIGHT: {} and {} drop the gloves", session_.side(kVisitor).DisplayName[at(fighter[0])],
-                         session_.side(kHome).DisplayName[at(fighter[1])]));
+    DescribeFight(fighter);
     for (int side : {kVisitor, kHome}) {
         int slot = fighter[at(side)];
         ++pen.fights[at(side)];
@@ -948,9 +942,7 @@ bool Game::PenaltyShot(int side, int fouled) {
     }
     raise(p.PenaltyShotsTaken);
     if (goal) raise(shooters.team.GoalsPenaltyShot[1]);
-    if (telling())
-        tell(fmt::format("PENALTY SHOT {}: {} {}", shooters.team.Abbrev.str(), shooters.DisplayName[at(shooter)],
-                         goal ? "scores!" : "is stopped"));
+    DescribePenaltyShot(side, shooter, goal);
     ++s_.Shots[at(side)];
     ++s_.shotsByPeriod.back()[at(side)];
     if (goal) {
@@ -1029,13 +1021,7 @@ void Game::injure(int side, int slot, int owed) {
     pen.InjuredInGame[at(side)][at(slot)] = static_cast<std::int16_t>(games);
     pen.InjuryKind[at(side)][at(slot)] = static_cast<std::uint8_t>(games > 0 ? 4 : rng_.rand(4));
     if (pen.InjuryKind[at(side)][at(slot)] > 3) s_.find.PlayerOut[at(side)][at(slot)] = true;
-    if (telling()) {
-        const SideTables& t = session_.side(side);
-        std::string how = games > 0                                ? fmt::format("out for about {} games", games)
-                          : pen.InjuryKind[at(side)][at(slot)] > 3 ? "done for the night"
-                                                                   : "helped off the ice";
-        tell(fmt::format("{} ({}) is hurt, {}", t.DisplayName[at(slot)], t.team.Abbrev.str(), how));
-    }
+    DescribeInjury(side, slot, games);
     recountSkaters();
 }
 

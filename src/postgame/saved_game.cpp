@@ -152,7 +152,7 @@ void readResumeBlock(std::span<const std::uint8_t> bytes, const std::filesystem:
     g.inputs.resize(n);
     for (GameInput& in : g.inputs) {
         auto kind = r.le<std::uint8_t>();
-        if (kind < 1 || kind > static_cast<std::uint8_t>(GameInputKind::RunTo))
+        if (kind < 1 || kind > static_cast<std::uint8_t>(GameInputKind::Roll))
             throw FileError(
                 fmt::format("{}: the resume block holds an input of unknown kind {}", file.string(), int{kind}));
         in.kind = static_cast<GameInputKind>(kind);
@@ -199,6 +199,15 @@ void RecordedGame::apply(const GameInput& in) {
         case GameInputKind::RunTo:
             game_.runTo(static_cast<AutoStop>(in.a));
             break;
+        case GameInputKind::Lines:
+            game_.HumanLineChange(in.a, in.b % 16, in.b / 16);
+            break;
+        case GameInputKind::Goalie:
+            game_.HumanGoaliePull(in.a, in.b != 0);
+            break;
+        case GameInputKind::Roll:
+            game_.RollLines(in.a);
+            break;
     }
     inputs_.push_back(in);
 }
@@ -219,6 +228,22 @@ void RecordedGame::setCoach(int side, CoachKind kind) {
     apply({GameInputKind::Coach, byte(side), static_cast<std::uint8_t>(kind == CoachKind::Computer ? 1 : 0)});
 }
 void RecordedGame::runTo(AutoStop stop) { apply({GameInputKind::RunTo, static_cast<std::uint8_t>(stop), 0}); }
+
+std::string RecordedGame::lineChange(int side, int forwards, int pair) {
+    std::string refusal = game_.HumanLineChange(side, forwards, pair);
+    if (refusal.empty()) inputs_.push_back({GameInputKind::Lines, byte(side), byte(forwards % 16 + 16 * (pair % 16))});
+    return refusal;
+}
+std::string RecordedGame::goaliePull(int side, bool out) {
+    std::string refusal = game_.HumanGoaliePull(side, out);
+    if (refusal.empty()) inputs_.push_back({GameInputKind::Goalie, byte(side), static_cast<std::uint8_t>(out ? 1 : 0)});
+    return refusal;
+}
+std::string RecordedGame::rollLines(int side) {
+    std::string refusal = game_.RollLines(side);
+    if (refusal.empty()) inputs_.push_back({GameInputKind::Roll, byte(side), 0});
+    return refusal;
+}
 
 void RecordedGame::replay(const std::vector<GameInput>& inputs) {
     inputs_.clear();

@@ -44,6 +44,9 @@ enum class GameInputKind : std::uint8_t {
     Continue = 4,   // ContinueCommand
     Coach = 5,      // setCoach(side, kind)
     RunTo = 6,      // runTo(stop)
+    Lines = 7,      // HumanLineChange(side, forward unit, pair): b holds unit + 16 * pair
+    Goalie = 8,     // HumanGoaliePull(side, out)
+    Roll = 9,       // RollLines(side)
 };
 
 struct GameInput {
@@ -67,6 +70,10 @@ public:
     void proceed();
     void setCoach(int side, CoachKind kind);
     void runTo(AutoStop stop);
+    // The bench's moves; a refused one changes nothing and isn't kept.
+    std::string lineChange(int side, int forwards, int pair);
+    std::string goaliePull(int side, bool out);
+    std::string rollLines(int side);
 
     // InitGame, then `inputs` in order; they become this game's inputs.
     void replay(const std::vector<GameInput>& inputs);

@@ -61,7 +61,9 @@ std::vector<CallChoice> callChoices(const Game& game, int side) {
             for (int k = 0; k < find.openCount && key <= '6'; ++k) {
                 const OpenMan& m = find.openMen[static_cast<std::size_t>(k)];
                 if (m.slot == kNoSlot) continue;
-                std::string where = m.hasPuck ? std::string("Puck") : std::string(spotText(m.spot));
+                // The man with the puck now, which may have changed since the list was drawn.
+                bool puck = m.slot == find.Carrier;
+                std::string where = puck ? std::string("Puck") : std::string(spotText(m.spot));
                 out.push_back(
                     {key,
                      fmt::format("{}-{} ({}, shot {}, pass {})", key,

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <sstream>
 
 #include "support/made_up_game.h"
@@ -70,6 +71,62 @@ TEST(TerminalCoaching, SaveStopsAtTheCallAndLeavesTheQuestionStanding) {
     std::istringstream plain("s\nq\n");
     EXPECT_EQ(cli::coachRecordedGame(recorded, c.presenter, plain, c.out, false), cli::CoachingEnd::GameOver);
     EXPECT_NE(c.out.str().find("Invalid Choice!"), std::string::npos);
+}
+
+// A coach who always takes the first choice reaches the offensive zone,
+// where the open men are offered first, each with where he stands and the
+// grades of his shot and of a pass to him, then the four plays.
+TEST(TerminalCoaching, TheOffensiveZoneMenuOffersTheOpenMenWithTheirGrades) {
+    Coached c;
+    auto game = c.game(kVisitor);
+    std::string script;
+    for (int i = 0; i < 300; ++i) script += "1\n";
+    std::istringstream in(script + "q\n");
+    cli::coachGame(*game, c.presenter, in, c.out);
+    std::string text = c.out.str();
+    static const std::regex row(
+        R"(1-[^ ].* \((Puck|Behind|Screen|In|Mid|Out), shot \d+, pass \d+\).*7-Shoot  8-Pass  9-Dump  0-Retreat)");
+    std::istringstream lines(text);
+    int menus = 0;
+    int withPuck = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("7-Shoot") == std::string::npos) continue;
+        ++menus;
+        EXPECT_TRUE(std::regex_search(line, row)) << line;
+        if (line.find("(Puck,") != std::string::npos) ++withPuck;
+    }
+    EXPECT_GT(menus, 5) << text;
+    EXPECT_EQ(withPuck, menus);  // the carrier is always among the men shown
+    EXPECT_TRUE(game->state().GameEndedFlag);
+}
+
+// At a stoppage the coach sends out other lines and the game tells it; in
+// play, or after his side iced the puck, he is refused.
+TEST(TerminalCoaching, TheCoachChangesLinesAtAStoppageOnly) {
+    Coached c;
+    auto game = c.game(kHome);
+    std::istringstream in("l 3 2\nl 7\nq\n");
+    cli::coachGame(*game, c.presenter, in, c.out);
+    std::string text = c.out.str();
+    EXPECT_NE(text.find("forward unit 3 of 4, defense pair 2 of 3"), std::string::npos) << text;
+    EXPECT_NE(text.find("There is no forward unit 7: choose 1 to 4"), std::string::npos) << text;
+
+    auto refused = c.game(kHome);
+    refused->InitGame();
+    GameState& s = refused->editState();
+    s.PlayZone = Zone::NeutralZone;
+    EXPECT_EQ(refused->HumanLineChange(kHome, 2, 1), "You may not make a line change in this situation!");
+    s.PuckTeam = kVisitor;
+    s.PlayZone = Zone::OffenseZone;
+    EXPECT_EQ(refused->HumanGoaliePull(kHome, true),
+              "You may not replace the goalie during an offensive zone play in progress!");
+    // The home side iced it: the draw is in its end and the rules keep its men on.
+    s.PlayZone = faceoffZone(FaceoffSpot::Defense, kHome, 1);
+    s.LastPlayResult = Result::Clear;
+    EXPECT_EQ(refused->HumanLineChange(kHome, 2, 1), "You may not change lines after icing!");
+    EXPECT_EQ(refused->HumanLineChange(kVisitor, 2, 1), "");
+    EXPECT_EQ(refused->linesOnIce(kVisitor).forwards, 2);
+    EXPECT_EQ(refused->linesOnIce(kHome).forwards, 1);
 }
 
 TEST(TerminalCoaching, ScoreboardShowsClockScoreShotsAndStrength) {

@@ -352,14 +352,15 @@ TEST_F(PenaltyGame, APenaltyShotIsTakenAndCounted) {
     int fouled = skater(kVisitor, 1);
     int goalie = s().goalie[kHome];
     int goals = 0;
-    for (int i = 0; i < 40; ++i) goals += game->PenaltyShot(kVisitor, fouled) ? 1 : 0;
+    for (int i = 0; i < 200; ++i) goals += game->PenaltyShot(kVisitor, fouled) ? 1 : 0;
     const PlayerRecord& p = session->side(kVisitor).player(fouled);
-    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotAttempts, 40);
+    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotAttempts, 200);
     EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotGoals, goals);
-    EXPECT_EQ(statLine(session->side(kHome).player(goalie), StatLineIndex::Game).GoaliePenaltyShotsFaced, 40);
+    EXPECT_EQ(statLine(session->side(kHome).player(goalie), StatLineIndex::Game).GoaliePenaltyShotsFaced, 200);
     EXPECT_EQ(s().Score[kVisitor], goals);
-    EXPECT_GT(goals, 2);
-    EXPECT_LT(goals, 30);
+    // Some go in, most don't.
+    EXPECT_GT(goals, 10);
+    EXPECT_LT(goals, 150);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
     EXPECT_EQ(s().pen.PenaltyMinutes, (std::array<int, 2>{0, 0}));
 }
@@ -394,14 +395,25 @@ TEST_F(PenaltyGame, FightersGetMajorsAndTheSidesStayEven) {
     int v = skater(kVisitor, 0), h = skater(kHome, 0);
     int before = session->side(kVisitor).player(v).Fights[2];
     game->fight({v, h}, kVisitor);
-    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    // The referee may add a minor for what was said to him; only that
+    // puts a side short, never the fighting majors.
+    for (int side : {kVisitor, kHome}) {
+        int extraMinutes = 0;
+        int short_ = 0;
+        for (const BoxPenalty& b : box(side)) {
+            if (b.type == PenaltyType::Major) continue;
+            extraMinutes += b.PenaltySeconds / 60;
+            if (b.shortHanded) ++short_;
+        }
+        EXPECT_EQ(skaters()[std::size_t(side)], 5 - short_);
+        EXPECT_EQ(s().pen.PenaltyMinutes[std::size_t(side)], 5 + extraMinutes);
+        EXPECT_EQ(s().pen.PowerPlays[std::size_t(1 - side)], short_ > 0 ? 1 : 0);
+    }
     EXPECT_TRUE(game->offIce(kVisitor, v));
     EXPECT_TRUE(game->offIce(kHome, h));
-    EXPECT_EQ(s().pen.PenaltyMinutes, (std::array<int, 2>{5, 5}));
     EXPECT_EQ(session->side(kVisitor).player(v).Fights[2], before + 1);
     EXPECT_EQ(session->side(kHome).team.FightsCount[1], 1);
     EXPECT_EQ(s().pen.fightCount, 1);
-    EXPECT_EQ(s().pen.PowerPlays, (std::array<int, 2>{0, 0}));
     game->runPenaltyClock(300);
     EXPECT_FALSE(game->offIce(kVisitor, v));
 }
