@@ -25,6 +25,7 @@
 #include "engine/penalties.h"
 #include "engine/play_chances.h"
 #include "engine/play_state.h"
+#include "engine/play_tally.h"
 #include "engine/presenter.h"
 #include "engine/team_load.h"
 #include "league/random.h"
@@ -192,6 +193,8 @@ public:
         return s_.Skaters[i] + (s_.GoaliePulled[i] ? 1 : 0);
     }
     [[nodiscard]] int strengthEdge() const { return strength(s_.PuckTeam) - strength(s_.OtherTeam()); }
+    // What this game's steps drew, for tuning (simulate --detail).
+    [[nodiscard]] const PlayTally& tally() const { return tally_; }
 
     // ---- Chances: selection tools, shot model, chance table ----------------
     // Weighted picks among the players on the ice (find_tools.cpp). Each
@@ -400,6 +403,9 @@ private:
 
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
+    // Adds a played step to the tally: the zone it started in, the result
+    // drawn and the puck team's edge in men then.
+    void countStep(Zone zone, Result drawn, int edge);
     Result splitTurnover(const PlayChances& c);
     Result applyOverrides(Result r);
     void FaceoffStep();
@@ -424,7 +430,8 @@ private:
 
     // Lines and the ice.
     void putUnitOnIce(int side);
-    double eraPace();
+    // The play time `pt` at the pace of the era of a man on the ice.
+    double eraPace(double pt);
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();
     void tell(std::string line);
@@ -487,6 +494,8 @@ private:
     GameState s_;
     std::vector<std::string> lines_;
     PlayChances chances_{};
+    PlayTally tally_{};
+    std::array<int, 2> stepStrength_{5, 5};  // skaters of each side when the step's result was drawn
     bool driverRunning_ = false;
 
     int periods_ = 3;
