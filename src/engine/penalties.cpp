@@ -21,7 +21,7 @@ constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
 // half, before the game's circumstances: set so that a season of the
 // present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 17;
+constexpr double kPenaltyBase = 18.5;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 constexpr double kFightDivisor = 2.4;
 
