@@ -1,4 +1,5 @@
 #include "engine/game.h"
+#include "engine/goalie_rest.h"
 
 #include <fmt/core.h>
 
@@ -65,7 +66,7 @@ void Game::InitGame() {
         team = session_.lineupTeam(side);
         team.candidate = BuildFitList(t.GameRoster, t.TeamId, t.DressedToday);
         for (std::size_t slot = 0; slot < kRosterSlots; ++slot) s_.Energy[at(side)][slot] = t.MaxEnergy[slot];
-        s_.goalie[at(side)] = chooseGoalie(team, kNoSlot);
+        s_.goalie[at(side)] = chooseGoalie(team, dayStarter(side, team));
         putUnitOnIce(side);
         clearGameLines(t.GameRoster, t.team);
     }
@@ -73,6 +74,14 @@ void Game::InitGame() {
     narrationRng_ = Random(options_.seed ^ 0x9e3779b97f4a7c15ULL);
     coachInit();
     initChances();
+}
+
+// A league game of the season rotates the goalies; the playoffs and
+// exhibitions ride the first of the chart.
+int Game::dayStarter(int side, const LineupTeam& team) {
+    if (session_.PlayoffGame || session_.GameType != 'L') return kNoSlot;
+    const SideTables& t = session_.side(side);
+    return startingGoalie(team, {t.team.TeamFor[0].GP, t.SeasonGames}, rng_);
 }
 
 void Game::playToEnd() {

@@ -406,6 +406,8 @@ private:
     // Adds a played step to the tally: the zone it started in, the result
     // drawn and the puck team's edge in men then.
     void countStep(Zone zone, Result drawn, int edge);
+    // The goalie who starts today for `side`, kNoSlot for the chart's first.
+    int dayStarter(int side, const LineupTeam& team);
     Result splitTurnover(const PlayChances& c);
     Result applyOverrides(Result r);
     void FaceoffStep();

@@ -23,7 +23,7 @@ constexpr int kMisconductSeconds = 600;
 // present chance table comes near the penalty minutes of its era.
 constexpr double kPenaltyBase = 18.5;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
-constexpr double kFightDivisor = 2.4;
+constexpr double kFightDivisor = 1.2;
 
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }

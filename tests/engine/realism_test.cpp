@@ -1,0 +1,145 @@
+// Whole games against their era: a made-up league of 2017 played without a
+// season behind it must come out near the era table's goals, shots, save
+// percentage and penalty minutes, and the pieces that set those figures
+// (the class of a shot, the length of a play, the tally that counts them)
+// must do what they claim.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "engine/game.h"
+#include "engine/play_tally.h"
+#include "engine/shooting.h"
+#include "league/era.h"
+#include "support/made_up_game.h"
+#include "support/source_tree.h"
+
+namespace tallyrink {
+namespace {
+
+using test::shippedEra;
+
+struct SeasonFigures {
+    int games = 0;
+    double goals = 0, shots = 0, pim = 0;
+    int pastRegulation = 0;
+    PlayTally tally;
+
+    double perTeamGame(double total) const { return total / (2.0 * games); }
+    double savePct() const { return 100 * (shots - goals) / shots; }
+};
+
+// Every pairing of the league, home and away, `rounds` times over, as
+// league games with nothing posted.
+SeasonFigures playLeague(const RulesRecord& rules, int rounds) {
+    const test::MadeUpLeague& league = test::madeUpLeague(8, 2017);
+    SeasonFigures out;
+    std::uint64_t seed = 1;
+    int n = static_cast<int>(league.teams.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (int v = 0; v < n; ++v) {
+            for (int h = 0; h < n; ++h) {
+                if (v == h) continue;
+                auto session = test::loadedGame(league, rules, ++seed, v, h);
+                session->GameActive = true;
+                session->GameType = 'L';
+                Game game(*session, GameOptions{.seed = seed * 7919});
+                game.playToEnd();
+                const GameState& s = game.state();
+                ++out.games;
+                for (int side : {kVisitor, kHome}) {
+                    out.goals += s.Score[std::size_t(side)];
+                    out.shots += s.Shots[std::size_t(side)];
+                    out.pim += s.pen.PenaltyMinutes[std::size_t(side)];
+                }
+                if (s.endedBy == GameEnd::Overtime || s.endedBy == GameEnd::Shootout) ++out.pastRegulation;
+                out.tally.add(game.tally());
+                long steps = 0;
+                for (long k : game.tally().steps) steps += k;
+                EXPECT_EQ(steps, s.steps) << "every step of a game is in its tally";
+            }
+        }
+    }
+    return out;
+}
+
+RulesRecord leagueRules() {
+    RulesRecord rules = defaultRules(2017);
+    rules.AlternateRealityCheck = 0;
+    return rules;
+}
+
+TEST(Realism, AMadeUpSeasonPlaysNearItsEra) {
+    SeasonFigures f = playLeague(leagueRules(), 3);  // 168 games
+    EraFigures era = figuresOf(shippedEra().yearOr(2017, 2017), EraLevel::Professional);
+    // Bands wide enough for the games of one seed, narrow enough to catch a
+    // shot model or a clock that is off by a tenth.
+    EXPECT_NEAR(f.perTeamGame(f.goals), era.goalsPerTeam, 0.3);
+    EXPECT_NEAR(f.perTeamGame(f.shots), era.shotsPerTeam(), 2.5);
+    EXPECT_NEAR(f.savePct(), era.savePct, 1.0);
+    EXPECT_NEAR(f.perTeamGame(f.pim), era.pimPerGame / 2, 1.5);
+    double past = 100.0 * f.pastRegulation / f.games;
+    EXPECT_GT(past, 8);
+    EXPECT_LT(past, 35);
+    // Most shots come from the own half, but not all of them from outside:
+    // set plays and own-half shots with no depth reach the slot and the
+    // middle.
+    const auto& byClass = f.tally.byClass;
+    long near = byClass[kShotInside].tried + byClass[kShotMid].tried;
+    EXPECT_GT(near * 6, byClass[kShotOutside].tried);
+}
+
+TEST(Realism, OvertimeRulesSetThePaceOfEveryPlay) {
+    // The league's overtime length stretches the plays of all periods.
+    RulesRecord none = leagueRules();
+    none.OTLengthlist = 0;
+    RulesRecord five = leagueRules();
+    five.OTLengthlist = 1;
+    auto secondsPerStep = [](const SeasonFigures& f) {
+        auto z = static_cast<std::size_t>(Zone::DefenseZone);
+        return f.tally.seconds[z] / static_cast<double>(f.tally.steps[z]);
+    };
+    double plain = secondsPerStep(playLeague(none, 1));
+    double stretched = secondsPerStep(playLeague(five, 1));
+    EXPECT_GT(stretched / plain, 1.03);
+    EXPECT_LT(stretched / plain, 1.12);
+}
+
+// A hand-set state: the visitor's man at ice position `pos` has the puck in
+// `zone` at `spot`; the shot class the table gives him.
+int shotClassOf(Zone zone, int pos, int spot, std::uint64_t seed) {
+    auto session = test::loadedGame(test::madeUpLeague(8, 2017), leagueRules(), 3);
+    Game game(*session, GameOptions{.seed = seed});
+    game.InitGame();
+    GameState& s = game.editState();
+    s.PuckTeam = s.StepPuckTeam = kVisitor;
+    s.PlayZone = zone;
+    s.PlayCall = zone == Zone::OffenseZone ? Call::Shoot : Call::Balanced;
+    s.PlayRating = 5.7;
+    s.find.Carrier = s.onIce[kVisitor].slot[std::size_t(pos)];
+    s.find.Spot = {};
+    s.find.Spot[std::size_t(pos)] = spot;
+    return game.ProbeOnly().ShotClass;
+}
+
+TEST(Realism, OwnHalfShotsTakeTheClassOfAShotWithNoDepth) {
+    int mid = 0, outside = 0;
+    for (std::uint64_t seed = 1; seed <= 40; ++seed) {
+        // A defenseman shoots from outside wherever he is.
+        EXPECT_EQ(shotClassOf(Zone::DefenseZone, 3, kSpotOut, seed), kShotOutside);
+        // A forward from his own half: mid range now and then, though the
+        // carrier's tool put him at the point.
+        int c = shotClassOf(Zone::NeutralZone, 1, kSpotOut, seed);
+        EXPECT_TRUE(c == kShotMid || c == kShotOutside) << c;
+        (c == kShotMid ? mid : outside) += 1;
+    }
+    EXPECT_GT(mid, 3);
+    EXPECT_GT(outside, mid);
+    // In the offensive zone the depth decides.
+    EXPECT_EQ(shotClassOf(Zone::OffenseZone, 1, kSpotIn, 1), kShotInside);
+    EXPECT_EQ(shotClassOf(Zone::OffenseZone, 1, kSpotOut, 1), kShotOutside);
+}
+
+}  // namespace
+}  // namespace tallyrink
