@@ -56,6 +56,7 @@ Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
 
 void Game::InitGame() {
     s_ = GameState{};
+    fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;
     s_.Clock = periodSeconds();
     s_.shotsByPeriod.assign(1, {0, 0});
@@ -65,7 +66,10 @@ void Game::InitGame() {
         LineupTeam& team = teams_[at(side)];
         team = session_.lineupTeam(side);
         team.candidate = BuildFitList(t.GameRoster, t.TeamId, t.DressedToday);
-        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) s_.Energy[at(side)][slot] = t.MaxEnergy[slot];
+        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
+            s_.Energy[at(side)][slot] = t.MaxEnergy[slot];
+            if (t.player(static_cast<int>(slot)).Fights[0] > 0) fightCounts_ = true;
+        }
         s_.goalie[at(side)] = chooseGoalie(team, dayStarter(side, team));
         putUnitOnIce(side);
         clearGameLines(t.GameRoster, t.team);

@@ -406,6 +406,9 @@ private:
     // Adds a played step to the tally: the zone it started in, the result
     // drawn and the puck team's edge in men then.
     void countStep(Zone zone, Result drawn, int edge);
+    // The factor on the call against the side without the puck from one of
+    // its skaters' replay penalty minutes against his real ones.
+    double penaltySteering();
     // The goalie who starts today for `side`, kNoSlot for the chart's first.
     int dayStarter(int side, const LineupTeam& team);
     Result splitTurnover(const PlayChances& c);
@@ -497,7 +500,9 @@ private:
     std::vector<std::string> lines_;
     PlayChances chances_{};
     PlayTally tally_{};
-    std::array<int, 2> stepStrength_{5, 5};  // skaters of each side when the step's result was drawn
+    std::array<int, 2> stepStrength_{5, 5};
+    bool fightCounts_ =
+        false;  // the rosters carry real fight counts  // skaters of each side when the step's result was drawn
     bool driverRunning_ = false;
 
     int periods_ = 3;

@@ -18,7 +18,7 @@ constexpr double kStyleAtRealUsage = 1.15;
 // own half and stand at the outside depth, which leaves goals per shot about
 // a tenth under the era's; this brings 1,000 games of a made-up league of
 // 2017 to its era's save percentage. The limits of the class still hold.
-constexpr double kShootingLevel = 1.1;
+constexpr double kShootingLevel = 1.28;
 
 int yearOr(int year, int lo, int hi, int fallback) { return year < lo || year > hi ? fallback : year; }
 
@@ -246,9 +246,12 @@ void Game::GoalPct(PlayChances& c) {
         if (shotClass == kShotMid) g = d.mid;
         if (shotClass == kShotOutside) g = d.outside;
     }
-    g = limitByClass(g * kShootingLevel, shotClass, playerPct);
+    const bool stronger = strength(side) > strength(opp);
+    // The power play has its own era terms (step 20 here, the power-play
+    // era of the table), which already bring it to the era's percentage.
+    g = limitByClass(stronger ? g : g * kShootingLevel, shotClass, playerPct);
     // Step 20: the power play.
-    if (strength(side) > strength(opp)) {
+    if (stronger) {
         double cc = shotClass == kShotInside || shotClass == kShotMid ? 1.5 : 0.5;
         g += cc * 0.006;
         if (!s_.ProbeOnly) {
