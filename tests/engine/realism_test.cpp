@@ -1,14 +1,15 @@
 // Whole games against their era: a made-up league of 2017 played without a
 // season behind it must come out near the era table's goals, shots, save
 // percentage and penalty minutes, and the pieces that set those figures
-// (the class of a shot, the length of a play, the tally that counts them)
-// must do what they claim.
+// (the class of a shot, the length of a play, the tally that counts them,
+// the goalie who starts) must do what they claim.
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
 #include "engine/game.h"
+#include "engine/goalie_rest.h"
 #include "engine/play_tally.h"
 #include "engine/shooting.h"
 #include "league/era.h"
@@ -16,6 +17,7 @@
 #include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
+#include "team/positions.h"
 
 namespace tallyrink {
 namespace {
@@ -171,6 +173,68 @@ TEST(Realism, OwnHalfShotsTakeTheClassOfAShotWithNoDepth) {
     // In the offensive zone the depth decides.
     EXPECT_EQ(shotClassOf(Zone::OffenseZone, 1, kSpotIn, 1), kShotInside);
     EXPECT_EQ(shotClassOf(Zone::OffenseZone, 1, kSpotOut, 1), kShotOutside);
+}
+
+// Two goalies dressed: a starter of 60 real games and his backup of 25.
+struct Crease {
+    BySlot<PlayerRecord> roster{};
+    LineupTeam team;
+    Crease() {
+        team.roster = &roster;
+        for (int slot : {0, 1}) {
+            PlayerRecord& g = roster[std::size_t(slot)];
+            g.PlayerId = slot + 1;
+            g.PositionFlags[std::size_t(Flag::Goalie)] = 1;
+            team.candidate[std::size_t(slot)] = true;
+        }
+        starter().DepthGoalie = 10;
+        starter().RatingGoalie = 75;
+        statLine(starter(), StatLineIndex::Real).GP = 60;
+        backup().DepthGoalie = 9;
+        backup().RatingGoalie = 60;
+        statLine(backup(), StatLineIndex::Real).GP = 25;
+    }
+    PlayerRecord& starter() { return roster[0]; }
+    PlayerRecord& backup() { return roster[1]; }
+};
+
+TEST(GoalieRotation, TheStarterPlaysUntilHisRunOrHisShareRestsHim) {
+    Crease c;
+    Random rng(4);
+    // Fresh, on his pace: the first of the chart starts.
+    statLine(c.starter(), StatLineIndex::Replay).GP = 7;
+    c.starter().RosterGames[0] = 1;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 0);
+    // Eight in a row is past the run of a 60-game goalie.
+    c.starter().RosterGames[0] = 8;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 1);
+    // Rested, but already well ahead of his share of starts.
+    c.starter().RosterGames[0] = 0;
+    statLine(c.starter(), StatLineIndex::Replay).GP = 10;
+    statLine(c.backup(), StatLineIndex::Replay).GP = 0;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 1);
+    // A goalie not dressed never starts.
+    c.team.candidate[1] = false;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 0);
+}
+
+TEST(GoalieRotation, ASeasonSharesTheStartsNearTheRealGames) {
+    Crease c;
+    Random rng(11);
+    std::array<int, 2> starts{};
+    for (int game = 0; game < 82; ++game) {
+        int g = startingGoalie(c.team, {game, 82}, rng);
+        ASSERT_TRUE(g == 0 || g == 1);
+        ++starts[std::size_t(g)];
+        for (int slot : {0, 1}) {
+            PlayerRecord& p = c.roster[std::size_t(slot)];
+            p.RosterGames[0] = slot == g ? p.RosterGames[0] + 1 : 0;
+            if (slot == g) ++statLine(p, StatLineIndex::Replay).GP;
+        }
+    }
+    // 60 and 25 real games, 82 to share: about 58 and 24.
+    EXPECT_NEAR(starts[0], 58, 6);
+    EXPECT_NEAR(starts[1], 24, 6);
 }
 
 }  // namespace
