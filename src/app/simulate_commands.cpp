@@ -4,10 +4,13 @@
 
 #include <fmt/core.h>
 
+#include <array>
 #include <memory>
+#include <string>
 
 #include "app/cli.h"
 #include "engine/game.h"
+#include "engine/play_tally.h"
 #include "engine/team_load.h"
 #include "league/era.h"
 
@@ -18,6 +21,7 @@ namespace {
 struct SimulateOptions {
     int games = 100;
     std::uint64_t seed = 1;
+    bool detail = false;
 };
 
 // Totals over all games, both teams together.
@@ -35,6 +39,7 @@ struct Totals {
     double hits = 0;
     int overtime = 0;
     int shootout = 0;
+    PlayTally tally;
 };
 
 void addGame(const Game& game, Totals& t) {
@@ -55,6 +60,7 @@ void addGame(const Game& game, Totals& t) {
     t.fights += s.pen.fightCount;
     if (s.endedBy == GameEnd::Overtime || s.endedBy == GameEnd::Shootout) ++t.overtime;
     if (s.endedBy == GameEnd::Shootout) ++t.shootout;
+    t.tally.add(game.tally());
 }
 
 int leagueYear(const GameSession& session) {
@@ -66,6 +72,51 @@ void printRow(const char* caption, double value, double era, const char* format 
     std::string line = fmt::format("{:<24}", caption) + fmt::format(fmt::runtime(format), value);
     if (era > 0) line += fmt::format(fmt::runtime(format), era);
     fmt::print("{}\n", line);
+}
+
+// Shots of one kind per team and game: tried, the share that reached the
+// net, goals, the goals on the shots on net and the table's mean goal chance
+// for them, which tell a shot model that is off from a table that is off.
+void printShotRow(const std::string& caption, const ShotTallyRow& r, double teamGames) {
+    if (r.tried == 0) return;
+    double onNet = static_cast<double>(r.onNet());
+    fmt::print("{:<24}{:>8.2f}{:>8.1f}{:>8.2f}{:>8.1f}{:>8.1f}{:>8.1f}\n", caption, r.tried / teamGames,
+               100 * onNet / static_cast<double>(r.tried), r.goals / teamGames, onNet > 0 ? 100 * r.goals / onNet : 0.0,
+               onNet > 0 ? 100 * r.goalPctSum / onNet : 0.0, 100.0 * r.blocks / static_cast<double>(r.tried));
+}
+
+void printDetail(const Totals& t) {
+    const PlayTally& tally = t.tally;
+    double teamGames = 2.0 * t.games;
+    long steps = 0;
+    for (long n : tally.steps) steps += n;
+    fmt::print("\nSteps a game {:.1f}, penalty draws a game {:.2f}\n", steps / double(t.games),
+               tally.penaltyDraws / double(t.games));
+    fmt::print("{:<24}{:>8}{:>8}\n", "Zone at the step", "A game", "Secs");
+    fmt::print("{:<40}(results drawn, per cent of the zone's steps)\n", "");
+    for (std::size_t z = 0; z < kZoneCount; ++z) {
+        if (tally.steps[z] == 0) continue;
+        std::string results;
+        for (std::size_t r = 0; r < kResultCount; ++r) {
+            double share = 100.0 * tally.results[z][r] / static_cast<double>(tally.steps[z]);
+            if (share >= 0.5) results += fmt::format(" {} {:.0f}", text(static_cast<Result>(r)), share);
+        }
+        fmt::print("{:<24}{:>8.1f}{:>8.1f} %{}\n", text(static_cast<Zone>(z)), tally.steps[z] / double(t.games),
+                   tally.seconds[z] / static_cast<double>(tally.steps[z]), results);
+    }
+    fmt::print("\n{:<24}{:>8}{:>8}{:>8}{:>8}{:>8}{:>8}\n", "Shots a team-game", "Tried", "Net%", "Goals", "Sh%",
+               "Table%", "Blk%");
+    static constexpr std::array<const char*, 7> classes{"No class", "Inside",     "Mid",    "Outside",
+                                                        "Rush",     "Deflection", "Rebound"};
+    ShotTallyRow all;
+    for (std::size_t k = 0; k < tally.byClass.size(); ++k) {
+        printShotRow(classes[k], tally.byClass[k], teamGames);
+        all.add(tally.byClass[k]);
+    }
+    printShotRow("All", all, teamGames);
+    static constexpr std::array<const char*, 3> strengths{"Even strength", "Power play", "Shorthanded"};
+    for (std::size_t k = 0; k < tally.byStrength.size(); ++k)
+        printShotRow(strengths[k], tally.byStrength[k], teamGames);
 }
 
 void simulate(const GlobalOptions& options, const SimulateOptions& o) {
@@ -119,6 +170,7 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
     printRow("Save pct", t.shots > 0 ? 100 * saves / t.shots : 0, era.savePct, "{:>10.1f}");
     printRow("Games to overtime, pct", 100.0 * t.overtime / t.games, 0, "{:>10.1f}");
     printRow("Games to shootout, pct", 100.0 * t.shootout / t.games, 0, "{:>10.1f}");
+    if (o.detail) printDetail(t);
 }
 
 }  // namespace
@@ -129,6 +181,8 @@ void addSimulateCommands(CLI::App& app, GlobalOptions& options) {
         "simulate", "Play games of the schedule without a screen and print their figures; nothing is written");
     cmd->add_option("--games", o->games, "Games to play, through the schedule and round again")->default_val(100);
     cmd->add_option("--seed", o->seed, "Seed of the draws: the same seed plays the same games")->default_val(1);
+    cmd->add_flag("--detail", o->detail,
+                  "Also show the steps by zone and the shots by class and strength, with the table's goal chance");
     cmd->callback([&options, o] { simulate(options, *o); });
 }
 

@@ -406,12 +406,14 @@ std::array<TargetRow, 6> Game::offenseTargetRows(int side) const {
         }
         r.spot = f.Spot[pos];
         r.carrier = slot == f.Carrier;
+        // The set play looks for the man nearest the net: its tendency to
+        // shoot from a depth, not the shooter's own grade there (a grade
+        // would leave the puck with the man at the point nearly always).
         r.shotTendency = 0;
         for (int i = 0; i < f.openCount; ++i) {
             const OpenMan& m = f.openMen[at(i)];
             if (m.pos != static_cast<int>(pos)) continue;
-            // The list grades a shooter 0 to 10; the play reads four steps.
-            r.shotTendency = m.shotGrade >= 7 ? 3 : m.shotGrade >= 4 ? 2 : m.shotGrade >= 1 ? 1 : 0;
+            r.shotTendency = m.spot == kSpotIn ? 3 : m.spot == kSpotMid ? 2 : m.spot == kSpotOut ? 1 : 0;
             if (m.hasPuck) r.carrier = true;
         }
     }

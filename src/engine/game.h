@@ -27,6 +27,7 @@
 #include "engine/play_chances.h"
 #include "engine/play_lines.h"
 #include "engine/play_state.h"
+#include "engine/play_tally.h"
 #include "engine/presenter.h"
 #include "engine/team_load.h"
 #include "league/random.h"
@@ -219,6 +220,8 @@ public:
         return s_.Skaters[i] + (s_.GoaliePulled[i] ? 1 : 0);
     }
     [[nodiscard]] int strengthEdge() const { return strength(s_.PuckTeam) - strength(s_.OtherTeam()); }
+    // What this game's steps drew, for tuning (simulate --detail).
+    [[nodiscard]] const PlayTally& tally() const { return tally_; }
 
     // ---- Chances: selection tools, shot model, chance table ----------------
     // Weighted picks among the players on the ice (find_tools.cpp). Each
@@ -460,6 +463,14 @@ private:
 
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
+    // Adds a played step to the tally: the zone it started in, the result
+    // drawn and the puck team's edge in men then.
+    void countStep(Zone zone, Result drawn, int edge);
+    // The factor on the call against the side without the puck from one of
+    // its skaters' replay penalty minutes against his real ones.
+    double penaltySteering();
+    // The goalie who starts today for `side`, kNoSlot for the chart's first.
+    int dayStarter(int side, const LineupTeam& team);
     Result splitTurnover(const PlayChances& c);
     Result applyOverrides(Result r);
     void FaceoffStep();
@@ -484,7 +495,8 @@ private:
 
     // Lines and the ice.
     void putUnitOnIce(int side);
-    double eraPace();
+    // The play time `pt` at the pace of the era of a man on the ice.
+    double eraPace(double pt);
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();
     void tell(std::string line);
@@ -561,6 +573,10 @@ private:
     PlayLines play_;
     NarrationState told_;
     PlayChances chances_{};
+    PlayTally tally_{};
+    std::array<int, 2> stepStrength_{5, 5};
+    bool fightCounts_ =
+        false;  // the rosters carry real fight counts  // skaters of each side when the step's result was drawn
     bool driverRunning_ = false;
 
     int periods_ = 3;

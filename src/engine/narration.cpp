@@ -1448,11 +1448,13 @@ void Game::DescribePenaltyShot(int side, int shooter, bool goal) {
 
 void Game::DescribeInjury(int side, int slot, int games) {
     int kind = s_.pen.InjuryKind[at(side)][at(slot)];
-    std::string how = games > 0  ? fmt::format("he'll be out for about {} games", games)
-                      : kind > 3 ? "he's done for the night"
-                                 : "he's helped off the ice";
+    // Quiet play builds no text.
+    std::string how = !telling()  ? std::string{}
+                      : games > 0 ? fmt::format("he'll be out for about {} games", games)
+                      : kind > 3  ? "he's done for the night"
+                                  : "he's helped off the ice";
     sayFor(side, words(nameOf(side, slot), roll(2) == 1 ? "is hurt on the play" : "is slow to get up"), {side, slot});
-    sayFor(side, words(telling() ? how : std::string{}));
+    sayFor(side, words(how));
     if (telling()) play_.addShort(words(nameOf(side, slot), "injured,", how));
 }
 

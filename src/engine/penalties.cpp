@@ -21,9 +21,14 @@ constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
 // half, before the game's circumstances: set so that a season of the
 // present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 17;
+constexpr double kPenaltyBase = 18.5;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
-constexpr double kFightDivisor = 2.4;
+// Set so that a made-up league of 2017, whose players carry real fight
+// counts, fights at its era's rate. Without fight counts the rates stand on
+// the sportsmanship table alone, where known fighters of a league with
+// counts have three times theirs: the divisor is a third as large.
+constexpr double kFightDivisor = 1.2;
+constexpr double kFightDivisorWithoutCounts = kFightDivisor / 3;
 
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -676,6 +681,34 @@ void Game::afterPlayPenalties() {
 // Worked out with the other era factors at the start of each step.
 double Game::eraPenaltyFactor() const { return s_.find.EraPenaltyFactor > 0 ? s_.find.EraPenaltyFactor : 1.0; }
 
+// A skater of the side without the puck who has taken more or fewer
+// penalty minutes in the replay than in real life draws calls less or more
+// often, so that the season's minutes follow the real ones.
+double Game::penaltySteering() {
+    const RulesRecord& rules = session_.league().rules;
+    const int opp = s_.OtherTeam();
+    const SideTables& o = session_.side(opp);
+    if (session_.PlayoffGame || s_.ProbeOnly || rules.FightFrequencyList != 3 || alternateReality()) return 1;
+    if (o.team.TeamYear != session_.side(s_.PuckTeam).team.TeamYear) return 1;
+    if (s_.Skaters[0] != 5 || s_.Skaters[1] != 5 || rng_.rand(2) != 1) return 1;
+    int slot = slotAt(opp, rng_.rand(5) - 1);
+    if (slot == kNoSlot) return 1;
+    const PlayerRecord& p = o.player(slot);
+    const StatLine& real = statLine(p, StatLineIndex::Real);
+    const StatLine& replay = statLine(p, StatLineIndex::Replay);
+    const SetRates& realRate = o.rate(RateSet::Real, slot);
+    const SetRates& replayRate = o.rate(RateSet::Replay, slot);
+    if (real.GP * realRate.AverageMinutes <= 200 || real.Pim <= 25 || replay.Pim < 5 ||
+        replay.GP * replayRate.AverageMinutes <= 25 || realRate.PimPer60 <= 0 || replayRate.PimPer60 <= 0)
+        return 1;
+    double m = replayRate.PimPer60 / realRate.PimPer60;
+    if (m >= 1 + .15 * rng_.rnd()) return .8;
+    if (m >= 1 + .05 * rng_.rnd()) return .9;
+    if (m <= 1 - .15 * rng_.rnd()) return 1.2;
+    if (m <= 1 - .05 * rng_.rnd()) return 1.1;
+    return 1;
+}
+
 void Game::PenaltyChances(PlayChances& c) {
     c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
     if (isOffenseState(s_.PlayZone) && !(s_.OffensiveDraw && s_.entryFromFaceoff)) return;
@@ -695,6 +728,7 @@ void Game::PenaltyChances(PlayChances& c) {
     for (double step : {1.1, 1.4, 1.8, 2.1})
         if (era > step) o = per(o * 1.2);
     if (session_.side(kHome).team.TeamType.str() == "C") o = per(o * .7);
+    o = per(o * penaltySteering());
     o += rules.DoubleMinorcheck * 3;
     // Referees even up the calls.
     if (!s_.ProbeOnly) {
@@ -782,7 +816,7 @@ double Game::fightRate() const {
     }
     // A willing man seldom finds a partner among players who never fight.
     double matched = std::min(top[0], top[1]) / std::max({top[0], top[1], .01});
-    double n = (sum[0] + sum[1]) / kFightDivisor * (.3 + .7 * matched);
+    double n = (sum[0] + sum[1]) / (fightCounts_ ? kFightDivisor : kFightDivisorWithoutCounts) * (.3 + .7 * matched);
     if (top[0] > 10 && top[1] > 10) n *= 3;
     if (s_.pen.TensionFlag) n *= 2;
     if (s_.pen.rousedGame) n *= 3;

@@ -492,18 +492,22 @@ void Game::reboundShot(bool afterSave) {
     DescribeReboundShot(shooter);
     bool netEmpty = s_.GoaliePulled[at(defenders)];
     if (afterSave && !netEmpty && rng_.rand(200) == 1) DescribeGoalieDrops();
+    ShotTallyRow& tally = tally_.byClass[kTallyRebound];
     if (netEmpty || rng_.rand(100) <= ev.ShootN) {
+        tally.count(Result::Goal, ev.ShootN / 100.0);
         s_.PlayResult = Result::Goal;
         postGoal(false);
         return;
     }
     if (rng_.rand(100) <= 56 && !netEmpty) {
+        tally.count(Result::Save, ev.ShootN / 100.0);
         s_.PlayResult = Result::Save;
         ev.saveRebound = ReboundAfterSave(false);
         countSave(side, shooter);
         followSaveRebound();
         return;
     }
+    tally.count(Result::Miss, 0);
     s_.PlayResult = Result::Miss;
     creditMissedShot(session_.side(side).player(shooter));
     ++ev.missed[at(side)];

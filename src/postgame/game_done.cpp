@@ -338,7 +338,9 @@ void postPlayer(GameSession& session, int side, int slot, PlayerPostContext& c) 
     }
     if (!t.onTeam(slot)) return;
 
-    if (!c.playoff) addTo(p.RosterGames[0], 1);
+    // Games played in a row: a rested goalie starts afresh, so only a man
+    // who starts game after game tires (the shot model reads it).
+    if (!c.playoff) p.RosterGames[0] = g.GP >= 1 ? static_cast<std::int16_t>(std::min(p.RosterGames[0] + 1, 32767)) : 0;
     if (g.GS == 1) addTo(r.GS, 1);
     if (g.Toi > 0) addTo(r.GP, 1);
     addTo(r.Toi, g.Toi);

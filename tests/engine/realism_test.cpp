@@ -1,0 +1,241 @@
+// Whole games against their era: a made-up league of 2017 played without a
+// season behind it must come out near the era table's goals, shots, save
+// percentage and penalty minutes, and the pieces that set those figures
+// (the class of a shot, the length of a play, the tally that counts them,
+// the goalie who starts) must do what they claim.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "engine/game.h"
+#include "engine/goalie_rest.h"
+#include "engine/play_tally.h"
+#include "engine/shooting.h"
+#include "league/era.h"
+#include "operations/made_up_league.h"
+#include "support/made_up_game.h"
+#include "support/source_tree.h"
+#include "support/temp_dir.h"
+#include "team/positions.h"
+
+namespace tallyrink {
+namespace {
+
+using test::shippedEra;
+
+// The league `tallyrink new-league --seed 7` makes, rated as it makes it:
+// the shot model reads the goalies' and skaters' ratings.
+struct RatedLeague {
+    testing::TempDir dir;
+    test::MadeUpLeague teams;
+    RatedLeague() {
+        NewLeagueOptions options;
+        options.seed = 7;
+        MadeUpLeagueFolder made = makeMadeUpLeague(dir.path(), options, shippedEra(), nullptr);
+        for (int t = 1; t <= kMaxTeams; ++t)
+            if (made.league.files.teams[std::size_t(t - 1)].TeamActive == 1) teams.teams.push_back(t);
+    }
+};
+
+const RatedLeague& ratedLeague() {
+    static RatedLeague league;
+    return league;
+}
+
+std::unique_ptr<GameSession> loaded(const RulesRecord& rules, std::uint64_t seed, int visitor, int home) {
+    const RatedLeague& league = ratedLeague();
+    auto session = std::make_unique<GameSession>(LeagueContext{league.dir.path(), rules, &shippedEra(), nullptr});
+    Random draws(seed);
+    session->loadGame(league.teams.teams.at(std::size_t(visitor)), league.teams.teams.at(std::size_t(home)), 11, 10,
+                      draws);
+    return session;
+}
+
+struct SeasonFigures {
+    int games = 0;
+    double goals = 0, shots = 0, pim = 0;
+    int pastRegulation = 0;
+    PlayTally tally;
+
+    double perTeamGame(double total) const { return total / (2.0 * games); }
+    double savePct() const { return 100 * (shots - goals) / shots; }
+};
+
+// Every pairing of the league, home and away, `rounds` times over, as
+// league games with nothing posted.
+SeasonFigures playLeague(const RulesRecord& rules, int rounds) {
+    // The first eight teams of the rated league meet one another.
+    SeasonFigures out;
+    std::uint64_t seed = 1;
+    int n = 8;
+    for (int round = 0; round < rounds; ++round) {
+        for (int v = 0; v < n; ++v) {
+            for (int h = 0; h < n; ++h) {
+                if (v == h) continue;
+                auto session = loaded(rules, ++seed, v, h);
+                session->GameActive = true;
+                session->GameType = 'L';
+                Game game(*session, GameOptions{.seed = seed * 7919});
+                game.playToEnd();
+                const GameState& s = game.state();
+                ++out.games;
+                for (int side : {kVisitor, kHome}) {
+                    out.goals += s.Score[std::size_t(side)];
+                    out.shots += s.Shots[std::size_t(side)];
+                    out.pim += s.pen.PenaltyMinutes[std::size_t(side)];
+                }
+                if (s.endedBy == GameEnd::Overtime || s.endedBy == GameEnd::Shootout) ++out.pastRegulation;
+                out.tally.add(game.tally());
+                long steps = 0;
+                for (long k : game.tally().steps) steps += k;
+                EXPECT_EQ(steps, s.steps) << "every step of a game is in its tally";
+            }
+        }
+    }
+    return out;
+}
+
+RulesRecord leagueRules() {
+    RulesRecord rules = defaultRules(2017);
+    rules.AlternateRealityCheck = 0;
+    return rules;
+}
+
+TEST(Realism, AMadeUpSeasonPlaysNearItsEra) {
+    SeasonFigures f = playLeague(leagueRules(), 3);  // 168 games
+    const auto& byClass = f.tally.byClass;
+    long near = byClass[kShotInside].tried + byClass[kShotMid].tried;
+    RecordProperty("near", std::to_string(near));
+    RecordProperty("outside", std::to_string(byClass[kShotOutside].tried));
+    EraFigures era = figuresOf(shippedEra().yearOr(2017, 2017), EraLevel::Professional);
+    // Bands wide enough for the games of one seed, narrow enough to catch a
+    // shot model or a clock that is off by a tenth.
+    EXPECT_NEAR(f.perTeamGame(f.goals), era.goalsPerTeam, 0.3);
+    EXPECT_NEAR(f.perTeamGame(f.shots), era.shotsPerTeam(), 2.5);
+    EXPECT_NEAR(f.savePct(), era.savePct, 1.0);
+    EXPECT_NEAR(f.perTeamGame(f.pim), era.pimPerGame / 2, 1.5);
+    double past = 100.0 * f.pastRegulation / f.games;
+    EXPECT_GT(past, 8);
+    EXPECT_LT(past, 35);
+    // Most shots come from the own half, but not all of them from outside:
+    // set plays and own-half shots with no depth reach the slot and the
+    // middle.
+    EXPECT_GT(near * 6, byClass[kShotOutside].tried);
+}
+
+TEST(Realism, OvertimeRulesSetThePaceOfEveryPlay) {
+    // The league's overtime length stretches the plays of all periods.
+    RulesRecord none = leagueRules();
+    none.OTLengthlist = 0;
+    RulesRecord five = leagueRules();
+    five.OTLengthlist = 1;
+    auto secondsPerStep = [](const SeasonFigures& f) {
+        auto z = static_cast<std::size_t>(Zone::DefenseZone);
+        return f.tally.seconds[z] / static_cast<double>(f.tally.steps[z]);
+    };
+    double plain = secondsPerStep(playLeague(none, 1));
+    double stretched = secondsPerStep(playLeague(five, 1));
+    EXPECT_GT(stretched / plain, 1.03);
+    EXPECT_LT(stretched / plain, 1.12);
+}
+
+// A hand-set state: the visitor's man at ice position `pos` has the puck in
+// `zone` at `spot`; the shot class the table gives him.
+int shotClassOf(Zone zone, int pos, int spot, std::uint64_t seed) {
+    auto session = loaded(leagueRules(), 3, 0, 1);
+    Game game(*session, GameOptions{.seed = seed});
+    game.InitGame();
+    GameState& s = game.editState();
+    s.PuckTeam = s.StepPuckTeam = kVisitor;
+    s.PlayZone = zone;
+    s.PlayCall = zone == Zone::OffenseZone ? Call::Shoot : Call::Balanced;
+    s.PlayRating = 5.7;
+    s.find.Carrier = s.onIce[kVisitor].slot[std::size_t(pos)];
+    s.find.Spot = {};
+    s.find.Spot[std::size_t(pos)] = spot;
+    return game.ProbeOnly().ShotClass;
+}
+
+TEST(Realism, OwnHalfShotsTakeTheClassOfAShotWithNoDepth) {
+    int mid = 0, outside = 0;
+    for (std::uint64_t seed = 1; seed <= 40; ++seed) {
+        // A defenseman shoots from outside wherever he is.
+        EXPECT_EQ(shotClassOf(Zone::DefenseZone, 3, kSpotOut, seed), kShotOutside);
+        // A forward from his own half: mid range now and then, though the
+        // carrier's tool put him at the point.
+        int c = shotClassOf(Zone::NeutralZone, 1, kSpotOut, seed);
+        EXPECT_TRUE(c == kShotMid || c == kShotOutside) << c;
+        (c == kShotMid ? mid : outside) += 1;
+    }
+    EXPECT_GT(mid, 3);
+    EXPECT_GT(outside, mid);
+    // In the offensive zone the depth decides.
+    EXPECT_EQ(shotClassOf(Zone::OffenseZone, 1, kSpotIn, 1), kShotInside);
+    EXPECT_EQ(shotClassOf(Zone::OffenseZone, 1, kSpotOut, 1), kShotOutside);
+}
+
+// Two goalies dressed: a starter of 60 real games and his backup of 25.
+struct Crease {
+    BySlot<PlayerRecord> roster{};
+    LineupTeam team;
+    Crease() {
+        team.roster = &roster;
+        for (int slot : {0, 1}) {
+            PlayerRecord& g = roster[std::size_t(slot)];
+            g.PlayerId = slot + 1;
+            g.PositionFlags[std::size_t(Flag::Goalie)] = 1;
+            team.candidate[std::size_t(slot)] = true;
+        }
+        starter().DepthGoalie = 10;
+        starter().RatingGoalie = 75;
+        statLine(starter(), StatLineIndex::Real).GP = 60;
+        backup().DepthGoalie = 9;
+        backup().RatingGoalie = 60;
+        statLine(backup(), StatLineIndex::Real).GP = 25;
+    }
+    PlayerRecord& starter() { return roster[0]; }
+    PlayerRecord& backup() { return roster[1]; }
+};
+
+TEST(GoalieRotation, TheStarterPlaysUntilHisRunOrHisShareRestsHim) {
+    Crease c;
+    Random rng(4);
+    // Fresh, on his pace: the first of the chart starts.
+    statLine(c.starter(), StatLineIndex::Replay).GP = 7;
+    c.starter().RosterGames[0] = 1;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 0);
+    // Eight in a row is past the run of a 60-game goalie.
+    c.starter().RosterGames[0] = 8;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 1);
+    // Rested, but already well ahead of his share of starts.
+    c.starter().RosterGames[0] = 0;
+    statLine(c.starter(), StatLineIndex::Replay).GP = 10;
+    statLine(c.backup(), StatLineIndex::Replay).GP = 0;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 1);
+    // A goalie not dressed never starts.
+    c.team.candidate[1] = false;
+    EXPECT_EQ(startingGoalie(c.team, {10, 82}, rng), 0);
+}
+
+TEST(GoalieRotation, ASeasonSharesTheStartsNearTheRealGames) {
+    Crease c;
+    Random rng(11);
+    std::array<int, 2> starts{};
+    for (int game = 0; game < 82; ++game) {
+        int g = startingGoalie(c.team, {game, 82}, rng);
+        ASSERT_TRUE(g == 0 || g == 1);
+        ++starts[std::size_t(g)];
+        for (int slot : {0, 1}) {
+            PlayerRecord& p = c.roster[std::size_t(slot)];
+            p.RosterGames[0] = slot == g ? p.RosterGames[0] + 1 : 0;
+            if (slot == g) ++statLine(p, StatLineIndex::Replay).GP;
+        }
+    }
+    // 60 and 25 real games, 82 to share: about 58 and 24.
+    EXPECT_NEAR(starts[0], 58, 6);
+    EXPECT_NEAR(starts[1], 24, 6);
+}
+
+}  // namespace
+}  // namespace tallyrink
