@@ -262,19 +262,12 @@ TEST(GoaliePull, ThePlansTimesAreHonoured) {
 }
 
 // Notes whether the visitor's net was empty during the first play run.
-struct FirstPlay final : GamePresenter {
+struct FirstPlay final : NullPresenter {
     int plays = 0;
     bool emptyNet = false;
-    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
     void ShowClock(const Game& game) override {
         if (plays++ == 0) emptyNet = game.state().GoaliePulled[kVisitor];
     }
-    void ShowIce(const Game&) override {}
-    void ShowOffenseTargets(const Game&) override {}
-    void AskPlayCall(const Game&, int) override {}
-    void AskLineChange(const Game&, int) override {}
-    void ShowPause(const Game&) override {}
-    void GameOver(const Game&) override {}
 };
 
 TEST(GoaliePull, AWaitingCoachPullsOnceHeHasThePuck) {

@@ -17,12 +17,8 @@ namespace {
 using test::madeUpLeague;
 
 // Keeps the question a game asked last, as a screen would.
-class AskRecorder final : public GamePresenter {
+class AskRecorder final : public NullPresenter {
 public:
-    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
-    void ShowClock(const Game&) override {}
-    void ShowIce(const Game&) override {}
-    void ShowOffenseTargets(const Game&) override {}
     void AskPlayCall(const Game&, int side) override { ask_ = {1, side}; }
     void AskLineChange(const Game&, int side) override { ask_ = {2, side}; }
     void ShowPause(const Game&) override {}
@@ -201,7 +197,8 @@ TEST(SavedGame, ResumesInTheShootout) {
         SavedGameStart start = startOf(seed);
         Played expected = straight(start);
         if (expected.end != GameEnd::Shootout) continue;
-        expectResumeMatches(start, [](const Game& g) { return g.state().PlayZone == Zone::Shootout; }, expected);
+        expectResumeMatches(
+            start, [](const Game& g) { return g.state().PlayZone == Zone::Shootout; }, expected);
         return;
     }
     GTEST_SKIP() << "no seed reached a shootout";
