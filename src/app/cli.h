@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "league/session.h"
+#include "league/team_directory.h"
 
 namespace tallyrink::cli {
 
@@ -43,6 +44,10 @@ std::unique_ptr<Session> startSession(const GlobalOptions& options);
 
 // The league folder a command works on: --league, else the league opened last.
 std::filesystem::path leagueDir(const GlobalOptions& options);
+
+// The team a user names by code, name or number; throws CommandError with
+// what went wrong when no team or more than one fits.
+int findTeam(const TeamDirectory& teams, const std::string& text);
 
 // Works out and saves the stored ratings of every player of the league in
 // `folder`, from the program's era table, and writes its ratings file.

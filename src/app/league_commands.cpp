@@ -93,6 +93,14 @@ std::unique_ptr<Session> startSession(const GlobalOptions& options) {
     return session;
 }
 
+int findTeam(const TeamDirectory& teams, const std::string& text) {
+    auto match = teams.find(text);
+    if (match.ambiguous)
+        throw CommandError(fmt::format("More than one team is called \"{}\": use its code or number", text));
+    if (match.team == 0) throw CommandError(fmt::format("No team of this league is called \"{}\"", text));
+    return match.team;
+}
+
 std::filesystem::path leagueDir(const GlobalOptions& options) {
     if (!options.league.empty()) return absoluteOf(options.league);
     Session session(sessionOptions(options), options.hooks);

@@ -152,14 +152,6 @@ void printTeam(const TeamDirectory& teams, const TeamRating& rated, const EraTab
     printFirstFive(rated.players, era);
 }
 
-int findTeam(const TeamDirectory& teams, const std::string& text) {
-    auto match = teams.find(text);
-    if (match.ambiguous)
-        throw CommandError(fmt::format("More than one team is called \"{}\": use its code or number", text));
-    if (match.team == 0) throw CommandError(fmt::format("No team of this league is called \"{}\"", text));
-    return match.team;
-}
-
 struct Args {
     std::string team;
     bool all = false;

@@ -86,14 +86,6 @@ std::string clock(double minutes) {
 
 std::string tenths(int v) { return fmt::format("{}.{}", v / 10, v % 10); }
 
-int findTeam(const TeamDirectory& teams, const std::string& text) {
-    auto match = teams.find(text);
-    if (match.ambiguous)
-        throw CommandError(fmt::format("More than one team is called \"{}\": use its code or number", text));
-    if (match.team == 0) throw CommandError(fmt::format("No team of this league is called \"{}\"", text));
-    return match.team;
-}
-
 // ---- Players ------------------------------------------------------------------
 
 struct View {

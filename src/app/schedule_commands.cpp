@@ -76,14 +76,6 @@ std::string gameDate(const Schedule& s, const GameRecord& g) {
     return dateText(calendarYearOf(s.seasonYear(), g.Month), g.Month, g.Day);
 }
 
-int findTeam(const TeamDirectory& teams, const std::string& text) {
-    auto match = teams.find(text);
-    if (match.ambiguous)
-        throw CommandError(fmt::format("More than one team is called \"{}\": use its code or number", text));
-    if (match.team == 0) throw CommandError(fmt::format("No team of this league is called \"{}\"", text));
-    return match.team;
-}
-
 // Checks that a date lies in the season of the schedule (when the schedule
 // knows its season) and gives the season year for a first game.
 int checkSeason(const Schedule& s, const CalendarDate& d) {

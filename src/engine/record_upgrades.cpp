@@ -6,20 +6,12 @@
 #include <string_view>
 
 #include "league/random.h"
+#include "league/text.h"
 #include "team/positions.h"
 
 namespace tallyrink {
 
 namespace {
-
-std::string upperPrefix(std::string_view s, std::size_t n) {
-    std::string out;
-    for (char c : s) {
-        if (out.size() == n) break;
-        if (c != ' ') out += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    }
-    return out;
-}
 
 template <class T>
 void capAt(T& v, T limit) {

@@ -8,19 +8,6 @@
 
 namespace tallyrink {
 
-namespace {
-
-std::string upperPrefix(std::string_view s, std::size_t n) {
-    std::string out;
-    for (char c : s) {
-        if (out.size() == n) break;
-        if (c != ' ') out += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    }
-    return out;
-}
-
-}  // namespace
-
 TeamDirectory TeamDirectory::load(const fs::path& leagueDir) {
     RandomFile file(findFile(leagueDir, kTeamFile), codec::slotWidth<TeamRecord>());
     // Slots past the end of the file read as never written: free.

@@ -26,6 +26,15 @@ std::string lowered(std::string_view s) {
     return out;
 }
 
+std::string upperPrefix(std::string_view s, std::size_t n) {
+    std::string out;
+    for (char c : s) {
+        if (out.size() == n) break;
+        if (c != ' ') out += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    return out;
+}
+
 bool equalNoCase(std::string_view a, std::string_view b) {
     return a.size() == b.size() &&
            std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lowerChar(x) == lowerChar(y); });

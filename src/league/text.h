@@ -18,6 +18,9 @@ std::string lowered(std::string_view s);
 std::string htmlEscaped(std::string_view s);
 // Equal when ASCII letters are compared without regard to case.
 bool equalNoCase(std::string_view a, std::string_view b);
+// The first n characters other than blanks, in upper case (a team's
+// abbreviation from its city, a file's extension).
+std::string upperPrefix(std::string_view s, std::size_t n);
 
 // One record of comma-separated text starting at `pos`: cells separated by
 // commas; a cell that opens with a double quote (after blanks) may hold

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,12 @@
 #include "operations/new_league.h"
 
 namespace tallyrink::newleague {
+
+// One entry of a list, drawn evenly.
+template <class T>
+const T& pick(Random& rng, std::span<const T> list) {
+    return list[std::size_t(rng.rand(int(list.size())) - 1)];
+}
 
 struct TeamIdentity {
     std::string city;

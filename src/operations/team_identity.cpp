@@ -19,11 +19,6 @@ constexpr std::size_t kCityWidth = 20;
 constexpr std::size_t kNicknameWidth = 20;
 constexpr std::size_t kArenaWidth = 30;
 
-template <class T>
-const T& pick(Random& rng, std::span<const T> list) {
-    return list[std::size_t(rng.rand(int(list.size())) - 1)];
-}
-
 struct Colour {
     std::int32_t value;
     bool light;  // wants dark lettering

@@ -23,11 +23,6 @@ constexpr std::uint8_t kUniformStamp = 22;
 constexpr std::uint8_t kEnforcerStamp = 55;
 constexpr std::uint8_t kRealPenaltyStamp = 99;
 
-template <class T>
-const T& pick(Random& rng, std::span<const T> list) {
-    return list[std::size_t(rng.rand(int(list.size())) - 1)];
-}
-
 struct NameDraw {
     std::string first;
     std::string last;

@@ -24,6 +24,10 @@ inline bool hasForwardFlag(const PlayerRecord& p) {
 }
 // A skater who isn't a defenceman; a skater with no flag at all counts here.
 inline bool isForward(const PlayerRecord& p) { return !isGoalie(p) && !isDefenseman(p); }
+// The stricter test of the team figures the ratings are measured against: a
+// skater with no flag at all is left out of the forwards' totals.
+inline bool isFlaggedForward(const PlayerRecord& p) { return isForward(p) && hasForwardFlag(p); }
+inline bool isCenter(const PlayerRecord& p) { return hasFlag(p, Flag::Center); }
 
 // Short position text for listings: "C", "LW", "RW", "D", "G", with the
 // other forward flags after a slash ("C/LW").

@@ -27,14 +27,6 @@ void addTo(GroupSums& g, const Real& r, const PlayerFigures& pf) {
 
 }  // namespace
 
-bool isGoalie(const PlayerRecord& p) { return p.PositionFlags[4] != 0; }
-bool isDefenseman(const PlayerRecord& p) { return p.PositionFlags[3] != 0 && !isGoalie(p); }
-bool isForward(const PlayerRecord& p) {
-    return !isGoalie(p) && p.PositionFlags[3] == 0 &&
-           (p.PositionFlags[0] != 0 || p.PositionFlags[1] != 0 || p.PositionFlags[2] != 0);
-}
-bool isCenter(const PlayerRecord& p) { return p.PositionFlags[1] != 0; }
-
 int yearOfPlayer(const PlayerRecord& p, int teamYear) { return p.PlayerYear >= 1900 ? p.PlayerYear : teamYear; }
 
 std::optional<std::string> refusalOf(const RatingInputs& in) {
@@ -109,7 +101,7 @@ TeamFigures teamFiguresOf(std::span<const RatingSubject> team, double assistsPer
         const PlayerFigures pf = playerFiguresOf(s, assistsPerGoal);
         addTo(tf.all, r, pf);
         if (isDefenseman(s.record)) addTo(tf.defense, r, pf);
-        if (isForward(s.record)) addTo(tf.forwards, r, pf);
+        if (isFlaggedForward(s.record)) addTo(tf.forwards, r, pf);
         tf.shortHandedMinutes += r.toiSH / 60;
         tf.faceoffs += r.fow + r.fol;
         tf.penaltyShotAttempts += static_cast<int>(r.penaltyShotAttempts);

@@ -17,6 +17,7 @@
 
 #include "league/era.h"
 #include "league/records.h"
+#include "team/positions.h"
 
 namespace tallyrink {
 
@@ -62,13 +63,6 @@ struct RatingSubject {
     // shown beside the generated values; empty when he isn't in it.
     std::string note;
 };
-
-// Position tests as the tool makes them. A forward has a left wing, center
-// or right wing flag and no defense flag; a goalie has the goalie flag.
-bool isGoalie(const PlayerRecord& p);
-bool isDefenseman(const PlayerRecord& p);  // defense flag, not a goalie
-bool isForward(const PlayerRecord& p);
-bool isCenter(const PlayerRecord& p);
 
 // The season whose era figures apply to a player: his own year, or the
 // team's when his is unset.

@@ -17,10 +17,6 @@ double killFactor(const PlayerRecord& p, const UnitSituation& s) {
 
 double usageFactor(const UnitPlayer& u) { return u.usageBand >= 1 && u.usageBand <= 3 ? 0.7 : 1.0; }
 
-bool hasForwardFlag(const PlayerRecord& p) {
-    return p.PositionFlags[0] != 0 || p.PositionFlags[1] != 0 || p.PositionFlags[2] != 0;
-}
-
 // How well a man fits the place he stands at (index 0 to 5).
 double positionFactor(const PlayerRecord& p, int place, const UnitSituation& s) {
     const auto& f = p.PositionFlags;

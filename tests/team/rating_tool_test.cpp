@@ -252,7 +252,7 @@ TEST(RatingTool, MadeUpLeagueRatesEveryPlayerInRange) {
                 EXPECT_GE(p.RatingDefense, 5) << who;
                 EXPECT_GE(p.RatingFaceoff, 1) << who;
             }
-            if (isForward(p) && p.Stats[0].GP >= 40) {
+            if (isFlaggedForward(p) && p.Stats[0].GP >= 40) {
                 forwardOffense += p.RatingOffense;
                 ++forwards;
             }
