@@ -105,7 +105,7 @@ SeasonCalibration seasonCalibration(const League& league, const EraTable& era, c
         expGames += 1;
         expShots += e.shotsPerTeam();
         expPim += e.pimPerGame / 2;
-        expFights += e.fightsPerGame;
+        expFights += e.fightsPerGame / 2;  // a team takes part in half the fighting majors of its games
         expGoals += e.goalsPerTeam;
         games2 += teamGames;
         shots += team.TeamFor[0].Sog;

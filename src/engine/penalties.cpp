@@ -21,14 +21,15 @@ constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
 // half, before the game's circumstances: set so that a season of the
 // present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 18.5;
+constexpr double kPenaltyBase = 20.5;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 // Set so that a made-up league of 2017, whose players carry real fight
 // counts, fights at its era's rate. Without fight counts the rates stand on
 // the sportsmanship table alone, where known fighters of a league with
-// counts have three times theirs: the divisor is a third as large.
-constexpr double kFightDivisor = 1.2;
-constexpr double kFightDivisorWithoutCounts = kFightDivisor / 3;
+// counts have about one and a half times theirs: the divisor is two thirds
+// as large.
+constexpr double kFightDivisor = 1.08;
+constexpr double kFightDivisorWithoutCounts = kFightDivisor * 2 / 3;
 
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -341,6 +342,8 @@ void Game::penaltyGoal(int side) {
 void Game::creditPenalty(int side, int slot, PenaltyType type, int minutes) {
     PenaltyState& pen = s_.pen;
     pen.PenaltyMinutes[at(side)] += minutes;
+    ++tally_.calls[static_cast<std::size_t>(type)];
+    tally_.callMinutes[static_cast<std::size_t>(type)] += minutes;
     TeamRecord& team = session_.side(side).team;
     auto addTo = [](std::int16_t& v, int n) { v = static_cast<std::int16_t>(std::min(v + n, 32767)); };
     addTo(team.TeamFor[1].Pim, minutes);
@@ -450,6 +453,8 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
     if (bench || (goalie && rules.GoaliePenaltycheck != 1)) server = penaltyServer(side);
     if (name.empty()) name = PickPenaltyName(type, s_.PuckTeam != side && isOffenseState(s_.LastZone), rng_);
     if (offender != kNoSlot) ++pen.penaltiesOf[at(side)][at(offender)];
+    if (kind == PenaltyKind::Coincidental) ++tally_.coincidentalCalls;
+    if (kind == PenaltyKind::Fight) ++tally_.fightMajors;
     ++pen.penaltiesCalled[at(side)];
     ++pen.periodPenalties[at(side)];
 

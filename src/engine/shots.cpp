@@ -150,6 +150,8 @@ void Game::postGoal(bool fromClear) {
         f.Passer2 = kNoSlot;
     }
     int scorer = f.Carrier;
+    if (s_.GoaliePulled[at(against)]) ++tally_.emptyNetGoals;
+    if (s_.GoaliePulled[at(side)]) ++tally_.extraAttackerGoals;
     DescribeGoalLead();
     bool reboundKind =
         ev.Kind == ShotKind::Rebound || ev.Kind == ShotKind::ReboundShot || ev.Kind == ShotKind::Deflection;

@@ -605,9 +605,9 @@ TEST(PenaltyRates, AMadeUpSeasonPlaysNearItsEra) {
     double eraPim = era.PimPerGame / 2;
     std::printf(
         "[ rates    ] per team-game: PIM %.2f (era %.2f), power plays %.2f, PP%% %.1f (era %.1f), "
-        "fights a game %.3f (era %.3f), injuries a game %.2f\n",
+        "fighting majors a game %.3f (era %.3f), injuries a game %.2f\n",
         pim / teamGames, eraPim, powerPlays / teamGames, 100.0 * ppGoals / std::max(1L, powerPlays), era.PowerPlayPct,
-        fights / teamGames, era.FightsPerGame, double(injuries) / games);
+        2 * fights / teamGames, era.FightsPerGame, double(injuries) / games);
     std::printf("[ rates    ] per team-game: minors %.2f, majors %.2f, misconducts %.3f, match %.3f\n",
                 kinds[0] / teamGames, kinds[1] / teamGames, kinds[2] / teamGames, kinds[3] / teamGames);
     EXPECT_NEAR(pim / teamGames, eraPim, eraPim * .2);
