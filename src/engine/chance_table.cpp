@@ -929,6 +929,19 @@ PlayChances Game::ChanceTable() {
         scale(shoot, 1 / 1.03);
         gp /= 1.01;
     }
+    // Step 27: a shadowed man on the ice draws his shadow away from the
+    // rest, which leaves the others more room, unless the shadow's side
+    // is a man up.
+    if (s_.Skaters[at(opp)] <= s_.Skaters[at(side)]) {
+        const GamePlanRecord& plan = o.plan;
+        for (std::size_t pair = 0; pair < plan.ShadowTarget.size(); ++pair) {
+            int shadowed = plan.ShadowTarget[pair][0] - 1;
+            if (shadowed >= 0 && shadowOf(opp, shadowed) != kNoSlot) {
+                scale(shoot, 1.03);
+                gp *= 1.03;
+            }
+        }
+    }
     // Step 28: a goalie without his stick, tired shooters and defenders.
     if (oppGoalie != kNoSlot && stickBroken(opp, oppGoalie)) gp += 0.03;
     if (carrier != kNoSlot) {

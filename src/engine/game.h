@@ -446,6 +446,9 @@ private:
     [[nodiscard]] int positionsInPlay(int side) const;
     [[nodiscard]] int positionOf(int side, int slot) const;
     [[nodiscard]] int firstOccupied(int side) const;
+    // The man of `side` who shadows the other team's `target`, when the
+    // side's plan pairs them and both are on the ice; kNoSlot otherwise.
+    [[nodiscard]] int shadowOf(int side, int target) const;
     [[nodiscard]] bool alternateReality() const;
     [[nodiscard]] bool available(int side, int slot) const;
     [[nodiscard]] bool stickBroken(int side, int slot) const;

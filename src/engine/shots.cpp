@@ -488,7 +488,11 @@ void Game::reboundShot(bool afterSave) {
     f.Carrier = shooter;
     f.CarrierPos = pos;
     ev.Kind = ShotKind::ReboundShot;
-    double pct = session_.side(side).rates[at(shooter)].ShootingPct;
+    // The new shooter's chance comes from the shot model, as for any shot
+    // on net: his own finish, the era, the goalie he faces.
+    PlayChances model;
+    GoalPct(model);
+    double pct = model.GoalPct;
     ev.ShootN = afterSave ? static_cast<int>(roundHalfEven(pct * 100 + 20))
                           : std::clamp(static_cast<int>(roundHalfEven(pct * 15)), 1, 15);
     DescribeReboundShot(shooter);
