@@ -489,10 +489,11 @@ void Game::reboundShot(bool afterSave) {
     f.CarrierPos = pos;
     ev.Kind = ShotKind::ReboundShot;
     // The new shooter's chance comes from the shot model, as for any shot
-    // on net: his own finish, the era, the goalie he faces.
+    // on net: his own finish, the era, the goalie he faces; a rebound is
+    // taken from in close, so it is the model's chance at that depth.
     PlayChances model;
     GoalPct(model);
-    double pct = model.GoalPct;
+    double pct = model.PctInside;
     ev.ShootN = afterSave ? static_cast<int>(roundHalfEven(pct * 100 + 20))
                           : std::clamp(static_cast<int>(roundHalfEven(pct * 15)), 1, 15);
     DescribeReboundShot(shooter);
