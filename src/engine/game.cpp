@@ -647,6 +647,8 @@ void Game::endOfPeriod() {
         s_.shotsByPeriod.push_back({0, 0});
         s_.events.blocksByPeriod.push_back({0, 0});
         s_.tvTimeoutsTaken = 0;
+        // Overtime may be played with fewer men a side.
+        recountSkaters();
     };
     if (s_.Period < periods_) {
         nextPeriod(periodSeconds());

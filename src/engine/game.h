@@ -302,6 +302,9 @@ private:
     void endPenalty(int side, std::size_t index, bool told = true);
     void startWaitingPenalties(int side);
     void recountSkaters();
+    // Skaters a side dresses on the ice at full strength: five, or in
+    // overtime four or three by the league's overtime rule.
+    [[nodiscard]] int fullStrength() const;
     void countPowerPlay();
     void keepPenalizedOff(int side);
     [[nodiscard]] double eraPenaltyFactor() const;

@@ -214,14 +214,33 @@ void Game::startWaitingPenalties(int side) {
     }
 }
 
+int Game::fullStrength() const {
+    if (s_.Period <= periods_) return kSkatersFull;
+    const RulesRecord& rules = session_.league().rules;
+    bool playoff = session_.PlayoffGame;
+    if ((playoff ? rules.PlayoffThreeOption : rules.ThreeOption) == 1) return 3;
+    if ((playoff ? rules.playofffourOption : rules.Fouroption) == 1) return 4;
+    return kSkatersFull;
+}
+
 void Game::recountSkaters() {
     std::array<int, 2> before = s_.Skaters;
     bool moved = false;
+    std::array<int, 2> shortOf{};
     for (int side : {kVisitor, kHome}) {
         startWaitingPenalties(side);
-        int short_ = 0;
-        for (const BoxPenalty& p : s_.pen.box[at(side)]) short_ += p.running && p.shortHanded ? 1 : 0;
-        s_.Skaters[at(side)] = std::max(kSkatersLeast, kSkatersFull - short_);
+        for (const BoxPenalty& p : s_.pen.box[at(side)]) shortOf[at(side)] += p.running && p.shortHanded ? 1 : 0;
+    }
+    const int full = fullStrength();
+    for (int side : {kVisitor, kHome}) {
+        int mine = shortOf[at(side)];
+        int theirs = shortOf[at(other(side))];
+        // Three a side can't go lower: a penalty then puts a man more on
+        // the ice for the other side.
+        if (full == kSkatersLeast)
+            s_.Skaters[at(side)] = std::min(kSkatersFull, kSkatersLeast + std::max(0, theirs - mine));
+        else
+            s_.Skaters[at(side)] = std::max(kSkatersLeast, full - mine);
         keepPenalizedOff(side);
         for (int slot : s_.onIce[at(side)].slot)
             if (slot != kNoSlot && offIce(side, slot)) moved = true;

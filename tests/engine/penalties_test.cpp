@@ -274,10 +274,37 @@ TEST_F(PenaltyGame, APenaltyRunsOnIntoOvertime) {
     e.PuckTeam = kVisitor;
     game->OffenseCommand(Call::Balanced);
     ASSERT_EQ(s().Period, 4);
-    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    // Overtime is three a side under the league's rule: the short side
+    // can't lose a man, so the other gains one.
+    EXPECT_EQ(skaters(), (std::array<int, 2>{4, 3}));
     ASSERT_EQ(box(kHome).size(), 1u);
     EXPECT_EQ(box(kHome)[0].PenaltySeconds, 118);
     EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);  // still the same power play
+    game->runPenaltyClock(118);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{3, 3}));
+}
+
+// The overtime rule sets how many skate a side once regulation ends tied,
+// and their men stand on the ice.
+TEST_F(PenaltyGame, OvertimeIsPlayedWithTheRulesSkaters) {
+    auto overtimeSkaters = [&](int three, int four) {
+        rules.ThreeOption = static_cast<std::uint8_t>(three);
+        rules.Fouroption = static_cast<std::uint8_t>(four);
+        start();
+        GameState& e = game->editState();
+        e.Period = 3;
+        e.Clock = 2;
+        e.Score = {1, 1};
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        game->OffenseCommand(Call::Balanced);
+        EXPECT_EQ(s().Period, 4);
+        EXPECT_EQ(onIce(kVisitor), s().Skaters[kVisitor]);
+        return skaters();
+    };
+    EXPECT_EQ(overtimeSkaters(1, 0), (std::array<int, 2>{3, 3}));
+    EXPECT_EQ(overtimeSkaters(0, 1), (std::array<int, 2>{4, 4}));
+    EXPECT_EQ(overtimeSkaters(0, 0), (std::array<int, 2>{5, 5}));
 }
 
 TEST_F(PenaltyGame, ADelayedPenaltyIsCalledWhenTheOffendersTouchThePuck) {
