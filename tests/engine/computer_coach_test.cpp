@@ -514,15 +514,19 @@ TEST(IceTime, EveryDressedSkaterPlaysAndTheTimesAddUp) {
 }
 
 TEST(IceTime, TheFirstLinePlaysMoreThanTheFourth) {
-    double first = 0, fourth = 0;
+    double first = 0, fourth = 0, firstPair = 0, thirdPair = 0;
     for (std::uint64_t seed = 30; seed < 36; ++seed) {
         auto session = loaded(seed);
         Game game(*session, GameOptions{.seed = seed});
         game.playToEnd();
         first += game.unitSeconds(kVisitor, UnitKind::Forwards, 1) + game.unitSeconds(kHome, UnitKind::Forwards, 1);
         fourth += game.unitSeconds(kVisitor, UnitKind::Forwards, 4) + game.unitSeconds(kHome, UnitKind::Forwards, 4);
-        EXPECT_GT(game.unitSeconds(kVisitor, UnitKind::Pairs, 1), game.unitSeconds(kVisitor, UnitKind::Pairs, 3));
+        // One game can tilt with its penalties and its last minutes; the
+        // pairs' shares show over a few.
+        firstPair += game.unitSeconds(kVisitor, UnitKind::Pairs, 1);
+        thirdPair += game.unitSeconds(kVisitor, UnitKind::Pairs, 3);
     }
+    EXPECT_GT(firstPair, thirdPair * 1.1);
     EXPECT_GT(first, fourth * 1.3);
     EXPECT_LT(first, fourth * 3);
 }
