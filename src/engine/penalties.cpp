@@ -21,14 +21,14 @@ constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
 // half, before the game's circumstances: set so that a season of the
 // present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 20.5;
+constexpr double kPenaltyBase = 23;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 // Set so that a made-up league of 2017, whose players carry real fight
 // counts, fights at its era's rate. Without fight counts the rates stand on
 // the sportsmanship table alone, where known fighters of a league with
 // counts have about one and a half times theirs: the divisor is two thirds
 // as large.
-constexpr double kFightDivisor = 1.08;
+constexpr double kFightDivisor = 1.2;
 constexpr double kFightDivisorWithoutCounts = kFightDivisor * 2 / 3;
 
 int other(int side) { return side == 0 ? 1 : 0; }
@@ -257,18 +257,18 @@ void Game::recountSkaters() {
     countPowerPlay();
 }
 
-// A new power play is counted when a side gains the edge it didn't have;
-// going from one man up to two is the same power play, and so is what is
-// left of a two-man edge when one penalty ends.
+// A power play is counted for each man a side gains on the other, the way
+// the league's books count them: five on four is one, five on three a
+// second; what is left of a two-man edge when one penalty ends is none.
 void Game::countPowerPlay() {
     PenaltyState& pen = s_.pen;
     for (int side : {kVisitor, kHome}) {
         int o = other(side);
-        bool stronger = s_.Skaters[at(side)] > s_.Skaters[at(o)];
-        bool was = pen.lastSkaters[at(side)] > pen.lastSkaters[at(o)];
-        if (stronger && !was) {
-            ++pen.PowerPlays[at(side)];
-            ++pen.PenaltyKills[at(o)];
+        int edge = s_.Skaters[at(side)] - s_.Skaters[at(o)];
+        int was = std::max(0, pen.lastSkaters[at(side)] - pen.lastSkaters[at(o)]);
+        if (edge > was) {
+            pen.PowerPlays[at(side)] += edge - was;
+            pen.PenaltyKills[at(o)] += edge - was;
         }
     }
     pen.lastSkaters = s_.Skaters;
