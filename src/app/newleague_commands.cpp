@@ -70,7 +70,7 @@ void printFigures(const GeneratedLeague& league) {
     fmt::print("{:<28}{:>9.2f}{:>9.2f}\n", "Save %", m.savePct, e.savePct);
     fmt::print("{:<28}{:>9.2f}{:>9.2f}\n", "Penalty minutes", m.pimPerTeamGame, e.pimPerTeamGame);
     fmt::print("{:<28}{:>9.2f}{:>9.2f}\n", "Power-play %", m.powerPlayPct, e.powerPlayPct);
-    fmt::print("{:<28}{:>9.3f}{:>9.3f}\n", "Fights per game", m.fightsPerGame, e.fightsPerGame);
+    fmt::print("{:<28}{:>9.3f}{:>9.3f}\n", "Fighting majors a game", m.fightsPerGame, e.fightsPerGame);
 }
 
 void addBlankLeague(CLI::App& app) {

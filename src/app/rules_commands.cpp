@@ -221,7 +221,7 @@ void printEraFigures(const EraRecord& e) {
     const auto f = figuresOf(e, EraLevel::Professional);
     fmt::print(
         "{} games, {:.3f} goals a team, {:.3f} assists a goal, {:.2f} penalty minutes a game,\n"
-        "  {:<40}power play {:.2f}%, save {:.2f}%, {:.2f} fights a game\n",
+        "  {:<40}power play {:.2f}%, save {:.2f}%, {:.2f} fighting majors a game\n",
         f.games, f.goalsPerTeam, f.assistsPerGoal, f.pimPerGame, "", f.powerPlayPct, f.savePct, f.fightsPerGame);
 }
 
@@ -305,7 +305,7 @@ void showEraYear(const EraTable& era, int year, const fs::path& programDir) {
     fmt::print("  {:<28}{:>14.2f}{:>14.2f}\n", "Power play %", pro.powerPlayPct, col.powerPlayPct);
     fmt::print("  {:<28}{:>14.2f}{:>14.2f}\n", "Save %", pro.savePct, col.savePct);
     fmt::print("  {:<28}{:>14.1f}{:>14.1f}\n", "Shots per team a game", pro.shotsPerTeam(), col.shotsPerTeam());
-    fmt::print("  {:<28}{:>14.2f}\n", "Fights a game", pro.fightsPerGame);
+    fmt::print("  {:<28}{:>14.2f}\n", "Fighting majors a game", pro.fightsPerGame);
 }
 
 void showEraTable(const EraTable& era, bool college) {

@@ -4,7 +4,9 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -39,6 +41,7 @@ struct Totals {
     double hits = 0;
     int overtime = 0;
     int shootout = 0;
+    std::array<int, 4> regulationMargin{};  // games settled in regulation by 1, 2, 3 or more goals; [0] unused
     PlayTally tally;
 };
 
@@ -60,6 +63,8 @@ void addGame(const Game& game, Totals& t) {
     t.fights += s.pen.fightCount;
     if (s.endedBy == GameEnd::Overtime || s.endedBy == GameEnd::Shootout) ++t.overtime;
     if (s.endedBy == GameEnd::Shootout) ++t.shootout;
+    if (s.endedBy == GameEnd::Regulation)
+        ++t.regulationMargin[std::min<std::size_t>(3, static_cast<std::size_t>(std::abs(s.Score[0] - s.Score[1])))];
     t.tally.add(game.tally());
 }
 
@@ -117,6 +122,20 @@ void printDetail(const Totals& t) {
     static constexpr std::array<const char*, 3> strengths{"Even strength", "Power play", "Shorthanded"};
     for (std::size_t k = 0; k < tally.byStrength.size(); ++k)
         printShotRow(strengths[k], tally.byStrength[k], teamGames);
+
+    fmt::print("\n{:<24}{:>8}{:>8}\n", "Penalties a team-game", "Calls", "Minutes");
+    static constexpr std::array<const char*, 6> types{"Minor", "Double minor", "Major",
+                                                      "Match", "Misconduct",   "Game misconduct"};
+    for (std::size_t k = 0; k < types.size(); ++k)
+        fmt::print("{:<24}{:>8.3f}{:>8.2f}\n", types[k], tally.calls[k] / teamGames, tally.callMinutes[k] / teamGames);
+    fmt::print("{:<24}{:>8.3f}\n{:<24}{:>8.3f}\n", "of them fighting majors", tally.fightMajors / teamGames,
+               "of them coincidental", tally.coincidentalCalls / teamGames);
+    fmt::print("\nGames settled in regulation by 1, 2, 3 or more goals, pct: {:.1f} {:.1f} {:.1f}\n",
+               100.0 * t.regulationMargin[1] / t.games, 100.0 * t.regulationMargin[2] / t.games,
+               100.0 * t.regulationMargin[3] / t.games);
+    fmt::print("Goalies pulled a game {:.3f}, empty-net goals {:.3f}, goals with the goalie out {:.3f}\n",
+               tally.goaliePulls / double(t.games), tally.emptyNetGoals / double(t.games),
+               tally.extraAttackerGoals / double(t.games));
 }
 
 void simulate(const GlobalOptions& options, const SimulateOptions& o) {
@@ -164,7 +183,7 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
     double ppPct = t.powerPlays > 0 ? 100 * t.powerPlayGoals / t.powerPlays : 0;
     printRow("Power-play pct", ppPct, era.powerPlayPct, "{:>10.1f}");
     printRow("Penalty minutes", t.pim / teamGames, era.pimPerGame / 2);
-    printRow("Fights a game", t.fights / t.games, era.fightsPerGame);
+    printRow("Fighting majors a game", 2 * t.fights / t.games, era.fightsPerGame);
     printRow("Faceoffs won", t.faceoffs / teamGames, 0);
     printRow("Hits", t.hits / teamGames, 0);
     printRow("Save pct", t.shots > 0 ? 100 * saves / t.shots : 0, era.savePct, "{:>10.1f}");

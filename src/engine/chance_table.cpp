@@ -105,7 +105,7 @@ SeasonCalibration seasonCalibration(const League& league, const EraTable& era, c
         expGames += 1;
         expShots += e.shotsPerTeam();
         expPim += e.pimPerGame / 2;
-        expFights += e.fightsPerGame;
+        expFights += e.fightsPerGame / 2;  // a team takes part in half the fighting majors of its games
         expGoals += e.goalsPerTeam;
         games2 += teamGames;
         shots += team.TeamFor[0].Sog;
@@ -928,6 +928,19 @@ PlayChances Game::ChanceTable() {
     if (coach(opp) == CoachKind::Computer) {
         scale(shoot, 1 / 1.03);
         gp /= 1.01;
+    }
+    // Step 27: a shadowed man on the ice draws his shadow away from the
+    // rest, which leaves the others more room, unless the shadow's side
+    // is a man up.
+    if (s_.Skaters[at(opp)] <= s_.Skaters[at(side)]) {
+        const GamePlanRecord& plan = o.plan;
+        for (std::size_t pair = 0; pair < plan.ShadowTarget.size(); ++pair) {
+            int shadowed = plan.ShadowTarget[pair][0] - 1;
+            if (shadowed >= 0 && shadowOf(opp, shadowed) != kNoSlot) {
+                scale(shoot, 1.03);
+                gp *= 1.03;
+            }
+        }
     }
     // Step 28: a goalie without his stick, tired shooters and defenders.
     if (oppGoalie != kNoSlot && stickBroken(opp, oppGoalie)) gp += 0.03;

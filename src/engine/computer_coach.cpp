@@ -686,10 +686,15 @@ void Game::computerGoaliePull(int side) {
         if (!pressedInOwnEnd && (behind < 1 || behind > 2 || ownEndDraw)) returnGoalie(side);
         return;
     }
-    if (plan.DontPullGoalie == 1 || behind < 1 || behind > 2 || ownEndDraw || pressedInOwnEnd) return;
+    // The plan's check keeps the computer from pulling the goalie of a team
+    // whose coach is a person while it plays that team for him (a zoom, a
+    // game with no screen); its own teams pull by the plan's times.
+    bool mayPull = coach(side) == CoachKind::Computer || plan.DontPullGoalie != 1;
+    if (!mayPull || behind < 1 || behind > 2 || ownEndDraw || pressedInOwnEnd) return;
     if (s_.Clock >= pullTime(plan, behind)) return;
     if (waitForPuck(plan, behind) && (s_.PuckTeam != side || isFaceoff(z))) return;
     s_.GoaliePulled[at(side)] = true;
+    ++tally_.goaliePulls;
     putUnitOnIce(side);
     DescribeGoaliePull(side);
 }

@@ -485,6 +485,28 @@ void Game::FindPenalized() {
 
 // ---- The other picks ----------------------------------------------------------------
 
+// The plan holds two shadow pairs a team: the first place of each row of
+// `ShadowTarget` names the opponent's man to shadow, the same place of
+// `ShadowPlayer` the own man who does it, both as roster places counted
+// from 1, 0 for none.
+int Game::shadowOf(int side, int target) const {
+    if (target == kNoSlot) return kNoSlot;
+    const GamePlanRecord& plan = session_.side(side).plan;
+    const OnIce& own = s_.onIce[at(side)];
+    const OnIce& theirs = s_.onIce[at(other(side))];
+    for (std::size_t pair = 0; pair < plan.ShadowTarget.size(); ++pair) {
+        int shadowed = plan.ShadowTarget[pair][0] - 1;
+        int shadow = plan.ShadowPlayer[pair][0] - 1;
+        if (shadowed < 0 || shadow < 0 || shadowed >= static_cast<int>(kRosterSlots) ||
+            shadow >= static_cast<int>(kRosterSlots))
+            continue;
+        if (shadowed != target || !theirs.holds(shadowed)) continue;
+        for (std::size_t pos = 0; pos < 5; ++pos)
+            if (own.slot[pos] == shadow) return shadow;
+    }
+    return kNoSlot;
+}
+
 void Game::FindDefender() {
     FindState& f = s_.find;
     const int side = s_.OtherTeam();
@@ -496,6 +518,11 @@ void Game::FindDefender() {
         if (slotAt(side, pos) != kNoSlot) pick = pos;
     }
     if (pick == kNoPos) pick = firstOccupied(side);
+    // A man told to shadow the carrier is the one on him, as a rule, unless
+    // his side plays a man up and has men to spare.
+    int shadow = shadowOf(side, f.Carrier);
+    if (shadow != kNoSlot && s_.Skaters[at(side)] <= s_.Skaters[at(other(side))] && rng_.rand(10) <= 9)
+        pick = positionOf(side, shadow);
     f.DefenderPos = pick;
     f.Defender = slotAt(side, pick);
 }

@@ -18,7 +18,7 @@ constexpr int kSpecialUnits = 2;
 constexpr int kMaxShootoutRound = 50;
 
 int other(int side) { return side == 0 ? 1 : 0; }
-constexpr double kPlayPace = 1.1;
+constexpr double kPlayPace = 1.13;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
@@ -647,6 +647,8 @@ void Game::endOfPeriod() {
         s_.shotsByPeriod.push_back({0, 0});
         s_.events.blocksByPeriod.push_back({0, 0});
         s_.tvTimeoutsTaken = 0;
+        // Overtime may be played with fewer men a side.
+        recountSkaters();
     };
     if (s_.Period < periods_) {
         nextPeriod(periodSeconds());

@@ -302,6 +302,9 @@ private:
     void endPenalty(int side, std::size_t index, bool told = true);
     void startWaitingPenalties(int side);
     void recountSkaters();
+    // Skaters a side dresses on the ice at full strength: five, or in
+    // overtime four or three by the league's overtime rule.
+    [[nodiscard]] int fullStrength() const;
     void countPowerPlay();
     void keepPenalizedOff(int side);
     [[nodiscard]] double eraPenaltyFactor() const;
@@ -446,6 +449,9 @@ private:
     [[nodiscard]] int positionsInPlay(int side) const;
     [[nodiscard]] int positionOf(int side, int slot) const;
     [[nodiscard]] int firstOccupied(int side) const;
+    // The man of `side` who shadows the other team's `target`, when the
+    // side's plan pairs them and both are on the ice; kNoSlot otherwise.
+    [[nodiscard]] int shadowOf(int side, int target) const;
     [[nodiscard]] bool alternateReality() const;
     [[nodiscard]] bool available(int side, int slot) const;
     [[nodiscard]] bool stickBroken(int side, int slot) const;

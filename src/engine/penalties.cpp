@@ -21,14 +21,15 @@ constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
 // half, before the game's circumstances: set so that a season of the
 // present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 18.5;
+constexpr double kPenaltyBase = 23;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 // Set so that a made-up league of 2017, whose players carry real fight
 // counts, fights at its era's rate. Without fight counts the rates stand on
 // the sportsmanship table alone, where known fighters of a league with
-// counts have three times theirs: the divisor is a third as large.
+// counts have about one and a half times theirs: the divisor is two thirds
+// as large.
 constexpr double kFightDivisor = 1.2;
-constexpr double kFightDivisorWithoutCounts = kFightDivisor / 3;
+constexpr double kFightDivisorWithoutCounts = kFightDivisor * 2 / 3;
 
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -213,14 +214,33 @@ void Game::startWaitingPenalties(int side) {
     }
 }
 
+int Game::fullStrength() const {
+    if (s_.Period <= periods_) return kSkatersFull;
+    const RulesRecord& rules = session_.league().rules;
+    bool playoff = session_.PlayoffGame;
+    if ((playoff ? rules.PlayoffThreeOption : rules.ThreeOption) == 1) return 3;
+    if ((playoff ? rules.playofffourOption : rules.Fouroption) == 1) return 4;
+    return kSkatersFull;
+}
+
 void Game::recountSkaters() {
     std::array<int, 2> before = s_.Skaters;
     bool moved = false;
+    std::array<int, 2> shortOf{};
     for (int side : {kVisitor, kHome}) {
         startWaitingPenalties(side);
-        int short_ = 0;
-        for (const BoxPenalty& p : s_.pen.box[at(side)]) short_ += p.running && p.shortHanded ? 1 : 0;
-        s_.Skaters[at(side)] = std::max(kSkatersLeast, kSkatersFull - short_);
+        for (const BoxPenalty& p : s_.pen.box[at(side)]) shortOf[at(side)] += p.running && p.shortHanded ? 1 : 0;
+    }
+    const int full = fullStrength();
+    for (int side : {kVisitor, kHome}) {
+        int mine = shortOf[at(side)];
+        int theirs = shortOf[at(other(side))];
+        // Three a side can't go lower: a penalty then puts a man more on
+        // the ice for the other side.
+        if (full == kSkatersLeast)
+            s_.Skaters[at(side)] = std::min(kSkatersFull, kSkatersLeast + std::max(0, theirs - mine));
+        else
+            s_.Skaters[at(side)] = std::max(kSkatersLeast, full - mine);
         keepPenalizedOff(side);
         for (int slot : s_.onIce[at(side)].slot)
             if (slot != kNoSlot && offIce(side, slot)) moved = true;
@@ -237,18 +257,18 @@ void Game::recountSkaters() {
     countPowerPlay();
 }
 
-// A new power play is counted when a side gains the edge it didn't have;
-// going from one man up to two is the same power play, and so is what is
-// left of a two-man edge when one penalty ends.
+// A power play is counted for each man a side gains on the other, the way
+// the league's books count them: five on four is one, five on three a
+// second; what is left of a two-man edge when one penalty ends is none.
 void Game::countPowerPlay() {
     PenaltyState& pen = s_.pen;
     for (int side : {kVisitor, kHome}) {
         int o = other(side);
-        bool stronger = s_.Skaters[at(side)] > s_.Skaters[at(o)];
-        bool was = pen.lastSkaters[at(side)] > pen.lastSkaters[at(o)];
-        if (stronger && !was) {
-            ++pen.PowerPlays[at(side)];
-            ++pen.PenaltyKills[at(o)];
+        int edge = s_.Skaters[at(side)] - s_.Skaters[at(o)];
+        int was = std::max(0, pen.lastSkaters[at(side)] - pen.lastSkaters[at(o)]);
+        if (edge > was) {
+            pen.PowerPlays[at(side)] += edge - was;
+            pen.PenaltyKills[at(o)] += edge - was;
         }
     }
     pen.lastSkaters = s_.Skaters;
@@ -341,6 +361,8 @@ void Game::penaltyGoal(int side) {
 void Game::creditPenalty(int side, int slot, PenaltyType type, int minutes) {
     PenaltyState& pen = s_.pen;
     pen.PenaltyMinutes[at(side)] += minutes;
+    ++tally_.calls[static_cast<std::size_t>(type)];
+    tally_.callMinutes[static_cast<std::size_t>(type)] += minutes;
     TeamRecord& team = session_.side(side).team;
     auto addTo = [](std::int16_t& v, int n) { v = static_cast<std::int16_t>(std::min(v + n, 32767)); };
     addTo(team.TeamFor[1].Pim, minutes);
@@ -450,6 +472,8 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
     if (bench || (goalie && rules.GoaliePenaltycheck != 1)) server = penaltyServer(side);
     if (name.empty()) name = PickPenaltyName(type, s_.PuckTeam != side && isOffenseState(s_.LastZone), rng_);
     if (offender != kNoSlot) ++pen.penaltiesOf[at(side)][at(offender)];
+    if (kind == PenaltyKind::Coincidental) ++tally_.coincidentalCalls;
+    if (kind == PenaltyKind::Fight) ++tally_.fightMajors;
     ++pen.penaltiesCalled[at(side)];
     ++pen.periodPenalties[at(side)];
 

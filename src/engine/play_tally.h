@@ -39,6 +39,18 @@ struct PlayTally {
     std::array<ShotTallyRow, 7> byClass{};
     std::array<ShotTallyRow, 3> byStrength{};
     long penaltyDraws = 0;  // steps whose draw was a penalty or a fight
+    // Penalties called and their minutes, by type (minor, double minor,
+    // major, match, misconduct, game misconduct); the fighting majors and
+    // the coincidental calls among them.
+    std::array<long, 6> calls{};
+    std::array<long, 6> callMinutes{};
+    long fightMajors = 0;
+    long coincidentalCalls = 0;
+    // The late game: goalies a computer coach pulled, goals into an empty
+    // net and goals scored with the own goalie out.
+    long goaliePulls = 0;
+    long emptyNetGoals = 0;
+    long extraAttackerGoals = 0;
 
     void add(const PlayTally& o);
 };
@@ -70,6 +82,15 @@ inline void PlayTally::add(const PlayTally& o) {
     for (std::size_t i = 0; i < byClass.size(); ++i) byClass[i].add(o.byClass[i]);
     for (std::size_t i = 0; i < byStrength.size(); ++i) byStrength[i].add(o.byStrength[i]);
     penaltyDraws += o.penaltyDraws;
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        calls[i] += o.calls[i];
+        callMinutes[i] += o.callMinutes[i];
+    }
+    fightMajors += o.fightMajors;
+    coincidentalCalls += o.coincidentalCalls;
+    goaliePulls += o.goaliePulls;
+    emptyNetGoals += o.emptyNetGoals;
+    extraAttackerGoals += o.extraAttackerGoals;
 }
 
 }  // namespace tallyrink

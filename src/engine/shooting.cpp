@@ -18,7 +18,7 @@ constexpr double kStyleAtRealUsage = 1.15;
 // own half and stand at the outside depth, which leaves goals per shot about
 // a tenth under the era's; this brings 1,000 games of a made-up league of
 // 2017 to its era's save percentage. The limits of the class still hold.
-constexpr double kShootingLevel = 1.28;
+constexpr double kShootingLevel = 1.26;
 
 int yearOr(int year, int lo, int hi, int fallback) { return year < lo || year > hi ? fallback : year; }
 

@@ -150,6 +150,8 @@ void Game::postGoal(bool fromClear) {
         f.Passer2 = kNoSlot;
     }
     int scorer = f.Carrier;
+    if (s_.GoaliePulled[at(against)]) ++tally_.emptyNetGoals;
+    if (s_.GoaliePulled[at(side)]) ++tally_.extraAttackerGoals;
     DescribeGoalLead();
     bool reboundKind =
         ev.Kind == ShotKind::Rebound || ev.Kind == ShotKind::ReboundShot || ev.Kind == ShotKind::Deflection;
@@ -486,7 +488,12 @@ void Game::reboundShot(bool afterSave) {
     f.Carrier = shooter;
     f.CarrierPos = pos;
     ev.Kind = ShotKind::ReboundShot;
-    double pct = session_.side(side).rates[at(shooter)].ShootingPct;
+    // The new shooter's chance comes from the shot model, as for any shot
+    // on net: his own finish, the era, the goalie he faces; a rebound is
+    // taken from in close, so it is the model's chance at that depth.
+    PlayChances model;
+    GoalPct(model);
+    double pct = model.PctInside;
     ev.ShootN = afterSave ? static_cast<int>(roundHalfEven(pct * 100 + 20))
                           : std::clamp(static_cast<int>(roundHalfEven(pct * 15)), 1, 15);
     DescribeReboundShot(shooter);

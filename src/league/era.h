@@ -29,7 +29,7 @@ struct EraRecord {
     double CollegeAssistsPerGoal{};
     double SavePct{};  // per cent
     double CollegeSavePct{};
-    double FightsPerGame{};                  // fights per game, 0 to 20
+    double FightsPerGame{};                  // fighting majors of both teams in a game, 0 to 20
     std::array<std::uint8_t, 8> SlotTail{};  // rest of the 100-byte slot, kept as it was
 };
 

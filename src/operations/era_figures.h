@@ -15,7 +15,7 @@ struct EraTargets {
     double powerPlayPct = 20.2;    // power-play goals per 100 power plays
     double savePct = 91.2;         // saves per 100 shots faced by goalies
     double shotsPerTeamGame = 0;   // shots on goal of one team in one game; 0 when unknown
-    double fightsPerGame = 0.22;   // fights in one game, both teams together
+    double fightsPerGame = 0.44;   // fighting majors in one game, both teams together (a fight gives two)
 };
 
 // The targets of `year` from the era table (years outside it take the

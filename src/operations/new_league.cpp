@@ -139,7 +139,9 @@ LeagueFigures measureLeague(const GeneratedLeague& league) {
     m.powerPlayPct = 100.0 * per(ppGoals, powerPlays);
     m.savePct = 100.0 * per(saves, saves + against);
     m.shotsPerTeamGame = per(shots, teamGames);
-    m.fightsPerGame = per(fights, teamGames);
+    // Each team counts the fights it took part in; the era counts the
+    // fighting majors of both teams in a game.
+    m.fightsPerGame = 2 * per(fights, teamGames);
     return f;
 }
 

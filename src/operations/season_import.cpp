@@ -436,6 +436,9 @@ PlayerRecord LeagueBuilder::playerRecord(const Stint& s, int id, const std::stri
     p.RealPenaltyStamp = 99;  // the counts below are this season's, not left-overs to clear
     p.RealMinors = clamps_.byte(s.minors);
     p.RealMajors = clamps_.byte(s.majors);
+    // The data counts no fights; nearly every major of a recent season is
+    // one, so a man's majors stand for his fights.
+    p.Fights[0] = clamps_.byte(s.majors);
     p.RealMisconducts = clamps_.byte(s.misconducts);
     p.PlayerType.assign("P");
     return p;
@@ -528,7 +531,7 @@ void LeagueBuilder::buildSchedule(ImportedLeague& league) {
 void LeagueBuilder::writeNotes(ImportedLeague& league) {
     auto& n = league.notes;
     n.push_back("uniform numbers: not in the data; left blank");
-    n.push_back("fights: not in the data; 0");
+    n.push_back("fights: not in the data; taken as the player's majors");
     n.push_back("empty-net goals, penalty-shot attempts and goals: not in the data; 0");
     n.push_back("games started by skaters: not in the data; 0");
     n.push_back("goalie starts: in a game with two goalies the one with more time on ice counted as the starter");

@@ -146,7 +146,10 @@ struct PenaltyTotals {
 // misconducts much of a rough one's.
 PenaltyTotals penaltyTotals(const EraTargets& era, int teamGames) {
     PenaltyTotals p;
-    p.fights = std::lround(era.fightsPerGame * teamGames);
+    // The era counts fighting majors in a game, both teams together: a
+    // fight sends one man of each side off, so a team takes part in half
+    // as many fights a game.
+    p.fights = std::lround(era.fightsPerGame / 2 * teamGames);
     p.otherMajors = std::lround(0.03 * teamGames);
     p.matches = std::lround(0.002 * teamGames);
     p.gameMisconducts = std::lround((0.015 + 0.04 * era.fightsPerGame) * teamGames);

@@ -20,6 +20,7 @@ constexpr std::size_t kStats = static_cast<std::size_t>(PlayerStat::Count);
 struct TeamFigures {
     int games = 0;
     double goalsFor = 0, goalsAgainst = 0, shots = 0, pim = 0, ppg = 0, hits = 0, points = 0, powerPlays = 0;
+    double overtimeLosses = 0;
 };
 
 // The real season as the league holds it: the team's real line where the
@@ -38,6 +39,7 @@ TeamFigures realTeam(const TeamRecord& t, const std::vector<const PlayerRecord*>
         f.ppg = r.PPG;
         f.hits = r.Hits;
         f.points = 2.0 * r.GoalieWins + r.GoalieTies + r.GoalieOvertimeLosses;
+        f.overtimeLosses = r.GoalieOvertimeLosses;
         return f;
     }
     for (const PlayerRecord* p : roster) {
@@ -50,6 +52,7 @@ TeamFigures realTeam(const TeamRecord& t, const std::vector<const PlayerRecord*>
         f.hits += s.Hits;
         f.goalsAgainst += s.GoalsAllowed;
         f.points += 2.0 * s.GoalieWins + s.GoalieTies + s.GoalieOvertimeLosses;
+        f.overtimeLosses += s.GoalieOvertimeLosses;
     }
     return f;
 }
@@ -65,6 +68,7 @@ TeamFigures replayTeam(const TeamRecord& t) {
     f.hits = t.TeamFor[0].Hits;
     f.points = 2.0 * t.Wins + t.Ties + t.OvertimeLosses;
     f.powerPlays = t.PowerPlays[0];
+    f.overtimeLosses = t.OvertimeLosses;
     return f;
 }
 
@@ -176,6 +180,7 @@ ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRec
     double realSaves = 0, realShotsAgainst = 0, replaySaves = 0, replayShotsAgainst = 0;
     double realGoals = 0, replayGoals = 0, realShots = 0, replayShots = 0, realPim = 0, replayPim = 0;
     double realPpg = 0, replayPpg = 0, realHits = 0, replayHits = 0, replayPowerPlays = 0;
+    double realOvertimeLosses = 0, replayOvertimeLosses = 0;
     std::map<int, double> fractionOf;
     bool complete = true;
     for (int t = 1; t <= kMaxTeams; ++t) {
@@ -210,6 +215,8 @@ ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRec
         realHits += real.hits;
         replayHits += replay.hits;
         replayPowerPlays += replay.powerPlays;
+        realOvertimeLosses += real.overtimeLosses;
+        replayOvertimeLosses += replay.overtimeLosses;
         realShotsAgainst += real.shots;
         realSaves += real.shots - real.goalsFor;
         replayShotsAgainst += replay.shots;
@@ -225,6 +232,9 @@ ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRec
     l.savePct = {realShotsAgainst > 0 ? realSaves / realShotsAgainst : 0,
                  replayShotsAgainst > 0 ? replaySaves / replayShotsAgainst : 0};
     l.powerPlayPctReplay = replayPowerPlays > 0 ? replayPpg / replayPowerPlays : 0;
+    l.powerPlaysReplay = perGame(replayPowerPlays, l.teamGamesReplay);
+    l.pastRegulation = {perGame(2 * realOvertimeLosses, l.teamGamesReal),
+                        perGame(2 * replayOvertimeLosses, l.teamGamesReplay)};
 
     for (const auto& [team, roster] : byTeam) {
         for (const PlayerRecord* p : roster) {
@@ -292,6 +302,9 @@ std::string replayReportText(const ReplayReport& r) {
     out += fmt::format("  {:<24}{:>8}{:>9}   {}\n", "Save percentage", pct(l.savePct.real), pct(l.savePct.replay),
                        ratioText(l.savePct));
     out += fmt::format("  {:<24}{:>8}{:>9}\n", "Power-play percentage", "-", pct(l.powerPlayPctReplay));
+    out += fmt::format("  {:<24}{:>8}{:>9.2f}\n", "Power plays", "-", l.powerPlaysReplay);
+    out += fmt::format("  {:<24}{:>8}{:>9}   {}\n", "Games past regulation", pct(l.pastRegulation.real),
+                       pct(l.pastRegulation.replay), ratioText(l.pastRegulation));
 
     out += "\nTeams          GP real/replay     GF real  replay     GA real  replay    Pts real  replay\n";
     for (const auto& t : r.teams)

@@ -31,6 +31,10 @@ struct LeagueComparison {
     RealReplay goals, shots, pim, powerPlayGoals, hits;
     RealReplay savePct;             // saves / shots against
     double powerPlayPctReplay = 0;  // the real season keeps no power-play chances
+    double powerPlaysReplay = 0;    // per team-game
+    // Share of games decided past regulation: one loser a game is charged
+    // with an overtime loss, so leagues without ties count them all.
+    RealReplay pastRegulation;
 };
 
 struct TeamComparison {

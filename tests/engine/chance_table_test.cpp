@@ -311,6 +311,54 @@ TEST_F(Table, ACarrierAheadOfHisRealShotRateIsPickedLessOften) {
     }
 }
 
+// A shadow pair of the defending side's plan: the shadow plays the man he
+// is told to as a rule, and a shadowed man on the ice gives his mates room.
+TEST_F(Table, AShadowPlaysHisManAndLeavesTheOthersRoom) {
+    // The same game from its start each time, so that the draws agree.
+    auto fresh = [&](std::array<int, 2> skaters) {
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 9});
+        game->InitGame();
+        s().Skaters = skaters;
+        return probe(Zone::NeutralZone, Call::Balanced);
+    };
+    int target = s().onIce[kVisitor].slot[1];
+    int shadow = s().onIce[kHome].slot[0];
+    PlayChances before = fresh({5, 5});
+    PlayChances beforeManUp = fresh({4, 5});
+    GamePlanRecord& plan = session->side(kHome).plan;
+    plan.ShadowTarget[1][0] = static_cast<std::uint8_t>(target + 1);
+    plan.ShadowPlayer[1][0] = static_cast<std::uint8_t>(shadow + 1);
+    PlayChances afterManUp = fresh({4, 5});
+    EXPECT_DOUBLE_EQ(afterManUp.GoalPct, beforeManUp.GoalPct);
+    PlayChances after = fresh({5, 5});
+    EXPECT_NEAR(after.GoalPct, before.GoalPct * 1.03, 1e-9);
+
+    int onHim = 0;
+    for (int i = 0; i < 1000; ++i) {
+        s().find.Carrier = target;
+        game->FindDefender();
+        onHim += s().find.Defender == shadow ? 1 : 0;
+    }
+    EXPECT_GT(onHim, 850);
+    // Another carrier is played as before; a man up, the shadow's side
+    // plays its usual defender and gives no room.
+    int others = 0;
+    for (int i = 0; i < 1000; ++i) {
+        s().find.Carrier = s().onIce[kVisitor].slot[0];
+        game->FindDefender();
+        others += s().find.Defender == shadow ? 1 : 0;
+    }
+    EXPECT_LT(others, 300);
+    s().Skaters = {4, 5};
+    int manUp = 0;
+    for (int i = 0; i < 1000; ++i) {
+        s().find.Carrier = target;
+        game->FindDefender();
+        manUp += s().find.Defender == shadow ? 1 : 0;
+    }
+    EXPECT_LT(manUp, 300);
+}
+
 TEST_F(Table, PassersAreNeverTheCarrierAndSecondAssistsFollowTheEra) {
     s().PuckTeam = kVisitor;
     s().PlayZone = Zone::OffenseShooter;

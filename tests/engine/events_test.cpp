@@ -381,6 +381,32 @@ TEST_F(Puck, NoGoaliePassUnderTheRuleAndNoRecoveryWithoutAForecheck) {
     }
 }
 
+// A rebound shot is a shot like any other: its chance comes from the shot
+// model, so the goalie it is aimed at counts, not only the shooter's record.
+TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
+    auto meanChance = [&](int rating) {
+        start();
+        int goalie = game->state().goalie[kHome];
+        session->side(kHome).player(goalie).RatingGoalie = static_cast<std::uint8_t>(rating);
+        game->editState().find.GoalieForm[kHome][std::size_t(goalie)] = 0;
+        long sum = 0;
+        int n = 0;
+        for (int i = 0; i < 40000 && n < 150; ++i) {
+            const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
+            if (s.events.Kind != ShotKind::ReboundShot || s.GameOverFlag) continue;
+            // After a save the chance in per cent is the model's plus 20.
+            EXPECT_GE(s.events.ShootN, 20);
+            sum += s.events.ShootN;
+            ++n;
+        }
+        EXPECT_GE(n, 50);
+        return n > 0 ? double(sum) / n : 0.0;
+    };
+    double weak = meanChance(40);
+    double strong = meanChance(95);
+    EXPECT_GT(weak, strong + 5) << weak << " against " << strong;
+}
+
 TEST_F(Puck, AnEmptyNetTakesNoReboundAndChargesNoGoalie) {
     // With the net empty a rebound isn't played: the puck goes back.
     GameState& s = game->editState();

@@ -176,9 +176,10 @@ TEST_F(PenaltyGame, AGoalEndsTheEarliestMinorButNotAMajor) {
     game->penaltyGoal(kVisitor);  // then b's
     EXPECT_FALSE(game->offIce(kHome, b));
     EXPECT_EQ(skaters()[kHome], 4);
-    // Five-on-four, five-on-three and back count as one power play.
-    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);
-    EXPECT_EQ(s().pen.PenaltyKills[kHome], 1);
+    // Five on four and then five on three are two power plays; back to
+    // five on four is none.
+    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 2);
+    EXPECT_EQ(s().pen.PenaltyKills[kHome], 2);
     EXPECT_EQ(s().pen.PowerPlayGoals[kVisitor], 3);
 }
 
@@ -274,10 +275,37 @@ TEST_F(PenaltyGame, APenaltyRunsOnIntoOvertime) {
     e.PuckTeam = kVisitor;
     game->OffenseCommand(Call::Balanced);
     ASSERT_EQ(s().Period, 4);
-    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+    // Overtime is three a side under the league's rule: the short side
+    // can't lose a man, so the other gains one.
+    EXPECT_EQ(skaters(), (std::array<int, 2>{4, 3}));
     ASSERT_EQ(box(kHome).size(), 1u);
     EXPECT_EQ(box(kHome)[0].PenaltySeconds, 118);
     EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);  // still the same power play
+    game->runPenaltyClock(118);
+    EXPECT_EQ(skaters(), (std::array<int, 2>{3, 3}));
+}
+
+// The overtime rule sets how many skate a side once regulation ends tied,
+// and their men stand on the ice.
+TEST_F(PenaltyGame, OvertimeIsPlayedWithTheRulesSkaters) {
+    auto overtimeSkaters = [&](int three, int four) {
+        rules.ThreeOption = static_cast<std::uint8_t>(three);
+        rules.Fouroption = static_cast<std::uint8_t>(four);
+        start();
+        GameState& e = game->editState();
+        e.Period = 3;
+        e.Clock = 2;
+        e.Score = {1, 1};
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        game->OffenseCommand(Call::Balanced);
+        EXPECT_EQ(s().Period, 4);
+        EXPECT_EQ(onIce(kVisitor), s().Skaters[kVisitor]);
+        return skaters();
+    };
+    EXPECT_EQ(overtimeSkaters(1, 0), (std::array<int, 2>{3, 3}));
+    EXPECT_EQ(overtimeSkaters(0, 1), (std::array<int, 2>{4, 4}));
+    EXPECT_EQ(overtimeSkaters(0, 0), (std::array<int, 2>{5, 5}));
 }
 
 TEST_F(PenaltyGame, ADelayedPenaltyIsCalledWhenTheOffendersTouchThePuck) {
@@ -333,19 +361,19 @@ TEST_F(PenaltyGame, APowerPlayIsCountedWhenASideGainsTheEdge) {
     EXPECT_EQ(pp, (std::array<int, 2>{1, 1}));
     game->runPenaltyClock(30);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
-    // Two at once, then one served: one power play.
+    // Two at once, a man each: two power plays, and none more as they end.
     game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
     game->assessPenalty(kHome, skater(kHome, 1), PenaltyType::Minor);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 3}));
     game->runPenaltyClock(120);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
-    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
-    EXPECT_EQ(s().pen.PenaltyKills, (std::array<int, 2>{1, 2}));
+    EXPECT_EQ(pp, (std::array<int, 2>{3, 1}));
+    EXPECT_EQ(s().pen.PenaltyKills, (std::array<int, 2>{1, 3}));
     // A pulled goalie is no power play.
     GameState& e = game->editState();
     e.GoaliePulled[kHome] = true;
     game->runPenaltyClock(1);
-    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
+    EXPECT_EQ(pp, (std::array<int, 2>{3, 1}));
 }
 
 TEST_F(PenaltyGame, APenaltyShotIsTakenAndCounted) {
@@ -605,9 +633,9 @@ TEST(PenaltyRates, AMadeUpSeasonPlaysNearItsEra) {
     double eraPim = era.PimPerGame / 2;
     std::printf(
         "[ rates    ] per team-game: PIM %.2f (era %.2f), power plays %.2f, PP%% %.1f (era %.1f), "
-        "fights a game %.3f (era %.3f), injuries a game %.2f\n",
+        "fighting majors a game %.3f (era %.3f), injuries a game %.2f\n",
         pim / teamGames, eraPim, powerPlays / teamGames, 100.0 * ppGoals / std::max(1L, powerPlays), era.PowerPlayPct,
-        fights / teamGames, era.FightsPerGame, double(injuries) / games);
+        2 * fights / teamGames, era.FightsPerGame, double(injuries) / games);
     std::printf("[ rates    ] per team-game: minors %.2f, majors %.2f, misconducts %.3f, match %.3f\n",
                 kinds[0] / teamGames, kinds[1] / teamGames, kinds[2] / teamGames, kinds[3] / teamGames);
     EXPECT_NEAR(pim / teamGames, eraPim, eraPim * .2);

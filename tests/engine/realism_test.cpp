@@ -10,6 +10,7 @@
 
 #include "engine/game.h"
 #include "engine/goalie_rest.h"
+#include "engine/penalties.h"
 #include "engine/play_tally.h"
 #include "engine/shooting.h"
 #include "league/era.h"
@@ -116,8 +117,27 @@ TEST(Realism, AMadeUpSeasonPlaysNearItsEra) {
     EXPECT_NEAR(f.savePct(), era.savePct, 1.0);
     EXPECT_NEAR(f.perTeamGame(f.pim), era.pimPerGame / 2, 1.5);
     double past = 100.0 * f.pastRegulation / f.games;
-    EXPECT_GT(past, 8);
+    EXPECT_GT(past, 12);
     EXPECT_LT(past, 35);
+    // The late game: a team a goal or two down pulls its goalie, and some
+    // of those nets are found empty, as in a real season (about 0.28 a game).
+    EXPECT_GT(f.tally.goaliePulls, f.games / 3);
+    double emptyNet = double(f.tally.emptyNetGoals) / f.games;
+    EXPECT_GT(emptyNet, 0.1);
+    EXPECT_LT(emptyNet, 0.5);
+    // The penalty mix: a fight sends a man of each side off with a major,
+    // about as many as the era's fighting majors a game, and the minors
+    // that make power plays carry most of the minutes.
+    const auto& calls = f.tally.calls;
+    const auto& minutes = f.tally.callMinutes;
+    EXPECT_EQ(f.tally.fightMajors % 2, 0);
+    double fightMajors = double(f.tally.fightMajors) / f.games;
+    EXPECT_GT(fightMajors, era.fightsPerGame * 0.5);
+    EXPECT_LT(fightMajors, era.fightsPerGame * 1.6);
+    EXPECT_LE(f.tally.fightMajors, calls[std::size_t(PenaltyType::Major)]);
+    double all = 0;
+    for (long m : minutes) all += double(m);
+    EXPECT_GT(double(minutes[std::size_t(PenaltyType::Minor)]) / all, 0.6);
     // Most shots come from the own half, but not all of them from outside:
     // set plays and own-half shots with no depth reach the slot and the
     // middle.

@@ -359,7 +359,7 @@ TEST(ImportSeason, ChecksPassOnConsistentDataAndNameTheTeamOtherwise) {
                            [&](const std::string& n) { return n.find(part) != std::string::npos; });
     };
     EXPECT_TRUE(said("uniform numbers"));
-    EXPECT_TRUE(said("fights: not in the data; 0"));
+    EXPECT_TRUE(said("fights: not in the data; taken as the player's majors"));
     EXPECT_TRUE(said("traded players: 2 players in 4 stints"));
     EXPECT_TRUE(said("1 skaters without tracking rows"));
     EXPECT_TRUE(said("1 skaters without a per-player totals row"));
