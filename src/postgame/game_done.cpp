@@ -613,17 +613,22 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                 if (!t.onTeam(slot) || statLine(p, StatLineIndex::Replay).GP == 0) continue;
                 LeaderValue v = leaderValue(category, p, games);
                 if (!v.counts) continue;
-                LeaderEntry e;
-                e.Name.assign(fmt::format("{} {}", p.FirstName.str(), p.LastName.str()));
-                e.Team.assign(t.team.Abbrev.str());
-                e.Value = static_cast<std::int16_t>(std::clamp(v.value, -32768, 32767));
-                e.PlayerNumber = p.PlayerId;
+                auto value = static_cast<std::int16_t>(std::clamp(v.value, -32768, 32767));
+                // The entry's words are made only for a player who goes in.
+                auto entry = [&] {
+                    LeaderEntry e;
+                    e.Name.assign(fmt::format("{} {}", p.FirstName.view(), p.LastName.view()));
+                    e.Team.assign(t.team.Abbrev.view());
+                    e.Value = value;
+                    e.PlayerNumber = p.PlayerId;
+                    return e;
+                };
                 auto listed = std::find_if(table.begin(), table.end(),
                                            [&](const LeaderEntry& x) { return x.PlayerNumber == p.PlayerId; });
                 if (listed != table.end())
-                    *listed = e;
-                else if (table.back().PlayerNumber == 0 || e.Value > table.back().Value)
-                    table.back() = e;
+                    *listed = entry();
+                else if (table.back().PlayerNumber == 0 || value > table.back().Value)
+                    table.back() = entry();
                 // Higher first; empty entries last.
                 std::stable_sort(table.begin(), table.end(), [](const LeaderEntry& a, const LeaderEntry& b) {
                     if ((a.PlayerNumber == 0) != (b.PlayerNumber == 0)) return b.PlayerNumber == 0;

@@ -449,17 +449,19 @@ bool RecordBook::insert(int category, RecordScope scope, int value, const Record
         return better(category, value, e.RecordValue[k]);
     };
     if (scope == RecordScope::Season) {
-        // A season total holds one place: his older figure of the season leaves first.
-        FixedText<20> name;
-        name.assign(who.name);
+        // A season total holds one place: his older figure of the season
+        // leaves first. The team is the cheaper test, so it goes first.
         FixedText<3> team;
         team.assign(who.team);
-        for (std::size_t k = 0; k < kRecordPlaces; ++k)
-            if (held(k) && e.RecordName[k].view() == name.view() && e.RecordTeam[k].view() == team.view()) {
-                changed_[recordNumber(category, scope)] = true;
-                drop(k);
-                break;
-            }
+        std::optional<FixedText<20>> name;
+        for (std::size_t k = 0; k < kRecordPlaces; ++k) {
+            if (!held(k) || e.RecordTeam[k].view() != team.view()) continue;
+            if (!name) name.emplace().assign(who.name);
+            if (e.RecordName[k].view() != name->view()) continue;
+            changed_[recordNumber(category, scope)] = true;
+            drop(k);
+            break;
+        }
     }
     if (!beats(last)) return false;
     changed_[recordNumber(category, scope)] = true;
