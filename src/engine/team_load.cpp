@@ -259,7 +259,7 @@ void GameSession::readPlayers(int sideIndex, Random& rng) {
         std::string last = p.LastName.str();
         bool shared = false;
         for (int other = 0; other < kRosterSlots; ++other)
-            if (other != slot && s.onTeam(other) && s.player(other).LastName.str() == last) shared = true;
+            if (other != slot && s.onTeam(other) && s.player(other).LastName.view() == last) shared = true;
         s.DisplayName[static_cast<std::size_t>(slot)] = shared ? p.FirstName.str() + " " + last : last;
         s.ShortNameOf[static_cast<std::size_t>(slot)] = p.ShortName.str();
     }

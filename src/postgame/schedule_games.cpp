@@ -24,7 +24,13 @@ ScheduleGames::ScheduleGames(ScheduleGamesOptions options)
 PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     const GameRecord r = schedule.row(row);
     std::uint64_t seed = options_.seed + row;
-    GameSession session({options_.leagueDir, options_.rules, options_.era, &schedule, &index_, &names_, &images_});
+    if (!session_ || sessionSchedule_ != &schedule) {
+        session_ = std::make_unique<GameSession>(
+            LeagueContext{options_.leagueDir, options_.rules, options_.era, &schedule, &index_, &names_, &images_});
+        sessionSchedule_ = &schedule;
+    }
+    GameSession& session = *session_;
+    session.PlayoffGame = false;
     Random loadDraws(seed);
     session.GameActive = true;
     session.GameType = 'L';

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "engine/team_load.h"
@@ -48,6 +49,10 @@ private:
     FileImages images_;
     RunWriter writer_;
     LeaguePlayerIndex index_;
+    // One session for the run: each load sets its side up afresh, and a
+    // session is large enough that making one per game shows.
+    std::unique_ptr<GameSession> session_;
+    const Schedule* sessionSchedule_ = nullptr;
 };
 
 }  // namespace tallyrink
