@@ -956,8 +956,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         box->r1.BoxText[k].assign(facts.boxText[k]);
         box->r1.BoxTextCount = static_cast<std::int16_t>(k + 1);
     }
-    // An exhibition leaves the league as it was; its box is written only on request.
-    if (leagueGame) changes.push_back({res.boxFile, true, 0, boxBytes(*box)});
+    // An exhibition leaves the league as it was; its box is written only on
+    // request. A league game's box is a new file that nothing names until the
+    // journal stands (the schedule row and SCORES do), so it goes first and
+    // outside the journal, which it would more than double: a failure before
+    // the journal leaves it unnamed, and the game's next posting writes it
+    // again under the same name.
+    if (leagueGame) writer.replace(locate(res.boxFile), boxBytes(*box));
 
     journal.commit(changes, writer);
     if (postedRow && o.schedule) o.schedule->row(game.scheduleRow) = *postedRow;

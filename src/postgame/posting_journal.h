@@ -7,8 +7,9 @@
 //
 // Each change is idempotent (bytes at a fixed offset, or a whole file), so a
 // journal found at the next start is simply applied again: a failure before
-// the journal stands leaves the league untouched and the game unposted; a
-// failure after it leaves a journal that finishes the posting.
+// the journal stands leaves the game unposted (and at most a new file that
+// no row names yet, such as its box); a failure after it leaves a journal
+// that finishes the posting.
 
 #include <cstdint>
 #include <filesystem>
