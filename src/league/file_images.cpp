@@ -25,6 +25,14 @@ std::vector<std::uint8_t> FileImages::readSlot(const std::filesystem::path& path
     return out;
 }
 
+std::span<const std::uint8_t> FileImages::slotBytes(const std::filesystem::path& path, std::size_t slot,
+                                                    std::size_t r) {
+    const auto& image = bytes(path);
+    std::size_t begin = (r - 1) * slot;
+    if (r == 0 || begin >= image.size()) return {};
+    return std::span(image).subspan(begin, std::min(slot, image.size() - begin));
+}
+
 const std::vector<std::uint8_t>* FileImages::held(const std::filesystem::path& path) const {
     auto it = images_.find(path.string());
     return it == images_.end() ? nullptr : &it->second;

@@ -30,6 +30,9 @@ public:
     std::uint64_t length(const std::filesystem::path& path) { return bytes(path).size(); }
     // Slot r (from 1) as a RandomFile reads it: bytes past the end are zero.
     std::vector<std::uint8_t> readSlot(const std::filesystem::path& path, std::size_t slot, std::size_t r);
+    // The part of slot r the file holds, without a copy: shorter than the
+    // slot (or empty) where the file ends. Valid until the image changes.
+    std::span<const std::uint8_t> slotBytes(const std::filesystem::path& path, std::size_t slot, std::size_t r);
 
     // The image of a file read before, or null.
     [[nodiscard]] const std::vector<std::uint8_t>* held(const std::filesystem::path& path) const;
@@ -49,8 +52,11 @@ std::uint64_t fileLengthVia(FileImages* images, const std::filesystem::path& pat
 std::vector<std::uint8_t> readSlotVia(FileImages* images, const std::filesystem::path& path, std::size_t slot,
                                       std::size_t r);
 
+// A record decodes the bytes a short slot lacks as zero, so an image's slot
+// is decoded where it lies.
 template <codec::Record R>
 R readRecordVia(FileImages* images, const std::filesystem::path& path, std::size_t slot, std::size_t r) {
+    if (images) return codec::fromSlot<R>(images->slotBytes(path, slot, r));
     auto bytes = readSlotVia(images, path, slot, r);
     return codec::fromSlot<R>(bytes);
 }

@@ -125,6 +125,9 @@ void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset,
 
 // The first i from `from` below `n` where a and b differ; n when none does.
 std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
+    // Long equal stretches (a table that barely changed) in blocks, then words.
+    constexpr std::size_t kBlock = 64;
+    while (from + kBlock <= n && std::memcmp(a + from, b + from, kBlock) == 0) from += kBlock;
     for (; from + 8 <= n; from += 8) {
         std::uint64_t x = 0, y = 0;
         std::memcpy(&x, a + from, 8);
@@ -346,6 +349,8 @@ std::vector<FileChange> PostingJournal::narrowed(const std::vector<FileChange>& 
     // Ranges this posting has changed already, by file: a later change over
     // one of them is kept whole, as the images don't hold the earlier one yet.
     std::vector<std::tuple<std::string, std::uint64_t, std::uint64_t>> touched;
+    std::string lastName;
+    const std::vector<std::uint8_t>* image = nullptr;
     for (const FileChange& c : changes) {
         std::uint64_t begin = c.whole ? 0 : c.offset;
         std::uint64_t end = begin + c.bytes.size();
@@ -353,8 +358,12 @@ std::vector<FileChange> PostingJournal::narrowed(const std::vector<FileChange>& 
             return std::get<0>(t) == c.name && std::get<1>(t) < end && begin < std::get<2>(t);
         });
         touched.emplace_back(c.name, begin, end);
-        std::filesystem::path named(c.name);
-        const std::vector<std::uint8_t>* image = images_->held(named.is_absolute() ? named : locate(c.name));
+        // Changes of one file come in a row: its name is looked up once.
+        if (c.name != lastName) {
+            std::filesystem::path named(c.name);
+            image = images_->held(named.is_absolute() ? named : locate(c.name));
+            lastName = c.name;
+        }
         if (image == nullptr || overlaps || (c.whole && image->size() != c.bytes.size())) {
             out.push_back(c);
             continue;

@@ -295,6 +295,10 @@ TEST(RunPosting, ImagesReadAsTheDiskAndFollowWritesOfFilesTheyHold) {
     EXPECT_EQ(images.readSlot(dir / "A", 4, 2), (std::vector<std::uint8_t>{'e', 'f', 0, 0}));
     EXPECT_EQ(images.readSlot(dir / "A", 4, 3), std::vector<std::uint8_t>(4, 0));
     EXPECT_EQ(images.length(dir / "MISSING"), 0u);
+    // Without a copy: the part of the slot the file holds.
+    auto part = images.slotBytes(dir / "A", 4, 2);
+    EXPECT_EQ(std::vector<std::uint8_t>(part.begin(), part.end()), (std::vector<std::uint8_t>{'e', 'f'}));
+    EXPECT_TRUE(images.slotBytes(dir / "A", 4, 3).empty());
 
     std::vector<std::uint8_t> x{'x'};
     images.writeAt(dir / "A", 8, x);  // past the end: the gap is zero bytes
