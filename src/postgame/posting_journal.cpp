@@ -348,16 +348,16 @@ std::vector<FileChange> PostingJournal::narrowed(const std::vector<FileChange>& 
     out.reserve(changes.size());
     // Ranges this posting has changed already, by file: a later change over
     // one of them is kept whole, as the images don't hold the earlier one yet.
-    std::vector<std::tuple<std::string, std::uint64_t, std::uint64_t>> touched;
+    std::vector<std::tuple<const std::string*, std::uint64_t, std::uint64_t>> touched;
     std::string lastName;
     const std::vector<std::uint8_t>* image = nullptr;
     for (const FileChange& c : changes) {
         std::uint64_t begin = c.whole ? 0 : c.offset;
         std::uint64_t end = begin + c.bytes.size();
         bool overlaps = std::any_of(touched.begin(), touched.end(), [&](const auto& t) {
-            return std::get<0>(t) == c.name && std::get<1>(t) < end && begin < std::get<2>(t);
+            return std::get<1>(t) < end && begin < std::get<2>(t) && *std::get<0>(t) == c.name;
         });
-        touched.emplace_back(c.name, begin, end);
+        touched.emplace_back(&c.name, begin, end);
         // Changes of one file come in a row: its name is looked up once.
         if (c.name != lastName) {
             std::filesystem::path named(c.name);
