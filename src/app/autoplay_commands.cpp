@@ -20,6 +20,7 @@
 #include "operations/autoplay.h"
 #include "postgame/game_done.h"
 #include "postgame/game_summary.h"
+#include "postgame/schedule_games.h"
 
 namespace tallyrink::cli {
 
@@ -47,36 +48,13 @@ struct AutoplayArgs {
 class QuietRunner final : public GameRunner {
 public:
     QuietRunner(const Session& session, std::uint64_t seed)
-        : session_(session),
-          seed_(seed),
-          index_(LeaguePlayerIndex::read(session.LeagueDir())),
-          names_(session.LeagueDir()) {}
+        : games_({session.LeagueDir(), session.rules(), &session.era(), seed, todayDateText(),
+                  session.places().dataRoot()}) {}
 
-    void playAndPost(Schedule& schedule, std::size_t row) override {
-        const GameRecord r = schedule.row(row);
-        std::uint64_t seed = seed_ + row;
-        GameSession game({session_.LeagueDir(), session_.rules(), &session_.era(), &schedule, &index_});
-        Random loadDraws(seed);
-        game.GameActive = true;
-        game.GameType = 'L';
-        game.loadGame(r.VisitorTeam, r.HomeTeam, r.Month, r.Day, loadDraws);
-        clearGameEntries(game);
-        GameOptions options;
-        options.seed = seed;
-        Game play(game, options);
-        play.playToEnd();
-        postScheduleGame(game, play, schedule, row, seed, today_, session_.places().dataRoot(), &names_);
-        // The posting wrote the row to the file; the run's copy follows it so
-        // its own saves keep the result.
-        schedule.row(row) = readRecord<GameRecord>(RandomFile(schedule.path(), codec::slotWidth<GameRecord>()), row);
-    }
+    void playAndPost(Schedule& schedule, std::size_t row) override { games_.playAndPost(schedule, row); }
 
 private:
-    const Session& session_;
-    std::uint64_t seed_;
-    LeaguePlayerIndex index_;
-    FolderNames names_;  // the run is the league folder's only writer
-    std::string today_ = todayDateText();
+    ScheduleGames games_;
 };
 
 std::string dateText(const LeagueDate& d) {

@@ -6,7 +6,9 @@
 #include <cctype>
 
 #include "engine/record_upgrades.h"
+#include "league/file_images.h"
 #include "league/files.h"
+#include "league/folder_names.h"
 #include "league/league.h"
 #include "league/session.h"
 #include "team/default_coach.h"
@@ -162,16 +164,20 @@ void GameSession::setLeagueDay(const SideTables& s) {
     }
 }
 
+fs::path GameSession::leagueFile(std::string_view name) const {
+    return league_.names ? league_.names->find(name) : findFile(league_.leagueDir, name);
+}
+
 void GameSession::readTeam(SideTables& s) {
-    RandomFile file(findFile(league_.leagueDir, kTeamFile), kTeamSlot);
-    s.team = readRecord<TeamRecord>(file, static_cast<std::size_t>(s.TeamId));
+    s.team =
+        readRecordVia<TeamRecord>(league_.files, leagueFile(kTeamFile), kTeamSlot, static_cast<std::size_t>(s.TeamId));
     s.teamAsRead = s.team;
     upgradeTeamRecord(s.team);
 }
 
 void GameSession::readPlan(SideTables& s) {
-    RandomFile file(findFile(league_.leagueDir, kGamePlanFile), kGamePlanSlot);
-    s.plan = readRecord<GamePlanRecord>(file, static_cast<std::size_t>(s.TeamId));
+    s.plan = readRecordVia<GamePlanRecord>(league_.files, leagueFile(kGamePlanFile), kGamePlanSlot,
+                                           static_cast<std::size_t>(s.TeamId));
     s.planAsRead = s.plan;
     s.plan.GamePlanTeam = static_cast<std::int16_t>(s.TeamId);
     upgradeGamePlan(s.plan, s.team.TeamYear);
@@ -191,13 +197,12 @@ void GameSession::repairRoster(SideTables& s) {
     const TeamRecord& t = s.team;
     if (t.Wins + t.Losses + t.Ties + t.OvertimeLosses > 0) return;
     const auto& records = playerIndex().recordsOfTeam[static_cast<std::size_t>(s.TeamId)];
-    std::optional<RandomFile> file;
     for (std::int32_t record : records) {
         if (record > kMaxRosterPlayerId) continue;
         auto id = static_cast<std::int16_t>(record);
         if (std::find(roster.begin(), roster.end(), id) != roster.end()) continue;
-        if (!file) file.emplace(findFile(league_.leagueDir, kPlayerFile), kPlayerSlot);
-        const PlayerRecord p = readRecord<PlayerRecord>(*file, static_cast<std::size_t>(record));
+        const PlayerRecord p = readRecordVia<PlayerRecord>(league_.files, leagueFile(kPlayerFile), kPlayerSlot,
+                                                           static_cast<std::size_t>(record));
         auto empty = std::find(roster.begin(), roster.end(), std::int16_t{0});
         std::string name = p.FirstName.str() + " " + p.LastName.str();
         if (empty == roster.end()) {
@@ -211,14 +216,18 @@ void GameSession::repairRoster(SideTables& s) {
 
 void GameSession::readPlayers(int sideIndex, Random& rng) {
     SideTables& s = side(sideIndex);
-    RandomFile players(findFile(league_.leagueDir, kPlayerFile), kPlayerSlot);
-    SlotReader file(players);
+    RandomFile players(leagueFile(kPlayerFile), kPlayerSlot);
+    // From the run's image when there is one, else through one open file.
+    std::optional<SlotReader> file;
+    if (!league_.files) file.emplace(players);
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         auto i = static_cast<std::size_t>(slot);
         std::int16_t id = s.team.Roster[i];
         PlayerRecord& p = s.GameRoster[i];
         if (id <= 0) continue;
-        p = readRecord<PlayerRecord>(file, static_cast<std::size_t>(id));
+        p = file
+                ? readRecord<PlayerRecord>(*file, static_cast<std::size_t>(id))
+                : readRecordVia<PlayerRecord>(league_.files, players.path(), kPlayerSlot, static_cast<std::size_t>(id));
         s.rosterAsRead[i] = p;
         if (p.PlayerId == 0) {
             s.notes.push_back(
@@ -250,7 +259,7 @@ void GameSession::readPlayers(int sideIndex, Random& rng) {
         std::string last = p.LastName.str();
         bool shared = false;
         for (int other = 0; other < kRosterSlots; ++other)
-            if (other != slot && s.onTeam(other) && s.player(other).LastName.str() == last) shared = true;
+            if (other != slot && s.onTeam(other) && s.player(other).LastName.view() == last) shared = true;
         s.DisplayName[static_cast<std::size_t>(slot)] = shared ? p.FirstName.str() + " " + last : last;
         s.ShortNameOf[static_cast<std::size_t>(slot)] = p.ShortName.str();
     }
@@ -626,15 +635,22 @@ void GameSession::SaveTeam(int sideIndex) {
         if (s.player(slot).PlayerId == 0) s.team.Roster[i] = 0;
         if (!GameActive && s.onTeam(slot)) storeLiveLines(s.lines, slot, s.player(slot));
     }
-    const fs::path& dir = league_.leagueDir;
     auto team = static_cast<std::size_t>(s.TeamId);
-    writeRecord(RandomFile(findFile(dir, kTeamFile), kTeamSlot), team, s.team);
-    writeRecord(RandomFile(findFile(dir, kGamePlanFile), kGamePlanSlot), team, s.plan);
-    RandomFile players(findFile(dir, kPlayerFile), kPlayerSlot);
+    // The run's images, when it keeps them, follow each write.
+    auto save = [&](const RandomFile& file, std::size_t r, const auto& rec) {
+        writeRecord(file, r, rec);
+        if (!league_.files) return;
+        auto bytes = codec::toSlot(rec);
+        bytes.resize(codec::Layout<std::decay_t<decltype(rec)>>::size);
+        league_.files->writeAt(file.path(), static_cast<std::uint64_t>(r - 1) * file.slot(), bytes);
+    };
+    save(RandomFile(leagueFile(kTeamFile), kTeamSlot), team, s.team);
+    save(RandomFile(leagueFile(kGamePlanFile), kGamePlanSlot), team, s.plan);
+    RandomFile players(leagueFile(kPlayerFile), kPlayerSlot);
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         if (!s.onTeam(slot)) continue;
         const PlayerRecord& p = s.player(slot);
-        writeRecord(players, static_cast<std::size_t>(p.PlayerId), p);
+        save(players, static_cast<std::size_t>(p.PlayerId), p);
         s.rosterAsRead[static_cast<std::size_t>(slot)] = p;
     }
     s.teamAsRead = s.team;

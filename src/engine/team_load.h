@@ -32,6 +32,8 @@ namespace tallyrink {
 
 class Session;
 class GameSession;
+class FolderNames;
+class FileImages;
 
 inline constexpr int kVisitor = 0;
 inline constexpr int kHome = 1;
@@ -104,6 +106,10 @@ struct LeagueContext {
     const Schedule* schedule = nullptr;  // null: the league has no schedule
     // Null: the session reads its own at the first load.
     const LeaguePlayerIndex* players = nullptr;
+    // A run of many games that owns the folder: its names, listed once, and
+    // the images of its files. Null: the disk is asked at each load.
+    FolderNames* names = nullptr;
+    FileImages* files = nullptr;
 };
 
 class GameSession {
@@ -176,6 +182,7 @@ private:
     void completeLineup(int side);
     void noteUnrated(int side);
 
+    [[nodiscard]] std::filesystem::path leagueFile(std::string_view name) const;
     [[nodiscard]] RateContext rateContext(const SideTables& s, const PlayerRecord& p) const;
     [[nodiscard]] int eraGamesOf(int year) const;
     // The index of the context, or one read from the league at the first call.

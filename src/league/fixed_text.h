@@ -24,15 +24,29 @@ struct FixedText {
         return std::string(v.substr(begin, end - begin + 1));
     }
 
+    // The same without a copy: it lives as long as the text.
+    [[nodiscard]] std::string_view view() const {
+        std::size_t end = N;
+        while (end > 0 && padding(raw[end - 1])) --end;
+        std::size_t begin = 0;
+        while (begin < end && padding(raw[begin])) ++begin;
+        return {raw.data() + begin, end - begin};
+    }
+
     // Left-justified and blank-padded; longer text is cut to the width.
     void assign(std::string_view text) {
         raw.fill(' ');
         std::copy_n(text.begin(), std::min(text.size(), N), raw.begin());
     }
 
-    [[nodiscard]] bool blank() const { return str().empty(); }
+    [[nodiscard]] bool blank() const {
+        return std::all_of(raw.begin(), raw.end(), [](char c) { return padding(c); });
+    }
 
     friend bool operator==(const FixedText&, const FixedText&) = default;
+
+private:
+    static constexpr bool padding(char c) { return c == ' ' || c == '\0'; }
 };
 
 }  // namespace tallyrink

@@ -9,6 +9,7 @@
 #include <limits>
 #include <optional>
 
+#include "league/file_images.h"
 #include "league/files.h"
 #include "league/names.h"
 #include "league/schedule.h"
@@ -41,10 +42,11 @@ FileChange slotChange(const std::string& name, std::size_t slot, std::size_t r, 
     return {name, false, static_cast<std::uint64_t>(r - 1) * slot, std::move(bytes)};
 }
 
-FileChange appendLines(const fs::path& file, const std::string& name, const std::vector<std::string>& lines) {
+FileChange appendLines(FileImages* images, const fs::path& file, const std::string& name,
+                       const std::vector<std::string>& lines) {
     std::string text;
     for (const auto& l : lines) text += l + "\n";
-    return {name, false, fileLength(file), std::vector<std::uint8_t>(text.begin(), text.end())};
+    return {name, false, fileLengthVia(images, file), std::vector<std::uint8_t>(text.begin(), text.end())};
 }
 
 std::string scheduleName(const RulesRecord& rules) {
@@ -611,17 +613,22 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                 if (!t.onTeam(slot) || statLine(p, StatLineIndex::Replay).GP == 0) continue;
                 LeaderValue v = leaderValue(category, p, games);
                 if (!v.counts) continue;
-                LeaderEntry e;
-                e.Name.assign(fmt::format("{} {}", p.FirstName.str(), p.LastName.str()));
-                e.Team.assign(t.team.Abbrev.str());
-                e.Value = static_cast<std::int16_t>(std::clamp(v.value, -32768, 32767));
-                e.PlayerNumber = p.PlayerId;
+                auto value = static_cast<std::int16_t>(std::clamp(v.value, -32768, 32767));
+                // The entry's words are made only for a player who goes in.
+                auto entry = [&] {
+                    LeaderEntry e;
+                    e.Name.assign(fmt::format("{} {}", p.FirstName.view(), p.LastName.view()));
+                    e.Team.assign(t.team.Abbrev.view());
+                    e.Value = value;
+                    e.PlayerNumber = p.PlayerId;
+                    return e;
+                };
                 auto listed = std::find_if(table.begin(), table.end(),
                                            [&](const LeaderEntry& x) { return x.PlayerNumber == p.PlayerId; });
                 if (listed != table.end())
-                    *listed = e;
-                else if (table.back().PlayerNumber == 0 || e.Value > table.back().Value)
-                    table.back() = e;
+                    *listed = entry();
+                else if (table.back().PlayerNumber == 0 || value > table.back().Value)
+                    table.back() = entry();
                 // Higher first; empty entries last.
                 std::stable_sort(table.begin(), table.end(), [](const LeaderEntry& a, const LeaderEntry& b) {
                     if ((a.PlayerNumber == 0) != (b.PlayerNumber == 0)) return b.PlayerNumber == 0;
@@ -671,7 +678,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     const fs::path& dir = session.league().leagueDir;
     const RulesRecord& rules = session.league().rules;
     auto locate = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
-    const PostingJournal journal(dir, o.names);
+    const PostingJournal journal(dir, o.names, o.images);
     // The session was read from the files a pending posting would change.
     if (journal.recover(writer))
         throw FileError(
@@ -682,9 +689,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     bool leagueGame = !game.exhibition;
 
     // The row.
-    std::optional<Schedule> schedule;
+    std::optional<Schedule> loaded;
+    Schedule* schedule = o.schedule;
+    if (leagueGame && schedule == nullptr) {
+        loaded = Schedule::load(dir, scheduleName(rules));
+        schedule = &*loaded;
+    }
     if (leagueGame) {
-        schedule = Schedule::load(dir, scheduleName(rules));
         if (game.scheduleRow == 0) {
             for (std::size_t r = 1; r <= schedule->size(); ++r) {
                 const GameRecord& row = schedule->row(r);
@@ -701,7 +712,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             throw AlreadyPosted(fmt::format("Game {} of the schedule has already been played", game.scheduleRow));
     }
     res.scheduleRow = game.scheduleRow;
-    std::size_t scoresCount = RandomFile(locate(kScoresFile), kGameSlot).count(kScoresRounding);
+    std::size_t scoresCount = recordCount(fileLengthVia(o.images, locate(kScoresFile)), kGameSlot, kScoresRounding);
     res.boxFile = leagueGame ? boxFileName(scoresCount + 1) : "BOX-EX.box";
 
     // Goalies of record and the starters.
@@ -795,12 +806,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // passed over rather than stop the posting.
     if (leagueGame) {
         auto post = [&](const fs::path& folder, const std::string& name) {
-            RecordBook book = RecordBook::load(folder);
+            RecordBook book = o.images && folder == dir ? RecordBook::fromBytes(o.images->bytes(locate(kRecordsFile)))
+                                                        : RecordBook::load(folder);
             book.postPlayers(session, game);
             book.postTeams(session, game);
             for (FileChange& c : book.changes(name)) changes.push_back(std::move(c));
         };
-        post(dir, findFile(dir, kRecordsFile).filename().string());
+        post(dir, locate(kRecordsFile).filename().string());
         const fs::path& allTime = o.allTimeRecordsDir;
         std::error_code ec;
         if (rules.AllTimeRecordCheck == 1 && !game.playoff && !allTime.empty() && fs::is_directory(allTime, ec) &&
@@ -832,12 +844,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
                                                                         : "",
                                                   ws.shots, ls.shots));
         // Each ticker record leaves its slot's last bytes unwritten: a half slot counts.
-        std::size_t ticks = RandomFile(locate(kTickerFile), kTickerSlot).count(kScoresRounding);
+        std::size_t ticks = recordCount(fileLengthVia(o.images, locate(kTickerFile)), kTickerSlot, kScoresRounding);
         changes.push_back(slotChange(kTickerFile, kTickerSlot, ticks + 1, tick));
     }
-    if (!history.empty()) changes.push_back(appendLines(locate(kInjuryHistoryFile), kInjuryHistoryFile, history));
+    if (!history.empty())
+        changes.push_back(appendLines(o.images, locate(kInjuryHistoryFile), kInjuryHistoryFile, history));
     if (!res.highlights.empty())
-        changes.push_back(appendLines(locate(kHighlightsFile), kHighlightsFile, res.highlights));
+        changes.push_back(appendLines(o.images, locate(kHighlightsFile), kHighlightsFile, res.highlights));
 
     // Teams and players (what SaveTeam would write).
     if (leagueGame) {
@@ -850,18 +863,18 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
                         slotChange(std::string(kPlayerFile), kPlayerSlot, at(t.player(slot).PlayerId), t.player(slot)));
         }
         if (!game.playoff) {
-            RandomFile file(locate(kLeadersFile), kBoxSlot);
-            auto leaders = std::make_unique<LeadersRecord>(readRecord<LeadersRecord>(file, 1));
+            auto leaders = std::make_unique<LeadersRecord>(
+                readRecordVia<LeadersRecord>(o.images, locate(kLeadersFile), kBoxSlot, 1));
             postLeaders(*leaders, session);
             changes.push_back({kLeadersFile, true, 0, codec::toSlot(*leaders)});
         }
-        RandomFile topFile(locate(kTop40File), kBoxSlot);
-        auto top = std::make_unique<Top40Record>(readRecord<Top40Record>(topFile, 1));
+        auto top = std::make_unique<Top40Record>(readRecordVia<Top40Record>(o.images, locate(kTop40File), kBoxSlot, 1));
         postTop40(*top, session, game, res.boxFile);
         changes.push_back({kTop40File, true, 0, codec::toSlot(*top)});
     }
 
     // The schedule row and SCORES.
+    std::optional<GameRecord> postedRow;
     GameRecord row;
     if (leagueGame && game.scheduleRow > 0)
         row = schedule->row(game.scheduleRow);
@@ -886,9 +899,10 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     row.BoxFile.assign(res.boxFile);
     row.RowType.assign("L");
     if (leagueGame && game.scheduleRow > 0) {
-        schedule->row(game.scheduleRow) = row;
         auto name = schedule->path().filename().string();
         changes.push_back(slotChange(name, kGameSlot, game.scheduleRow, row));
+        // The row as the file will give it back.
+        postedRow = codec::fromSlot<GameRecord>(changes.back().bytes);
     }
     if (leagueGame && !game.playoff) {
         GameRecord score = row;
@@ -942,24 +956,35 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         box->r1.BoxText[k].assign(facts.boxText[k]);
         box->r1.BoxTextCount = static_cast<std::int16_t>(k + 1);
     }
-    // An exhibition leaves the league as it was; its box is written only on request.
-    if (leagueGame) changes.push_back({res.boxFile, true, 0, boxBytes(*box)});
+    // An exhibition leaves the league as it was; its box is written only on
+    // request. A league game's box is a new file that nothing names until the
+    // journal stands (the schedule row and SCORES do), so it goes first and
+    // outside the journal, which it would more than double: a failure before
+    // the journal leaves it unnamed, and the game's next posting writes it
+    // again under the same name.
+    if (leagueGame) writer.replace(locate(res.boxFile), boxBytes(*box));
 
     journal.commit(changes, writer);
+    if (postedRow && o.schedule) o.schedule->row(game.scheduleRow) = *postedRow;
     return res;
 }
 
 PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
                                std::uint64_t seed, const std::string& dateText,
                                const std::filesystem::path& allTimeRecordsDir, FolderNames* names) {
-    const GameRecord& r = schedule.row(row);
-    FinishedGame finished = summarizeGame(game, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
-    Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
     PostingOptions posting;
-    posting.rng = &postDraws;
     posting.dateText = dateText;
     posting.allTimeRecordsDir = allTimeRecordsDir;
     posting.names = names;
+    return postScheduleGame(session, game, schedule, row, seed, posting);
+}
+
+PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
+                               std::uint64_t seed, PostingOptions posting) {
+    const GameRecord& r = schedule.row(row);
+    FinishedGame finished = summarizeGame(game, row, r.Month, r.Day, calendarYearOf(schedule.seasonYear(), r.Month));
+    Random postDraws(seed ^ 0x9e3779b97f4a7c15ULL);
+    posting.rng = &postDraws;
     return GameDone(session, finished, posting);
 }
 

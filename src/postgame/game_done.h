@@ -41,6 +41,12 @@ struct PostingOptions {
     // ask for them; empty: nowhere.
     std::filesystem::path allTimeRecordsDir;
     FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: looked up each time
+    // The files as a run keeps them in memory; the writer must keep them in
+    // step (RunWriter). Null: read from the disk.
+    FileImages* images = nullptr;
+    // The run's copy of the schedule, the same as the file: its row of the
+    // game is posted in it too. Null: the file is read.
+    Schedule* schedule = nullptr;
 };
 
 struct PostingResult {
@@ -73,6 +79,9 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
                                std::uint64_t seed, const std::string& dateText,
                                const std::filesystem::path& allTimeRecordsDir = {}, FolderNames* names = nullptr);
+// The same with the caller's options but for the draws, which come from `seed`.
+PostingResult postScheduleGame(GameSession& session, const Game& game, const Schedule& schedule, std::size_t row,
+                               std::uint64_t seed, PostingOptions posting);
 
 // Today's date as a SCORES row keeps it ("11/23/2026").
 std::string todayDateText();

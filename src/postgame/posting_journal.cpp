@@ -2,15 +2,19 @@
 
 #include <fmt/core.h>
 
+#include <fcntl.h>
+#include <unistd.h>
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstring>
+
 #include <fstream>
 
+#include "league/file_images.h"
 #include "league/files.h"
-#include "postgame/record_book.h"
 #include "league/folder_names.h"
+#include "postgame/record_book.h"
 
 namespace tallyrink {
 
@@ -94,6 +98,189 @@ void DiskWriter::remove(const std::filesystem::path& path) {
     if (ec) throw FileError(fmt::format("Cannot remove {}: {}", path.string(), ec.message()));
 }
 
+// ---- The writer of a run ---------------------------------------------------------
+
+namespace {
+
+// Changes of one file closer than this go out in one write, the bytes
+// between them taken from the image: a write call costs more than copying a
+// few kilobytes more.
+constexpr std::uint64_t kWriteGap = 8192;
+
+// Of a changed byte range in a journal, equal bytes shorter than this stay in
+// the change: each change costs its name and offsets in the journal.
+constexpr std::size_t kJournalGap = 32;
+
+void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset, const std::uint8_t* data,
+                std::size_t n) {
+    while (n > 0) {
+        ssize_t done = ::pwrite(fd, data, n, static_cast<off_t>(offset));
+        if (done < 0 && errno == EINTR) continue;
+        if (done <= 0) throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
+        data += done;
+        offset += static_cast<std::uint64_t>(done);
+        n -= static_cast<std::size_t>(done);
+    }
+}
+
+// The first i from `from` below `n` where a and b differ; n when none does.
+std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
+    // Long equal stretches (a table that barely changed) in blocks, then words.
+    constexpr std::size_t kBlock = 64;
+    while (from + kBlock <= n && std::memcmp(a + from, b + from, kBlock) == 0) from += kBlock;
+    for (; from + 8 <= n; from += 8) {
+        std::uint64_t x = 0, y = 0;
+        std::memcpy(&x, a + from, 8);
+        std::memcpy(&y, b + from, 8);
+        if (x != y) break;
+    }
+    while (from < n && a[from] == b[from]) ++from;
+    return from;
+}
+
+// The run's file that holds the journal between postings.
+std::filesystem::path spareOf(const std::filesystem::path& journal) {
+    return journal.parent_path() / fmt::format(".{}.run", journal.filename().string());
+}
+
+}  // namespace
+
+RunWriter::~RunWriter() {
+    for (const auto& [path, fd] : open_) ::close(fd);
+    if (spareFd_ >= 0) {
+        ::close(spareFd_);
+        ::unlink(spare_.c_str());
+    }
+}
+
+void RunWriter::writeJournal(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    if (spareFd_ < 0) {
+        spare_ = spareOf(path);
+        spareFd_ = ::open(spare_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        if (spareFd_ < 0) throw FileError(fmt::format("Cannot write {}: {}", spare_.string(), std::strerror(errno)));
+        spareLength_ = 0;
+    }
+    writeFully(spareFd_, spare_, 0, bytes.data(), bytes.size());
+    if (spareLength_ > bytes.size() && ::ftruncate(spareFd_, static_cast<off_t>(bytes.size())) != 0)
+        throw FileError(fmt::format("Cannot write {}: {}", spare_.string(), std::strerror(errno)));
+    spareLength_ = bytes.size();
+    // Only a whole journal takes the journal's name.
+    if (::rename(spare_.c_str(), path.c_str()) != 0)
+        throw FileError(fmt::format("Cannot replace {}: {}", path.string(), std::strerror(errno)));
+}
+
+void RunWriter::removeJournal(const std::filesystem::path& path) {
+    if (spareFd_ < 0 || spareOf(path) != spare_) {
+        // A journal left by an earlier run.
+        remove(path);
+        return;
+    }
+    if (::rename(path.c_str(), spare_.c_str()) != 0)
+        throw FileError(fmt::format("Cannot remove {}: {}", path.string(), std::strerror(errno)));
+}
+
+int RunWriter::openFile(const std::filesystem::path& path) {
+    auto key = path.string();
+    for (const auto& [name, fd] : open_)
+        if (name == key) return fd;
+    int fd = ::open(key.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (fd < 0) throw FileError(fmt::format("Cannot write {}: {}", key, std::strerror(errno)));
+    open_.emplace_back(std::move(key), fd);
+    return fd;
+}
+
+void RunWriter::closeFile(const std::filesystem::path& path) {
+    auto key = path.string();
+    auto it = std::find_if(open_.begin(), open_.end(), [&](const auto& e) { return e.first == key; });
+    if (it == open_.end()) return;
+    ::close(it->second);
+    open_.erase(it);
+}
+
+void RunWriter::writeWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    // Renamed into place: the descriptor of the old file would write nowhere.
+    closeFile(path);
+    writeFileAtomic(path, bytes);
+    images_.replace(path, bytes);
+}
+
+void RunWriter::writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+    At change{offset, bytes};
+    writeManyAt(path, std::span(&change, 1));
+}
+
+void RunWriter::writeManyAt(const std::filesystem::path& path, std::span<const At> changes) {
+    if (changes.empty()) return;
+    int fd = openFile(path);
+    const std::vector<std::uint8_t>* image = images_.held(path);
+    if (image == nullptr) {
+        // A write past the end leaves zero bytes between, as the disk reads them.
+        for (const At& c : changes) writeFully(fd, path, c.offset, c.bytes.data(), c.bytes.size());
+        return;
+    }
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
+    spans.reserve(changes.size());
+    for (const At& c : changes) {
+        images_.writeAt(path, c.offset, c.bytes);
+        spans.emplace_back(c.offset, c.offset + c.bytes.size());
+    }
+    std::sort(spans.begin(), spans.end());
+    std::size_t k = 0;
+    while (k < spans.size()) {
+        auto [begin, end] = spans[k++];
+        while (k < spans.size() && spans[k].first <= end + kWriteGap) end = std::max(end, spans[k++].second);
+        writeFully(fd, path, begin, image->data() + begin, static_cast<std::size_t>(end - begin));
+    }
+}
+
+void RunWriter::replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    const std::vector<std::uint8_t>* image = images_.held(path);
+    if (image == nullptr) {
+        // A file the run only writes (a box): made anew and let go.
+        closeFile(path);
+        int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        if (fd < 0) throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
+        try {
+            writeFully(fd, path, 0, bytes.data(), bytes.size());
+        } catch (...) {
+            ::close(fd);
+            throw;
+        }
+        ::close(fd);
+        return;
+    }
+    int fd = openFile(path);
+    if (image->size() == bytes.size()) {
+        std::vector<At> changes;
+        std::size_t i = 0;
+        while (i < bytes.size()) {
+            if ((*image)[i] == bytes[i]) {
+                ++i;
+                continue;
+            }
+            std::size_t j = i + 1;
+            while (j < bytes.size() && (*image)[j] != bytes[j]) ++j;
+            changes.push_back({i, bytes.subspan(i, j - i)});
+            i = j;
+        }
+        writeManyAt(path, changes);
+        return;
+    }
+    writeFully(fd, path, 0, bytes.data(), bytes.size());
+    if (::ftruncate(fd, static_cast<off_t>(bytes.size())) != 0)
+        throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
+    images_.replace(path, bytes);
+}
+
+void RunWriter::remove(const std::filesystem::path& path) {
+    closeFile(path);
+    images_.forget(path);
+    if (::unlink(path.c_str()) != 0 && errno != ENOENT)
+        throw FileError(fmt::format("Cannot remove {}: {}", path.string(), std::strerror(errno)));
+}
+
+// ---- The journal ----------------------------------------------------------------------
+
 std::vector<std::uint8_t> PostingJournal::encode(const std::vector<FileChange>& changes) {
     std::vector<std::uint8_t> out(kMagic.begin(), kMagic.end());
     putU32(out, changes.size(), 4);
@@ -156,6 +343,68 @@ std::filesystem::path PostingJournal::path() const { return locate(kPostingJourn
 
 bool PostingJournal::pending() const { return std::filesystem::exists(path()); }
 
+std::vector<FileChange> PostingJournal::narrowed(const std::vector<FileChange>& changes) const {
+    std::vector<FileChange> out;
+    out.reserve(changes.size());
+    // Ranges this posting has changed already, by file: a later change over
+    // one of them is kept whole, as the images don't hold the earlier one yet.
+    std::vector<std::tuple<const std::string*, std::uint64_t, std::uint64_t>> touched;
+    std::string lastName;
+    const std::vector<std::uint8_t>* image = nullptr;
+    for (const FileChange& c : changes) {
+        std::uint64_t begin = c.whole ? 0 : c.offset;
+        std::uint64_t end = begin + c.bytes.size();
+        bool overlaps = std::any_of(touched.begin(), touched.end(), [&](const auto& t) {
+            return std::get<1>(t) < end && begin < std::get<2>(t) && *std::get<0>(t) == c.name;
+        });
+        touched.emplace_back(&c.name, begin, end);
+        // Changes of one file come in a row: its name is looked up once.
+        if (c.name != lastName) {
+            std::filesystem::path named(c.name);
+            image = images_->held(named.is_absolute() ? named : locate(c.name));
+            lastName = c.name;
+        }
+        if (image == nullptr || overlaps || (c.whole && image->size() != c.bytes.size())) {
+            out.push_back(c);
+            continue;
+        }
+        // Bytes past the image's end are new, whatever their value.
+        std::size_t n = c.bytes.size();
+        std::size_t comparable = begin < image->size() ? std::min<std::uint64_t>(n, image->size() - begin) : 0;
+        const std::uint8_t* was = image->data() + begin;
+        const std::uint8_t* now = c.bytes.data();
+        auto nextDifferent = [&](std::size_t from) {
+            return from >= comparable ? from : firstDifference(was, now, from, comparable);
+        };
+        auto nextSame = [&](std::size_t from) {
+            for (; from < comparable; ++from)
+                if (was[from] == now[from]) return from;
+            return n;
+        };
+        for (std::size_t i = nextDifferent(0); i < n;) {
+            std::size_t j = i;
+            while (true) {
+                std::size_t same = nextSame(j);
+                if (same >= n) {
+                    j = n;
+                    break;
+                }
+                std::size_t different = nextDifferent(same);
+                if (different >= n || different - same >= kJournalGap) {
+                    j = same;
+                    break;
+                }
+                j = different;
+            }
+            out.push_back({c.name, false, begin + i,
+                           std::vector<std::uint8_t>(c.bytes.begin() + static_cast<std::ptrdiff_t>(i),
+                                                     c.bytes.begin() + static_cast<std::ptrdiff_t>(j))});
+            i = nextDifferent(j);
+        }
+    }
+    return out;
+}
+
 void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& writer) const {
     std::vector<FileWriter::At> run;
     for (std::size_t i = 0; i < changes.size();) {
@@ -164,7 +413,7 @@ void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& w
         std::filesystem::path named(c.name);
         auto target = named.is_absolute() ? named : locate(c.name);
         if (c.whole) {
-            writer.writeWhole(target, c.bytes);
+            writer.replace(target, c.bytes);
             ++i;
             continue;
         }
@@ -174,11 +423,17 @@ void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& w
             run.push_back({changes[i].offset, changes[i].bytes});
         writer.writeManyAt(target, run);
     }
-    writer.remove(path());
+    writer.removeJournal(path());
 }
 
 void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& writer) const {
-    writer.writeWhole(path(), encode(changes));
+    if (images_ != nullptr) {
+        auto narrow = narrowed(changes);
+        writer.writeJournal(path(), encode(narrow));
+        apply(narrow, writer);
+        return;
+    }
+    writer.writeJournal(path(), encode(changes));
     apply(changes, writer);
 }
 

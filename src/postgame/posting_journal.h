@@ -7,8 +7,9 @@
 //
 // Each change is idempotent (bytes at a fixed offset, or a whole file), so a
 // journal found at the next start is simply applied again: a failure before
-// the journal stands leaves the league untouched and the game unposted; a
-// failure after it leaves a journal that finishes the posting.
+// the journal stands leaves the game unposted (and at most a new file that
+// no row names yet, such as its box); a failure after it leaves a journal
+// that finishes the posting.
 
 #include <cstdint>
 #include <filesystem>
@@ -19,6 +20,7 @@
 
 namespace tallyrink {
 
+class FileImages;
 class FolderNames;
 
 inline constexpr const char* kPostingJournal = "HkPosting.jnl";
@@ -34,6 +36,17 @@ public:
     virtual void writeAt(const std::filesystem::path& path, std::uint64_t offset,
                          std::span<const std::uint8_t> bytes) = 0;
     virtual void remove(const std::filesystem::path& path) = 0;
+    // The journal itself: it must stand whole or not at all, and its removal
+    // is what ends a posting.
+    virtual void writeJournal(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+        writeWhole(path, bytes);
+    }
+    virtual void removeJournal(const std::filesystem::path& path) { remove(path); }
+    // Replaces a file's bytes as a change of a standing journal: a failure
+    // part way is mended by the journal, so a writer may do it in place.
+    virtual void replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+        writeWhole(path, bytes);
+    }
 
     // One file's in-place changes in order; a writer that can keeps the file
     // open across them (a posting changes some fifty player slots).
@@ -54,6 +67,42 @@ public:
     void writeManyAt(const std::filesystem::path& path, std::span<const At> changes) override;
 };
 
+// The writer of a run of many games: it keeps the files it writes open
+// across games, and the run's images (file_images.h) in step with them. With
+// the images a file's changes go out as few writes of the image as they
+// allow: changes near each other in one write, the bytes between them as
+// they stand.
+//
+// The journal is written into a spare file of the run that is then renamed
+// to the journal's name, and renamed back when the posting is done: a file
+// made and deleted at every game would cost the file system far more than
+// the writes themselves. The spare is deleted when the run ends.
+class RunWriter final : public FileWriter {
+public:
+    explicit RunWriter(FileImages& images) : images_(images) {}
+    ~RunWriter() override;
+    RunWriter(const RunWriter&) = delete;
+    RunWriter& operator=(const RunWriter&) = delete;
+
+    void writeWhole(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) override;
+    void writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) override;
+    void writeManyAt(const std::filesystem::path& path, std::span<const At> changes) override;
+    void replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) override;
+    void remove(const std::filesystem::path& path) override;
+    void writeJournal(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) override;
+    void removeJournal(const std::filesystem::path& path) override;
+
+private:
+    int openFile(const std::filesystem::path& path);
+    void closeFile(const std::filesystem::path& path);
+
+    FileImages& images_;
+    std::vector<std::pair<std::string, int>> open_;  // path, descriptor
+    std::filesystem::path spare_;                    // the journal's file between postings
+    int spareFd_ = -1;
+    std::size_t spareLength_ = 0;
+};
+
 // One change of a league file, named as the folder spells it; a file
 // outside the league folder is named by its absolute path.
 struct FileChange {
@@ -65,9 +114,11 @@ struct FileChange {
 
 class PostingJournal {
 public:
-    // `names`, when given, resolves the league's file names instead of the disk.
-    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr)
-        : dir_(std::move(leagueDir)), names_(names) {}
+    // `names`, when given, resolves the league's file names instead of the
+    // disk. With `images` (the files as they stand) the journal keeps of a
+    // change only the bytes that differ from them.
+    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr, FileImages* images = nullptr)
+        : dir_(std::move(leagueDir)), names_(names), images_(images) {}
 
     // Makes the changes in one step as told above.
     void commit(const std::vector<FileChange>& changes, FileWriter& writer) const;
@@ -88,8 +139,11 @@ private:
 
     [[nodiscard]] std::filesystem::path locate(std::string_view name) const;
 
+    [[nodiscard]] std::vector<FileChange> narrowed(const std::vector<FileChange>& changes) const;
+
     std::filesystem::path dir_;
     FolderNames* names_;
+    FileImages* images_;
 };
 
 }  // namespace tallyrink

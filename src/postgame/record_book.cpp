@@ -149,77 +149,243 @@ const std::vector<int>& namedCategories() {
 
 }  // namespace
 
-bool seasonOnly(int category) {
-    const std::string& name = upperName(category);
+namespace {
+
+// What a player category counts, worked out once from its name: posting asks
+// for every category of every player of every game.
+enum class PlayerStat : std::uint8_t {
+    None,
+    Saves,
+    GoalsAllowed,
+    Shutouts,
+    GoalieWins,
+    Toi,
+    SaveStreak,
+    ShutoutStreak,
+    SavePct,
+    GoalsAgainstAverage,
+    Goals,
+    Assists,
+    Shots,
+    Points,
+    Pim,
+    PlusMinus,
+    FaceoffsWon,
+    FaceoffsLost,
+    Hits,
+    Blocks,
+    Takeaways,
+    MissedNet,
+    Shifts,
+    Giveaways,
+    GameWinningGoals,
+    ToiPP,
+    PPG,
+    PPA,
+    ToiSH,
+    SHG,
+    SHA,
+    Fights,
+    TotalPenalties,
+    Minors,
+    Majors,
+    SuspensionGames,
+    PenaltyShotGoals,
+    FirstStars,
+    TotalStars,
+    PointStreak,
+    GoalStreak,
+    AssistStreak,
+};
+
+PlayerStat goalieStat(const std::string& n) {
+    if (n == "SAVES") return PlayerStat::Saves;
+    if (n == "GOALS ALLOWED") return PlayerStat::GoalsAllowed;
+    if (n == "SHUTOUTS") return PlayerStat::Shutouts;
+    if (n == "WINS") return PlayerStat::GoalieWins;
+    if (n == "TIME ON ICE") return PlayerStat::Toi;
+    if (n == "SAVE STREAK") return PlayerStat::SaveStreak;
+    if (n == "SHUTOUT STREAK") return PlayerStat::ShutoutStreak;
+    if (n == "SAVE%") return PlayerStat::SavePct;
+    if (n == "GOALS ALLOWED PER GAME") return PlayerStat::GoalsAgainstAverage;
+    return PlayerStat::None;  // shootout wins aren't counted by goalie
+}
+
+PlayerStat skaterStat(const std::string& n) {
+    static const std::array<std::pair<std::string_view, PlayerStat>, 33> table{{
+        {"GOALS", PlayerStat::Goals},
+        {"ASSISTS", PlayerStat::Assists},
+        {"SHOTS", PlayerStat::Shots},
+        {"POINTS", PlayerStat::Points},
+        {"PIM", PlayerStat::Pim},
+        {"PLUS/MINUS", PlayerStat::PlusMinus},
+        {"FACEOFFS WON", PlayerStat::FaceoffsWon},
+        {"FACEOFFS LOST", PlayerStat::FaceoffsLost},
+        {"HITS", PlayerStat::Hits},
+        {"BLOCKS", PlayerStat::Blocks},
+        {"TAKEAWAYS", PlayerStat::Takeaways},
+        {"TIME ON ICE", PlayerStat::Toi},
+        {"MISSED NET", PlayerStat::MissedNet},
+        {"SHIFTS", PlayerStat::Shifts},
+        {"GIVEAWAYS", PlayerStat::Giveaways},
+        {"GAME WINNING GOALS", PlayerStat::GameWinningGoals},
+        {"POWER PLAY TOI", PlayerStat::ToiPP},
+        {"POWER PLAY GOALS", PlayerStat::PPG},
+        {"POWER PLAY ASSISTS", PlayerStat::PPA},
+        {"SHORTHAND TOI", PlayerStat::ToiSH},
+        {"SHORTHAND GOALS", PlayerStat::SHG},
+        {"SHORTHAND ASSISTS", PlayerStat::SHA},
+        {"FIGHTS", PlayerStat::Fights},
+        {"TOTAL PENALTIES", PlayerStat::TotalPenalties},
+        {"MINOR PENALTIES", PlayerStat::Minors},
+        {"MAJOR PENALTIES", PlayerStat::Majors},
+        {"SUSPENSION GAMES", PlayerStat::SuspensionGames},
+        {"PENALTY SHOT/SHOOTOUT GOALS", PlayerStat::PenaltyShotGoals},
+        {"1ST STAR", PlayerStat::FirstStars},
+        {"TOTAL STARS", PlayerStat::TotalStars},
+        {"POINT STREAK", PlayerStat::PointStreak},
+        {"GOAL STREAK", PlayerStat::GoalStreak},
+        {"ASSIST STREAK", PlayerStat::AssistStreak},
+    }};
+    for (const auto& [name, stat] : table)
+        if (n == name) return stat;
+    return PlayerStat::None;  // no count is kept of penalty-shot streaks or penalties killed by player
+}
+
+bool seasonOnlyName(const std::string& name) {
     return name.ends_with("STREAK") || name == "SUSPENSION GAMES" || name == "1ST STAR" || name == "TOTAL STARS" ||
            name == "GOALS ALLOWED PER GAME" || name == "WINS" || name == "SHUTOUTS";
 }
 
+struct PlayerCategory {
+    PlayerStat stat = PlayerStat::None;
+    bool seasonOnly = false;
+};
+
+const PlayerCategory& playerCategory(int category) {
+    static const auto table = [] {
+        std::array<PlayerCategory, kFirstTeamCategory> t{};
+        for (int c = 1; c < kFirstTeamCategory; ++c) {
+            const std::string& n = upperName(c);
+            auto& entry = t[static_cast<std::size_t>(c)];
+            entry.seasonOnly = seasonOnlyName(n);
+            if (!n.empty()) entry.stat = c >= kFirstGoalieCategory ? goalieStat(n) : skaterStat(n);
+        }
+        return t;
+    }();
+    return table[static_cast<std::size_t>(category)];
+}
+
+}  // namespace
+
+bool seasonOnly(int category) {
+    if (category >= 1 && category < kFirstTeamCategory) return playerCategory(category).seasonOnly;
+    return seasonOnlyName(upperName(category));
+}
+
 std::optional<int> playerRecordValue(int category, RecordScope scope, const PlayerRecord& p, int shootoutGoals) {
     if (category < 1 || category >= kFirstTeamCategory) return std::nullopt;
-    const std::string& n = upperName(category);
-    if (n.empty()) return std::nullopt;
+    const PlayerCategory& kind = playerCategory(category);
+    if (upperName(category).empty()) return std::nullopt;
     bool goalie = isGoalie(p);
     if (goalie != (category >= kFirstGoalieCategory)) return std::nullopt;
     bool season = scope == RecordScope::Season;
-    if (!season && seasonOnly(category)) return std::nullopt;
+    if (!season && kind.seasonOnly) return std::nullopt;
     const StatLine& s = statLine(p, season ? StatLineIndex::Replay : StatLineIndex::Game);
     std::size_t k = season ? 0 : 1;  // the replay and this game's entries of the counters
+    int against = s.Saves + s.GoalsAllowed;
 
-    if (goalie) {
-        if (n == "SAVES") return s.Saves;
-        if (n == "GOALS ALLOWED") return s.GoalsAllowed;
-        if (n == "SHUTOUTS") return s.Shutouts;
-        if (n == "WINS") return s.GoalieWins;
-        if (n == "TIME ON ICE") return minutes(s.Toi);
-        if (n == "SAVE STREAK") return p.SaveStreak;
-        if (n == "SHUTOUT STREAK") return p.ShutoutStreak;
-        int against = s.Saves + s.GoalsAllowed;
-        if (n == "SAVE%") {
+    switch (kind.stat) {
+        case PlayerStat::None:
+            return std::nullopt;
+        case PlayerStat::Saves:
+            return s.Saves;
+        case PlayerStat::GoalsAllowed:
+            return s.GoalsAllowed;
+        case PlayerStat::Shutouts:
+            return s.Shutouts;
+        case PlayerStat::GoalieWins:
+            return s.GoalieWins;
+        case PlayerStat::Toi:
+            return minutes(s.Toi);
+        case PlayerStat::SaveStreak:
+            return p.SaveStreak;
+        case PlayerStat::ShutoutStreak:
+            return p.ShutoutStreak;
+        case PlayerStat::SavePct: {
             bool enough = season ? s.GP >= kMinSaveGames : against >= kMinGameShots;
             if (!enough || against == 0) return std::nullopt;
             return static_cast<int>(std::lround(1000.0 * s.Saves / against));
         }
-        if (n == "GOALS ALLOWED PER GAME") {
+        case PlayerStat::GoalsAgainstAverage:
             if (s.GP < kMinSaveGames || s.Toi <= 0) return std::nullopt;
             return static_cast<int>(std::lround(100.0 * s.GoalsAllowed * 3600.0 / s.Toi));
-        }
-        return std::nullopt;  // shootout wins aren't counted by goalie
+        case PlayerStat::Goals:
+            return s.Goals;
+        case PlayerStat::Assists:
+            return s.Assists;
+        case PlayerStat::Shots:
+            return s.Sog;
+        case PlayerStat::Points:
+            return s.Goals + s.Assists;
+        case PlayerStat::Pim:
+            return s.Pim;
+        case PlayerStat::PlusMinus:
+            return s.PlusMinus;
+        case PlayerStat::FaceoffsWon:
+            return s.FaceoffsWon;
+        case PlayerStat::FaceoffsLost:
+            return s.FaceoffsLost;
+        case PlayerStat::Hits:
+            return s.Hits;
+        case PlayerStat::Blocks:
+            return s.Blocks;
+        case PlayerStat::Takeaways:
+            return s.Takeaways;
+        case PlayerStat::MissedNet:
+            return s.MissedShots;
+        case PlayerStat::Shifts:
+            return s.Shifts;
+        case PlayerStat::Giveaways:
+            return s.Giveaways;
+        case PlayerStat::GameWinningGoals:
+            return s.GWG;
+        case PlayerStat::ToiPP:
+            return minutes(s.ToiPP);
+        case PlayerStat::PPG:
+            return s.PPG;
+        case PlayerStat::PPA:
+            return s.PPA;
+        case PlayerStat::ToiSH:
+            return minutes(s.ToiSH);
+        case PlayerStat::SHG:
+            return s.SHG;
+        case PlayerStat::SHA:
+            return s.SHA;
+        case PlayerStat::Fights:
+            return p.Fights[season ? 1 : 2];
+        case PlayerStat::TotalPenalties:
+            return p.Minors[k] + p.Majors[k];
+        case PlayerStat::Minors:
+            return p.Minors[k];
+        case PlayerStat::Majors:
+            return p.Majors[k];
+        case PlayerStat::SuspensionGames:
+            return p.SuspensionGamesServed;
+        case PlayerStat::PenaltyShotGoals:
+            return s.PenaltyShotGoals + (season ? p.ShootoutGoals : shootoutGoals);
+        case PlayerStat::FirstStars:
+            return p.FirstStars;
+        case PlayerStat::TotalStars:
+            return p.FirstStars + p.SecondStars + p.ThirdStars;
+        case PlayerStat::PointStreak:
+            return p.PointStreak;
+        case PlayerStat::GoalStreak:
+            return p.GoalStreak;
+        case PlayerStat::AssistStreak:
+            return p.AssistStreak;
     }
-    if (n == "GOALS") return s.Goals;
-    if (n == "ASSISTS") return s.Assists;
-    if (n == "SHOTS") return s.Sog;
-    if (n == "POINTS") return s.Goals + s.Assists;
-    if (n == "PIM") return s.Pim;
-    if (n == "PLUS/MINUS") return s.PlusMinus;
-    if (n == "FACEOFFS WON") return s.FaceoffsWon;
-    if (n == "FACEOFFS LOST") return s.FaceoffsLost;
-    if (n == "HITS") return s.Hits;
-    if (n == "BLOCKS") return s.Blocks;
-    if (n == "TAKEAWAYS") return s.Takeaways;
-    if (n == "TIME ON ICE") return minutes(s.Toi);
-    if (n == "MISSED NET") return s.MissedShots;
-    if (n == "SHIFTS") return s.Shifts;
-    if (n == "GIVEAWAYS") return s.Giveaways;
-    if (n == "GAME WINNING GOALS") return s.GWG;
-    if (n == "POWER PLAY TOI") return minutes(s.ToiPP);
-    if (n == "POWER PLAY GOALS") return s.PPG;
-    if (n == "POWER PLAY ASSISTS") return s.PPA;
-    if (n == "SHORTHAND TOI") return minutes(s.ToiSH);
-    if (n == "SHORTHAND GOALS") return s.SHG;
-    if (n == "SHORTHAND ASSISTS") return s.SHA;
-    if (n == "FIGHTS") return p.Fights[season ? 1 : 2];
-    if (n == "TOTAL PENALTIES") return p.Minors[k] + p.Majors[k];
-    if (n == "MINOR PENALTIES") return p.Minors[k];
-    if (n == "MAJOR PENALTIES") return p.Majors[k];
-    if (n == "SUSPENSION GAMES") return p.SuspensionGamesServed;
-    if (n == "PENALTY SHOT/SHOOTOUT GOALS") return s.PenaltyShotGoals + (season ? p.ShootoutGoals : shootoutGoals);
-    if (n == "1ST STAR") return p.FirstStars;
-    if (n == "TOTAL STARS") return p.FirstStars + p.SecondStars + p.ThirdStars;
-    if (n == "POINT STREAK") return p.PointStreak;
-    if (n == "GOAL STREAK") return p.GoalStreak;
-    if (n == "ASSIST STREAK") return p.AssistStreak;
-    return std::nullopt;  // no count is kept of penalty-shot streaks or penalties killed by player
+    return std::nullopt;
 }
 
 // ---- The book -------------------------------------------------------------------
@@ -227,10 +393,14 @@ std::optional<int> playerRecordValue(int category, RecordScope scope, const Play
 RecordBook::RecordBook() : entries_(kRecordsInFile + 1), changed_(kRecordsInFile + 1, false) {}
 
 RecordBook RecordBook::load(const std::filesystem::path& folder) {
-    RecordBook book;
     RandomFile file(findFile(folder, kRecordsFile), kRecordSlot);
-    if (!std::filesystem::exists(file.path())) return book;
-    book.raw_ = readBytes(file.path());
+    if (!std::filesystem::exists(file.path())) return RecordBook();
+    return fromBytes(readBytes(file.path()));
+}
+
+RecordBook RecordBook::fromBytes(std::span<const std::uint8_t> bytes) {
+    RecordBook book;
+    book.raw_.assign(bytes.begin(), bytes.end());
     std::span<const std::uint8_t> all(book.raw_);
     for (int c : namedCategories()) {
         for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
@@ -240,7 +410,7 @@ RecordBook RecordBook::load(const std::filesystem::path& folder) {
             RecordEntry e = codec::fromSlot<RecordEntry>(all.subspan(from, std::min(kRecordSlot, all.size() - from)));
             // A foreign or broken entry counts as empty rather than as a record to beat.
             for (std::size_t k = 0; k < kRecordPlaces; ++k)
-                if (e.RecordName[k].str().empty()) e.RecordValue[k] = 0;
+                if (e.RecordName[k].blank()) e.RecordValue[k] = 0;
             book.entries_[r] = e;
         }
     }
@@ -256,7 +426,7 @@ RecordEntry& RecordBook::at(int category, RecordScope scope) { return entries_.a
 bool RecordBook::insert(int category, RecordScope scope, int value, const RecordHolder& who) {
     if (category < 1 || category > kRecordCategories || recordNames()[std::size_t(category)].empty()) return false;
     RecordEntry& e = at(category, scope);
-    auto held = [&](std::size_t k) { return !e.RecordName[k].str().empty(); };
+    auto held = [&](std::size_t k) { return !e.RecordName[k].blank(); };
     auto drop = [&](std::size_t k) {
         for (std::size_t j = k; j + 1 < kRecordPlaces; ++j) {
             e.RecordValue[j] = e.RecordValue[j + 1];
@@ -278,18 +448,20 @@ bool RecordBook::insert(int category, RecordScope scope, int value, const Record
         if (!held(k)) return lowerIsBetter(category) || value > 0;
         return better(category, value, e.RecordValue[k]);
     };
-    FixedText<20> name;
-    name.assign(who.name);
-    FixedText<3> team;
-    team.assign(who.team);
     if (scope == RecordScope::Season) {
-        // A season total holds one place: his older figure of the season leaves first.
-        for (std::size_t k = 0; k < kRecordPlaces; ++k)
-            if (held(k) && e.RecordName[k].str() == name.str() && e.RecordTeam[k].str() == team.str()) {
-                changed_[recordNumber(category, scope)] = true;
-                drop(k);
-                break;
-            }
+        // A season total holds one place: his older figure of the season
+        // leaves first. The team is the cheaper test, so it goes first.
+        FixedText<3> team;
+        team.assign(who.team);
+        std::optional<FixedText<20>> name;
+        for (std::size_t k = 0; k < kRecordPlaces; ++k) {
+            if (!held(k) || e.RecordTeam[k].view() != team.view()) continue;
+            if (!name) name.emplace().assign(who.name);
+            if (e.RecordName[k].view() != name->view()) continue;
+            changed_[recordNumber(category, scope)] = true;
+            drop(k);
+            break;
+        }
     }
     if (!beats(last)) return false;
     changed_[recordNumber(category, scope)] = true;

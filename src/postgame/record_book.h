@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -68,6 +69,8 @@ public:
     // LoadRecords: a missing file is an empty book. Throws FileError for a
     // file that can't be read.
     static RecordBook load(const std::filesystem::path& folder);
+    // The book from the bytes of its file (empty: an empty book).
+    static RecordBook fromBytes(std::span<const std::uint8_t> bytes);
 
     [[nodiscard]] const RecordEntry& entry(int category, RecordScope scope) const;
 

@@ -1,0 +1,64 @@
+#pragma once
+
+// The league files a run of many games reads at every game (teams, game
+// plans, players, the record book, the leaders, the lengths of the files a
+// game adds to), held in memory for the run. The run holds the league open
+// and is the only writer of its folder, so an image read once stays true as
+// long as every write of the run goes to the image as well as to the disk
+// (RunWriter of the posting journal does both).
+//
+// Images are read whole at the first ask; a file the run only writes (a box
+// score) never gets one.
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "league/codec.h"
+
+namespace tallyrink {
+
+class FileImages {
+public:
+    // The whole file as it stands; a missing file is empty. Throws FileError
+    // for a file that can't be read.
+    const std::vector<std::uint8_t>& bytes(const std::filesystem::path& path);
+    std::uint64_t length(const std::filesystem::path& path) { return bytes(path).size(); }
+    // Slot r (from 1) as a RandomFile reads it: bytes past the end are zero.
+    std::vector<std::uint8_t> readSlot(const std::filesystem::path& path, std::size_t slot, std::size_t r);
+    // The part of slot r the file holds, without a copy: shorter than the
+    // slot (or empty) where the file ends. Valid until the image changes.
+    std::span<const std::uint8_t> slotBytes(const std::filesystem::path& path, std::size_t slot, std::size_t r);
+
+    // The image of a file read before, or null.
+    [[nodiscard]] const std::vector<std::uint8_t>* held(const std::filesystem::path& path) const;
+
+    // Keeping step with a write of the disk; a file without an image is let be.
+    void writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes);
+    void replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
+    void forget(const std::filesystem::path& path) { images_.erase(path.string()); }
+
+private:
+    std::unordered_map<std::string, std::vector<std::uint8_t>> images_;
+};
+
+// Reads of a league file through the run's images when there are any, else
+// from the disk.
+std::uint64_t fileLengthVia(FileImages* images, const std::filesystem::path& path);
+std::vector<std::uint8_t> readSlotVia(FileImages* images, const std::filesystem::path& path, std::size_t slot,
+                                      std::size_t r);
+
+// A record decodes the bytes a short slot lacks as zero, so an image's slot
+// is decoded where it lies.
+template <codec::Record R>
+R readRecordVia(FileImages* images, const std::filesystem::path& path, std::size_t slot, std::size_t r) {
+    if (images) return codec::fromSlot<R>(images->slotBytes(path, slot, r));
+    auto bytes = readSlotVia(images, path, slot, r);
+    return codec::fromSlot<R>(bytes);
+}
+
+}  // namespace tallyrink

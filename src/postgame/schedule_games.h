@@ -1,0 +1,58 @@
+#pragma once
+
+// The schedule's games played and posted one after another without a
+// screen, two computer coaches each: what autoplay does with a run of games.
+//
+// A run holds the league open and is the only writer of its folder, so what
+// it reads at every game stays in memory between games: the folder's names,
+// the player index, the images of the league files, the schedule itself.
+// Each game's posting still goes to the disk through the journal before the
+// next game starts.
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "engine/team_load.h"
+#include "league/file_images.h"
+#include "league/folder_names.h"
+#include "postgame/game_done.h"
+#include "postgame/posting_journal.h"
+
+namespace tallyrink {
+
+struct ScheduleGamesOptions {
+    std::filesystem::path leagueDir;
+    RulesRecord rules{};
+    const EraTable* era = nullptr;  // required
+    std::uint64_t seed = 0;         // the game of row r plays from seed + r
+    std::string dateText;           // the day of playing as the SCORES rows show it
+    // Where the records across all leagues are kept; empty: nowhere.
+    std::filesystem::path allTimeRecordsDir;
+};
+
+class ScheduleGames {
+public:
+    // Finishes a posting an earlier run left cut short before anything is read.
+    explicit ScheduleGames(ScheduleGamesOptions options);
+
+    // Loads the teams of row `row` (1-based) of `schedule`, plays their game
+    // to its end and posts it. The row in `schedule` becomes the posted row
+    // as the file holds it. `schedule` must be the league's schedule as its
+    // file stands, and the same object at every call of the run.
+    PostingResult playAndPost(Schedule& schedule, std::size_t row);
+
+private:
+    ScheduleGamesOptions options_;
+    FolderNames names_;
+    FileImages images_;
+    RunWriter writer_;
+    LeaguePlayerIndex index_;
+    // One session for the run: each load sets its side up afresh, and a
+    // session is large enough that making one per game shows.
+    std::unique_ptr<GameSession> session_;
+    const Schedule* sessionSchedule_ = nullptr;
+};
+
+}  // namespace tallyrink

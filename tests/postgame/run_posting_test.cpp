@@ -1,0 +1,315 @@
+// Posting in a run of many games, as autoplay posts: the files kept in
+// memory, the journal narrowed to what differs, the run's own writer. A run
+// must leave the league exactly as games posted one by one from the disk
+// would, and a failure at any of its writes must be finished by the next
+// start as any other posting is.
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "engine/game.h"
+#include "league/file_images.h"
+#include "league/files.h"
+#include "league/folder_names.h"
+#include "league/rules.h"
+#include "league/schedule.h"
+#include "operations/blank_league.h"
+#include "operations/era_figures.h"
+#include "operations/new_league.h"
+#include "postgame/game_done.h"
+#include "postgame/game_summary.h"
+#include "postgame/posting_journal.h"
+#include "postgame/schedule_games.h"
+#include "support/source_tree.h"
+#include "support/temp_dir.h"
+
+namespace tallyrink {
+namespace {
+
+using test::shippedEra;
+using testing::TempDir;
+
+constexpr std::uint64_t kSeed = 77;
+constexpr const char* kDate = "10/10/2017";
+
+// Five made-up teams, every pairing once over a few days.
+void writeLeague(const fs::path& dir) {
+    NewLeagueOptions options;
+    options.teams = 5;
+    options.year = 2017;
+    options.seed = 53;
+    GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
+    writeLeagueFolder(dir, league.files);
+    std::vector<int> teams;
+    ActiveTeams active;
+    for (int t = 1; t <= kMaxTeams; ++t)
+        if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) {
+            teams.push_back(t);
+            active.set(std::size_t(t));
+        }
+    std::vector<GameRecord> rows;
+    int n = 0;
+    for (std::size_t a = 0; a < teams.size(); ++a)
+        for (std::size_t b = a + 1; b < teams.size(); ++b, ++n)
+            rows.push_back(
+                newGameRecord(n % 2 ? teams[a] : teams[b], n % 2 ? teams[b] : teams[a], 10, 5 + n / 2, 2017));
+    saveNewSchedule(dir, rows, active);
+}
+
+std::map<std::string, std::vector<std::uint8_t>> folderImage(const fs::path& dir) {
+    std::map<std::string, std::vector<std::uint8_t>> out;
+    for (const auto& e : fs::directory_iterator(dir)) out[e.path().filename().string()] = readBytes(e.path());
+    return out;
+}
+
+ScheduleGamesOptions runOptions(const fs::path& dir) {
+    return {dir, defaultRules(2017), &shippedEra(), kSeed, kDate, {}};
+}
+
+// Row `row` played and posted with nothing kept between games: every file
+// read from the disk, the schedule loaded for the posting.
+void postAlone(const fs::path& dir, std::size_t row, FileWriter* writer = nullptr) {
+    Schedule schedule = Schedule::load(dir);
+    const GameRecord r = schedule.row(row);
+    std::uint64_t seed = kSeed + row;
+    GameSession session({dir, defaultRules(2017), &shippedEra(), &schedule});
+    Random draws(seed);
+    session.GameActive = true;
+    session.loadGame(r.VisitorTeam, r.HomeTeam, r.Month, r.Day, draws);
+    clearGameEntries(session);
+    Game game(session, GameOptions{.seed = seed});
+    game.playToEnd();
+    PostingOptions posting;
+    posting.dateText = kDate;
+    posting.writer = writer;
+    postScheduleGame(session, game, schedule, row, seed, posting);
+}
+
+// A league folder with the schedule's games posted one by one, made once.
+const std::map<std::string, std::vector<std::uint8_t>>& postedOneByOne() {
+    static const auto image = [] {
+        TempDir dir;
+        writeLeague(dir.path());
+        std::size_t games = Schedule::load(dir.path()).size();
+        for (std::size_t row = 1; row <= games; ++row) postAlone(dir.path(), row);
+        return folderImage(dir.path());
+    }();
+    return image;
+}
+
+TEST(RunPosting, ARunLeavesTheLeagueAsGamesPostedOneByOne) {
+    TempDir dir;
+    writeLeague(dir.path());
+    Schedule schedule = Schedule::load(dir.path());
+    {
+        ScheduleGames run(runOptions(dir.path()));
+        for (std::size_t row = 1; row <= schedule.size(); ++row) {
+            PostingResult r = run.playAndPost(schedule, row);
+            EXPECT_EQ(r.scheduleRow, row);
+            EXPECT_EQ(statusOf(schedule.row(row)), kPlayed);
+        }
+        // The run's copy of the schedule is the file's.
+        Schedule onDisk = Schedule::load(dir.path());
+        ASSERT_EQ(onDisk.size(), schedule.size());
+        for (std::size_t row = 1; row <= schedule.size(); ++row)
+            EXPECT_EQ(codec::toSlot(onDisk.row(row)), codec::toSlot(schedule.row(row))) << "row " << row;
+    }
+    // Byte for byte, and the run leaves no file of its own behind.
+    auto ran = folderImage(dir.path());
+    const auto& expected = postedOneByOne();
+    EXPECT_EQ(ran.size(), expected.size());
+    for (const auto& [name, bytes] : expected) {
+        ASSERT_TRUE(ran.count(name)) << name;
+        EXPECT_TRUE(ran.at(name) == bytes) << name;
+    }
+}
+
+// The run's writer, failing at its n-th call (from 1); counts them all.
+class FailingRunWriter final : public FileWriter {
+public:
+    FailingRunWriter(RunWriter& run, int failAt) : run_(run), failAt_(failAt) {}
+    void writeWhole(const fs::path& p, std::span<const std::uint8_t> b) override {
+        step();
+        run_.writeWhole(p, b);
+    }
+    void writeAt(const fs::path& p, std::uint64_t o, std::span<const std::uint8_t> b) override {
+        step();
+        run_.writeAt(p, o, b);
+    }
+    void writeManyAt(const fs::path& p, std::span<const At> c) override {
+        step();
+        run_.writeManyAt(p, c);
+    }
+    void replace(const fs::path& p, std::span<const std::uint8_t> b) override {
+        step();
+        run_.replace(p, b);
+    }
+    void remove(const fs::path& p) override {
+        step();
+        run_.remove(p);
+    }
+    void writeJournal(const fs::path& p, std::span<const std::uint8_t> b) override {
+        step();
+        run_.writeJournal(p, b);
+    }
+    void removeJournal(const fs::path& p) override {
+        step();
+        run_.removeJournal(p);
+    }
+    int calls = 0;
+
+private:
+    void step() {
+        if (++calls == failAt_) throw FileError("disk full (test)");
+    }
+    RunWriter& run_;
+    int failAt_;
+};
+
+// Row 2 posted as a run posts it, after row 1 posted alone, through `writer`.
+void postInRun(const fs::path& dir, FileWriter& writer, FolderNames& names, FileImages& images) {
+    postAlone(dir, 1);
+    Schedule schedule = Schedule::load(dir);
+    const GameRecord r = schedule.row(2);
+    std::uint64_t seed = kSeed + 2;
+    GameSession session({dir, defaultRules(2017), &shippedEra(), &schedule, nullptr, &names, &images});
+    Random draws(seed);
+    session.GameActive = true;
+    session.loadGame(r.VisitorTeam, r.HomeTeam, r.Month, r.Day, draws);
+    clearGameEntries(session);
+    Game game(session, GameOptions{.seed = seed});
+    game.playToEnd();
+    PostingOptions posting;
+    posting.dateText = kDate;
+    posting.names = &names;
+    posting.images = &images;
+    posting.writer = &writer;
+    posting.schedule = &schedule;
+    postScheduleGame(session, game, schedule, 2, seed, posting);
+}
+
+TEST(RunPosting, AFailureAtAnyWriteOfARunIsFinishedAtTheNextStart) {
+    TempDir reference;
+    writeLeague(reference.path());
+    postAlone(reference.path(), 1);
+    postAlone(reference.path(), 2);
+    auto expected = folderImage(reference.path());
+
+    int calls = 0;
+    {
+        TempDir counting;
+        writeLeague(counting.path());
+        FolderNames names(counting.path());
+        FileImages images;
+        RunWriter run(images);
+        FailingRunWriter counter(run, 0);
+        postInRun(counting.path(), counter, names, images);
+        calls = counter.calls;
+    }
+    ASSERT_GE(calls, 5);
+    for (int failAt = 1; failAt <= calls; ++failAt) {
+        TempDir work;
+        writeLeague(work.path());
+        {
+            FolderNames names(work.path());
+            FileImages images;
+            RunWriter run(images);
+            FailingRunWriter failing(run, failAt);
+            EXPECT_THROW(postInRun(work.path(), failing, names, images), FileError) << "write " << failAt;
+        }
+        // The next start: a journal that stands is finished; without one the
+        // game is posted anew.
+        recoverPosting(work.path());
+        if (statusOf(Schedule::load(work.path()).row(2)) != kPlayed) postAlone(work.path(), 2);
+        EXPECT_EQ(folderImage(work.path()), expected) << "write " << failAt;
+    }
+}
+
+TEST(RunPosting, TheJournalKeepsOnlyWhatDiffersFromTheImages) {
+    TempDir dir;
+    std::vector<std::uint8_t> table(4000, 7);
+    writeFileAtomic(dir / "TABLE", std::span<const std::uint8_t>(table));
+    writeFileAtomic(dir / "SLOTS", std::string(600, 'a'));
+
+    // Records what the journal held.
+    class Recording final : public FileWriter {
+    public:
+        explicit Recording(RunWriter& run) : run_(run) {}
+        void writeWhole(const fs::path& p, std::span<const std::uint8_t> b) override { run_.writeWhole(p, b); }
+        void writeAt(const fs::path& p, std::uint64_t o, std::span<const std::uint8_t> b) override {
+            run_.writeAt(p, o, b);
+        }
+        void writeManyAt(const fs::path& p, std::span<const At> c) override { run_.writeManyAt(p, c); }
+        void replace(const fs::path& p, std::span<const std::uint8_t> b) override { run_.replace(p, b); }
+        void remove(const fs::path& p) override { run_.remove(p); }
+        void writeJournal(const fs::path& p, std::span<const std::uint8_t> b) override {
+            journal = PostingJournal::decode(b, "journal");
+            run_.writeJournal(p, b);
+        }
+        void removeJournal(const fs::path& p) override { run_.removeJournal(p); }
+        std::vector<FileChange> journal;
+
+    private:
+        RunWriter& run_;
+    };
+
+    FolderNames names(dir.path());
+    FileImages images;
+    images.bytes(dir / "TABLE");
+    images.bytes(dir / "SLOTS");
+    RunWriter run(images);
+    Recording writer(run);
+    std::vector<std::uint8_t> newTable = table;
+    newTable[10] = 1;
+    newTable[12] = 2;  // near the first: one change
+    newTable[3000] = 3;
+    std::vector<std::uint8_t> same(100, 'a'), grown(50, 'b');
+    std::fill_n(grown.begin(), 20, 'a');
+    PostingJournal journal(dir.path(), &names, &images);
+    journal.commit({{"TABLE", true, 0, newTable}, {"SLOTS", false, 200, same}, {"SLOTS", false, 580, grown}}, writer);
+
+    ASSERT_EQ(writer.journal.size(), 3u);
+    EXPECT_EQ(writer.journal[0].offset, 10u);
+    EXPECT_EQ(writer.journal[0].bytes, (std::vector<std::uint8_t>{1, 7, 2}));
+    EXPECT_EQ(writer.journal[1].offset, 3000u);
+    // Of the slot change past the old end, only the bytes that weren't there already.
+    EXPECT_EQ(writer.journal[2].offset, 600u);
+    EXPECT_EQ(writer.journal[2].bytes.size(), 30u);
+    for (const FileChange& c : writer.journal) EXPECT_FALSE(c.whole);
+
+    // The disk and the images hold the whole change, and the journal is gone.
+    std::string slots = std::string(600, 'a') + std::string(30, 'b');
+    EXPECT_EQ(readBytes(dir / "TABLE"), newTable);
+    EXPECT_EQ(readBytes(dir / "SLOTS"), std::vector<std::uint8_t>(slots.begin(), slots.end()));
+    EXPECT_EQ(images.bytes(dir / "TABLE"), newTable);
+    EXPECT_EQ(images.length(dir / "SLOTS"), slots.size());
+    EXPECT_FALSE(journal.pending());
+}
+
+TEST(RunPosting, ImagesReadAsTheDiskAndFollowWritesOfFilesTheyHold) {
+    TempDir dir;
+    writeFileAtomic(dir / "A", std::string("abcdef"));
+    FileImages images;
+    // A slot past the end reads as zeros, as a RandomFile's does.
+    EXPECT_EQ(images.readSlot(dir / "A", 4, 2), (std::vector<std::uint8_t>{'e', 'f', 0, 0}));
+    EXPECT_EQ(images.readSlot(dir / "A", 4, 3), std::vector<std::uint8_t>(4, 0));
+    EXPECT_EQ(images.length(dir / "MISSING"), 0u);
+    // Without a copy: the part of the slot the file holds.
+    auto part = images.slotBytes(dir / "A", 4, 2);
+    EXPECT_EQ(std::vector<std::uint8_t>(part.begin(), part.end()), (std::vector<std::uint8_t>{'e', 'f'}));
+    EXPECT_TRUE(images.slotBytes(dir / "A", 4, 3).empty());
+
+    std::vector<std::uint8_t> x{'x'};
+    images.writeAt(dir / "A", 8, x);  // past the end: the gap is zero bytes
+    EXPECT_EQ(images.bytes(dir / "A"), (std::vector<std::uint8_t>{'a', 'b', 'c', 'd', 'e', 'f', 0, 0, 'x'}));
+    images.writeAt(dir / "B", 0, x);  // never read: no image is made
+    EXPECT_EQ(images.held(dir / "B"), nullptr);
+    images.replace(dir / "A", x);
+    EXPECT_EQ(images.bytes(dir / "A"), x);
+    images.forget(dir / "A");
+    EXPECT_EQ(images.bytes(dir / "A"), (std::vector<std::uint8_t>{'a', 'b', 'c', 'd', 'e', 'f'}));
+}
+
+}  // namespace
+}  // namespace tallyrink
