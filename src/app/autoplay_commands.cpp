@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "app/cli.h"
+#include "engine/chance_table.h"
 #include "engine/game.h"
 #include "league/codec.h"
 #include "league/files.h"
@@ -63,6 +64,10 @@ public:
         clearGameEntries(game);
         GameOptions options;
         options.seed = seed;
+        // A season played out unattended keeps to its real figures the same
+        // way a game played by hand does: each game calibrates to the
+        // league's totals so far.
+        if (!game.PlayoffGame) options.calibration = calibrationSoFar(r, loadDraws);
         Game play(game, options);
         play.playToEnd();
         postScheduleGame(game, play, schedule, row, seed, today_, session_.places().dataRoot(), &names_);
@@ -72,8 +77,23 @@ public:
     }
 
 private:
+    // The team table changes with every game posted; the players' replay
+    // games only choose the year a team plays by, so a day-old copy of
+    // them serves.
+    SeasonCalibration calibrationSoFar(const GameRecord& r, Random& draws) {
+        totals_.readTeamTable();
+        int date = r.Month * 100 + r.Day;
+        if (date != playersDate_) {
+            totals_.PlayerTable() = readPlayerRows(findFile(session_.LeagueDir(), kPlayerFile));
+            playersDate_ = date;
+        }
+        return seasonCalibration(totals_, session_.era(), session_.rules(), draws);
+    }
+
     const Session& session_;
     std::uint64_t seed_;
+    League totals_{session_.LeagueDir()};
+    int playersDate_ = -1;
     LeaguePlayerIndex index_;
     FolderNames names_;  // the run is the league folder's only writer
     std::string today_ = todayDateText();
