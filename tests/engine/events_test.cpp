@@ -404,7 +404,7 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
     };
     double weak = meanChance(40);
     double strong = meanChance(95);
-    EXPECT_GT(weak, strong + 5) << weak << " against " << strong;
+    EXPECT_GT(weak, strong + 2) << weak << " against " << strong;
 }
 
 TEST_F(Puck, AnEmptyNetTakesNoReboundAndChargesNoGoalie) {
