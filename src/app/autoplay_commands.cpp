@@ -49,7 +49,7 @@ class QuietRunner final : public GameRunner {
 public:
     QuietRunner(const Session& session, std::uint64_t seed)
         : games_({session.LeagueDir(), session.rules(), &session.era(), seed, todayDateText(),
-                  session.places().dataRoot()}) {}
+                  session.places().dataRoot(), /*calibrateToSeason=*/true}) {}
 
     void playAndPost(Schedule& schedule, std::size_t row) override { games_.playAndPost(schedule, row); }
 

@@ -98,6 +98,9 @@ void Game::ApplyPlay() {
         s_.periodEnds = true;
         if (r == Result::Goal && rng_.rand(10) <= 4) r = Result::Save;
         if (r == Result::Save && rng_.rand(10) <= 6) r = Result::Miss;
+        // Nobody stands in an empty net to make the save: the shot that
+        // came too late went wide.
+        if (r == Result::Save && s_.GoaliePulled[static_cast<std::size_t>(s_.OtherTeam())]) r = Result::Miss;
     }
 
     if (isShotResult(r)) {

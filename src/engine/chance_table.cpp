@@ -992,7 +992,10 @@ PlayChances Game::ChanceTable() {
     c.OnNetShare *= 1 + (mood - 5) * 0.1;
     gp *= 1 + (mood - 5) * 0.1;
     // Step 33: shooting percentages steered toward the real season.
-    if (steered && carrier != kNoSlot && gp > 0.02) {
+    // The same tests as the shot-rate steering: a tired man or a tired goalie
+    // plays by his tiredness, not by his record.
+    if (steered && carrierTier == 0 && goalieTier == 0 && carrier != kNoSlot && gp > 0.02 &&
+        t.team.TeamFor[0].GP >= rng_.rand(5)) {
         const StatLine& real = statLine(*cp, StatLineIndex::Real);
         const StatLine& replay = statLine(*cp, StatLineIndex::Replay);
         if (real.Sog > 10 + rng_.rand(20) && replay.Sog > 3 && real.Goals >= 5 + rng_.rand(3) && replay.Goals >= 3) {

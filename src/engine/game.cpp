@@ -18,7 +18,7 @@ constexpr int kSpecialUnits = 2;
 constexpr int kMaxShootoutRound = 50;
 
 int other(int side) { return side == 0 ? 1 : 0; }
-constexpr double kPlayPace = 1.13;
+constexpr double kPlayPace = 1.04;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 

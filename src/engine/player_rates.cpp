@@ -317,6 +317,14 @@ std::int16_t seasonGamesOfPlayer(const PlayerRecord& p, int seasonGames) {
     return static_cast<std::int16_t>(roundHalfEven(v));
 }
 
+bool withinAvailability(const PlayerRecord& p, int seasonMonth, int day) {
+    auto valid = [](int month, int d) { return month >= 1 && month <= 12 && d >= 1 && d <= 31; };
+    if (!valid(p.AvailStartMonth, p.AvailStartDay) || !valid(p.AvailEndMonth, p.AvailEndDay)) return true;
+    int startMonth = p.AvailStartMonth == 2 && p.AvailStartDay == 1 ? 1 : p.AvailStartMonth;
+    int date = seasonMonth * 100 + day;
+    return date >= startMonth * 100 + p.AvailStartDay && date <= p.AvailEndMonth * 100 + p.AvailEndDay;
+}
+
 std::uint8_t durabilityOf(int realGames, int seasonGames) {
     if (seasonGames <= 0) return 0;
     double v = roundHalfEven(std::floor(realGames * 10.0 / seasonGames + 0.1));

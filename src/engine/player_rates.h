@@ -97,6 +97,11 @@ std::int32_t ComputeSalary(const PlayerRecord& p, const PlayerRates& rates, cons
 // length for a college team).
 std::int16_t seasonGamesOfPlayer(const PlayerRecord& p, int seasonGames);
 
+// Whether a season date (season month, day) lies in the player's
+// availability window, both ends included. Dates out of range stand for the
+// whole season.
+bool withinAvailability(const PlayerRecord& p, int seasonMonth, int day);
+
 // Durability from games played against the games he could play.
 std::uint8_t durabilityOf(int realGames, int seasonGamesOfPlayer);
 

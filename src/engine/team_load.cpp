@@ -313,6 +313,26 @@ void GameSession::randomAbsences(SideTables& s, Random& rng) {
 }
 
 void GameSession::capsAndLines(SideTables& s) {
+    // A man traded in the season is a row of each of his teams, each with
+    // the dates he belonged to it: outside them he doesn't dress. A side
+    // left without two goalies by it, one to relieve the other, keeps its
+    // goalies all the same.
+    BySlot<bool> outOfDates{};
+    if (GameActive && GameType == 'L' && league_.rules.Transactioncheck == 1) {
+        int goaliesLeft = 0;
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            if (!s.onTeam(slot)) continue;
+            const PlayerRecord& p = s.player(slot);
+            outOfDates[static_cast<std::size_t>(slot)] = !withinAvailability(p, GameMonth, GameDay);
+            if (isGoalie(p) && !outOfDates[static_cast<std::size_t>(slot)] &&
+                s.DressedToday[static_cast<std::size_t>(slot)] == 0 && p.InactiveFlag != 99 &&
+                p.InjuryReturnMonth == 0 && p.SuspensionGamesLeft == 0)
+                ++goaliesLeft;
+        }
+        if (goaliesLeft < 2)
+            for (int slot = 0; slot < kRosterSlots; ++slot)
+                if (s.onTeam(slot) && isGoalie(s.player(slot))) outOfDates[static_cast<std::size_t>(slot)] = false;
+    }
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         auto i = static_cast<std::size_t>(slot);
         PlayerRecord& p = s.player(slot);
@@ -321,6 +341,7 @@ void GameSession::capsAndLines(SideTables& s) {
         if (GameActive && s.onTeam(slot) &&
             (p.InactiveFlag == 99 || p.InjuryReturnMonth > 0 || p.SuspensionGamesLeft > 0))
             s.DressedToday[i] = 1;
+        if (outOfDates[i]) s.DressedToday[i] = 1;
         if (s.onTeam(slot)) {
             if (!(GameActive && s.DressedToday[i] != 0)) loadStoredLines(p, slot, s.lines);
             continue;

@@ -312,7 +312,13 @@ EraRecord eraOf(const SeasonRow& s, double savePct) {
 
 SeasonEraBuild buildEraFromSeasons(const fs::path& csv) {
     ProblemList problems(csv);
-    const auto seasons = readSeasonRows(csv, problems);
+    auto seasons = readSeasonRows(csv, problems);
+    // Every goal counts against the save percentage here, empty-net goals
+    // too, so that the goals of a team and its save percentage give back the
+    // season's shots, the way the engine reads them (goals / (1 - save %)).
+    for (auto& s : seasons)
+        if (s.savePct && s.shotsPerTeam && *s.shotsPerTeam > 0)
+            s.savePct = 100 * (1 - goalsPerTeam(s) / *s.shotsPerTeam);
     SeasonEraBuild out;
     out.problems = problems.take();
     if (!out.problems.empty()) return out;

@@ -65,10 +65,14 @@ struct SeasonEraBuild {
 //   team's minutes and adds two teams' figures for a game.
 // - PowerPlayPct: pp_pct; empty before 1963, left 0 (the engine has its own
 //   stand-in for an unknown percentage).
-// - SavePct: save_pct. A season without one between measured seasons takes
-//   the straight line between its neighbours. A season before the first
-//   measured one assumes the shots of the first three measured seasons and
-//   their offset for empty-net goals: 100 * (1 - goals / shots) + offset.
+// - SavePct: 100 * (1 - GoalsPerTeam / shots_per_team_game) for a season
+//   with both save_pct and shots, so that empty-net goals count as well and
+//   the goals and the save percentage give back the season's shots, as the
+//   engine reads them; save_pct alone for a season without shots. A season
+//   without one between measured seasons takes the straight line between its
+//   neighbours. A season before the first measured one assumes the shots of
+//   the first three measured seasons and their offset for empty-net goals:
+//   100 * (1 - goals / shots) + offset.
 // - FightsPerGame: no figure; left 0, so that loading gives 0.3 a game up to
 //   1969 and 0.5 after.
 // - Years before the first season hold its figures; a season missing from the

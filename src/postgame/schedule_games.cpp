@@ -1,6 +1,7 @@
 #include "postgame/schedule_games.h"
 
 #include "engine/game.h"
+#include "league/files.h"
 #include "postgame/game_summary.h"
 
 namespace tallyrink {
@@ -19,7 +20,18 @@ ScheduleGames::ScheduleGames(ScheduleGamesOptions options)
     : options_(recovered(options)),
       names_(options_.leagueDir),
       writer_(images_),
-      index_(LeaguePlayerIndex::read(options_.leagueDir)) {}
+      index_(LeaguePlayerIndex::read(options_.leagueDir)),
+      totals_(options_.leagueDir) {}
+
+SeasonCalibration ScheduleGames::calibrationSoFar(const GameRecord& r, Random& draws) {
+    totals_.readTeamTable();
+    int date = r.Month * 100 + r.Day;
+    if (date != playersDate_) {
+        totals_.PlayerTable() = readPlayerRows(findFile(options_.leagueDir, kPlayerFile));
+        playersDate_ = date;
+    }
+    return seasonCalibration(totals_, *options_.era, options_.rules, draws);
+}
 
 PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     const GameRecord r = schedule.row(row);
@@ -38,6 +50,7 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     clearGameEntries(session);
     GameOptions gameOptions;
     gameOptions.seed = seed;
+    if (options_.calibrateToSeason && !session.PlayoffGame) gameOptions.calibration = calibrationSoFar(r, loadDraws);
     Game play(session, gameOptions);
     play.playToEnd();
 

@@ -14,9 +14,11 @@
 #include <memory>
 #include <string>
 
+#include "engine/chance_table.h"
 #include "engine/team_load.h"
 #include "league/file_images.h"
 #include "league/folder_names.h"
+#include "league/league.h"
 #include "postgame/game_done.h"
 #include "postgame/posting_journal.h"
 
@@ -30,6 +32,10 @@ struct ScheduleGamesOptions {
     std::string dateText;           // the day of playing as the SCORES rows show it
     // Where the records across all leagues are kept; empty: nowhere.
     std::filesystem::path allTimeRecordsDir;
+    // A season played out unattended keeps to its real figures the way a
+    // game played by hand does: each league game calibrates to the league's
+    // totals so far.
+    bool calibrateToSeason = false;
 };
 
 class ScheduleGames {
@@ -44,6 +50,8 @@ public:
     PostingResult playAndPost(Schedule& schedule, std::size_t row);
 
 private:
+    SeasonCalibration calibrationSoFar(const GameRecord& r, Random& draws);
+
     ScheduleGamesOptions options_;
     FolderNames names_;
     FileImages images_;
@@ -53,6 +61,10 @@ private:
     // session is large enough that making one per game shows.
     std::unique_ptr<GameSession> session_;
     const Schedule* sessionSchedule_ = nullptr;
+    // The team table changes with every game posted; the players' replay
+    // games only choose the year a team plays by, so a day-old copy serves.
+    League totals_;
+    int playersDate_ = -1;
 };
 
 }  // namespace tallyrink

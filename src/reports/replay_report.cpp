@@ -359,6 +359,23 @@ std::string replayReportCsv(const ReplayReport& r) {
         for (std::size_t i = 0; i < kStats; ++i) out += fmt::format(",{:.2f},{:.2f}", p.stat[i].real, p.stat[i].replay);
         out += "\n";
     }
+    // The league's figures follow as a second table, so that a sheet that
+    // reads the players from the first line on still finds them.
+    const LeagueComparison& l = r.league;
+    out += "\nleague,real,replay\n";
+    auto row = [&](std::string_view name, double real, double replay, bool known = true) {
+        out +=
+            known ? fmt::format("{},{:.4f},{:.4f}\n", name, real, replay) : fmt::format("{},,{:.4f}\n", name, replay);
+    };
+    row("goals", l.goals.real, l.goals.replay);
+    row("shots", l.shots.real, l.shots.replay);
+    row("pim", l.pim.real, l.pim.replay);
+    row("power_play_goals", l.powerPlayGoals.real, l.powerPlayGoals.replay);
+    row("hits", l.hits.real, l.hits.replay);
+    row("save_pct", l.savePct.real, l.savePct.replay);
+    row("power_play_pct", 0, l.powerPlayPctReplay, false);
+    row("power_plays", 0, l.powerPlaysReplay, false);
+    row("past_regulation", l.pastRegulation.real, l.pastRegulation.replay);
     return out;
 }
 
@@ -389,8 +406,11 @@ std::string replayReportHtml(const ReplayReport& r, std::string_view leagueName)
     row("Hits", l.hits, 1);
     out += fmt::format("<tr><td>Save percentage</td><td>{}</td><td>{}</td><td>{}</td></tr>\n", pct(l.savePct.real),
                        pct(l.savePct.replay), ratioText(l.savePct));
-    out += fmt::format("<tr><td>Power-play percentage</td><td>-</td><td>{}</td><td></td></tr>\n</table>\n",
+    out += fmt::format("<tr><td>Power-play percentage</td><td>-</td><td>{}</td><td></td></tr>\n",
                        pct(l.powerPlayPctReplay));
+    out += fmt::format("<tr><td>Power plays</td><td>-</td><td>{:.2f}</td><td></td></tr>\n", l.powerPlaysReplay);
+    out += fmt::format("<tr><td>Games past regulation</td><td>{}</td><td>{}</td><td>{}</td></tr>\n</table>\n",
+                       pct(l.pastRegulation.real), pct(l.pastRegulation.replay), ratioText(l.pastRegulation));
 
     out +=
         "<h2>How well the players follow their real lines</h2>\n<table><tr><th>Stat</th><th>Players</th>"

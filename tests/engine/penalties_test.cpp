@@ -615,7 +615,8 @@ TEST(PenaltyRates, AMadeUpSeasonPlaysNearItsEra) {
             ppGoals += pen.PowerPlayGoals[i];
             fights += pen.fights[i];
             EXPECT_EQ(pen.PowerPlays[i], pen.PenaltyKills[1 - i]);
-            EXPECT_LE(pen.PowerPlayGoals[i], pen.PowerPlays[i] + 1);
+            // A major or a double minor can give more than one goal, seldom more.
+            EXPECT_LE(pen.PowerPlayGoals[i], pen.PowerPlays[i] + 2);
             EXPECT_GE(game.state().Skaters[i], 3);
         }
         injuries += pen.injuries;

@@ -492,6 +492,27 @@ TEST(TeamLoad, InAGameOnlyFitPlayersAreOnTheLines) {
     PlayerRecord p = look.side(kVisitor).player(center);
     p.InactiveFlag = 99;
     writeRecord(RandomFile(dir / "HKPLAYER", 1500), std::size_t(p.PlayerId), p);
+    // The first-line left wing was traded away in October, the second-line
+    // one came in November; every goalie was traded away too.
+    int gone = look.side(kVisitor).lines.holderOf(1, ForwardRole::LeftWing);
+    int came = look.side(kVisitor).lines.holderOf(2, ForwardRole::LeftWing);
+    ASSERT_GE(gone, 0);
+    ASSERT_GE(came, 0);
+    auto window = [&](int slot, int startMonth, int startDay, int endMonth, int endDay) {
+        PlayerRecord q = look.side(kVisitor).player(slot);
+        q.AvailStartMonth = std::uint8_t(startMonth);
+        q.AvailStartDay = std::uint8_t(startDay);
+        q.AvailEndMonth = std::uint8_t(endMonth);
+        q.AvailEndDay = std::uint8_t(endDay);
+        writeRecord(RandomFile(dir / "HKPLAYER", 1500), std::size_t(q.PlayerId), q);
+    };
+    window(gone, 1, 1, 2, 20);  // season months: 2 is October
+    window(came, 3, 3, 12, 31);
+    std::vector<int> goalies;
+    for (int slot = 0; slot < kRosterSlots; ++slot)
+        if (look.side(kVisitor).onTeam(slot) && isGoalie(look.side(kVisitor).player(slot))) goalies.push_back(slot);
+    ASSERT_FALSE(goalies.empty());
+    for (int g : goalies) window(g, 1, 1, 2, 1);
 
     GameSession game = sessionOn(dir.path());
     game.loadGame(1, 2, 11, 3, rng);
@@ -501,7 +522,14 @@ TEST(TeamLoad, InAGameOnlyFitPlayersAreOnTheLines) {
     int now = side.lines.holderOf(1, ForwardRole::Center);
     EXPECT_GE(now, 0);
     EXPECT_NE(now, center);
-    for (int line = 1; line <= kLineSets; ++line) EXPECT_FALSE(side.lines.onLine(line, center)) << line;
+    for (int line = 1; line <= kLineSets; ++line) {
+        EXPECT_FALSE(side.lines.onLine(line, center)) << line;
+        EXPECT_FALSE(side.lines.onLine(line, gone)) << line;
+    }
+    // His first day counts; a side is never left without its goalies.
+    EXPECT_EQ(side.DressedToday[std::size_t(came)], 0);
+    EXPECT_EQ(side.DressedToday[std::size_t(gone)], 1);
+    for (int g : goalies) EXPECT_EQ(side.DressedToday[std::size_t(g)], 0) << g;
 }
 
 }  // namespace

@@ -246,15 +246,17 @@ TEST(EraSeasonBuild, MapsTheColumnsAndWorksOutMissingSavePercentages) {
     EXPECT_EQ(t.year(2017).Games, 82);
     EXPECT_NEAR(t.year(2017).GoalsPerTeam, 7449.0 / 2542.0, 1e-12);
     EXPECT_DOUBLE_EQ(t.year(2017).PimPerGame, 17.29);
-    EXPECT_DOUBLE_EQ(t.year(2017).SavePct, 91.22);
+    // With the shots known every goal counts against the save percentage,
+    // so that goals / (1 - save %) gives back the shots.
+    const double g82 = 6500.0 / 1680, g84 = 6400.0 / 1680, g17 = 7449.0 / 2542, g80 = 6000.0 / 1680;
+    EXPECT_NEAR(t.year(2017).SavePct, 100 * (1 - g17 / 31.81), 1e-9);
+    EXPECT_NEAR(t.year(2017).GoalsPerTeam / (1 - t.year(2017).SavePct / 100), 31.81, 1e-9);
     EXPECT_DOUBLE_EQ(t.year(2017).FightsPerGame, 0);
     // Between measured seasons: the straight line.
-    EXPECT_DOUBLE_EQ(t.year(1983).SavePct, 88.0);
-    // Before them: the shots and empty-net offset of the measured seasons.
-    const double g82 = 6500.0 / 1680, g84 = 6400.0 / 1680, g17 = 7449.0 / 2542, g80 = 6000.0 / 1680;
-    const double offset =
-        ((87.5 - 100 * (1 - g82 / 30)) + (88.5 - 100 * (1 - g84 / 31)) + (91.22 - 100 * (1 - g17 / 31.81))) / 3;
-    EXPECT_NEAR(t.year(1980).SavePct, 100 * (1 - g80 / ((30 + 31 + 31.81) / 3)) + offset, 1e-9);
+    EXPECT_NEAR(t.year(1983).SavePct, (100 * (1 - g82 / 30) + 100 * (1 - g84 / 31)) / 2, 1e-9);
+    // Before them: the shots of the measured seasons, which leave no
+    // empty-net offset once every goal counts.
+    EXPECT_NEAR(t.year(1980).SavePct, 100 * (1 - g80 / ((30 + 31 + 31.81) / 3)), 1e-9);
     EXPECT_DOUBLE_EQ(t.year(1980).PowerPlayPct, 0);
     EXPECT_EQ(build.estimatedSavePct, (std::vector<int>{1980, 1983}));
     // Years before the first season hold it; seasons missing stay empty.
@@ -289,7 +291,7 @@ TEST(ShippedEra, ReadsBackTheRealSeasons) {
     const auto& e2017 = era.year(2017);
     EXPECT_EQ(e2017.Games, 82);
     EXPECT_NEAR(e2017.GoalsPerTeam, 2.93, 0.01);
-    EXPECT_NEAR(e2017.SavePct, 91.2, 0.05);
+    EXPECT_NEAR(e2017.SavePct, 90.79, 0.01);  // every goal of 2.93 a game on 31.81 shots
     EXPECT_NEAR(e2017.PimPerGame, 17.29, 0.01);
     EXPECT_NEAR(e2017.PowerPlayPct, 20.18, 0.01);
     EXPECT_EQ(era.year(1994).Games, 48);

@@ -109,11 +109,24 @@ TEST_F(ReplayLeague, PlayersAheadOfTheirPaceShowAsPositiveError) {
     EXPECT_DOUBLE_EQ(r.agreement[kGoals].meanAbsError, 4.0);
     EXPECT_GT(r.agreement[kGoals].correlation, 0.99);  // a constant shift keeps the order
 
+    // Every report carries the same league rows as the text one.
+    std::string text = replayReportText(r);
     std::string html = replayReportHtml(r, "Test <League>");
     EXPECT_NE(html.find("Test &lt;League&gt;"), std::string::npos);
     EXPECT_NE(html.find("<svg"), std::string::npos);
+    for (const char* name : {"Power plays", "Games past regulation", "Power-play percentage"}) {
+        EXPECT_NE(text.find(name), std::string::npos) << name;
+        EXPECT_NE(html.find(std::string("<td>") + name + "</td>"), std::string::npos) << name;
+    }
     std::string csv = replayReportCsv(r);
-    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 13);  // header and 12 skaters
+    // Header and 12 skaters, then a blank line and the league's table.
+    std::string players = csv.substr(0, csv.find("\n\n") + 1);
+    EXPECT_EQ(std::count(players.begin(), players.end(), '\n'), 13);
+    EXPECT_NE(csv.find("\nleague,real,replay\n"), std::string::npos);
+    EXPECT_NE(csv.find("\ngoals,"), std::string::npos);
+    EXPECT_NE(csv.find("\nshots,"), std::string::npos);
+    EXPECT_NE(csv.find("\npower_plays,,"), std::string::npos);  // the real season keeps no count
+    EXPECT_NE(csv.find("\npast_regulation,"), std::string::npos);
 }
 
 TEST_F(ReplayLeague, PlayersWithFewRealGamesAreLeftOut) {
