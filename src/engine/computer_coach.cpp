@@ -758,8 +758,13 @@ void Game::chargePlayers(double t) {
             if (slot != kNoSlot && tables.rate(RateSet::Real, slot).AverageMinutes > 22 + 4 * rng_.rnd())
                 topLine = true;
         }
+        // Who is on, by slot: one pass over the six places instead of a
+        // search of them for each of the roster's slots.
+        std::array<bool, kRosterSlots> onIce{};
+        for (int slot : ice.slot)
+            if (slot >= 0 && slot < kRosterSlots) onIce[at(slot)] = true;
         for (int slot = 0; slot < kRosterSlots; ++slot) {
-            bool on = ice.holds(slot);
+            const bool on = onIce[at(slot)];
             PlayerRecord& p = tables.player(slot);
             bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
             if (on) {
