@@ -469,9 +469,7 @@ double Game::onIceOffense(int side) const {
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    UnitRatings out;
-    onIceRatings(men, situation, *session_.league().era, out);
-    return out.onIceOffense;
+    return unitRatings(men, situation).onIceOffense;
 }
 
 double Game::onIceDefense(int side) const {
@@ -488,9 +486,7 @@ double Game::onIceDefense(int side) const {
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    UnitRatings out;
-    onIceRatings(men, situation, *session_.league().era, out);
-    return out.onIceDefense;
+    return unitRatings(men, situation).onIceDefense;
 }
 
 // ---- Lines -------------------------------------------------------------------------------

@@ -30,6 +30,16 @@ struct FixedText {
         std::copy_n(text.begin(), std::min(text.size(), N), raw.begin());
     }
 
+    // The same value without a copy, for comparisons the engine makes at
+    // every step.
+    [[nodiscard]] std::string_view view() const {
+        std::string_view v(raw.data(), N);
+        auto end = v.find_last_not_of(std::string_view(" \0", 2));
+        if (end == std::string_view::npos) return {};
+        auto begin = v.find_first_not_of(std::string_view(" \0", 2));
+        return v.substr(begin, end - begin + 1);
+    }
+
     [[nodiscard]] bool blank() const { return str().empty(); }
 
     friend bool operator==(const FixedText&, const FixedText&) = default;
