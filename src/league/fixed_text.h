@@ -24,23 +24,24 @@ struct FixedText {
         return std::string(v.substr(begin, end - begin + 1));
     }
 
+    // The same value without a copy, for comparisons the engine makes at
+    // every step.
+    [[nodiscard]] std::string_view view() const {
+        auto pad = [](char c) { return c == ' ' || c == '\0'; };
+        std::size_t end = N;
+        while (end > 0 && pad(raw[end - 1])) --end;
+        std::size_t begin = 0;
+        while (begin < end && pad(raw[begin])) ++begin;
+        return {raw.data() + begin, end - begin};
+    }
+
     // Left-justified and blank-padded; longer text is cut to the width.
     void assign(std::string_view text) {
         raw.fill(' ');
         std::copy_n(text.begin(), std::min(text.size(), N), raw.begin());
     }
 
-    // The same value without a copy, for comparisons the engine makes at
-    // every step.
-    [[nodiscard]] std::string_view view() const {
-        std::string_view v(raw.data(), N);
-        auto end = v.find_last_not_of(std::string_view(" \0", 2));
-        if (end == std::string_view::npos) return {};
-        auto begin = v.find_first_not_of(std::string_view(" \0", 2));
-        return v.substr(begin, end - begin + 1);
-    }
-
-    [[nodiscard]] bool blank() const { return str().empty(); }
+    [[nodiscard]] bool blank() const { return view().empty(); }
 
     friend bool operator==(const FixedText&, const FixedText&) = default;
 };
