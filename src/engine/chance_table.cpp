@@ -101,7 +101,7 @@ SeasonCalibration seasonCalibration(const League& league, const EraTable& era, c
         if (rules.GameEraList == 1) year = 1960 + rng.rand(60);
         if (rules.GameEraList > 1) year = rules.GameEraList + 1948;
         EraFigures e =
-            figuresOf(era.yearOr(year, 2008), team.TeamType.str() == "C" ? EraLevel::College : EraLevel::Professional);
+            figuresOf(era.yearOr(year, 2008), team.TeamType.view() == "C" ? EraLevel::College : EraLevel::Professional);
         expGames += 1;
         expShots += e.shotsPerTeam();
         expPim += e.pimPerGame / 2;
@@ -288,12 +288,56 @@ void Game::chooseCarrier() {
     if (f.CarrierPos == kNoPos) f.Carrier = kNoSlot;
 }
 
+namespace {
+
+bool sameMan(const UnitPlayer& a, const UnitPlayer& b) {
+    return a.record == b.record && a.averageMinutes == b.averageMinutes && a.fatigueCount == b.fatigueCount &&
+           a.fatigued == b.fatigued && a.brokenStick == b.brokenStick && a.usageBand == b.usageBand;
+}
+
+bool sameSituation(const UnitSituation& a, const UnitSituation& b) {
+    return a.skaters == b.skaters && a.opponentSkaters == b.opponentSkaters && a.extraAttacker == b.extraAttacker &&
+           a.insideDefense == b.insideDefense;
+}
+
+}  // namespace
+
+UnitRatings Game::unitRatings(const std::array<UnitPlayer, 6>& men, const UnitSituation& sit) const {
+    for (const UnitMemo& m : unitMemo_) {
+        if (!m.used || !sameSituation(m.sit, sit)) continue;
+        bool same = true;
+        for (std::size_t i = 0; i < men.size() && same; ++i) same = sameMan(m.men[i], men[i]);
+        if (same) return m.out;
+    }
+    UnitMemo& m = unitMemo_[unitMemoNext_];
+    unitMemoNext_ = (unitMemoNext_ + 1) % unitMemo_.size();
+    m.men = men;
+    m.sit = sit;
+    m.out = UnitRatings{};
+    onIceRatings(men, sit, *session_.league().era, m.out);
+    m.used = true;
+    return m.out;
+}
+
 // The era's penalties against its shots, at the head of every step.
 void Game::eraFactors() {
     FindState& f = s_.find;
-    const RulesRecord& rules = session_.league().rules;
     const int side = s_.PuckTeam;
-    const bool homeCollege = session_.side(kHome).team.TeamType.str() == "C";
+    // The same goalies and the same side with the puck give the same factors.
+    const std::array<int, 2> years{goalieYear(kVisitor), goalieYear(kHome)};
+    if (eraMemo_.side == side && eraMemo_.years == years) {
+        f.EraShotsPerGame = eraMemo_.shotsPerGame;
+        f.EraPenaltyFactor = eraMemo_.penaltyFactor;
+        return;
+    }
+    eraFactorsFor(side);
+    eraMemo_ = {side, years, f.EraShotsPerGame, f.EraPenaltyFactor};
+}
+
+void Game::eraFactorsFor(int side) {
+    FindState& f = s_.find;
+    const RulesRecord& rules = session_.league().rules;
+    const bool homeCollege = session_.side(kHome).team.TeamType.view() == "C";
     const EraRecord& ref = session_.eraRow(2008, 2008);
     const double refPim = homeCollege ? ref.CollegePim : ref.PimPerGame;
     if (rules.GameEraList == 1) {
@@ -636,7 +680,7 @@ PlayChances Game::ChanceTable() {
         sit.opponentSkaters = s_.Skaters[at(other(s))];
         sit.extraAttacker = s_.GoaliePulled[at(s)];
         sit.insideDefense = (z == Zone::OffenseZone || z == Zone::OffenseShooter) && s != side;
-        onIceRatings(men, sit, *session_.league().era, unit[at(s)]);
+        unit[at(s)] = unitRatings(men, sit);
     }
     if (shoot > 50 && shoot <= 950) {
         // A unit with no ratings at all (players never rated) plays as an
@@ -959,7 +1003,7 @@ PlayChances Game::ChanceTable() {
         int own = slotAt(side, 5);
         if (!emptyNetOwn && own != kNoSlot) {
             const PlayerRecord& g = t.player(own);
-            if (g.PlayerType.str() != "C" && g.PlayerYear >= 1931 && g.PlayerYear <= 2099) {
+            if (g.PlayerType.view() != "C" && g.PlayerYear >= 1931 && g.PlayerYear <= 2099) {
                 double k = powerPlayEraFactor(eraFiguresOf(g.PlayerYear, side).powerPlayPct);
                 scale(shoot, k);
                 scale(c.EntryChance, k);

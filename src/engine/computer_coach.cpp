@@ -469,9 +469,7 @@ double Game::onIceOffense(int side) const {
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    UnitRatings out;
-    onIceRatings(men, situation, *session_.league().era, out);
-    return out.onIceOffense;
+    return unitRatings(men, situation).onIceOffense;
 }
 
 double Game::onIceDefense(int side) const {
@@ -488,9 +486,7 @@ double Game::onIceDefense(int side) const {
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    UnitRatings out;
-    onIceRatings(men, situation, *session_.league().era, out);
-    return out.onIceDefense;
+    return unitRatings(men, situation).onIceDefense;
 }
 
 // ---- Lines -------------------------------------------------------------------------------
@@ -763,8 +759,13 @@ void Game::chargePlayers(double t) {
             if (slot != kNoSlot && tables.rate(RateSet::Real, slot).AverageMinutes > 22 + 4 * rng_.rnd())
                 topLine = true;
         }
+        // Who is on, by slot: one pass over the six places instead of a
+        // search of them for each of the roster's slots.
+        std::array<bool, kRosterSlots> onIce{};
+        for (int slot : ice.slot)
+            if (slot >= 0 && slot < kRosterSlots) onIce[at(slot)] = true;
         for (int slot = 0; slot < kRosterSlots; ++slot) {
-            bool on = ice.holds(slot);
+            const bool on = onIce[at(slot)];
             PlayerRecord& p = tables.player(slot);
             bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
             if (on) {

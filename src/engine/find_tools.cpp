@@ -191,7 +191,7 @@ std::int32_t Game::carrierWeight(int pos, int unitPPG) {
 bool Game::shotSteering() const {
     const SideTables& puck = session_.side(s_.PuckTeam);
     const SideTables& opp = session_.side(s_.OtherTeam());
-    return puck.team.TeamType.str() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
+    return puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
 }
 
 void Game::FindCarrier() {
@@ -265,7 +265,13 @@ std::int32_t Game::passerWeight(int pos, bool second) {
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const bool pp = powerPlay(side);
 
-    std::int32_t w = f.Carrier == kNoSlot ? whole(A * A) + 1 : whole(std::pow(A, 5)) + 1;
+    double& key = assistRateKey_[at(side)][at(slot)];
+    double& fifth = assistRateFifth_[at(side)][at(slot)];
+    if (key != A) {
+        key = A;
+        fifth = std::pow(A, 5);
+    }
+    std::int32_t w = f.Carrier == kNoSlot ? whole(A * A) + 1 : whole(fifth) + 1;
     if (!second) {
         if (A > 2.5 + 1.5 * rng_.rnd()) times(w, 5);
         if (A > (1.6 + .6 * rng_.rnd()) * G) times(w, 5);

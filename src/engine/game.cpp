@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "team/positions.h"
 
@@ -59,6 +60,9 @@ Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
 
 void Game::InitGame() {
     s_ = GameState{};
+    unitMemo_ = {};
+    eraMemo_ = {};
+    for (auto& side : assistRateKey_) side.fill(std::numeric_limits<double>::quiet_NaN());
     fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;
     s_.Clock = periodSeconds();
@@ -521,12 +525,12 @@ void Game::SetPlayTime() {
     // The league's overtime rules set the pace of all its games.
     if (rules.OTLengthlist > 0) pt *= 1 + rules.OTLengthlist * .07;
     if (rules.OTTypelist == 1) pt *= 1.05;
-    if (session_.side(kHome).team.TeamType.str() == "C") pt *= .9;
+    if (session_.side(kHome).team.TeamType.view() == "C") pt *= .9;
     if (pt > 40 && s_.Clock < 30 + rng_.rand(30)) pt = 30 + rng_.rand(10);
     if (s_.LastPlayResult == Result::Clear && pt <= 3) pt = 3 + rng_.rand(2);
     if (s_.PlayResult == Result::Penalty && pt >= 15) pt = 13 + rng_.rand(5);
     pt = std::max(pt, z == Zone::DefenseZone ? 5.0 : z == Zone::NeutralZone ? 4.0 : 3.0);
-    if (t.team.TeamType.str() == "D") pt *= 1.1;
+    if (t.team.TeamType.view() == "D") pt *= 1.1;
     const bool quickPlay = s_.events.ForcedEntry && !(lastPeriod && s_.Clock <= 90);
     s_.events.ForcedEntry = false;
     if (quickPlay) {
@@ -594,7 +598,7 @@ double Game::eraPace(double pt) {
     int year = slot == kNoSlot ? 0 : session_.side(side).player(slot).PlayerYear;
     if (year < 1900 || year > 2050) year = 2014;
     const EraRecord& era = session_.eraRow(year, 2014);
-    bool college = session_.side(kHome).team.TeamType.str() == "C";
+    bool college = session_.side(kHome).team.TeamType.view() == "C";
     double savePct = college ? era.CollegeSavePct : era.SavePct;
     double goals = college ? era.CollegeGoalsPerTeam : era.GoalsPerTeam;
     double pim = college ? era.CollegePim : era.PimPerGame;

@@ -32,6 +32,7 @@
 #include "engine/team_load.h"
 #include "league/random.h"
 #include "team/lineup_tools.h"
+#include "team/team_ratings.h"
 
 namespace tallyrink {
 
@@ -321,6 +322,7 @@ private:
     void moveForecheck();
     void chooseCarrier();
     void eraFactors();
+    void eraFactorsFor(int side);
     void drawGoalieForm();
     // Events: the draw (faceoffs.cpp).
     [[nodiscard]] int faceoffRating(int side, int pos) const;
@@ -554,6 +556,11 @@ private:
     [[nodiscard]] bool autoCallForHuman(int side);
     [[nodiscard]] int leadOf(int side) const;
     [[nodiscard]] double onIceOffense(int side) const;
+    // The ratings of a unit on the ice, remembered for the few units and
+    // situations a stretch of play keeps asking about. A man's ratings and
+    // real figures don't change during a game, so the men, their minutes,
+    // fatigue and sticks and the situation decide the answer.
+    [[nodiscard]] UnitRatings unitRatings(const std::array<UnitPlayer, 6>& men, const UnitSituation& sit) const;
     [[nodiscard]] double onIceDefense(int side) const;
     [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
     // 0 no change due, 1 the late game asks for its lines, 2 men tired or
@@ -584,6 +591,28 @@ private:
     bool fightCounts_ =
         false;  // the rosters carry real fight counts  // skaters of each side when the step's result was drawn
     bool driverRunning_ = false;
+
+    // Answers kept for unitRatings; cleared when a game starts.
+    struct UnitMemo {
+        std::array<UnitPlayer, 6> men{};
+        UnitSituation sit{};
+        UnitRatings out{};
+        bool used = false;
+    };
+    mutable std::array<UnitMemo, 6> unitMemo_{};
+    mutable std::size_t unitMemoNext_ = 0;
+    // The era factors of the last step and the goalies' years they were
+    // worked out for: they change only with a goalie or the side with the puck.
+    struct EraFactorsMemo {
+        int side = -1;
+        std::array<int, 2> years{};
+        double shotsPerGame = 0;
+        double penaltyFactor = 0;
+    } eraMemo_;
+    // A man's real assist rate to the fifth power, for the passer's weight,
+    // by side and slot, with the rate it was worked out from.
+    std::array<BySlot<double>, 2> assistRateKey_{};
+    std::array<BySlot<double>, 2> assistRateFifth_{};
 
     int periods_ = 3;
     int minutes_ = 20;

@@ -99,7 +99,7 @@ void Game::cutAssists() {
     FindState& f = s_.find;
     int side = s_.PuckTeam;
     const EraRecord& era = session_.eraRow(session_.side(side).team.TeamYear, 2009);
-    double perGoal = session_.side(side).team.TeamType.str() == "C" ? era.CollegeAssistsPerGoal : era.AssistsPerGoal;
+    double perGoal = session_.side(side).team.TeamType.view() == "C" ? era.CollegeAssistsPerGoal : era.AssistsPerGoal;
     if (perGoal > 0 && perGoal < 1 + .2 * rng_.rnd() && rng_.rand(2) == 1) {
         f.Passer1 = kNoSlot;
         f.Passer2 = kNoSlot;

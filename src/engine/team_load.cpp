@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <memory>
 
 #include "engine/record_upgrades.h"
 #include "league/file_images.h"
@@ -101,7 +102,10 @@ void GameSession::loadGame(int visitor, int home, int calendarMonth, int day, Ra
 void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
     if (!isTeamNumber(team)) return;
     SideTables& s = side(sideIndex);
-    s = SideTables{};
+    // Built afresh where it stands: the tables are large, and a temporary
+    // cleared and then copied over them costs a second pass of the memory.
+    std::destroy_at(&s);
+    std::construct_at(&s);
     s.TeamId = team;
     s.DressedToday.fill(0);
     manager_->beforeLoad(*this, sideIndex);

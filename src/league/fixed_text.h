@@ -24,7 +24,8 @@ struct FixedText {
         return std::string(v.substr(begin, end - begin + 1));
     }
 
-    // The same without a copy: it lives as long as the text.
+    // The same without a copy (it lives as long as the text), for the
+    // comparisons the engine makes at every step.
     [[nodiscard]] std::string_view view() const {
         std::size_t end = N;
         while (end > 0 && padding(raw[end - 1])) --end;

@@ -142,8 +142,6 @@ void placeFromBench(const LineupTeam& t, DepthKind kind, const PositionList& wan
 
 }  // namespace
 
-bool OnIce::holds(int s) const { return s != kNoSlot && std::find(slot.begin(), slot.end(), s) != slot.end(); }
-
 std::string positionName(IcePos p) {
     switch (p) {
         case IcePos::LeftWing:

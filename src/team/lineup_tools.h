@@ -34,7 +34,13 @@ struct OnIce {
 
     int& operator[](IcePos p) { return slot[static_cast<std::size_t>(p)]; }
     int operator[](IcePos p) const { return slot[static_cast<std::size_t>(p)]; }
-    [[nodiscard]] bool holds(int s) const;
+    // Inline: the clock asks it of every roster slot at every step.
+    [[nodiscard]] bool holds(int s) const {
+        if (s == kNoSlot) return false;
+        for (int x : slot)
+            if (x == s) return true;
+        return false;
+    }
 };
 
 // Position names as a lineup fault gives them: "Left Wing", "Center",

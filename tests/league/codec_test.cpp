@@ -180,6 +180,16 @@ TEST(FixedText, TrimsPadsAndCuts) {
     EXPECT_EQ(t.str(), "Alexa");
     t.raw = {' ', 'a', ' ', 'b', '\0'};
     EXPECT_EQ(t.str(), "a b");
+    EXPECT_EQ(t.view(), "a b");
+    // The copy-free view trims as the text does, whatever the padding.
+    t.raw = {'\0', ' ', 'C', '\0', ' '};
+    EXPECT_EQ(t.view(), "C");
+    EXPECT_FALSE(t.blank());
+    t.raw = {' ', '\0', ' ', '\0', ' '};
+    EXPECT_EQ(t.view(), "");
+    EXPECT_TRUE(t.blank());
+    t.raw = {'a', 'b', 'c', 'd', 'e'};
+    EXPECT_EQ(t.view(), "abcde");
 }
 
 TEST(SeasonMonths, RoundTripAndOrder) {
