@@ -70,6 +70,7 @@ void Game::InitGame() {
     s_.shotsByPeriod.reserve(8);
     s_.shotsByPeriod.assign(1, {0, 0});
     s_.goals.reserve(24);
+    s_.penalties.reserve(48);
     for (auto& box : s_.pen.box) box.reserve(16);
     for (int side : {kVisitor, kHome}) {
         SideTables& t = session_.side(side);

@@ -15,6 +15,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/chance_table.h"
@@ -85,6 +86,16 @@ struct GoalNote {
     GoalType type = GoalType::FiveOnFive;
 };
 
+// A penalty as called, for the penalty summary.
+struct PenaltyNote {
+    int period = 0;
+    int clock = 0;  // seconds left in the period
+    int side = 0;
+    int slot = kNoSlot;  // kNoSlot: a bench penalty
+    int minutes = 0;
+    std::string_view name;  // the infraction; always one of the program's fixed texts
+};
+
 // The play state. Everything a step reads or writes stands here; a test or
 // a resumed game may set it by hand through Game::editState.
 struct GameState {
@@ -115,6 +126,7 @@ struct GameState {
     std::array<int, 2> Shots{};
     std::vector<std::array<int, 2>> shotsByPeriod;  // [period - 1][side]
     std::vector<GoalNote> goals;
+    std::vector<PenaltyNote> penalties;
 
     int Period = 1;
     int Clock = 1200;

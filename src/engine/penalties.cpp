@@ -454,6 +454,7 @@ BoxPenalty& Game::addToBox(int side, int offender, int server, PenaltyType type,
 }
 
 void Game::tellPenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes) {
+    s_.penalties.push_back({s_.Period, s_.Clock, side, offender, minutes, name});
     DescribePenalty(side, offender, type, name, minutes);
 }
 

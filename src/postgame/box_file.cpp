@@ -133,7 +133,8 @@ std::vector<std::string> penaltySummary(const GameSession& session, const Finish
     for (const PenaltySummary& p : game.penalties)
         out.push_back(fmt::format("{:<3} {:>5} {:<4} {} {} min {}", periodLabel(p.period, game.periods),
                                   clockText(p.clock), game.side[std::size_t(p.side)].code,
-                                  nameOf(session, p.side, p.slot), p.minutes, p.name));
+                                  p.slot == kNoSlot ? std::string("Bench") : nameOf(session, p.side, p.slot), p.minutes,
+                                  p.name));
     return out;
 }
 

@@ -64,6 +64,8 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         for (std::size_t p = 0; p < s.shotsByPeriod.size(); ++p)
             x.shotsByPeriod[std::min<std::size_t>(p, kPeriodSlots - 1)] += s.shotsByPeriod[p][i];
     }
+    for (const PenaltyNote& p : s.penalties)
+        f.penalties.push_back({p.period, p.clock, p.side, p.slot, p.minutes, std::string(p.name)});
     for (const GoalNote& g : s.goals) {
         GoalSummary out;
         out.period = g.period;

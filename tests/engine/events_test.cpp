@@ -248,6 +248,14 @@ TEST(EventGames, StatisticsOfWholeGamesAddUp) {
             EXPECT_EQ(sumGameField(*session, other, [](const StatLine& l) { return int{l.Blocks}; }),
                       s.events.blocked[i]);
             EXPECT_EQ(sumGameField(*session, side, [](const StatLine& l) { return int{l.Hits}; }), s.events.hits[i]);
+            // Every minute charged is in the penalty summary, named.
+            int noted = 0;
+            for (const PenaltyNote& p : s.penalties) {
+                if (p.side != side) continue;
+                noted += p.minutes;
+                EXPECT_FALSE(p.name.empty());
+            }
+            EXPECT_EQ(noted, s.pen.PenaltyMinutes[i]);
             // The replay lines rose by the game lines.
             for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
                 const PlayerRecord& p = session->side(side).GameRoster[slot];
