@@ -13,11 +13,10 @@
 #include "league/rules.h"
 #include "league/schedule.h"
 #include "operations/blank_league.h"
-#include "operations/era_figures.h"
-#include "operations/new_league.h"
 #include "postgame/box_file.h"
 #include "postgame/game_done.h"
 #include "postgame/record_book.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 #include "team/positions.h"
@@ -32,19 +31,7 @@ constexpr std::size_t kPlayerBytes = 1500;
 
 // Four made-up teams with a three-game schedule, written into a folder.
 std::vector<int> writeLeague(const fs::path& dir) {
-    NewLeagueOptions options;
-    options.teams = 4;
-    options.year = 2017;
-    options.seed = 41;
-    GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
-    writeLeagueFolder(dir, league.files);
-    std::vector<int> teams;
-    ActiveTeams active;
-    for (int t = 1; t <= kMaxTeams; ++t)
-        if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) {
-            teams.push_back(t);
-            active.set(std::size_t(t));
-        }
+    auto [teams, active] = test::writeMadeUpLeague(dir, 4, 41);
     saveNewSchedule(dir,
                     {newGameRecord(teams[0], teams[1], 10, 10, 2017), newGameRecord(teams[1], teams[0], 10, 12, 2017),
                      newGameRecord(teams[2], teams[3], 10, 10, 2017)},

@@ -15,12 +15,11 @@
 #include "league/rules.h"
 #include "league/schedule.h"
 #include "operations/blank_league.h"
-#include "operations/era_figures.h"
-#include "operations/new_league.h"
 #include "postgame/game_done.h"
 #include "postgame/game_summary.h"
 #include "postgame/posting_journal.h"
 #include "postgame/schedule_games.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 
@@ -35,19 +34,7 @@ constexpr const char* kDate = "10/10/2017";
 
 // Five made-up teams, every pairing once over a few days.
 void writeLeague(const fs::path& dir) {
-    NewLeagueOptions options;
-    options.teams = 5;
-    options.year = 2017;
-    options.seed = 53;
-    GeneratedLeague league = generateLeague(options, eraTargets(shippedEra(), 2017));
-    writeLeagueFolder(dir, league.files);
-    std::vector<int> teams;
-    ActiveTeams active;
-    for (int t = 1; t <= kMaxTeams; ++t)
-        if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) {
-            teams.push_back(t);
-            active.set(std::size_t(t));
-        }
+    auto [teams, active] = test::writeMadeUpLeague(dir, 5, 53);
     std::vector<GameRecord> rows;
     int n = 0;
     for (std::size_t a = 0; a < teams.size(); ++a)

@@ -12,10 +12,9 @@
 #include "league/rules.h"
 #include "league/schedule.h"
 #include "operations/blank_league.h"
-#include "operations/era_figures.h"
-#include "operations/new_league.h"
 #include "postgame/game_done.h"
 #include "postgame/record_book.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 #include "team/positions.h"
@@ -33,19 +32,7 @@ class PostedStretch : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         dir_ = new testing::TempDir;
-        NewLeagueOptions options;
-        options.teams = 6;
-        options.year = 2017;
-        options.seed = 23;
-        GeneratedLeague league = generateLeague(options, eraTargets(test::shippedEra(), 2017));
-        writeLeagueFolder(dir_->path(), league.files);
-        std::vector<int> teams;
-        ActiveTeams active;
-        for (int t = 1; t <= kMaxTeams; ++t)
-            if (league.files.teams[std::size_t(t - 1)].TeamActive == 1) {
-                teams.push_back(t);
-                active.set(std::size_t(t));
-            }
+        auto [teams, active] = test::writeMadeUpLeague(dir_->path(), 6, 23);
         // Every pairing twice, home and away, a day apart.
         std::vector<GameRecord> rows;
         int day = 0;

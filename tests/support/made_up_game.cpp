@@ -9,19 +9,28 @@
 
 namespace tallyrink::test {
 
+WrittenLeague writeMadeUpLeague(const std::filesystem::path& dir, int teams, std::uint64_t seed) {
+    NewLeagueOptions options;
+    options.teams = teams;
+    options.year = 2017;
+    options.seed = seed;
+    GeneratedLeague made = generateLeague(options, eraTargets(shippedEra(), 2017));
+    writeLeagueFolder(dir, made.files);
+    WrittenLeague out;
+    for (int t = 1; t <= kMaxTeams; ++t)
+        if (made.files.teams[static_cast<std::size_t>(t - 1)].TeamActive == 1) {
+            out.teams.push_back(t);
+            out.active.set(static_cast<std::size_t>(t));
+        }
+    return out;
+}
+
 const MadeUpLeague& madeUpLeague(int teams, std::uint64_t seed) {
     static std::map<std::pair<int, std::uint64_t>, std::unique_ptr<MadeUpLeague>> leagues;
     auto& league = leagues[{teams, seed}];
     if (!league) {
         league = std::make_unique<MadeUpLeague>();
-        NewLeagueOptions options;
-        options.teams = teams;
-        options.year = 2017;
-        options.seed = seed;
-        GeneratedLeague made = generateLeague(options, eraTargets(shippedEra(), 2017));
-        writeLeagueFolder(league->dir.path(), made.files);
-        for (int t = 1; t <= kMaxTeams; ++t)
-            if (made.files.teams[static_cast<std::size_t>(t - 1)].TeamActive == 1) league->teams.push_back(t);
+        league->teams = writeMadeUpLeague(league->dir.path(), teams, seed).teams;
     }
     return *league;
 }

@@ -6,13 +6,24 @@
 // don't move when another file wants a different league.
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <vector>
 
 #include "engine/team_load.h"
+#include "league/schedule.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink::test {
+
+struct WrittenLeague {
+    std::vector<int> teams;  // the active team numbers
+    ActiveTeams active;      // the same as a set, as a new schedule wants them
+};
+
+// A made-up league of 2017 with `teams` teams written into `dir`, with no
+// schedule: for a test that posts games and so needs a folder of its own.
+WrittenLeague writeMadeUpLeague(const std::filesystem::path& dir, int teams, std::uint64_t seed);
 
 struct MadeUpLeague {
     testing::TempDir dir;
