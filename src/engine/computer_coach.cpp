@@ -764,8 +764,16 @@ void Game::chargePlayers(double t) {
         std::array<bool, kRosterSlots> onIce{};
         for (int slot : ice.slot)
             if (slot >= 0 && slot < kRosterSlots) onIce[at(slot)] = true;
+        // A man who has sat since the game began (or since a timeout rested
+        // everyone) has nothing to charge: he has no seconds to recover and
+        // no stint, and his bench rate can't push him above zero.
+        const bool restful = t >= 0;
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const bool on = onIce[at(slot)];
+            if (!on && restful && s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
+                !s_.coach.wasOn[at(side)][at(slot)] &&
+                (tables.ShiftLimit[at(slot)] <= 0 || tables.MaxEnergy[at(slot)] > 50))
+                continue;
             PlayerRecord& p = tables.player(slot);
             bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
             if (on) {

@@ -181,8 +181,16 @@ bool Game::offIce(int side, int slot) const {
 void Game::keepPenalizedOff(int side) {
     LineupTeam& team = teams_[at(side)];
     auto& held = s_.pen.heldOff[at(side)];
+    // The men in the box, marked once rather than searched for at each slot.
+    BySlot<bool> serving{};
+    for (const BoxPenalty& p : s_.pen.box[at(side)])
+        if (p.server >= 0 && p.server < kRosterSlots) serving[at(p.server)] = true;
+    const auto& out = s_.find.PlayerOut[at(side)];
+    const auto& hurt = s_.pen.InjuryKind[at(side)];
     for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
-        bool off = offIce(side, slot);
+        // Only a fit man can be held off, and only a held man let back.
+        if (!team.candidate[at(slot)] && !held[at(slot)]) continue;
+        bool off = out[at(slot)] || hurt[at(slot)] > 0 || serving[at(slot)];
         if (off && team.candidate[at(slot)]) {
             team.candidate[at(slot)] = false;
             held[at(slot)] = true;
