@@ -101,11 +101,14 @@ void GameSession::loadGame(int visitor, int home, int calendarMonth, int day, Ra
 
 void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
     if (!isTeamNumber(team)) return;
+    const bool asBuilt = asBuilt_.at(static_cast<std::size_t>(sideIndex));
     SideTables& s = side(sideIndex);
     // Built afresh where it stands: the tables are large, and a temporary
     // cleared and then copied over them costs a second pass of the memory.
-    std::destroy_at(&s);
-    std::construct_at(&s);
+    if (!asBuilt) {
+        std::destroy_at(&s);
+        std::construct_at(&s);
+    }
     s.TeamId = team;
     s.DressedToday.fill(0);
     manager_->beforeLoad(*this, sideIndex);

@@ -145,7 +145,11 @@ public:
     // fired, a bad value was reset, or lines and depth charts were filled in.
     [[nodiscard]] bool loadChangedRecords(int side) const;
 
-    [[nodiscard]] SideTables& side(int s) { return sides_.at(static_cast<std::size_t>(s)); }
+    [[nodiscard]] SideTables& side(int s) {
+        SideTables& tables = sides_.at(static_cast<std::size_t>(s));
+        asBuilt_[static_cast<std::size_t>(s)] = false;
+        return tables;
+    }
     [[nodiscard]] const SideTables& side(int s) const { return sides_.at(static_cast<std::size_t>(s)); }
     [[nodiscard]] int TeamIdOfSide(int s) const { return side(s).TeamId; }
     [[nodiscard]] const LeagueContext& league() const { return league_; }
@@ -193,6 +197,9 @@ private:
     GeneralManagerHooks defaultManager_;
     GeneralManagerHooks* manager_;
     std::vector<SideTables> sides_ = std::vector<SideTables>(2);  // large: kept off the stack
+    // A side nobody has loaded or written since the session was built is
+    // still as a clearing would leave it, so its first load skips that pass.
+    std::array<bool, 2> asBuilt_{true, true};
     mutable std::optional<LeaguePlayerIndex> ownIndex_;
 };
 

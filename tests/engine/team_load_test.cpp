@@ -130,6 +130,44 @@ TEST(TeamLoad, SecondLoadGivesWhatTheFirstGave) {
     EXPECT_EQ(readBytes(dir / "HKPLAYER"), before);
 }
 
+// A side keeps nothing of what it held before a load: not the team loaded
+// there earlier, and not what a caller wrote into it before the first load.
+TEST(TeamLoad, LoadLeavesNothingOfWhatTheSideHeld) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 22, .gamesPlayed = 10});
+    giveRealLines(lg);
+    lg.player(30).InactiveFlag = 99;  // team 2 dresses a man fewer
+    lg.write(dir.path());
+
+    GameSession clean = sessionOn(dir.path());
+    Random a(8);
+    clean.HkLoadTeam(kVisitor, 2, a);
+
+    GameSession reused = sessionOn(dir.path());
+    Random first(3);
+    reused.HkLoadTeam(kVisitor, 1, first);
+    Random b(8);
+    reused.HkLoadTeam(kVisitor, 2, b);
+
+    GameSession written = sessionOn(dir.path());
+    SideTables& early = written.side(kVisitor);
+    early.ShiftLimit.fill(-1);
+    early.DressedToday.fill(1);
+    early.notes.emplace_back("left over");
+    early.GameRoster[40].PlayerId = 777;
+    early.GameRoster[40].TeamId = 2;
+    Random c(8);
+    written.HkLoadTeam(kVisitor, 2, c);
+
+    for (const GameSession* other : {&reused, &written}) {
+        const SideTables& got = other->side(kVisitor);
+        expectSameTables(clean.side(kVisitor), got);
+        EXPECT_EQ(got.notes, clean.side(kVisitor).notes);
+        EXPECT_EQ(got.absentToday, clean.side(kVisitor).absentToday);
+        EXPECT_EQ(got.TeamId, 2);
+    }
+}
+
 TEST(TeamLoad, AnOldRecordIsUpgradedByEveryStamp) {
     TempDir dir;
     auto lg = LeagueFixture::make({.teams = 1, .playersPerTeam = 20});
