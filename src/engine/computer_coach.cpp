@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "engine/game.h"
+#include "engine/slot_scan.h"
 #include "team/positions.h"
 #include "team/team_ratings.h"
 
@@ -750,8 +751,7 @@ void Game::chargePlayers(double t) {
         const OnIce& ice = s_.onIce[at(side)];
         int own = s_.Skaters[at(side)];
         int opp = s_.Skaters[at(other(side))];
-        int dressed = 0;
-        for (bool fit : teams_[at(side)].candidate) dressed += fit ? 1 : 0;
+        int dressed = slotsSet(teams_[at(side)].candidate);
         double benchRate = .5 + (dressed <= 17 ? .05 : 0) + (dressed <= 16 ? .05 : 0);
         bool topLine = false;
         for (std::size_t pos = 0; pos < 3; ++pos) {

@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "engine/game.h"
+#include "engine/slot_scan.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -183,11 +184,14 @@ void Game::keepPenalizedOff(int side) {
     auto& held = s_.pen.heldOff[at(side)];
     // The men in the box, marked once rather than searched for at each slot.
     BySlot<bool> serving{};
+    bool anyServing = false;
     for (const BoxPenalty& p : s_.pen.box[at(side)])
-        if (p.server >= 0 && p.server < kRosterSlots) serving[at(p.server)] = true;
+        if (p.server >= 0 && p.server < kRosterSlots) serving[at(p.server)] = anyServing = true;
     const auto& out = s_.find.PlayerOut[at(side)];
     const auto& hurt = s_.pen.InjuryKind[at(side)];
-    for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
+    // Most steps nobody is off and nobody held: then there is nothing to move.
+    const bool someoneAway = anyServing || !noSlotSet(out) || !noSlotSet(hurt) || !noSlotSet(held);
+    for (int slot = 0; someoneAway && slot < static_cast<int>(kRosterSlots); ++slot) {
         // Only a fit man can be held off, and only a held man let back.
         if (!team.candidate[at(slot)] && !held[at(slot)]) continue;
         bool off = out[at(slot)] || hurt[at(slot)] > 0 || serving[at(slot)];

@@ -1,0 +1,44 @@
+#pragma once
+
+// Whole-roster questions about one-byte slot tables, asked eight slots at a
+// time: the engine asks them every step, and a slot at a time they cost more
+// than the work they decide on.
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "team/lines.h"
+
+namespace tallyrink {
+
+// True when no slot of the table holds anything but zero.
+template <typename T>
+[[nodiscard]] bool noSlotSet(const BySlot<T>& table) {
+    static_assert(sizeof(T) == 1 && std::is_trivially_copyable_v<T>);
+    std::uint64_t any = 0;
+    std::size_t i = 0;
+    for (; i + 8 <= table.size(); i += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, table.data() + i, 8);
+        any |= word;
+    }
+    for (; i < table.size(); ++i) any |= static_cast<std::uint8_t>(table[i]);
+    return any == 0;
+}
+
+// The slots marked true.
+[[nodiscard]] inline int slotsSet(const BySlot<bool>& table) {
+    int count = 0;
+    std::size_t i = 0;
+    for (; i + 8 <= table.size(); i += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, table.data() + i, 8);
+        // Each byte is 0 or 1, so the top byte of the product is their sum.
+        count += static_cast<int>((word * 0x0101010101010101ULL) >> 56);
+    }
+    for (; i < table.size(); ++i) count += table[i] ? 1 : 0;
+    return count;
+}
+
+}  // namespace tallyrink

@@ -1,0 +1,39 @@
+#include "engine/slot_scan.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace tallyrink {
+namespace {
+
+// Each slot alone, the last two (past the whole words) above all, and every
+// slot at once: a scan that skipped or doubled a slot would miss one here.
+TEST(SlotScan, SeesEverySlotOnceAndOnlyThat) {
+    BySlot<bool> marks{};
+    BySlot<std::uint8_t> levels{};
+    EXPECT_TRUE(noSlotSet(marks));
+    EXPECT_TRUE(noSlotSet(levels));
+    EXPECT_EQ(slotsSet(marks), 0);
+    for (std::size_t slot = 0; slot < marks.size(); ++slot) {
+        SCOPED_TRACE(slot);
+        BySlot<bool> one{};
+        one[slot] = true;
+        EXPECT_FALSE(noSlotSet(one));
+        EXPECT_EQ(slotsSet(one), 1);
+        BySlot<std::uint8_t> level{};
+        level[slot] = 200;
+        EXPECT_FALSE(noSlotSet(level));
+    }
+    marks.fill(true);
+    EXPECT_EQ(slotsSet(marks), kRosterSlots);
+    int expected = 0;
+    for (std::size_t slot = 0; slot < marks.size(); ++slot) {
+        marks[slot] = slot % 3 == 0 || slot + 2 >= marks.size();
+        expected += marks[slot] ? 1 : 0;
+    }
+    EXPECT_EQ(slotsSet(marks), expected);
+}
+
+}  // namespace
+}  // namespace tallyrink
