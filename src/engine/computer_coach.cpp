@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "engine/game.h"
@@ -739,7 +740,9 @@ void Game::CoachTimeout() {
 
 // The clock's charge to the players: fatigue seconds on the ice and
 // recovery on the bench, and the time and shifts of the game's line.
-void Game::chargePlayers(double t) {
+std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
+    static_assert(kRosterSlots <= 64, "a side's slots fit one word of bits");
+    std::array<std::uint64_t, 2> rested{};
     bool faceoff = isFaceoff(s_.PlayZone);
     bool afterPenalty = s_.LastPlayResult == Result::Penalty;
     bool timeout = s_.coach.tvTimeoutThisStep || s_.coach.coachTimeoutThisStep;
@@ -772,8 +775,12 @@ void Game::chargePlayers(double t) {
             const bool on = onIce[at(slot)];
             if (!on && restful && s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
                 !s_.coach.wasOn[at(side)][at(slot)] &&
-                (tables.ShiftLimit[at(slot)] <= 0 || tables.MaxEnergy[at(slot)] > 50))
+                (tables.ShiftLimit[at(slot)] <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
+                const bool settled = tables.ShiftLimit[at(slot)] <= 0 ||
+                                     s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
+                rested[at(side)] |= std::uint64_t{settled} << slot;
                 continue;
+            }
             PlayerRecord& p = tables.player(slot);
             bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
             if (on) {
@@ -841,12 +848,16 @@ void Game::chargePlayers(double t) {
     }
     s_.coach.tvTimeoutThisStep = false;
     s_.coach.coachTimeoutThisStep = false;
+    return rested;
 }
 
-void Game::SetEnergy() {
+void Game::SetEnergy(const std::array<std::uint64_t, 2>& rested) {
+    constexpr std::uint64_t kAllSlots = (std::uint64_t{1} << kRosterSlots) - 1;
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = session_.side(side);
-        for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
+        // The slots in order, lowest first, so any draws come as they always have.
+        for (std::uint64_t left = kAllSlots & ~rested[at(side)]; left != 0; left &= left - 1) {
+            const auto slot = static_cast<std::size_t>(std::countr_zero(left));
             int limit = tables.ShiftLimit[slot];
             int maxEnergy = tables.MaxEnergy[slot];
             double secs = s_.ShiftSecs[at(side)][slot];

@@ -584,8 +584,10 @@ private:
     void computerGoaliePull(int side);
     void returnGoalie(int side);
     void restoreEveryone();
-    void chargePlayers(double t);
-    void SetEnergy();
+    // Returns, by side, a bit for each slot whose man sat rested through the
+    // charge: nothing about his fatigue moved, so SetEnergy passes him over.
+    std::array<std::uint64_t, 2> chargePlayers(double t);
+    void SetEnergy(const std::array<std::uint64_t, 2>& rested);
 
     GameSession& session_;
     GameOptions options_;
