@@ -513,6 +513,43 @@ TEST(IceTime, EveryDressedSkaterPlaysAndTheTimesAddUp) {
     }
 }
 
+// The bench: a man who hasn't played is at his full energy whatever was set
+// before the step, and a man of little stamina loses ground even sitting.
+TEST(IceTime, TheBenchRestsMenAsTheirStaminaAllows) {
+    auto session = loaded(6);
+    constexpr int kWeak = kRosterSlots - 1;  // never on the ice
+    session->side(kVisitor).MaxEnergy[kWeak] = 30;
+    Game game(*session, GameOptions{.seed = 6});
+    game.InitGame();
+    int n = 0;
+    double weakMost = 0;  // his most fatigue seconds: faceoffs take some back
+    while (!game.state().GameOverFlag && game.state().Period < 2) {
+        const GameState& s = game.state();
+        int fresh = kNoSlot;
+        for (int slot = 0; slot < kRosterSlots - 1 && fresh == kNoSlot; ++slot)
+            if (!s.onIce[kHome].holds(slot) && s.ShiftSecs[kHome][std::size_t(slot)] == 0 &&
+                s.stint[kHome][std::size_t(slot)] == 0)
+                fresh = slot;
+        if (fresh != kNoSlot) game.editState().Energy[kHome][std::size_t(fresh)] = 40;
+        game.editState().PlayCall = ++n % 3 == 0 ? Call::Shoot : Call::Balanced;
+        game.PlayStep();
+        weakMost = std::max(weakMost, game.state().ShiftSecs[kVisitor][kWeak]);
+        if (fresh != kNoSlot && game.state().ShiftSecs[kHome][std::size_t(fresh)] == 0) {
+            EXPECT_EQ(game.state().Energy[kHome][std::size_t(fresh)],
+                      session->side(kHome).MaxEnergy[std::size_t(fresh)]);
+        }
+        for (int side : {kVisitor, kHome})
+            for (int slot = 0; slot < kRosterSlots; ++slot) {
+                auto i = std::size_t(slot);
+                if (slot == kWeak || game.state().ShiftSecs[std::size_t(side)][i] > 0) continue;
+                EXPECT_EQ(game.state().Energy[std::size_t(side)][i],
+                          std::min(100, int(session->side(side).MaxEnergy[i])));
+            }
+    }
+    EXPECT_GT(n, 20);
+    EXPECT_GT(weakMost, 0);
+}
+
 TEST(IceTime, TheFirstLinePlaysMoreThanTheFourth) {
     double first = 0, fourth = 0, firstPair = 0, thirdPair = 0;
     for (std::uint64_t seed = 30; seed < 36; ++seed) {
