@@ -184,23 +184,25 @@ void Game::keepPenalizedOff(int side) {
     auto& held = s_.pen.heldOff[at(side)];
     // The men in the box, marked once rather than searched for at each slot.
     BySlot<bool> serving{};
-    bool anyServing = false;
     for (const BoxPenalty& p : s_.pen.box[at(side)])
-        if (p.server >= 0 && p.server < kRosterSlots) serving[at(p.server)] = anyServing = true;
+        if (p.server >= 0 && p.server < kRosterSlots) serving[at(p.server)] = true;
     const auto& out = s_.find.PlayerOut[at(side)];
     const auto& hurt = s_.pen.InjuryKind[at(side)];
-    // Most steps nobody is off and nobody held: then there is nothing to move.
-    const bool someoneAway = anyServing || !noSlotSet(out) || !noSlotSet(hurt) || !noSlotSet(held);
-    for (int slot = 0; someoneAway && slot < static_cast<int>(kRosterSlots); ++slot) {
-        // Only a fit man can be held off, and only a held man let back.
-        if (!team.candidate[at(slot)] && !held[at(slot)]) continue;
-        bool off = out[at(slot)] || hurt[at(slot)] > 0 || serving[at(slot)];
-        if (off && team.candidate[at(slot)]) {
-            team.candidate[at(slot)] = false;
-            held[at(slot)] = true;
-        } else if (!off && held[at(slot)]) {
-            team.candidate[at(slot)] = true;
-            held[at(slot)] = false;
+    // Eight slots at a time: where nobody is off and nobody held, there is
+    // nothing to move, and most steps that is the whole roster.
+    for (std::size_t first = 0; first < kRosterSlots; first += 8) {
+        if ((slotWord(out, first) | slotWord(hurt, first) | slotWord(serving, first) | slotWord(held, first)) == 0)
+            continue;
+        const int last = static_cast<int>(std::min<std::size_t>(first + 8, kRosterSlots));
+        for (int slot = static_cast<int>(first); slot < last; ++slot) {
+            bool off = out[at(slot)] || hurt[at(slot)] > 0 || serving[at(slot)];
+            if (off && team.candidate[at(slot)]) {
+                team.candidate[at(slot)] = false;
+                held[at(slot)] = true;
+            } else if (!off && held[at(slot)]) {
+                team.candidate[at(slot)] = true;
+                held[at(slot)] = false;
+            }
         }
     }
     int& goalie = s_.goalie[at(side)];

@@ -12,19 +12,17 @@
 
 namespace tallyrink {
 
-// True when no slot of the table holds anything but zero.
+// The bytes of slots first to first + 7 (fewer at the end of the roster,
+// the rest zero) as one word: zero when none of them holds anything.
 template <typename T>
-[[nodiscard]] bool noSlotSet(const BySlot<T>& table) {
+[[nodiscard]] std::uint64_t slotWord(const BySlot<T>& table, std::size_t first) {
     static_assert(sizeof(T) == 1 && std::is_trivially_copyable_v<T>);
-    std::uint64_t any = 0;
-    std::size_t i = 0;
-    for (; i + 8 <= table.size(); i += 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, table.data() + i, 8);
-        any |= word;
-    }
-    for (; i < table.size(); ++i) any |= static_cast<std::uint8_t>(table[i]);
-    return any == 0;
+    std::uint64_t word = 0;
+    if (first + 8 <= table.size())
+        std::memcpy(&word, table.data() + first, 8);
+    else if (first < table.size())
+        std::memcpy(&word, table.data() + first, table.size() - first);
+    return word;
 }
 
 // The slots marked true.
