@@ -153,6 +153,20 @@ TEST_F(PenaltyGame, CoincidentalPenaltiesSitMenWithoutChangingStrength) {
     EXPECT_EQ(s().pen.PowerPlayGoals[kHome], 0);
 }
 
+// A man in the box leaves the list of the men fit to go on, and comes back
+// to it when his penalty ends; his teammates stay on it throughout.
+TEST_F(PenaltyGame, TheBoxHoldsAManOffTheFitListUntilHisPenaltyEnds) {
+    int v = skater(kVisitor, 2);
+    auto held = [&](int slot) { return s().pen.heldOff[kVisitor][std::size_t(slot)]; };
+    EXPECT_FALSE(held(v));
+    game->assessPenalty(kVisitor, v, PenaltyType::Minor);
+    EXPECT_TRUE(held(v));
+    for (int slot = 0; slot < kRosterSlots; ++slot) EXPECT_EQ(held(slot), slot == v) << slot;
+    game->penaltyGoal(kHome);
+    EXPECT_TRUE(box(kVisitor).empty());
+    EXPECT_FALSE(held(v));
+}
+
 TEST_F(PenaltyGame, AGoalEndsTheEarliestMinorButNotAMajor) {
     int a = skater(kHome, 0), b = skater(kHome, 2), m = skater(kHome, 3);
     game->assessPenalty(kHome, m, PenaltyType::Major, PenaltyKind::OneSide, "boarding");
