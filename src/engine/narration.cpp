@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "engine/game.h"
 #include "presentation/phrases.h"
@@ -126,17 +127,24 @@ std::string playName(const SideTables& side, int slot) {
 
 BySlot<std::string> narrationNames(const SideTables& side) {
     BySlot<std::string> names{};
+    // The last names of the men on the team, read once for the comparisons.
+    BySlot<std::string_view> lastNames{};
+    BySlot<bool> onTeam{};
     for (int slot = 0; slot < kRosterSlots; ++slot) {
-        if (!side.onTeam(slot)) continue;
+        onTeam[at(slot)] = side.onTeam(slot);
+        if (onTeam[at(slot)]) lastNames[at(slot)] = side.player(slot).LastName.view();
+    }
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        if (!onTeam[at(slot)]) continue;
         const PlayerRecord& p = side.player(slot);
-        std::string last = p.LastName.str();
+        const std::string_view last = lastNames[at(slot)];
         bool shared = false;
-        for (int mate = 0; mate < kRosterSlots && !last.empty(); ++mate)
-            if (mate != slot && side.onTeam(mate) && side.player(mate).LastName.str() == last) shared = true;
+        for (int mate = 0; mate < kRosterSlots && !last.empty() && !shared; ++mate)
+            shared = mate != slot && onTeam[at(mate)] && lastNames[at(mate)] == last;
         if (last.empty())
             names[at(slot)] = playName(side, slot);
         else if (shared && !p.FirstName.str().empty())
-            names[at(slot)] = p.FirstName.str() + " " + last;
+            names[at(slot)] = p.FirstName.str() + " " + std::string(last);
         else
             names[at(slot)] = last;
     }
