@@ -364,6 +364,19 @@ void Game::eraFactorsFor(int side) {
 
 // ---- The table -------------------------------------------------------------------
 
+const Game::SpecialGoals& Game::rosterSpecialGoals(int side) {
+    SpecialGoals& goals = rosterSpecialGoals_[at(side)];
+    if (goals.known) return goals;
+    const SideTables& t = session_.side(side);
+    goals = SpecialGoals{.known = true};
+    for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
+        if (!t.onTeam(slot)) continue;
+        goals.powerPlay += statLine(t.player(slot), StatLineIndex::Real).PPG;
+        goals.shortHanded += statLine(t.player(slot), StatLineIndex::Real).SHG;
+    }
+    return goals;
+}
+
 PlayChances Game::ChanceTable() {
     FindState& f = s_.find;
     const RulesRecord& rules = session_.league().rules;
@@ -543,12 +556,8 @@ PlayChances Game::ChanceTable() {
 
     // Step 5: special-team scorers play their real share of the power play.
     if (shoot > 100 && shoot < 900 && !probe) {
-        int rosterPPG = 0, rosterSHG = 0;
-        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
-            if (!t.onTeam(slot)) continue;
-            rosterPPG += statLine(t.player(slot), StatLineIndex::Real).PPG;
-            rosterSHG += statLine(t.player(slot), StatLineIndex::Real).SHG;
-        }
+        const int rosterPPG = rosterSpecialGoals(side).powerPlay;
+        const int rosterSHG = rosterSpecialGoals(side).shortHanded;
         auto steer = [&](double m) {
             if (m >= 1.2 + 0.2 * rng_.rnd())
                 scale(shoot, 0.2);

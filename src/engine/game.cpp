@@ -62,6 +62,7 @@ void Game::InitGame() {
     s_ = GameState{};
     unitMemo_ = {};
     eraMemo_ = {};
+    rosterSpecialGoals_ = {};
     for (auto& side : assistRateKey_) side.fill(std::numeric_limits<double>::quiet_NaN());
     fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;

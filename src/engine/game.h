@@ -623,6 +623,16 @@ private:
         double shotsPerGame = 0;
         double penaltyFactor = 0;
     } eraMemo_;
+    // The real power-play and short-handed goals of each side's roster: the
+    // real lines and the rosters hold still through a game. Worked out at
+    // the first step that asks; cleared when a game starts.
+    struct SpecialGoals {
+        bool known = false;
+        int powerPlay = 0;
+        int shortHanded = 0;
+    };
+    std::array<SpecialGoals, 2> rosterSpecialGoals_{};
+    const SpecialGoals& rosterSpecialGoals(int side);
     // A man's real assist rate to the fifth power, for the passer's weight,
     // by side and slot, with the rate it was worked out from.
     std::array<BySlot<double>, 2> assistRateKey_{};
