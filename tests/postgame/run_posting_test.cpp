@@ -54,13 +54,20 @@ ScheduleGamesOptions runOptions(const fs::path& dir) {
     return {dir, defaultRules(2017), &shippedEra(), kSeed, kDate, {}};
 }
 
-// Row `row` played and posted with nothing kept between games: every file
-// read from the disk, the schedule loaded for the posting.
-void postAlone(const fs::path& dir, std::size_t row, FileWriter* writer = nullptr) {
+// What a run keeps between games; all null: every file read from the disk
+// and the schedule loaded again for the posting.
+struct Kept {
+    FileWriter* writer = nullptr;
+    FolderNames* names = nullptr;
+    FileImages* images = nullptr;
+};
+
+// Row `row` played and posted with what `kept` holds.
+void post(const fs::path& dir, std::size_t row, Kept kept = {}) {
     Schedule schedule = Schedule::load(dir);
     const GameRecord r = schedule.row(row);
     std::uint64_t seed = kSeed + row;
-    GameSession session({dir, defaultRules(2017), &shippedEra(), &schedule});
+    GameSession session({dir, defaultRules(2017), &shippedEra(), &schedule, nullptr, kept.names, kept.images});
     Random draws(seed);
     session.GameActive = true;
     session.loadGame(r.VisitorTeam, r.HomeTeam, r.Month, r.Day, draws);
@@ -69,9 +76,14 @@ void postAlone(const fs::path& dir, std::size_t row, FileWriter* writer = nullpt
     game.playToEnd();
     PostingOptions posting;
     posting.dateText = kDate;
-    posting.writer = writer;
+    posting.names = kept.names;
+    posting.images = kept.images;
+    posting.writer = kept.writer;
+    if (kept.images) posting.schedule = &schedule;
     postScheduleGame(session, game, schedule, row, seed, posting);
 }
+
+void postAlone(const fs::path& dir, std::size_t row) { post(dir, row); }
 
 // A league folder with the schedule's games posted one by one, made once.
 const std::map<std::string, std::vector<std::uint8_t>>& postedOneByOne() {
@@ -157,23 +169,7 @@ private:
 // Row 2 posted as a run posts it, after row 1 posted alone, through `writer`.
 void postInRun(const fs::path& dir, FileWriter& writer, FolderNames& names, FileImages& images) {
     postAlone(dir, 1);
-    Schedule schedule = Schedule::load(dir);
-    const GameRecord r = schedule.row(2);
-    std::uint64_t seed = kSeed + 2;
-    GameSession session({dir, defaultRules(2017), &shippedEra(), &schedule, nullptr, &names, &images});
-    Random draws(seed);
-    session.GameActive = true;
-    session.loadGame(r.VisitorTeam, r.HomeTeam, r.Month, r.Day, draws);
-    clearGameEntries(session);
-    Game game(session, GameOptions{.seed = seed});
-    game.playToEnd();
-    PostingOptions posting;
-    posting.dateText = kDate;
-    posting.names = &names;
-    posting.images = &images;
-    posting.writer = &writer;
-    posting.schedule = &schedule;
-    postScheduleGame(session, game, schedule, 2, seed, posting);
+    post(dir, 2, {&writer, &names, &images});
 }
 
 TEST(RunPosting, AFailureAtAnyWriteOfARunIsFinishedAtTheNextStart) {
