@@ -182,7 +182,9 @@ bool Game::offIce(int side, int slot) const {
 void Game::keepPenalizedOff(int side) {
     LineupTeam& team = teams_[at(side)];
     auto& held = s_.pen.heldOff[at(side)];
-    // The men in the box, marked once rather than searched for at each slot.
+    // offIce's test for every slot at once: the men in the box are marked
+    // once rather than searched for at each slot. A change to who counts as
+    // off the ice belongs in both.
     BySlot<bool> serving{};
     for (const BoxPenalty& p : s_.pen.box[at(side)])
         if (p.server >= 0 && p.server < kRosterSlots) serving[at(p.server)] = true;
