@@ -11,6 +11,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <tuple>
@@ -130,8 +132,9 @@ constexpr std::size_t slotWidth() {
     return Layout<R>::size + tailWidth<R>();
 }
 
+// The field walk: each value put together byte by byte, right on any host.
 template <Record R>
-void decode(const std::uint8_t* p, R& r) {
+void decodeFields(const std::uint8_t* p, R& r) {
     std::apply(
         [&](const auto&... f) {
             (Wire<std::remove_cvref_t<decltype(r.*(f.member))>>::get(p + f.offset, r.*(f.member)), ...);
@@ -140,12 +143,136 @@ void decode(const std::uint8_t* p, R& r) {
 }
 
 template <Record R>
-void encode(const R& r, std::uint8_t* p) {
+void encodeFields(const R& r, std::uint8_t* p) {
     std::apply(
         [&](const auto&... f) {
             (Wire<std::remove_cvref_t<decltype(r.*(f.member))>>::put(p + f.offset, r.*(f.member)), ...);
         },
         FieldTable<R>::fields);
+}
+
+// On a little-endian host with IEEE doubles a value's bytes in memory are its
+// bytes on the wire, so a record is copied as a list of stretches that lie
+// together both in the file and in the struct: a few dozen copies in place
+// of hundreds of byte shuffles.
+inline constexpr bool kWireIsMemory =
+    std::endian::native == std::endian::little && std::numeric_limits<double>::is_iec559;
+
+struct Run {
+    std::uint32_t wire;    // offset in the record's bytes
+    std::uint32_t memory;  // offset in the struct
+    std::uint32_t length;
+};
+
+template <class T>
+struct SameImage : std::false_type {};
+template <>
+struct SameImage<std::uint8_t> : std::true_type {};
+template <>
+struct SameImage<std::int16_t> : std::true_type {};
+template <>
+struct SameImage<std::int32_t> : std::true_type {};
+template <>
+struct SameImage<double> : std::true_type {};
+template <std::size_t N>
+struct SameImage<FixedText<N>> : std::bool_constant<sizeof(FixedText<N>) == N> {};
+template <class T, std::size_t N>
+struct SameImage<std::array<T, N>>
+    : std::bool_constant<SameImage<T>::value && sizeof(std::array<T, N>) == N * sizeof(T)> {};
+
+inline void addRun(std::vector<Run>& runs, std::size_t wire, std::size_t memory, std::size_t length) {
+    if (!runs.empty() && runs.back().wire + runs.back().length == wire &&
+        runs.back().memory + runs.back().length == memory) {
+        runs.back().length += static_cast<std::uint32_t>(length);
+        return;
+    }
+    runs.push_back(
+        {static_cast<std::uint32_t>(wire), static_cast<std::uint32_t>(memory), static_cast<std::uint32_t>(length)});
+}
+
+template <Record R>
+void appendRuns(std::vector<Run>& runs, std::size_t wire, std::size_t memory);
+
+template <class T>
+void appendValueRuns(std::vector<Run>& runs, std::size_t wire, std::size_t memory) {
+    if constexpr (SameImage<T>::value) {
+        static_assert(sizeof(T) == Wire<T>::width);
+        addRun(runs, wire, memory, Wire<T>::width);
+    } else if constexpr (Record<T>) {
+        appendRuns<T>(runs, wire, memory);
+    } else {
+        // An array of records.
+        using E = typename T::value_type;
+        for (std::size_t i = 0; i < std::tuple_size_v<T>; ++i)
+            appendValueRuns<E>(runs, wire + i * Wire<E>::width, memory + i * sizeof(E));
+    }
+}
+
+template <Record R>
+void appendRuns(std::vector<Run>& runs, std::size_t wire, std::size_t memory) {
+    static_assert(std::is_trivially_copyable_v<R>);
+    auto probe = std::make_unique<R>();
+    const auto* base = reinterpret_cast<const unsigned char*>(probe.get());
+    std::apply(
+        [&](const auto&... f) {
+            (appendValueRuns<std::remove_cvref_t<decltype(probe.get()->*(f.member))>>(
+                 runs, wire + f.offset,
+                 memory + static_cast<std::size_t>(reinterpret_cast<const unsigned char*>(&(probe.get()->*(f.member))) -
+                                                   base)),
+             ...);
+        },
+        FieldTable<R>::fields);
+}
+
+// The record's stretches, worked out at the first use.
+template <Record R>
+const std::vector<Run>& runsOf() {
+    static const std::vector<Run> runs = [] {
+        std::vector<Run> out;
+        appendRuns<R>(out, 0, 0);
+        return out;
+    }();
+    return runs;
+}
+
+// Most stretches are one value: a copy of a known width stays inline.
+inline void copyRun(unsigned char* to, const unsigned char* from, std::size_t length) {
+    switch (length) {
+        case 1:
+            *to = *from;
+            break;
+        case 2:
+            std::memcpy(to, from, 2);
+            break;
+        case 4:
+            std::memcpy(to, from, 4);
+            break;
+        case 8:
+            std::memcpy(to, from, 8);
+            break;
+        default:
+            std::memcpy(to, from, length);
+    }
+}
+
+template <Record R>
+void decode(const std::uint8_t* p, R& r) {
+    if constexpr (kWireIsMemory) {
+        auto* out = reinterpret_cast<unsigned char*>(&r);
+        for (const Run& run : runsOf<R>()) copyRun(out + run.memory, p + run.wire, run.length);
+    } else {
+        decodeFields(p, r);
+    }
+}
+
+template <Record R>
+void encode(const R& r, std::uint8_t* p) {
+    if constexpr (kWireIsMemory) {
+        const auto* in = reinterpret_cast<const unsigned char*>(&r);
+        for (const Run& run : runsOf<R>()) copyRun(p + run.wire, in + run.memory, run.length);
+    } else {
+        encodeFields(r, p);
+    }
 }
 
 template <Record R>
@@ -155,15 +282,27 @@ struct Wire<R> {
     static void put(std::uint8_t* p, const R& v) { encode(v, p); }
 };
 
-// Decodes a whole slot. Bytes missing at the end (a short last record of a
-// file) read as zero, as they would from a never-written slot.
+// Decodes a whole slot into a record in place. Bytes missing at the end (a
+// short last record of a file) read as zero, as they would from a
+// never-written slot.
 template <Record R>
-R fromSlot(std::span<const std::uint8_t> bytes) {
+void decodeSlot(std::span<const std::uint8_t> bytes, R& r) {
+    if (bytes.size() >= slotWidth<R>()) {
+        decode(bytes.data(), r);
+        if constexpr (tailWidth<R>() > 0)
+            std::memcpy(r.SlotTail.data(), bytes.data() + Layout<R>::size, tailWidth<R>());
+        return;
+    }
     std::array<std::uint8_t, slotWidth<R>()> buf{};
-    if (!bytes.empty()) std::memcpy(buf.data(), bytes.data(), std::min(bytes.size(), buf.size()));
-    R r{};
+    if (!bytes.empty()) std::memcpy(buf.data(), bytes.data(), bytes.size());
     decode(buf.data(), r);
     if constexpr (tailWidth<R>() > 0) std::memcpy(r.SlotTail.data(), buf.data() + Layout<R>::size, tailWidth<R>());
+}
+
+template <Record R>
+R fromSlot(std::span<const std::uint8_t> bytes) {
+    R r{};
+    decodeSlot(bytes, r);
     return r;
 }
 
@@ -214,11 +353,14 @@ const FieldInfo* findField(std::string_view name) {
 // would otherwise compile them again. The header of the record declares it
 // with TALLYRINK_EXTERN_RECORD_CODEC, its .cpp defines it with
 // TALLYRINK_INSTANTIATE_RECORD_CODEC; both stand in namespace tallyrink::codec.
-#define TALLYRINK_RECORD_CODEC_FUNCTIONS(prefix, R)                \
-    prefix template void decode<R>(const std::uint8_t*, R&);       \
-    prefix template void encode<R>(const R&, std::uint8_t*);       \
-    prefix template R fromSlot<R>(std::span<const std::uint8_t>);  \
-    prefix template std::vector<std::uint8_t> toSlot<R>(const R&); \
+#define TALLYRINK_RECORD_CODEC_FUNCTIONS(prefix, R)                        \
+    prefix template void decode<R>(const std::uint8_t*, R&);               \
+    prefix template void encode<R>(const R&, std::uint8_t*);               \
+    prefix template void decodeFields<R>(const std::uint8_t*, R&);         \
+    prefix template void encodeFields<R>(const R&, std::uint8_t*);         \
+    prefix template void decodeSlot<R>(std::span<const std::uint8_t>, R&); \
+    prefix template R fromSlot<R>(std::span<const std::uint8_t>);          \
+    prefix template std::vector<std::uint8_t> toSlot<R>(const R&);         \
     prefix template std::vector<FieldInfo> fieldInfo<R>();
 #define TALLYRINK_EXTERN_RECORD_CODEC(R) TALLYRINK_RECORD_CODEC_FUNCTIONS(extern, R)
 #define TALLYRINK_INSTANTIATE_RECORD_CODEC(R) TALLYRINK_RECORD_CODEC_FUNCTIONS(, R)
