@@ -47,6 +47,19 @@ bool sameBytes(const R& a, const R& b) {
     return codec::toSlot(a) == codec::toSlot(b);
 }
 
+// Reads record r straight into `out`: from the run's image where it lies,
+// else from the disk. The records are large, and a copy returned by value
+// would be cleared, filled and then copied again.
+template <class R>
+void readInto(FileImages* images, const fs::path& path, std::size_t slot, std::size_t r, R& out) {
+    if (images) {
+        codec::decodeSlot(images->slotBytes(path, slot, r), out);
+        return;
+    }
+    auto bytes = readSlotVia(nullptr, path, slot, r);
+    codec::decodeSlot(std::span<const std::uint8_t>(bytes), out);
+}
+
 }  // namespace
 
 std::pair<int, int> dayAfter(int seasonMonth, int day) {
@@ -103,12 +116,7 @@ void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
     if (!isTeamNumber(team)) return;
     const bool asBuilt = asBuilt_.at(static_cast<std::size_t>(sideIndex));
     SideTables& s = side(sideIndex);
-    // Built afresh where it stands: the tables are large, and a temporary
-    // cleared and then copied over them costs a second pass of the memory.
-    if (!asBuilt) {
-        std::destroy_at(&s);
-        std::construct_at(&s);
-    }
+    if (!asBuilt) clearForLoad(s);
     s.TeamId = team;
     s.DressedToday.fill(0);
     manager_->beforeLoad(*this, sideIndex);
@@ -117,7 +125,7 @@ void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
     if (!GameActive) setLeagueDay(s);
     readPlan(s);
     repairRoster(s);
-    readPlayers(sideIndex, rng);
+    readPlayers(sideIndex, !asBuilt, rng);
     leagueFixes(s);
     randomAbsences(s, rng);
     capsAndLines(s);
@@ -175,16 +183,33 @@ fs::path GameSession::leagueFile(std::string_view name) const {
     return league_.names ? league_.names->find(name) : findFile(league_.leagueDir, name);
 }
 
+// What a load doesn't write whole goes back to a clearing's values. The team,
+// the plan and their copies as read are read whole; each roster slot is read
+// or cleared by readPlayers.
+void GameSession::clearForLoad(SideTables& s) {
+    s.TeamId = 0;
+    s.rates.fill(PlayerRates{});
+    s.ShiftLimit.fill(0);
+    s.MaxEnergy.fill(0);
+    s.SeasonGamesOfPlayer.fill(0);
+    s.DressedToday.fill(0);
+    for (auto& name : s.DisplayName) name.clear();
+    for (auto& name : s.ShortNameOf) name.clear();
+    s.lines = LineTables{};
+    s.SeasonGames = 0;
+    s.scheduleOpen = false;
+    s.absentToday.clear();
+    s.notes.clear();
+}
+
 void GameSession::readTeam(SideTables& s) {
-    s.team =
-        readRecordVia<TeamRecord>(league_.files, leagueFile(kTeamFile), kTeamSlot, static_cast<std::size_t>(s.TeamId));
+    readInto(league_.files, leagueFile(kTeamFile), kTeamSlot, static_cast<std::size_t>(s.TeamId), s.team);
     s.teamAsRead = s.team;
     upgradeTeamRecord(s.team);
 }
 
 void GameSession::readPlan(SideTables& s) {
-    s.plan = readRecordVia<GamePlanRecord>(league_.files, leagueFile(kGamePlanFile), kGamePlanSlot,
-                                           static_cast<std::size_t>(s.TeamId));
+    readInto(league_.files, leagueFile(kGamePlanFile), kGamePlanSlot, static_cast<std::size_t>(s.TeamId), s.plan);
     s.planAsRead = s.plan;
     s.plan.GamePlanTeam = static_cast<std::int16_t>(s.TeamId);
     upgradeGamePlan(s.plan, s.team.TeamYear);
@@ -221,7 +246,7 @@ void GameSession::repairRoster(SideTables& s) {
     }
 }
 
-void GameSession::readPlayers(int sideIndex, Random& rng) {
+void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
     SideTables& s = side(sideIndex);
     RandomFile players(leagueFile(kPlayerFile), kPlayerSlot);
     // From the run's image when there is one, else through one open file.
@@ -231,10 +256,16 @@ void GameSession::readPlayers(int sideIndex, Random& rng) {
         auto i = static_cast<std::size_t>(slot);
         std::int16_t id = s.team.Roster[i];
         PlayerRecord& p = s.GameRoster[i];
-        if (id <= 0) continue;
-        p = file
-                ? readRecord<PlayerRecord>(*file, static_cast<std::size_t>(id))
-                : readRecordVia<PlayerRecord>(league_.files, players.path(), kPlayerSlot, static_cast<std::size_t>(id));
+        if (id <= 0) {
+            if (clearEmpty) p = s.rosterAsRead[i] = PlayerRecord{};
+            continue;
+        }
+        if (file) {
+            auto bytes = file->readSlot(static_cast<std::size_t>(id));
+            codec::decodeSlot(std::span<const std::uint8_t>(bytes), p);
+        } else {
+            codec::decodeSlot(league_.files->slotBytes(players.path(), kPlayerSlot, static_cast<std::size_t>(id)), p);
+        }
         s.rosterAsRead[i] = p;
         if (p.PlayerId == 0) {
             s.notes.push_back(

@@ -51,7 +51,8 @@ public:
 };
 
 // One side of a game session: the team at hand and every table worked out
-// for it.
+// for it. A load of a side that was used before clears it member by member
+// (GameSession::clearForLoad): a member added here is cleared there too.
 struct SideTables {
     int TeamId = 0;  // TeamIdOfSide
     TeamRecord team{};
@@ -169,10 +170,11 @@ public:
 private:
     void scanSchedule(SideTables& s);
     void setLeagueDay(const SideTables& s);
+    void clearForLoad(SideTables& s);
     void readTeam(SideTables& s);
     void readPlan(SideTables& s);
     void repairRoster(SideTables& s);
-    void readPlayers(int side, Random& rng);
+    void readPlayers(int side, bool clearEmpty, Random& rng);
     void leagueFixes(SideTables& s);
     void randomAbsences(SideTables& s, Random& rng);
     void capsAndLines(SideTables& s);
