@@ -24,10 +24,11 @@ ScheduleGames::ScheduleGames(ScheduleGamesOptions options)
       totals_(options_.leagueDir) {}
 
 SeasonCalibration ScheduleGames::calibrationSoFar(const GameRecord& r, Random& draws) {
-    totals_.readTeamTable();
+    // From the run's images, which every posting keeps step with.
+    totals_.readTeamTable(images_.bytes(names_.find(kTeamFile)));
     int date = r.Month * 100 + r.Day;
     if (date != playersDate_) {
-        totals_.PlayerTable() = readPlayerRows(findFile(options_.leagueDir, kPlayerFile));
+        totals_.PlayerTable() = playerRowsOf(images_.bytes(names_.find(kPlayerFile)));
         playersDate_ = date;
     }
     return seasonCalibration(totals_, *options_.era, options_.rules, draws);
