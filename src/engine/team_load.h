@@ -54,6 +54,11 @@ public:
 // for it. A load of a side that was used before clears it member by member
 // (GameSession::clearForLoad): a member added here is cleared there too.
 struct SideTables {
+    // Given, so that a side made by value (as a session's are) isn't first
+    // cleared whole and then cleared again member by member: every member
+    // below has its own initial value.
+    SideTables() {}  // NOLINT(modernize-use-equals-default)
+
     int TeamId = 0;  // TeamIdOfSide
     TeamRecord team{};
     GamePlanRecord plan{};
