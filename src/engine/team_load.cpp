@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <memory>
 
 #include "engine/record_upgrades.h"
@@ -47,20 +48,71 @@ bool sameBytes(const R& a, const R& b) {
     return codec::toSlot(a) == codec::toSlot(b);
 }
 
-// Reads record r straight into `out`: from the run's image where it lies,
-// else from the disk. The records are large, and a copy returned by value
-// would be cleared, filled and then copied again.
+// The bytes of slot r: the run's image where it lies (short where the file
+// ends), else read from the disk into `buffer`. The records are decoded
+// straight into the side's tables: a copy returned by value would be
+// cleared, filled and then copied again.
+std::span<const std::uint8_t> slotVia(FileImages* images, const fs::path& path, std::size_t slot, std::size_t r,
+                                      std::vector<std::uint8_t>& buffer) {
+    if (images) return images->slotBytes(path, slot, r);
+    buffer = RandomFile(path, slot).readSlot(r);
+    return buffer;
+}
+
 template <class R>
-void readInto(FileImages* images, const fs::path& path, std::size_t slot, std::size_t r, R& out) {
-    if (images) {
-        codec::decodeSlot(images->slotBytes(path, slot, r), out);
-        return;
+bool sameBytes(const R& record, std::span<const std::uint8_t> bytes) {
+    auto mine = codec::toSlot(record);
+    return std::equal(mine.begin(), mine.end(), bytes.begin(), bytes.end());
+}
+
+// A slot's bytes as read: what the file lacks at its end reads as zero.
+template <std::size_t N>
+void copySlot(std::array<std::uint8_t, N>& to, std::span<const std::uint8_t> from) {
+    std::size_t n = std::min(N, from.size());
+    if (n > 0) std::memcpy(to.data(), from.data(), n);
+    std::fill(to.begin() + static_cast<std::ptrdiff_t>(n), to.end(), std::uint8_t{0});
+}
+
+constexpr std::array<std::uint8_t, codec::slotWidth<PlayerRecord>()> kEmptyPlayerSlot{};
+
+SideTables::SlotsAsRead& slotsOf(SideTables& s) {
+    if (!s.slotsAsRead) {
+        s.slotsAsRead.reset(new SideTables::SlotsAsRead);  // left unset: each load writes what it reads
+        s.slotsAsRead->planHeld = false;
+        s.slotsAsRead->held.fill(false);
     }
-    auto bytes = readSlotVia(nullptr, path, slot, r);
-    codec::decodeSlot(std::span<const std::uint8_t>(bytes), out);
+    return *s.slotsAsRead;
 }
 
 }  // namespace
+
+std::span<const std::uint8_t> SideTables::planAsRead() const {
+    if (!slotsAsRead || !slotsAsRead->planHeld) return {};
+    return slotsAsRead->plan;
+}
+
+std::span<const std::uint8_t> SideTables::playerAsRead(int slot) const {
+    auto i = static_cast<std::size_t>(slot);
+    if (!slotsAsRead || !slotsAsRead->held.at(i)) return kEmptyPlayerSlot;
+    return slotsAsRead->players[i];
+}
+
+void SideTables::setPlanAsRead(std::span<const std::uint8_t> bytes) {
+    SlotsAsRead& read = slotsOf(*this);
+    copySlot(read.plan, bytes);
+    read.planHeld = true;
+}
+
+void SideTables::setPlayerAsRead(int slot, std::span<const std::uint8_t> bytes) {
+    auto i = static_cast<std::size_t>(slot);
+    SlotsAsRead& read = slotsOf(*this);
+    copySlot(read.players.at(i), bytes);
+    read.held[i] = true;
+}
+
+void SideTables::forgetPlayerAsRead(int slot) {
+    if (slotsAsRead) slotsAsRead->held.at(static_cast<std::size_t>(slot)) = false;
+}
 
 std::pair<int, int> dayAfter(int seasonMonth, int day) {
     ++day;
@@ -203,14 +255,19 @@ void GameSession::clearForLoad(SideTables& s) {
 }
 
 void GameSession::readTeam(SideTables& s) {
-    readInto(league_.files, leagueFile(kTeamFile), kTeamSlot, static_cast<std::size_t>(s.TeamId), s.team);
+    std::vector<std::uint8_t> buffer;
+    codec::decodeSlot(
+        slotVia(league_.files, leagueFile(kTeamFile), kTeamSlot, static_cast<std::size_t>(s.TeamId), buffer), s.team);
     s.teamAsRead = s.team;
     upgradeTeamRecord(s.team);
 }
 
 void GameSession::readPlan(SideTables& s) {
-    readInto(league_.files, leagueFile(kGamePlanFile), kGamePlanSlot, static_cast<std::size_t>(s.TeamId), s.plan);
-    s.planAsRead = s.plan;
+    std::vector<std::uint8_t> buffer;
+    auto bytes =
+        slotVia(league_.files, leagueFile(kGamePlanFile), kGamePlanSlot, static_cast<std::size_t>(s.TeamId), buffer);
+    codec::decodeSlot(bytes, s.plan);
+    s.setPlanAsRead(bytes);
     s.plan.GamePlanTeam = static_cast<std::int16_t>(s.TeamId);
     upgradeGamePlan(s.plan, s.team.TeamYear);
 }
@@ -252,21 +309,25 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
     // From the run's image when there is one, else through one open file.
     std::optional<SlotReader> file;
     if (!league_.files) file.emplace(players);
+    std::vector<std::uint8_t> buffer;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         auto i = static_cast<std::size_t>(slot);
         std::int16_t id = s.team.Roster[i];
         PlayerRecord& p = s.GameRoster[i];
         if (id <= 0) {
-            if (clearEmpty) p = s.rosterAsRead[i] = PlayerRecord{};
+            if (clearEmpty) p = PlayerRecord{};
+            s.forgetPlayerAsRead(slot);
             continue;
         }
+        std::span<const std::uint8_t> bytes;
         if (file) {
-            auto bytes = file->readSlot(static_cast<std::size_t>(id));
-            codec::decodeSlot(std::span<const std::uint8_t>(bytes), p);
+            buffer = file->readSlot(static_cast<std::size_t>(id));
+            bytes = buffer;
         } else {
-            codec::decodeSlot(league_.files->slotBytes(players.path(), kPlayerSlot, static_cast<std::size_t>(id)), p);
+            bytes = league_.files->slotBytes(players.path(), kPlayerSlot, static_cast<std::size_t>(id));
         }
-        s.rosterAsRead[i] = p;
+        codec::decodeSlot(bytes, p);
+        s.setPlayerAsRead(slot, bytes);
         if (p.PlayerId == 0) {
             s.notes.push_back(
                 fmt::format("Roster slot {} named player {}, whose record is empty: the slot is freed", slot + 1, id));
@@ -670,13 +731,13 @@ bool GameSession::loadChangedRecords(int sideIndex) const {
     TeamRecord team = s.team;
     for (int slot = 0; slot < kRosterSlots; ++slot)
         if (s.player(slot).PlayerId == 0) team.Roster[static_cast<std::size_t>(slot)] = 0;
-    if (!sameBytes(team, s.teamAsRead) || !sameBytes(s.plan, s.planAsRead)) return true;
+    if (!sameBytes(team, s.teamAsRead) || !sameBytes(s.plan, s.planAsRead())) return true;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         if (!s.onTeam(slot)) continue;
         auto i = static_cast<std::size_t>(slot);
         PlayerRecord p = s.GameRoster[i];
         if (!GameActive) storeLiveLines(s.lines, slot, p);
-        const PlayerRecord& read = s.rosterAsRead[i];
+        const auto read = codec::fromSlot<PlayerRecord>(s.playerAsRead(slot));
         p.GamesSinceReset = read.GamesSinceReset;
         // Form is drawn afresh at every load until the player has a replay
         // game; a new draw alone is nothing to save.
@@ -710,10 +771,10 @@ void GameSession::SaveTeam(int sideIndex) {
         if (!s.onTeam(slot)) continue;
         const PlayerRecord& p = s.player(slot);
         save(players, static_cast<std::size_t>(p.PlayerId), p);
-        s.rosterAsRead[static_cast<std::size_t>(slot)] = p;
+        s.setPlayerAsRead(slot, codec::toSlot(p));
     }
     s.teamAsRead = s.team;
-    s.planAsRead = s.plan;
+    s.setPlanAsRead(codec::toSlot(s.plan));
 }
 
 }  // namespace tallyrink

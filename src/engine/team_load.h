@@ -16,7 +16,9 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -77,10 +79,39 @@ struct SideTables {
     // What the load filled in or repaired that a coach should know about.
     std::vector<std::string> notes;
 
-    // The records as they were read, to tell whether the load changed them.
+    // The records as they were read (a save sets them anew), to tell whether
+    // the load changed them and to fingerprint what a game was played with.
+    // The plan and the players are kept as their slot bytes, held apart and
+    // made at the first load, so that a new side isn't cleared of 100 KB a
+    // load writes over at once.
     TeamRecord teamAsRead{};
-    GamePlanRecord planAsRead{};
-    BySlot<PlayerRecord> rosterAsRead{};
+    [[nodiscard]] std::span<const std::uint8_t> planAsRead() const;
+    // Zero bytes for a slot that held nobody.
+    [[nodiscard]] std::span<const std::uint8_t> playerAsRead(int slot) const;
+    void setPlanAsRead(std::span<const std::uint8_t> bytes);
+    void setPlayerAsRead(int slot, std::span<const std::uint8_t> bytes);
+    void forgetPlayerAsRead(int slot);
+
+    struct SlotsAsRead {
+        std::array<std::uint8_t, codec::slotWidth<GamePlanRecord>()> plan;
+        BySlot<std::array<std::uint8_t, codec::slotWidth<PlayerRecord>()>> players;
+        bool planHeld;      // plan is set
+        BySlot<bool> held;  // players[slot] is set; else the slot reads as zero bytes
+    };
+    // Null until the first load; a copy of the side copies it whole.
+    struct SlotsAsReadPtr : std::unique_ptr<SlotsAsRead> {
+        SlotsAsReadPtr() = default;
+        SlotsAsReadPtr(SlotsAsReadPtr&&) noexcept = default;
+        SlotsAsReadPtr& operator=(SlotsAsReadPtr&&) noexcept = default;
+        SlotsAsReadPtr(const SlotsAsReadPtr& other)
+            : std::unique_ptr<SlotsAsRead>(other ? new SlotsAsRead(*other) : nullptr) {}
+        SlotsAsReadPtr& operator=(const SlotsAsReadPtr& other) {
+            if (this != &other) reset(other ? new SlotsAsRead(*other) : nullptr);
+            return *this;
+        }
+        ~SlotsAsReadPtr() = default;
+    };
+    SlotsAsReadPtr slotsAsRead;
 
     [[nodiscard]] bool onTeam(int slot) const {
         const PlayerRecord& p = GameRoster[static_cast<std::size_t>(slot)];

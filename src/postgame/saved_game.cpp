@@ -278,8 +278,8 @@ std::uint64_t teamsFingerprint(const GameSession& session) {
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
         mix(h, codec::toSlot(t.teamAsRead));
-        mix(h, codec::toSlot(t.planAsRead));
-        for (const PlayerRecord& p : t.rosterAsRead) mix(h, codec::toSlot(p));
+        mix(h, t.planAsRead());
+        for (int slot = 0; slot < kRosterSlots; ++slot) mix(h, t.playerAsRead(slot));
     }
     mix(h, codec::toSlot(session.league().rules));
     return h;

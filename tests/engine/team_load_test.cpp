@@ -156,7 +156,7 @@ TEST(TeamLoad, LoadLeavesNothingOfWhatTheSideHeld) {
     early.notes.emplace_back("left over");
     early.GameRoster[40].PlayerId = 777;
     early.GameRoster[40].TeamId = 2;
-    early.rosterAsRead[41].PlayerId = 5;
+    early.setPlayerAsRead(41, std::vector<std::uint8_t>(20, 5));
     early.SeasonGamesOfPlayer.fill(3);
     early.scheduleOpen = true;
     Random c(8);
@@ -170,8 +170,8 @@ TEST(TeamLoad, LoadLeavesNothingOfWhatTheSideHeld) {
         EXPECT_EQ(got.TeamId, 2);
         EXPECT_EQ(got.scheduleOpen, clean.side(kVisitor).scheduleOpen);
         // What a save compares against and a saved game fingerprints.
-        for (std::size_t i = 0; i < got.rosterAsRead.size(); ++i)
-            EXPECT_EQ(codec::toSlot(got.rosterAsRead[i]), codec::toSlot(clean.side(kVisitor).rosterAsRead[i])) << i;
+        for (int slot = 0; slot < kRosterSlots; ++slot)
+            EXPECT_TRUE(std::ranges::equal(got.playerAsRead(slot), clean.side(kVisitor).playerAsRead(slot))) << slot;
     }
 }
 
