@@ -352,14 +352,23 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         // A player sat down by the general manager is being rested.
         if (!GameActive && p.InactiveFlag != 99) ++p.GamesSinceReset;
     }
+    // Each last name trimmed once, not once for every teammate it is held against.
+    BySlot<std::string_view> lastNames{};
+    BySlot<bool> onTeam{};
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        auto i = static_cast<std::size_t>(slot);
+        onTeam[i] = s.onTeam(slot);
+        lastNames[i] = s.player(slot).LastName.view();
+    }
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         const PlayerRecord& p = s.player(slot);
         if (p.PlayerId == 0) continue;
-        std::string last = p.LastName.str();
+        std::string_view last = lastNames[static_cast<std::size_t>(slot)];
         bool shared = false;
-        for (int other = 0; other < kRosterSlots; ++other)
-            if (other != slot && s.onTeam(other) && s.player(other).LastName.view() == last) shared = true;
-        s.DisplayName[static_cast<std::size_t>(slot)] = shared ? p.FirstName.str() + " " + last : last;
+        for (std::size_t other = 0; other < lastNames.size(); ++other)
+            if (other != static_cast<std::size_t>(slot) && onTeam[other] && lastNames[other] == last) shared = true;
+        s.DisplayName[static_cast<std::size_t>(slot)] =
+            shared ? p.FirstName.str() + " " + std::string(last) : std::string(last);
         s.ShortNameOf[static_cast<std::size_t>(slot)] = p.ShortName.str();
     }
 }

@@ -398,6 +398,30 @@ TEST(TeamLoad, FormIsDrawnOnceAReplayHasBegun) {
     EXPECT_GT(redrawn, 0);
 }
 
+// A last name two teammates share is told apart by the first name; a man
+// of another team on the roster doesn't count, nor do blanks around a name.
+TEST(TeamLoad, DisplayNamesOfSharedLastNames) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 20, .gamesPlayed = 3});
+    giveRealLines(lg);
+    lg.player(1).FirstName.assign("Ann");
+    lg.player(1).LastName.assign("Lind");
+    lg.player(2).FirstName.assign("Bo");
+    lg.player(2).LastName.assign("  Lind");
+    lg.player(3).LastName.assign("Vik");
+    lg.player(25).LastName.assign("Vik");  // team 2's
+    lg.team(1).Roster[20] = 25;
+    lg.write(dir.path());
+
+    GameSession game = sessionOn(dir.path());
+    Random rng(1);
+    game.HkLoadTeam(kVisitor, 1, rng);
+    const SideTables& side = game.side(kVisitor);
+    EXPECT_EQ(side.DisplayName[0], "Ann Lind");
+    EXPECT_EQ(side.DisplayName[1], "Bo Lind");
+    EXPECT_EQ(side.DisplayName[2], "Vik");
+}
+
 TEST(TeamLoad, RosterEntriesThatDontHoldAPlayer) {
     TempDir dir;
     auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 20, .gamesPlayed = 3});
