@@ -68,7 +68,14 @@ static std::span<const std::uint8_t> slotOf(std::span<const std::uint8_t> image,
 
 void League::readTeamTable(std::span<const std::uint8_t> image) {
     teams_.resize(kMaxTeams);
-    for (std::size_t t = 1; t <= kMaxTeams; ++t) codec::decodeSlot(slotOf(image, kTeamSlot, t), teams_[t - 1]);
+    for (std::size_t t = 1; t <= kMaxTeams; ++t) {
+        auto bytes = slotOf(image, kTeamSlot, t);
+        // Most of the 288 slots lie past the end of the file: all zero.
+        if (bytes.empty())
+            teams_[t - 1] = TeamRecord{};
+        else
+            codec::decodeSlot(bytes, teams_[t - 1]);
+    }
     countTeams();
 }
 
