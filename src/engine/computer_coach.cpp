@@ -25,6 +25,8 @@ constexpr int kNoChange = 0;
 constexpr int kLateChange = 1;
 constexpr int kTiredChange = 2;
 
+constexpr std::uint64_t kAllSlots = (std::uint64_t{1} << kRosterSlots) - 1;
+
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 std::size_t at(UnitKind k) { return static_cast<std::size_t>(k); }
@@ -764,15 +766,24 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         }
         // Who is on, by slot: one pass over the six places instead of a
         // search of them for each of the roster's slots.
-        std::array<bool, kRosterSlots> onIce{};
+        std::uint64_t onIce = 0;
         for (int slot : ice.slot)
-            if (slot >= 0 && slot < kRosterSlots) onIce[at(slot)] = true;
+            if (slot >= 0 && slot < kRosterSlots) onIce |= std::uint64_t{1} << slot;
+        // Only the men who could have anything to charge are visited; the
+        // rest sit as they were and SetEnergy passes them over too. A man
+        // sent out joins them for the rest of the game.
+        std::uint64_t& tracked = fatigueTracked_[at(side)];
+        tracked |= onIce;
+        // Time running backwards would charge the bench too.
+        if (t < 0) tracked = kAllSlots;
+        rested[at(side)] = ~tracked & kAllSlots;
         // A man who has sat since the game began (or since a timeout rested
         // everyone) has nothing to charge: he has no seconds to recover and
         // no stint, and his bench rate can't push him above zero.
         const bool restful = t >= 0;
-        for (int slot = 0; slot < kRosterSlots; ++slot) {
-            const bool on = onIce[at(slot)];
+        for (std::uint64_t left = tracked; left != 0; left &= left - 1) {
+            const int slot = std::countr_zero(left);
+            const bool on = (onIce >> slot) & 1;
             if (!on && restful && s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
                 !s_.coach.wasOn[at(side)][at(slot)] &&
                 (tables.ShiftLimit[at(slot)] <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
@@ -851,8 +862,25 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     return rested;
 }
 
+void Game::trackFatigue() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        const BySlot<bool>& dressed = teams_[at(side)].candidate;
+        std::uint64_t tracked = 0;
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            // Off the ice a man whose fatigue is at rest stays there unless
+            // his shift limit is short of energy to recover with.
+            const int limit = tables.ShiftLimit[at(slot)];
+            const int maxEnergy = tables.MaxEnergy[at(slot)];
+            const bool still =
+                limit <= 0 || (maxEnergy > 50 && s_.Energy[at(side)][at(slot)] == std::min(maxEnergy, 100));
+            if (dressed[at(slot)] || !still) tracked |= std::uint64_t{1} << slot;
+        }
+        fatigueTracked_[at(side)] = tracked;
+    }
+}
+
 void Game::SetEnergy(const std::array<std::uint64_t, 2>& rested) {
-    constexpr std::uint64_t kAllSlots = (std::uint64_t{1} << kRosterSlots) - 1;
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = session_.side(side);
         // The slots in order, lowest first, so any draws come as they always have.

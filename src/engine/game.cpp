@@ -91,6 +91,7 @@ void Game::InitGame() {
     initNarration();
     coachInit();
     initChances();
+    trackFatigue();
 }
 
 // A league game of the season rotates the goalies; the playoffs and

@@ -206,7 +206,11 @@ public:
     void playToEnd();
 
     [[nodiscard]] const GameState& state() const { return s_; }
-    GameState& editState() { return s_; }
+    // Whatever an edit touches, every slot's fatigue is charged from then on.
+    GameState& editState() {
+        fatigueTracked_.fill(~std::uint64_t{0} >> (64 - kRosterSlots));
+        return s_;
+    }
     [[nodiscard]] const GameSession& session() const { return session_; }
     // The lines of the last play as the presenter was shown them.
     [[nodiscard]] const std::vector<std::string>& playLines() const {
@@ -588,6 +592,9 @@ private:
     // charge: nothing about his fatigue moved, so SetEnergy passes him over.
     std::array<std::uint64_t, 2> chargePlayers(double t);
     void SetEnergy(const std::array<std::uint64_t, 2>& rested);
+    // Marks, by side, the slots whose fatigue the clock may move: the men
+    // dressed and any whose rest isn't settled. Called as a game starts.
+    void trackFatigue();
 
     GameSession& session_;
     GameOptions options_;
@@ -637,6 +644,9 @@ private:
     // by side and slot, with the rate it was worked out from.
     std::array<BySlot<double>, 2> assistRateKey_{};
     std::array<BySlot<double>, 2> assistRateFifth_{};
+    // The slots chargePlayers visits, by side (see trackFatigue); a man put
+    // on the ice is added, and nobody leaves before the game ends.
+    std::array<std::uint64_t, 2> fatigueTracked_{};
 
     int periods_ = 3;
     int minutes_ = 20;
