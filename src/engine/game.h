@@ -475,7 +475,7 @@ private:
     [[nodiscard]] bool stickBroken(int side, int slot) const;
     [[nodiscard]] bool shotSteering() const;
     [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
-    int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows, int fallback);
+    int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows);
     std::int32_t carrierWeight(int pos, int unitPPG);
     std::int32_t passerWeight(int pos, bool second);
     std::int32_t penaltyWeight(int side, int pos);
