@@ -56,11 +56,6 @@ std::string_view text(RushType r) {
 
 // ---- Shared pieces ---------------------------------------------------------------
 
-int Game::slotAt(int side, int pos) const {
-    if (pos < 0 || pos >= static_cast<int>(kIcePositions)) return kNoSlot;
-    return s_.onIce[at(side)].slot[at(pos)];
-}
-
 int Game::positionsInPlay(int side) const { return s_.GoaliePulled[at(side)] ? 6 : 5; }
 
 int Game::positionOf(int side, int slot) const {
@@ -195,10 +190,14 @@ std::int32_t Game::carrierWeight(int pos, int unitPPG) {
 
 // The steering of shot rates runs only where the replay is meant to follow
 // the real season: a real team against one of its own season.
-bool Game::shotSteering() const {
-    const SideTables& puck = session_.side(s_.PuckTeam);
-    const SideTables& opp = session_.side(s_.OtherTeam());
-    return puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
+bool Game::shotSteering() {
+    int& known = shotSteeringMemo_[at(s_.PuckTeam)];
+    if (known < 0) {
+        const SideTables& puck = session_.side(s_.PuckTeam);
+        const SideTables& opp = session_.side(s_.OtherTeam());
+        known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
+    }
+    return known == 1;
 }
 
 void Game::FindCarrier() {

@@ -63,6 +63,7 @@ void Game::InitGame() {
     unitMemo_ = {};
     eraMemo_ = {};
     rosterSpecialGoals_ = {};
+    shotSteeringMemo_ = {-1, -1};
     for (auto& side : assistRateKey_) side.fill(std::numeric_limits<double>::quiet_NaN());
     fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;

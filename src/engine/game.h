@@ -463,7 +463,10 @@ private:
     [[nodiscard]] double basePct() const;
     bool trailingLate();
     // Helpers of the picks (find_tools.cpp).
-    [[nodiscard]] int slotAt(int side, int pos) const;
+    [[nodiscard]] int slotAt(int side, int pos) const {
+        if (pos < 0 || pos >= static_cast<int>(kIcePositions)) return kNoSlot;
+        return s_.onIce[static_cast<std::size_t>(side)].slot[static_cast<std::size_t>(pos)];
+    }
     [[nodiscard]] int positionsInPlay(int side) const;
     [[nodiscard]] int positionOf(int side, int slot) const;
     [[nodiscard]] int firstOccupied(int side) const;
@@ -473,7 +476,9 @@ private:
     [[nodiscard]] bool alternateReality() const;
     [[nodiscard]] bool available(int side, int slot) const;
     [[nodiscard]] bool stickBroken(int side, int slot) const;
-    [[nodiscard]] bool shotSteering() const;
+    // Asked every step; the teams and rules behind it hold through a game,
+    // so each side's answer is kept once worked out (cleared at InitGame).
+    [[nodiscard]] bool shotSteering();
     [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
     int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows);
     std::int32_t carrierWeight(int pos, int unitPPG);
@@ -647,6 +652,8 @@ private:
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and nobody leaves before the game ends.
     std::array<std::uint64_t, 2> fatigueTracked_{};
+    // shotSteering's answer by the side with the puck: -1 unknown, else 0 or 1.
+    std::array<int, 2> shotSteeringMemo_{-1, -1};
 
     int periods_ = 3;
     int minutes_ = 20;

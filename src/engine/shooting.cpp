@@ -256,7 +256,7 @@ void Game::GoalPct(PlayChances& c) {
         g += cc * 0.006;
         if (!s_.ProbeOnly) {
             g *= f.PowerPlayCalibration;
-            if (p && p->PlayerYear <= 1965 + rng_.rand(10)) g += 0.007;
+            if (p && !rng_.overRand(p->PlayerYear, 1965, 10)) g += 0.007;
         }
         if (s_.Skaters[at(side)] == s_.Skaters[at(opp)] + 2) g += cc * 0.004 + 0.1;
         if (pos != kNoPos && f.Spot[at(pos)] == kSpotOut) g = g * 1.1 + 0.01;
@@ -302,7 +302,7 @@ int Game::goalieYearOnIce(int side) const {
 
 bool Game::trailingLate() {
     int lead = s_.Score[at(s_.PuckTeam)] - s_.Score[at(s_.OtherTeam())];
-    return lead < 0 && s_.Period >= periods_ && s_.Clock < 360 + rng_.rand(360);
+    return lead < 0 && s_.Period >= periods_ && rng_.underRand(s_.Clock, 360, 360);
 }
 
 }  // namespace tallyrink
