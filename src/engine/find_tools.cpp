@@ -56,8 +56,6 @@ std::string_view text(RushType r) {
 
 // ---- Shared pieces ---------------------------------------------------------------
 
-int Game::positionsInPlay(int side) const { return s_.GoaliePulled[at(side)] ? 6 : 5; }
-
 int Game::positionOf(int side, int slot) const {
     if (slot == kNoSlot) return kNoPos;
     for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos)
@@ -66,10 +64,6 @@ int Game::positionOf(int side, int slot) const {
 }
 
 bool Game::alternateReality() const { return session_.league().rules.AlternateRealityCheck == 1; }
-
-bool Game::available(int side, int slot) const { return slot != kNoSlot && !s_.find.PlayerOut[at(side)][at(slot)]; }
-
-bool Game::stickBroken(int side, int slot) const { return slot != kNoSlot && s_.find.BrokenStick[at(side)][at(slot)]; }
 
 // The weighted draw: running totals over the rows, scaled down to 30000
 // when larger, a pick by Rand(total); the first row whose running total

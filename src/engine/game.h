@@ -467,15 +467,21 @@ private:
         if (pos < 0 || pos >= static_cast<int>(kIcePositions)) return kNoSlot;
         return s_.onIce[static_cast<std::size_t>(side)].slot[static_cast<std::size_t>(pos)];
     }
-    [[nodiscard]] int positionsInPlay(int side) const;
+    [[nodiscard]] int positionsInPlay(int side) const {
+        return s_.GoaliePulled[static_cast<std::size_t>(side)] ? 6 : 5;
+    }
     [[nodiscard]] int positionOf(int side, int slot) const;
     [[nodiscard]] int firstOccupied(int side) const;
     // The man of `side` who shadows the other team's `target`, when the
     // side's plan pairs them and both are on the ice; kNoSlot otherwise.
     [[nodiscard]] int shadowOf(int side, int target) const;
     [[nodiscard]] bool alternateReality() const;
-    [[nodiscard]] bool available(int side, int slot) const;
-    [[nodiscard]] bool stickBroken(int side, int slot) const;
+    [[nodiscard]] bool available(int side, int slot) const {
+        return slot != kNoSlot && !s_.find.PlayerOut[static_cast<std::size_t>(side)][static_cast<std::size_t>(slot)];
+    }
+    [[nodiscard]] bool stickBroken(int side, int slot) const {
+        return slot != kNoSlot && s_.find.BrokenStick[static_cast<std::size_t>(side)][static_cast<std::size_t>(slot)];
+    }
     // Asked every step; the teams and rules behind it hold through a game,
     // so each side's answer is kept once worked out (cleared at InitGame).
     [[nodiscard]] bool shotSteering();
