@@ -738,6 +738,8 @@ void Game::restoreEveryone() {
             s_.stint[at(side)][slot] = 0;
         }
     }
+    // A man whose energy tops 100 is no longer settled once restored.
+    trackFatigue();
 }
 
 // A computer coach's one timeout: at a stoppage late in a close last
@@ -793,7 +795,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             if (slot >= 0 && slot < kRosterSlots) onIce |= std::uint64_t{1} << slot;
         // Only the men who could have anything to charge are visited; the
         // rest sit as they were and SetEnergy passes them over too. A man
-        // sent out joins them for the rest of the game.
+        // sent out joins them until he has sat long enough to settle.
         std::uint64_t& tracked = fatigueTracked_[at(side)];
         tracked |= onIce;
         // Time running backwards would charge the bench too.
@@ -812,6 +814,9 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 const bool settled = tables.ShiftLimit[at(slot)] <= 0 ||
                                      s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
                 rested[at(side)] |= std::uint64_t{settled} << slot;
+                // Settled, he stays so until he is sent out again, and the
+                // ice is added to the visited slots at every charge.
+                if (settled) tracked &= ~(std::uint64_t{1} << slot);
                 continue;
             }
             PlayerRecord& p = tables.player(slot);
@@ -895,10 +900,12 @@ void Game::trackFatigue() {
             const int limit = tables.ShiftLimit[at(slot)];
             const int maxEnergy = tables.MaxEnergy[at(slot)];
             const bool still =
-                limit <= 0 || (maxEnergy > 50 && s_.Energy[at(side)][at(slot)] == std::min(maxEnergy, 100));
+                s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
+                !s_.coach.wasOn[at(side)][at(slot)] &&
+                (limit <= 0 || (maxEnergy > 50 && s_.Energy[at(side)][at(slot)] == std::min(maxEnergy, 100)));
             if (dressed[at(slot)] || !still) tracked |= std::uint64_t{1} << slot;
         }
-        fatigueTracked_[at(side)] = tracked;
+        fatigueTracked_[at(side)] |= tracked;
     }
 }
 

@@ -92,6 +92,7 @@ void Game::InitGame() {
     initNarration();
     coachInit();
     initChances();
+    fatigueTracked_ = {};
     trackFatigue();
 }
 

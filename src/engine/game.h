@@ -604,7 +604,8 @@ private:
     std::array<std::uint64_t, 2> chargePlayers(double t);
     void SetEnergy(const std::array<std::uint64_t, 2>& rested);
     // Marks, by side, the slots whose fatigue the clock may move: the men
-    // dressed and any whose rest isn't settled. Called as a game starts.
+    // dressed and any whose rest isn't settled. Called as a game starts and
+    // when everyone is rested.
     void trackFatigue();
 
     GameSession& session_;
@@ -656,7 +657,8 @@ private:
     std::array<BySlot<double>, 2> assistRateKey_{};
     std::array<BySlot<double>, 2> assistRateFifth_{};
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
-    // on the ice is added, and nobody leaves before the game ends.
+    // on the ice is added, and one whose fatigue has settled on the bench
+    // leaves.
     std::array<std::uint64_t, 2> fatigueTracked_{};
     // shotSteering's answer by the side with the puck: -1 unknown, else 0 or 1.
     std::array<int, 2> shotSteeringMemo_{-1, -1};
