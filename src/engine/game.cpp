@@ -64,6 +64,7 @@ void Game::InitGame() {
     eraMemo_ = {};
     rosterSpecialGoals_ = {};
     shotSteeringMemo_ = {-1, -1};
+    eraFiguresMemo_ = {};
     for (auto& side : assistRateKey_) side.fill(std::numeric_limits<double>::quiet_NaN());
     fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;

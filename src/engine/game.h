@@ -660,6 +660,17 @@ private:
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.
     std::array<std::uint64_t, 2> fatigueTracked_{};
+    // Answers kept for eraFiguresOf: the era table and the teams' levels
+    // hold through a game. Cleared when a game starts.
+    struct EraFiguresMemo {
+        bool used = false;
+        int year = 0;
+        int side = 0;
+        int fallback = 0;
+        EraFigures figures{};
+    };
+    mutable std::array<EraFiguresMemo, 6> eraFiguresMemo_{};
+    mutable std::size_t eraFiguresMemoNext_ = 0;
     // shotSteering's answer by the side with the puck: -1 unknown, else 0 or 1.
     std::array<int, 2> shotSteeringMemo_{-1, -1};
 

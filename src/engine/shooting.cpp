@@ -76,8 +76,15 @@ double limitByClass(double goalPct, int shotClass, double playerPct) {
 // ---- In the game --------------------------------------------------------------------
 
 EraFigures Game::eraFiguresOf(int year, int side, int fallback) const {
+    // A game asks about a handful of years, many times a step each.
+    for (const EraFiguresMemo& m : eraFiguresMemo_)
+        if (m.used && m.year == year && m.side == side && m.fallback == fallback) return m.figures;
     bool college = session_.side(side).team.TeamType.view() == "C";
-    return figuresOf(session_.eraRow(year, fallback), college ? EraLevel::College : EraLevel::Professional);
+    EraFiguresMemo& m = eraFiguresMemo_[eraFiguresMemoNext_];
+    eraFiguresMemoNext_ = (eraFiguresMemoNext_ + 1) % eraFiguresMemo_.size();
+    m = {true, year, side, fallback,
+         figuresOf(session_.eraRow(year, fallback), college ? EraLevel::College : EraLevel::Professional)};
+    return m.figures;
 }
 
 void Game::drawGoalieForm() {

@@ -77,7 +77,7 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionL
                    IceSource source, IcePlacement& out) {
     if (line == 0) return;
     // Holders left over, in slot order; the first of them fills the next open place.
-    std::array<int, kRosterSlots> spare{};
+    std::array<int, kRosterSlots> spare;  // the first spareCount are set
     std::size_t spareCount = 0;
     std::size_t nextSpare = 0;
     // The role is the cheap test and most slots hold none on the line, so it
