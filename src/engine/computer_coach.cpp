@@ -229,8 +229,8 @@ bool Game::autoCallForHuman(int side) {
     if (z == Zone::OffenseZone) {
         Call draw = s_.FaceoffCall[at(side)];
         if (s_.entryFromFaceoff && (draw == Call::DrawForward || draw == Call::DrawBack)) return true;
-        return rng_.rand(100) <= 35 && std::abs(leadOf(side)) > 2 && s_.Clock > 180 &&
-               !(s_.Period >= periods_ && s_.Clock <= 300);
+        return std::abs(leadOf(side)) > 2 && s_.Clock > 180 && !(s_.Period >= periods_ && s_.Clock <= 300) &&
+               rng_.rand(100) <= 35;
     }
     return false;
 }
@@ -562,7 +562,7 @@ bool Game::unitRested(int side, int line, bool forwards) const {
 int Game::lineChangeDue(int side) {
     const SideTables& tables = session_.side(side);
     int margin = std::abs(leadOf(side));
-    if (margin >= 2 && s_.Clock < 30 + rng_.rand(10)) return kNoChange;
+    if (margin >= 2 && rng_.underRand(s_.Clock, 30, 10)) return kNoChange;
     if (s_.coach.pendingChange[at(side)]) return kTiredChange;
     const OnIce& ice = s_.onIce[at(side)];
     for (std::size_t pos = 0; pos < 5; ++pos) {
@@ -747,7 +747,7 @@ void Game::restoreEveryone() {
 void Game::CoachTimeout() {
     if (!isFaceoff(s_.PlayZone) || play_.full() || s_.coach.tvTimeoutThisStep) return;
     if (session_.league().rules.TimeoutsAllowedCheck != 1 || s_.Period != periods_) return;
-    if (std::abs(leadOf(kVisitor)) > 2 || s_.Clock >= 120 + rng_.rand(60)) return;
+    if (std::abs(leadOf(kVisitor)) > 2 || !rng_.underRand(s_.Clock, 120, 60)) return;
     for (int side : {kVisitor, kHome}) {
         if (coach(side) != CoachKind::Computer || !s_.coach.timeoutLeft[at(side)] || s_.coach.coachTimeoutThisStep)
             continue;

@@ -388,11 +388,14 @@ void Game::FindPassers() {
         if (rng_.rand(10) > 9) break;
     }
 
-    // Eras differ in how many goals carry a second assist.
+    // Eras differ in how many goals carry a second assist. Without a
+    // second passer there is nothing to drop, and once dropped the second
+    // test can't change that.
+    if (f.Passer2 == kNoSlot) return;
     const EraFigures era = eraFiguresOf(t.team.TeamYear, side);
     double k = std::clamp((1.72 - era.assistsPerGoal) * 2500 * 1.35, 10.0, 999.0);
-    bool drop = rng_.rand(1000) <= k;
-    if (1 + .5 * rng_.rnd() > era.assistsPerGoal && rng_.rand(10) <= 9) drop = true;
+    bool drop = rng_.randAtMost(1000, k);
+    if (!drop && rng_.under(era.assistsPerGoal, 1, .5) && rng_.rand(10) <= 9) drop = true;
     if (drop) {
         f.Passer2 = kNoSlot;
         f.Passer2Pos = kNoPos;
