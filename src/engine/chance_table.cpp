@@ -218,12 +218,12 @@ void Game::drawShooterMood() {
         const PlayerRecord& p = session_.side(s_.PuckTeam).player(f.Carrier);
         const StatLine& real = statLine(p, StatLineIndex::Real);
         const StatLine& replay = statLine(p, StatLineIndex::Replay);
-        if (real.Sog > 30 && replay.Sog > 10 + rng_.rand(20) && real.Goals > 0) {
+        if (real.Sog > 30 && real.Goals > 0 && rng_.overRand(replay.Sog, 10, 20)) {
             double ratio =
                 (static_cast<double>(replay.Goals) / replay.Sog) / (static_cast<double>(real.Goals) / real.Sog);
-            if (ratio >= 1 + 0.15 * rng_.rnd())
+            if (!rng_.under(ratio, 1, 0.15))
                 mood -= rng_.rand(2);
-            else if (ratio <= 1 - 0.15 * rng_.rnd())
+            else if (!rng_.over(ratio, 1, -0.15))
                 mood += rng_.rand(2);
         }
     }
@@ -487,7 +487,7 @@ PlayChances Game::ChanceTable() {
         shoot = 350;
         if (stronger && cp) {
             shoot += 200;
-            if (!probe && cp->PlayerYear <= 1965 + rng_.rand(10)) scale(shoot, 1.1);
+            if (!probe && !rng_.overRand(cp->PlayerYear, 1965, 10)) scale(shoot, 1.1);
             if (s_.Skaters[at(side)] >= s_.Skaters[at(opp)] + 2) shoot += 250;
             double pp = eraFiguresOf(cp->PlayerYear, side).powerPlayPct;
             if (pp > 5) scale(shoot, pp / 17.8);
@@ -534,7 +534,7 @@ PlayChances Game::ChanceTable() {
                         int slot = slotAt(side, pos);
                         if (slot == kNoSlot) continue;
                         const PlayerRecord& p = t.player(slot);
-                        if (p.RatingSkate >= 6 + rng_.rand(4) || p.RatingPassing >= 6 + rng_.rand(4)) {
+                        if (!rng_.underRand(p.RatingSkate, 6, 4) || !rng_.underRand(p.RatingPassing, 6, 4)) {
                             scale(c.EntryChance, 1.01);
                             scale(shoot, 1.01);
                         }
@@ -559,11 +559,11 @@ PlayChances Game::ChanceTable() {
         const int rosterPPG = rosterSpecialGoals(side).powerPlay;
         const int rosterSHG = rosterSpecialGoals(side).shortHanded;
         auto steer = [&](double m) {
-            if (m >= 1.2 + 0.2 * rng_.rnd())
+            if (!rng_.under(m, 1.2, 0.2))
                 scale(shoot, 0.2);
-            else if (m >= 1 + 0.2 * rng_.rnd())
+            else if (!rng_.under(m, 1, 0.2))
                 scale(shoot, 0.5);
-            else if (m <= 1 - 0.2 * rng_.rnd())
+            else if (!rng_.over(m, 1, -0.2))
                 scale(shoot, 1.5);
         };
         for (int pos = 0; pos < 3; ++pos) {
@@ -580,16 +580,16 @@ PlayChances Game::ChanceTable() {
                 add(shoot, -(r - 1) * 20);
             } else if (s_.Skaters[at(side)] > s_.Skaters[at(opp)]) {
                 add(shoot, (r - 1) * 40);
-                if (rosterPPG >= rng_.rand(6)) steer(b / a);
+                if (rng_.randAtMost(6, rosterPPG)) steer(b / a);
             } else {
                 scale(shoot, 0.93);
-                if (p.PlayerYear <= 1960 + rng_.rand(25)) scale(shoot, 0.5);
-                if (rosterSHG >= rng_.rand(3)) {
+                if (!rng_.overRand(p.PlayerYear, 1960, 25)) scale(shoot, 0.5);
+                if (rng_.randAtMost(3, rosterSHG)) {
                     a = real.SHG / (real.GP + 1.0);
                     b = replay.SHG / (replay.GP + 1.0);
                     r = std::clamp(a / (0.08 / 2.67), 0.1, 1.9);
                     add(shoot, (r - 1) * 30);
-                    if (real.SHG < rng_.rand(2)) scale(shoot, 0.2);
+                    if (!rng_.randAtMost(2, real.SHG)) scale(shoot, 0.2);
                     if (real.SHG == 0) scale(shoot, 0.01);
                     if (a > 0) steer(b / a);
                 }
@@ -646,24 +646,24 @@ PlayChances Game::ChanceTable() {
     // Step 8: shot rates steered toward the real season.
     const bool steered = !probe && !playoff && !exhibition && shotSteering();
     if (carrierTier == 0 && shoot > 50 && shoot < 900 && steered && goalieTier == 0 &&
-        t.team.TeamFor[0].GP >= rng_.rand(5)) {
+        rng_.randAtMost(5, t.team.TeamFor[0].GP)) {
         for (int pos = 0; pos < 5; ++pos) {
             int slot = slotAt(side, pos);
             if (slot == kNoSlot) continue;
             const PlayerRecord& p = t.player(slot);
             const double S = t.rate(RateSet::Real, slot).ShotsPer60;
-            if (statLine(p, StatLineIndex::Real).Sog <= 100 + rng_.rand(50)) continue;
-            if (statLine(p, StatLineIndex::Replay).Sog <= 3 + rng_.rand(3)) continue;
-            if (S < 2 + 2 * rng_.rnd()) continue;
+            if (!rng_.overRand(statLine(p, StatLineIndex::Real).Sog, 100, 50)) continue;
+            if (!rng_.overRand(statLine(p, StatLineIndex::Replay).Sog, 3, 3)) continue;
+            if (rng_.under(S, 2, 2)) continue;
             double m = t.rate(RateSet::Replay, slot).ShotsPer60 / S;
             int d = 40;  // a ratio near 1 gets the full nudge up
-            if (m >= 1.05 + 0.05 * rng_.rnd())
+            if (!rng_.under(m, 1.05, 0.05))
                 d = -40;
-            else if (m >= 1.01 + 0.05 * rng_.rnd())
+            else if (!rng_.under(m, 1.01, 0.05))
                 d = -20;
-            else if (m <= 0.99 - 0.05 * rng_.rnd())
+            else if (!rng_.over(m, 0.99, -0.05))
                 d = 20;
-            else if (!(m >= 0.95 - 0.05 * rng_.rnd()))
+            else if (rng_.under(m, 0.95, -0.05))
                 d = 0;
             shoot += d;
             c.EntryChance += d;
@@ -741,13 +741,13 @@ PlayChances Game::ChanceTable() {
             if (real.GP > 3 && replay.GP > 3 && real.Sog > 10 && replay.Sog > 10) {
                 double m = (static_cast<double>(replay.Sog) / replay.GP) / (static_cast<double>(real.Sog) / real.GP);
                 double k = 1;
-                if (m >= 1.05 + 0.15 * rng_.rnd())
+                if (!rng_.under(m, 1.05, 0.15))
                     k = 0.7;
-                else if (m >= 1.01 + 0.07 * rng_.rnd())
+                else if (!rng_.under(m, 1.01, 0.07))
                     k = 0.9;
-                else if (m <= 0.95 - 0.15 * rng_.rnd())
+                else if (!rng_.over(m, 0.95, -0.15))
                     k = 1.3;
-                else if (m <= 0.99 - 0.07 * rng_.rnd())
+                else if (!rng_.over(m, 0.99, -0.07))
                     k = 1.1;
                 scale(shoot, k);
                 scale(c.EntryChance, k);
@@ -755,7 +755,7 @@ PlayChances Game::ChanceTable() {
         }
     }
     // Step 12: the last seconds of a period.
-    if (!probe && shoot > 50 && s_.Clock <= 3 + rng_.rand(3)) {
+    if (!probe && shoot > 50 && !rng_.overRand(s_.Clock, 3, 3)) {
         shoot = 1000;
         gp *= 0.5;
     }
@@ -779,7 +779,7 @@ PlayChances Game::ChanceTable() {
 
     // Step 16: how a turnover goes.
     double D = 0.12, N = z == Zone::NeutralZone ? 0.55 * 0.35 : 0.55;
-    double R = f.EraShotsPerGame > 30 + 2 * rng_.rnd() ? 0.05 : 0.04;
+    double R = rng_.over(f.EraShotsPerGame, 30, 2) ? 0.05 : 0.04;
     if (ratedPlay && s_.PlayRating > 0) {
         double k = std::min(5 / s_.PlayRating, 2.0);
         D *= k;
@@ -893,8 +893,8 @@ PlayChances Game::ChanceTable() {
     // Step 19.
     if (isCall(call, {Call::PlayShoot, Call::Shoot})) shoot = 1000;
     if (playoff) scale(shoot, 1.05);
-    if (lastPeriod && s_.Period == periods_ && lead == 0 && !probe && s_.Clock < 60 + rng_.rand(60) && shoot > 10 &&
-        shoot < 900)
+    if (lastPeriod && s_.Period == periods_ && lead == 0 && !probe && shoot > 10 && shoot < 900 &&
+        rng_.underRand(s_.Clock, 60, 60))
         scale(shoot, 1.1);
 
     // Step 20: how many shots reach the net, how many of the rest are missed.
@@ -906,7 +906,7 @@ PlayChances Game::ChanceTable() {
         if (gy == 0) gy = goalieYearOnIce(opp);
         if (gy == 0) gy = 2010;
         EraFigures e = eraFiguresOf(gy, side);
-        if (e.shotsPerTeam() + e.pimPerGame / 2.5 / 2 > 35 + 5 * rng_.rnd()) onNet += 0.06;
+        if (rng_.over(e.shotsPerTeam() + e.pimPerGame / 2.5 / 2, 35, 5)) onNet += 0.06;
         double miss = 0.51;
         int spot = cpos == kNoPos ? kSpotNone : f.Spot[at(cpos)];
         if (spot == kSpotIn) miss = 0.408;
@@ -957,16 +957,16 @@ PlayChances Game::ChanceTable() {
                 gp -= 0.03;
             gp = std::max(gp, 0.05);
         }
-        if (gp > 0.06 + 0.09 * rng_.rnd() && rng_.rand(10) == 1) gp += 0.2 * rng_.rnd();
+        if (rng_.over(gp, 0.06, 0.09) && rng_.rand(10) == 1) gp += 0.2 * rng_.rnd();
         const double g = gp;
-        if (g > 0.11 + 0.07 * rng_.rnd()) {
+        if (rng_.over(g, 0.11, 0.07)) {
             gp += 0.09 * rng_.rnd() - 0.09 * rng_.rnd();
             if (rng_.rand(5) == 1) gp += rng_.rand(2) == 1 ? 0.1 * rng_.rnd() : -0.1 * rng_.rnd();
             gp = std::max(gp, 0.04);
-        } else if (g > 0.07 + 0.05 * rng_.rnd()) {
+        } else if (rng_.over(g, 0.07, 0.05)) {
             gp += 0.03 * rng_.rnd() - 0.03 * rng_.rnd();
             if (rng_.rand(5) == 1) gp += rng_.rand(2) == 1 ? 0.05 * rng_.rnd() : -0.57 * rng_.rnd();
-        } else if (g >= 0.02 + 0.03 * rng_.rnd()) {
+        } else if (!rng_.under(g, 0.02, 0.03)) {
             gp += 0.02 * rng_.rnd() - 0.02 * rng_.rnd();
             if (rng_.rand(5) == 1) gp += rng_.rand(2) == 1 ? 0.04 * rng_.rnd() : -0.04 * rng_.rnd();
         } else {
@@ -1026,8 +1026,8 @@ PlayChances Game::ChanceTable() {
     if (coach(side) == CoachKind::Human && !probe && s_.AutoPlayTo == AutoStop::None && !s_.NoDisplay) {
         double k = 0.95;
         int shotsThisPeriod = s_.shotsByPeriod.empty() ? 0 : s_.shotsByPeriod.back()[at(side)];
-        if (shotsThisPeriod >= 10 + rng_.rand(10)) k = 0.9025;
-        if (shotsThisPeriod >= 8 + rng_.rand(8) && s_.Clock > 600 + rng_.rand(600)) k *= 0.97;
+        if (!rng_.underRand(shotsThisPeriod, 10, 10)) k = 0.9025;
+        if (!rng_.underRand(shotsThisPeriod, 8, 8) && rng_.overRand(s_.Clock, 600, 600)) k *= 0.97;
         gp *= k;
         scale(shoot, k);
         scale(c.EntryChance, k);
@@ -1048,25 +1048,26 @@ PlayChances Game::ChanceTable() {
     // The same tests as the shot-rate steering: a tired man or a tired goalie
     // plays by his tiredness, not by his record.
     if (steered && carrierTier == 0 && goalieTier == 0 && carrier != kNoSlot && gp > 0.02 &&
-        t.team.TeamFor[0].GP >= rng_.rand(5)) {
+        rng_.randAtMost(5, t.team.TeamFor[0].GP)) {
         const StatLine& real = statLine(*cp, StatLineIndex::Real);
         const StatLine& replay = statLine(*cp, StatLineIndex::Replay);
-        if (real.Sog > 10 + rng_.rand(20) && replay.Sog > 3 && real.Goals >= 5 + rng_.rand(3) && replay.Goals >= 3) {
+        if (replay.Sog > 3 && replay.Goals >= 3 && rng_.overRand(real.Sog, 10, 20) &&
+            !rng_.underRand(real.Goals, 5, 3)) {
             double a = static_cast<double>(real.Goals) / real.Sog * t.rates[at(carrier)].ShotStyleFactor;
             double b = static_cast<double>(replay.Goals) / replay.Sog;
             double m = a > 0 ? b / a : 1;
-            if (m >= 1 + 0.03 * rng_.rnd())
+            if (!rng_.under(m, 1, 0.03))
                 gp = gp * 0.8 - 0.01;
-            else if (m <= 1 - 0.03 * rng_.rnd())
+            else if (!rng_.over(m, 1, -0.03))
                 gp = gp * 1.2 + 0.01;
             if (coach(0) == CoachKind::Computer && coach(1) == CoachKind::Computer) {
-                if (m >= 1 + 0.03 * rng_.rnd())
+                if (!rng_.under(m, 1, 0.03))
                     gp = gp * 0.9 - 0.01;
-                else if (m <= 1 - 0.03 * rng_.rnd())
+                else if (!rng_.over(m, 1, -0.03))
                     gp = gp * 1.1 + 0.01;
-                if (m > 1.01 + 0.2 * rng_.rnd())
+                if (rng_.over(m, 1.01, 0.2))
                     gp *= 0.8;
-                else if (m < 0.99 - 0.2 * rng_.rnd())
+                else if (rng_.under(m, 0.99, -0.2))
                     gp *= 1.2;
             }
         }
@@ -1148,7 +1149,7 @@ PlayChances Game::ChanceTable() {
     if (coach(side) == CoachKind::Human && rules.NoComputerPlayCallsCheck == 1 && coach(opp) == CoachKind::Computer &&
         s_.Skaters[0] == s_.Skaters[1]) {
         int shotsThisPeriod = s_.shotsByPeriod.empty() ? 0 : s_.shotsByPeriod.back()[at(side)];
-        double k = shotsThisPeriod > 11 + rng_.rand(4) ? 0.7 : 1;
+        double k = rng_.overRand(shotsThisPeriod, 11, 4) ? 0.7 : 1;
         gp *= k;
         scale(shoot, k);
         scale(c.EntryChance, k);
@@ -1157,7 +1158,7 @@ PlayChances Game::ChanceTable() {
         zeroPenalties(c);
         c.FightChance = 0;
     }
-    if (s_.Period == 1 && s_.Clock > 900 + rng_.rand(120)) scalePenalties(c, 0.3);
+    if (s_.Period == 1 && rng_.overRand(s_.Clock, 900, 120)) scalePenalties(c, 0.3);
     if (s_.Clock < 20) {
         zeroPenalties(c);
         c.FightChance = 0;

@@ -25,6 +25,8 @@ constexpr int kNoChange = 0;
 constexpr int kLateChange = 1;
 constexpr int kTiredChange = 2;
 
+constexpr std::uint64_t kAllSlots = (std::uint64_t{1} << kRosterSlots) - 1;
+
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 std::size_t at(UnitKind k) { return static_cast<std::size_t>(k); }
@@ -227,8 +229,8 @@ bool Game::autoCallForHuman(int side) {
     if (z == Zone::OffenseZone) {
         Call draw = s_.FaceoffCall[at(side)];
         if (s_.entryFromFaceoff && (draw == Call::DrawForward || draw == Call::DrawBack)) return true;
-        return rng_.rand(100) <= 35 && std::abs(leadOf(side)) > 2 && s_.Clock > 180 &&
-               !(s_.Period >= periods_ && s_.Clock <= 300);
+        return std::abs(leadOf(side)) > 2 && s_.Clock > 180 && !(s_.Period >= periods_ && s_.Clock <= 300) &&
+               rng_.rand(100) <= 35;
     }
     return false;
 }
@@ -267,89 +269,106 @@ Call Game::ChooseCall(int side) {
 Call Game::ChooseOffensePlay(int side, bool faceoff) {
     const GamePlanRecord& plan = session_.side(side).plan;
     auto adj = [&](BreakoutAdj a) { return breakoutAdj(plan, a); };
-    auto rnd = [&] { return rng_.rnd(); };
-    auto rand = [&](int n) { return rng_.rand(n); };
+    Random& r = rng_;
 
-    Call call = Call::Balanced;
-    if (rand(10) <= 2) call = s_.coach.ownLastCall[at(side)];
-    double rating = faceoff ? 5 : s_.PlayRating;
     int lead = leadOf(side);
     int behind = -lead;
     bool leading = lead > 0;
     bool trailing = lead < 0;
     bool lastRegular = s_.Period == periods_;
     int left = s_.Clock;
-    // The unit ratings in tenths, the scale the matching margins are set in.
-    double offense = onIceOffense(side) * 10;
-    double defense = onIceDefense(other(side)) * 10;
 
-    double a = 30 + aggressivenessAdj(plan);
-    if (5 + 5 * rnd() < rating) a = 50 + adj(BreakoutAdj::HighPotential);
-    if (7 + 3 * rnd() < rating) a = 80;
-    if (2 + 3 * rnd() > rating) a = 10 + adj(BreakoutAdj::LowPotential);
-    if (1 + 2 * rnd() > rating) a = 0;
-    if (leading) a += adj(BreakoutAdj::Leading);
-    if (trailing) a += adj(BreakoutAdj::Trailing);
-    if (offense > defense + 10 + rand(20))
-        a += adj(BreakoutAdj::Overmatched);
-    else if (offense < defense - 10 - rand(20))
-        a += adj(BreakoutAdj::Undermatched);
-    if (lead > 2 + rand(3)) a *= .1;
-    if (lead > 1 + rand(3)) a *= .5;
-    if (leading && s_.Period >= 2) a *= .5;
-    if (lead > 1 && lastRegular) a *= .5;
-    if (lead > 1 && lastRegular && left <= 360 + rand(360)) a = 0;
-    if (leading && lastRegular && left <= 180) a = 0;
-    if (behind > 1 + rand(3) && s_.Period >= rand(2)) a = (a + 3) * 1.1;
-    if (behind > rand(2) && lastRegular) a = (a + 2) * 1.1;
-    if (trailing && s_.Period >= periods_ && left < 480 + rand(480)) a = (a + 3) * 1.1;
-    if (behind > 1 && lastRegular && left <= 90 + rand(90)) a += 20;
-    if (trailing && lastRegular && left <= 60 + rand(60)) a = 100;
-    if (rand(100) <= a) call = Call::Aggressive;
-
-    double safe = 15;
-    if (5 + 5 * rnd() < rating) safe = 7 - adj(BreakoutAdj::HighPotential);
-    if (7 + 3 * rnd() < rating) safe = 2;
-    if (2 + 3 * rnd() > rating) safe = 1.5 * safe - adj(BreakoutAdj::LowPotential);
-    if (5 + 2 * rnd() < rating) safe = 0;
-    if (leading) safe -= adj(BreakoutAdj::Leading);
-    if (trailing) safe -= adj(BreakoutAdj::Trailing);
-    if (offense > defense + 10 + rand(20))
-        safe -= adj(BreakoutAdj::Overmatched);
-    else if (offense < defense - 10 - rand(20))
-        safe += adj(BreakoutAdj::Undermatched);
-    if (behind > 2 + rand(3)) safe = 0;
-    if (behind > 1 + rand(3)) safe *= .5;
-    if (behind > 1 && lastRegular) {
-        safe *= .5;
-        if (left <= 360 + rand(360)) safe = 0;
+    Call call = Call::Balanced;
+    // An empty net at the other end sends everyone forward, whatever else
+    // stands; a pulled goalie of one's own, or a man short, settles the
+    // breakout before the rest is weighed.
+    const bool emptyNetAhead = s_.GoaliePulled[at(other(side))];
+    const bool shortHanded = s_.Skaters[at(side)] < s_.Skaters[at(other(side))];
+    const bool ownNetEmpty = s_.GoaliePulled[at(side)];
+    if (emptyNetAhead) {
+        s_.coach.ownLastCall[at(side)] = Call::Aggressive;
+        return Call::Aggressive;
     }
-    if (lead > 2 + rand(3)) safe = 50;
-    if (lead > 1 + rand(3)) safe = (safe + 5) * 1.5;
-    if (lead > 1) safe = (safe + 5) * 1.5;
-    if (leading) safe = (safe + 5) * 1.5;
-    if (leading && lastRegular) {
-        if (left <= 360 + rand(360)) safe *= 2;
-        if (left <= 180) safe *= 2;
-    }
-    if (lead > 1 && lastRegular && left <= 180) safe = 100;
-    if (rand(100) <= safe) call = Call::Safe;
+    if (ownNetEmpty) {
+        call = Call::Safe;
+    } else if (shortHanded) {
+        call = r.randAtMost(100, 50) ? Call::Clear : Call::Safe;
+    } else {
+        if (r.rand(10) <= 2) call = s_.coach.ownLastCall[at(side)];
+        double rating = faceoff ? 5 : s_.PlayRating;
+        // The unit ratings in tenths, the scale the matching margins are set in.
+        double offense = onIceOffense(side) * 10;
+        double defense = onIceDefense(other(side)) * 10;
+        // offense > defense + 10 + rand(20), and offense < defense - 10 - rand(20)
+        auto overmatched = [&] { return r.overRand(offense, defense + 10, 20); };
+        auto undermatched = [&] { return r.overRand(-offense, -(defense - 10), 20); };
 
-    if (s_.Skaters[at(side)] < s_.Skaters[at(other(side))]) call = rand(100) <= 50 ? Call::Clear : Call::Safe;
-    if (s_.GoaliePulled[at(side)]) call = Call::Safe;
-    if (lastRegular && trailing && ((left < 360 && rand(2) == 1) || left < 120)) call = Call::Safe;
-    if (lead >= 3 && ((lastRegular && rand(2) == 1) || (left > 300 + rand(600) && rand(2) == 1))) {
+        double a = 30 + aggressivenessAdj(plan);
+        if (r.over(rating, 5, 5)) a = 50 + adj(BreakoutAdj::HighPotential);
+        if (r.over(rating, 7, 3)) a = 80;
+        if (r.under(rating, 2, 3)) a = 10 + adj(BreakoutAdj::LowPotential);
+        if (r.under(rating, 1, 2)) a = 0;
+        if (leading) a += adj(BreakoutAdj::Leading);
+        if (trailing) a += adj(BreakoutAdj::Trailing);
+        if (overmatched())
+            a += adj(BreakoutAdj::Overmatched);
+        else if (undermatched())
+            a += adj(BreakoutAdj::Undermatched);
+        if (r.overRand(lead, 2, 3)) a *= .1;
+        if (r.overRand(lead, 1, 3)) a *= .5;
+        if (leading && s_.Period >= 2) a *= .5;
+        if (lead > 1 && lastRegular) a *= .5;
+        if (lead > 1 && lastRegular && !r.overRand(left, 360, 360)) a = 0;
+        if (leading && lastRegular && left <= 180) a = 0;
+        if (r.overRand(behind, 1, 3) && r.randAtMost(2, s_.Period)) a = (a + 3) * 1.1;
+        if (lastRegular && r.overRand(behind, 0, 2)) a = (a + 2) * 1.1;
+        if (trailing && s_.Period >= periods_ && r.underRand(left, 480, 480)) a = (a + 3) * 1.1;
+        if (behind > 1 && lastRegular && !r.overRand(left, 90, 90)) a += 20;
+        if (trailing && lastRegular && !r.overRand(left, 60, 60)) a = 100;
+        if (r.randAtMost(100, a)) call = Call::Aggressive;
+
+        double safe = 15;
+        if (r.over(rating, 5, 5)) safe = 7 - adj(BreakoutAdj::HighPotential);
+        if (r.over(rating, 7, 3)) safe = 2;
+        if (r.under(rating, 2, 3)) safe = 1.5 * safe - adj(BreakoutAdj::LowPotential);
+        if (r.over(rating, 5, 2)) safe = 0;
+        if (leading) safe -= adj(BreakoutAdj::Leading);
+        if (trailing) safe -= adj(BreakoutAdj::Trailing);
+        if (overmatched())
+            safe -= adj(BreakoutAdj::Overmatched);
+        else if (undermatched())
+            safe += adj(BreakoutAdj::Undermatched);
+        if (r.overRand(behind, 2, 3)) safe = 0;
+        if (r.overRand(behind, 1, 3)) safe *= .5;
+        if (behind > 1 && lastRegular) {
+            safe *= .5;
+            if (!r.overRand(left, 360, 360)) safe = 0;
+        }
+        if (r.overRand(lead, 2, 3)) safe = 50;
+        if (r.overRand(lead, 1, 3)) safe = (safe + 5) * 1.5;
+        if (lead > 1) safe = (safe + 5) * 1.5;
+        if (leading) safe = (safe + 5) * 1.5;
+        if (leading && lastRegular) {
+            if (!r.overRand(left, 360, 360)) safe *= 2;
+            if (left <= 180) safe *= 2;
+        }
+        if (lead > 1 && lastRegular && left <= 180) safe = 100;
+        if (r.randAtMost(100, safe)) call = Call::Safe;
+    }
+
+    if (lastRegular && trailing && (left < 120 || (left < 360 && r.rand(2) == 1))) call = Call::Safe;
+    const bool pressing = call == Call::Aggressive || call == Call::Balanced;
+    if (pressing && lead >= 3 && ((lastRegular && r.rand(2) == 1) || (r.overRand(left, 300, 600) && r.rand(2) == 1))) {
         if (call == Call::Aggressive) call = Call::Balanced;
         if (call == Call::Balanced) call = Call::Safe;
     }
-    if (lastRegular && rand(2) == 1 && lead > 4) call = Call::Safe;
+    if (lastRegular && lead > 4 && call != Call::Safe && r.rand(2) == 1) call = Call::Safe;
     if (!faceoff && s_.PlayZone == Zone::NeutralZone) {
         if (call == Call::Safe) call = Call::DumpChase;
         if (call == Call::Aggressive) call = Call::SkatePass;
     }
-    if (s_.GoaliePulled[at(other(side))]) call = Call::Aggressive;
-    if (lastRegular && trailing && left < 60 + rand(30)) call = Call::Aggressive;
-    if (lastRegular && behind > 1 && left < 120 + rand(60)) call = Call::Aggressive;
+    if (lastRegular && trailing && r.underRand(left, 60, 30)) call = Call::Aggressive;
+    if (lastRegular && behind > 1 && r.underRand(left, 120, 60)) call = Call::Aggressive;
 
     // What is kept is the kind of call, whatever the zone called it.
     Call kept = call == Call::DumpChase ? Call::Safe : call == Call::SkatePass ? Call::Aggressive : call;
@@ -525,12 +544,17 @@ void Game::loadMatchingPairs() {
 }
 
 bool Game::unitRested(int side, int line, bool forwards) const {
-    const SideTables& t = session_.side(side);
-    for (int slot = 0; slot < kRosterSlots; ++slot) {
-        if (!teams_[at(side)].candidate[at(slot)]) continue;
-        bool role = forwards ? t.lines.lineRole(line, slot) != ForwardRole::None
-                             : t.lines.pairRole(line, slot) != PairRole::None;
-        if (role && s_.Energy[at(side)][at(slot)] < kRestedEnergy) return false;
+    const LineTables& lines = session_.side(side).lines;
+    const BySlot<std::uint8_t>& roles =
+        forwards ? lines.LineRoleLive.at(at(line - 1)) : lines.LineFlagLive.at(at(line - 1));
+    const BySlot<bool>& dressed = teams_[at(side)].candidate;
+    // A line has a handful of men among fifty slots: eight slots at a time,
+    // most words hold nobody on it.
+    for (std::size_t first = 0; first < kRosterSlots; first += 8) {
+        if (slotWord(roles, first) == 0 || slotWord(dressed, first) == 0) continue;
+        const std::size_t last = std::min<std::size_t>(first + 8, kRosterSlots);
+        for (std::size_t slot = first; slot < last; ++slot)
+            if (dressed[slot] && roles[slot] != 0 && s_.Energy[at(side)][slot] < kRestedEnergy) return false;
     }
     return true;
 }
@@ -538,7 +562,7 @@ bool Game::unitRested(int side, int line, bool forwards) const {
 int Game::lineChangeDue(int side) {
     const SideTables& tables = session_.side(side);
     int margin = std::abs(leadOf(side));
-    if (margin >= 2 && s_.Clock < 30 + rng_.rand(10)) return kNoChange;
+    if (margin >= 2 && rng_.underRand(s_.Clock, 30, 10)) return kNoChange;
     if (s_.coach.pendingChange[at(side)]) return kTiredChange;
     const OnIce& ice = s_.onIce[at(side)];
     for (std::size_t pos = 0; pos < 5; ++pos) {
@@ -714,6 +738,8 @@ void Game::restoreEveryone() {
             s_.stint[at(side)][slot] = 0;
         }
     }
+    // A man whose energy tops 100 is no longer settled once restored.
+    trackFatigue();
 }
 
 // A computer coach's one timeout: at a stoppage late in a close last
@@ -721,7 +747,7 @@ void Game::restoreEveryone() {
 void Game::CoachTimeout() {
     if (!isFaceoff(s_.PlayZone) || play_.full() || s_.coach.tvTimeoutThisStep) return;
     if (session_.league().rules.TimeoutsAllowedCheck != 1 || s_.Period != periods_) return;
-    if (std::abs(leadOf(kVisitor)) > 2 || s_.Clock >= 120 + rng_.rand(60)) return;
+    if (std::abs(leadOf(kVisitor)) > 2 || !rng_.underRand(s_.Clock, 120, 60)) return;
     for (int side : {kVisitor, kHome}) {
         if (coach(side) != CoachKind::Computer || !s_.coach.timeoutLeft[at(side)] || s_.coach.coachTimeoutThisStep)
             continue;
@@ -759,26 +785,38 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         bool topLine = false;
         for (std::size_t pos = 0; pos < 3; ++pos) {
             int slot = ice.slot[pos];
-            if (slot != kNoSlot && tables.rate(RateSet::Real, slot).AverageMinutes > 22 + 4 * rng_.rnd())
+            if (!topLine && slot != kNoSlot && rng_.over(tables.rate(RateSet::Real, slot).AverageMinutes, 22, 4))
                 topLine = true;
         }
         // Who is on, by slot: one pass over the six places instead of a
         // search of them for each of the roster's slots.
-        std::array<bool, kRosterSlots> onIce{};
+        std::uint64_t onIce = 0;
         for (int slot : ice.slot)
-            if (slot >= 0 && slot < kRosterSlots) onIce[at(slot)] = true;
+            if (slot >= 0 && slot < kRosterSlots) onIce |= std::uint64_t{1} << slot;
+        // Only the men who could have anything to charge are visited; the
+        // rest sit as they were and SetEnergy passes them over too. A man
+        // sent out joins them until he has sat long enough to settle.
+        std::uint64_t& tracked = fatigueTracked_[at(side)];
+        tracked |= onIce;
+        // Time running backwards would charge the bench too.
+        if (t < 0) tracked = kAllSlots;
+        rested[at(side)] = ~tracked & kAllSlots;
         // A man who has sat since the game began (or since a timeout rested
         // everyone) has nothing to charge: he has no seconds to recover and
         // no stint, and his bench rate can't push him above zero.
         const bool restful = t >= 0;
-        for (int slot = 0; slot < kRosterSlots; ++slot) {
-            const bool on = onIce[at(slot)];
+        for (std::uint64_t left = tracked; left != 0; left &= left - 1) {
+            const int slot = std::countr_zero(left);
+            const bool on = (onIce >> slot) & 1;
             if (!on && restful && s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
                 !s_.coach.wasOn[at(side)][at(slot)] &&
                 (tables.ShiftLimit[at(slot)] <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
                 const bool settled = tables.ShiftLimit[at(slot)] <= 0 ||
                                      s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
                 rested[at(side)] |= std::uint64_t{settled} << slot;
+                // Settled, he stays so until he is sent out again, and the
+                // ice is added to the visited slots at every charge.
+                if (settled) tracked &= ~(std::uint64_t{1} << slot);
                 continue;
             }
             PlayerRecord& p = tables.player(slot);
@@ -809,7 +847,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             } else {
                 int e = s_.Energy[at(side)][at(slot)];
                 double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
-                if (limit > 90 + 20 * rng_.rnd()) {
+                if (rng_.over(limit, 90, 20)) {
                     double f = isDefenseman(p) ? .006 : .003;
                     rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
                 }
@@ -818,18 +856,18 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 const SetRates& real = tables.rate(RateSet::Real, slot);
                 const SetRates& replay = tables.rate(RateSet::Replay, slot);
                 double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
-                if (real.AverageMinutes >= 10 && ratio < .92 + .05 * rng_.rnd()) rate *= .95;
+                if (real.AverageMinutes >= 10 && rng_.under(ratio, .92, .05)) rate *= .95;
                 int replayGames = statLine(p, StatLineIndex::Replay).GP;
-                if (replayGames >= 10 + rng_.rand(10) && real.AverageMinutes >= 18 && ratio < .95 + .04 * rng_.rnd())
+                if (real.AverageMinutes >= 18 && rng_.randAtMost(10, replayGames - 10) && rng_.under(ratio, .95, .04))
                     rate *= .9;
                 secs += t * rate;
                 s_.stint[at(side)][at(slot)] += t;
                 if (secs >= 5 && t >= 5) {
-                    if (ratio >= 1 + .07 * rng_.rnd())
+                    if (!rng_.under(ratio, 1, .07))
                         secs += 1;
-                    else if (ratio <= .98 - .03 * rng_.rnd())
+                    else if (!rng_.over(ratio, .98, -.03))
                         secs -= 2;
-                    else if (ratio <= 1 - .07 * rng_.rnd())
+                    else if (!rng_.over(ratio, 1, -.07))
                         secs -= 1;
                 }
             }
@@ -851,8 +889,27 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     return rested;
 }
 
+void Game::trackFatigue() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        const BySlot<bool>& dressed = teams_[at(side)].candidate;
+        std::uint64_t tracked = 0;
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            // Off the ice a man whose fatigue is at rest stays there unless
+            // his shift limit is short of energy to recover with.
+            const int limit = tables.ShiftLimit[at(slot)];
+            const int maxEnergy = tables.MaxEnergy[at(slot)];
+            const bool still =
+                s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
+                !s_.coach.wasOn[at(side)][at(slot)] &&
+                (limit <= 0 || (maxEnergy > 50 && s_.Energy[at(side)][at(slot)] == std::min(maxEnergy, 100)));
+            if (dressed[at(slot)] || !still) tracked |= std::uint64_t{1} << slot;
+        }
+        fatigueTracked_[at(side)] |= tracked;
+    }
+}
+
 void Game::SetEnergy(const std::array<std::uint64_t, 2>& rested) {
-    constexpr std::uint64_t kAllSlots = (std::uint64_t{1} << kRosterSlots) - 1;
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = session_.side(side);
         // The slots in order, lowest first, so any draws come as they always have.

@@ -216,13 +216,14 @@ void Game::tensionBeforeDraw() {
         if (penaltiesTaken(side) <= need) return;
     }
     if (!(rng_.rand(3) == 1 || s_.Clock == 1200)) return;
-    if (std::abs(s_.Score[0] - s_.Score[1]) > rng_.rand(3) || s_.Period < rng_.rand(3)) return;
+    if (rng_.overRand(std::abs(s_.Score[0] - s_.Score[1]), 0, 3) || rng_.underRand(s_.Period, 0, 3)) return;
     for (int side : {kVisitor, kHome}) {
         bool fighter = false;
         for (int pos = 0; pos < 5; ++pos) {
             int slot = s_.onIce[at(side)].slot[at(pos)];
             if (slot == kNoSlot) continue;
-            if (session_.side(side).rate(RateSet::Real, slot).FightsPer1000 > 1 + 3 * rng_.rnd()) fighter = true;
+            if (!fighter && rng_.over(session_.side(side).rate(RateSet::Real, slot).FightsPer1000, 1, 3))
+                fighter = true;
         }
         if (!fighter) return;
     }

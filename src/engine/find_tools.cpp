@@ -56,13 +56,6 @@ std::string_view text(RushType r) {
 
 // ---- Shared pieces ---------------------------------------------------------------
 
-int Game::slotAt(int side, int pos) const {
-    if (pos < 0 || pos >= static_cast<int>(kIcePositions)) return kNoSlot;
-    return s_.onIce[at(side)].slot[at(pos)];
-}
-
-int Game::positionsInPlay(int side) const { return s_.GoaliePulled[at(side)] ? 6 : 5; }
-
 int Game::positionOf(int side, int slot) const {
     if (slot == kNoSlot) return kNoPos;
     for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos)
@@ -72,31 +65,34 @@ int Game::positionOf(int side, int slot) const {
 
 bool Game::alternateReality() const { return session_.league().rules.AlternateRealityCheck == 1; }
 
-bool Game::available(int side, int slot) const { return slot != kNoSlot && !s_.find.PlayerOut[at(side)][at(slot)]; }
-
-bool Game::stickBroken(int side, int slot) const { return slot != kNoSlot && s_.find.BrokenStick[at(side)][at(slot)]; }
-
 // The weighted draw: running totals over the rows, scaled down to 30000
 // when larger, a pick by Rand(total); the first row whose running total
-// reaches the draw wins. No weight at all leaves the default.
-int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows, int fallback) {
+// reaches the draw wins. No weight at all gives kNoPos, for the caller's
+// default; a single row with weight wins without a draw.
+int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows) {
     std::array<std::int64_t, kIcePositions> running{};
     std::int64_t total = 0;
+    int weighted = 0;
+    int only = kNoPos;
     for (int i = 0; i < rows; ++i) {
+        if (w[at(i)] > 0) {
+            ++weighted;
+            only = i;
+        }
         total += std::max(0, w[at(i)]);
         running[at(i)] = total;
     }
-    if (total <= 0) return fallback;
+    if (weighted <= 1) return only;
     if (total > 30000) {
         double f = 30000.0 / static_cast<double>(total);
         for (int i = 0; i < rows; ++i) running[at(i)] = std::llround(roundHalfEven(running[at(i)] * f));
         total = running[at(rows - 1)];
-        if (total <= 0) return fallback;
+        if (total <= 0) return kNoPos;
     }
     auto v = static_cast<std::int64_t>(rng_.rand(static_cast<int>(total)));
     for (int i = 0; i < rows; ++i)
         if (v <= running[at(i)]) return i;
-    return fallback;
+    return kNoPos;
 }
 
 // ---- The carrier -----------------------------------------------------------------
@@ -117,81 +113,85 @@ std::int32_t Game::carrierWeight(int pos, int unitPPG) {
     const bool pp = powerPlay(side);
     const bool sh = powerPlay(other(side));
     const bool point = pos == 3 || pos == 4;
+    // A man with a broken stick isn't picked: nothing else about him counts.
+    if (stickBroken(side, slot)) return 0;
     double q = .25;
     if (unitPPG > 0 && real.Goals > 0) q = static_cast<double>(real.PPG) / real.Goals;
 
     std::int32_t w = whole(S * 10 * (1 - q));
     w = whole(w - A * 5);
     if (w < S * .1) w = whole(S * .1);
-    if (S > 6 + 3 * rng_.rnd() && A < 1.5 + rng_.rnd()) times(w, .6);
-    double r = rng_.rnd();
-    if (A > 2 + 2 * r && A > (1.8 + .4 * rng_.rnd()) * G) times(w, 3);
+    if (rng_.over(S, 6, 3) && rng_.under(A, 1.5, 1)) times(w, .6);
+    if (rng_.over(A, 2, 2) && rng_.over(A, 1.8, .4, G)) times(w, 3);
     if (point) times(w, .65);
     if (pp && point) {
-        if (!hasFlag(p, Flag::Defense) && real.PPG >= rng_.rand(7)) times(w, 5);
+        if (!hasFlag(p, Flag::Defense) && rng_.randAtMost(7, real.PPG)) times(w, 5);
         times(w, .55);
-        if (q > .2 + .2 * rng_.rnd() && real.PPG >= rng_.rand(7)) times(w, 3);
+        if (rng_.over(q, .2, .2) && rng_.randAtMost(7, real.PPG)) times(w, 3);
     }
     if (pp && unitPPG > 0) {
-        if (q < .25 - .1 * rng_.rnd()) times(w, .2);
-        if (q < .15 - .1 * rng_.rnd()) times(w, .2);
-        if (q < .1 * rng_.rnd()) times(w, .2);
-        if (q > .25 + .1 * rng_.rnd()) times(w, 3);
-        if (q > .35 + .1 * rng_.rnd()) times(w, 3);
-        if (q > .45 + .1 * rng_.rnd()) times(w, 3);
+        if (rng_.under(q, .25, -.1)) times(w, .2);
+        if (rng_.under(q, .15, -.1)) times(w, .2);
+        if (rng_.under(q, 0, .1)) times(w, .2);
+        if (rng_.over(q, .25, .1)) times(w, 3);
+        if (rng_.over(q, .35, .1)) times(w, 3);
+        if (rng_.over(q, .45, .1)) times(w, 3);
     }
     int usage = p.UsageSogAggressiveness == 0 ? 3 : p.UsageSogAggressiveness;
     times(w, (usage - 3) * .2 + 1);
-    if (pp && real.PPG >= rng_.rand(5)) {
+    if (pp && rng_.randAtMost(5, real.PPG)) {
         double pace = (real.PPG / (real.GP + 1.0)) / (.58 / 2.67);
-        if (pace >= 1 + .2 * rng_.rnd())
+        if (!rng_.under(pace, 1, .2))
             times(w, 3);
-        else if (pace <= 1 - .2 * rng_.rnd())
+        else if (!rng_.over(pace, 1, -.2))
             times(w, .5);
-        if (replay.GP >= 3 + rng_.rand(10) && real.PPG > 0) {
+        if (real.PPG > 0 && rng_.randAtMost(10, replay.GP - 3)) {
             double m = (replay.PPG / (replay.GP + 1.0)) / (real.PPG / (real.GP + 1.0));
-            if (m >= 1 + .2 * rng_.rnd())
+            if (!rng_.under(m, 1, .2))
                 times(w, .5);
-            else if (m <= 1 - .2 * rng_.rnd())
+            else if (!rng_.over(m, 1, -.2))
                 times(w, 3);
         }
     }
-    if (sh && real.SHG >= rng_.rand(3)) {
+    if (sh && rng_.randAtMost(3, real.SHG)) {
         double pace = (real.SHG / (real.GP + 1.0)) / (.08 / 2.67);
-        if (pace >= 1 + .5 * rng_.rnd())
+        if (!rng_.under(pace, 1, .5))
             times(w, 2);
-        else if (pace <= 1 - .5 * rng_.rnd())
+        else if (!rng_.over(pace, 1, -.5))
             times(w, .5);
-        if (replay.GP >= 3 + rng_.rand(10) && real.SHG > 0) {
+        if (real.SHG > 0 && rng_.randAtMost(10, replay.GP - 3)) {
             double m = (replay.SHG / (replay.GP + 1.0)) / (real.SHG / (real.GP + 1.0));
-            if (m >= 1 + .2 * rng_.rnd())
+            if (!rng_.under(m, 1, .2))
                 times(w, .5);
-            else if (m <= 1 - .2 * rng_.rnd())
+            else if (!rng_.over(m, 1, -.2))
                 times(w, 2);
         }
     }
     const double R = t.rate(RateSet::Replay, slot).ShotsPer60;
-    if (usage == 3 && shotSteering() && S > 0 && R > 0 && real.Sog > 50 + rng_.rand(50) &&
-        replay.Sog >= 5 + rng_.rand(5)) {
-        if (R > (1.05 + .05 * rng_.rnd()) * S) times(w, .5);
-        if (R > (1 + .05 * rng_.rnd()) * S) times(w, rng_.rnd());
-        if (R < (1 - .05 * rng_.rnd()) * S) times(w, 1 + rng_.rnd());
-        if (R < (1.05 - .05 * rng_.rnd()) * S) times(w, 1.5);
+    if (usage == 3 && S > 0 && R > 0 && shotSteering() && rng_.overRand(real.Sog, 50, 50) &&
+        rng_.randAtMost(5, replay.Sog - 5)) {
+        if (rng_.over(R, 1.05, .05, S)) times(w, .5);
+        if (rng_.over(R, 1, .05, S)) times(w, rng_.rnd());
+        if (rng_.under(R, 1, -.05, S)) times(w, 1 + rng_.rnd());
+        if (rng_.under(R, 1.05, -.05, S)) times(w, 1.5);
     }
     int energy = s_.Energy[at(side)][at(slot)];
     for (int e : {69, 49, 29})
         if (energy <= e) times(w, .8);
     if (alternateReality()) w = whole(w + p.FormBias * .05);
-    if (stickBroken(side, slot)) return 0;
     return std::max(w, 1);
 }
 
 // The steering of shot rates runs only where the replay is meant to follow
 // the real season: a real team against one of its own season.
-bool Game::shotSteering() const {
-    const SideTables& puck = session_.side(s_.PuckTeam);
-    const SideTables& opp = session_.side(s_.OtherTeam());
-    return puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
+bool Game::shotSteering() {
+    int& known = shotSteeringMemo_[at(s_.PuckTeam)];
+    if (known < 0) {
+        const SideTables& puck = session_.side(s_.PuckTeam);
+        const SideTables& opp = session_.side(s_.OtherTeam());
+        known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
+    }
+    return known == 1;
 }
 
 void Game::FindCarrier() {
@@ -212,7 +212,8 @@ void Game::FindCarrier() {
     }
     int pick = kNoPos;
     for (int tries = 0; tries < kMaxTries * 2; ++tries) {
-        pick = weightedPick(w, rows, 2 + rng_.rand(2));
+        pick = weightedPick(w, rows);
+        if (pick == kNoPos) pick = 2 + rng_.rand(2);
         int slot = slotAt(side, pick);
         if (slot == kNoSlot || !available(side, slot)) continue;
         if (stickBroken(side, slot) && tries < kMaxTries) continue;
@@ -264,6 +265,8 @@ std::int32_t Game::passerWeight(int pos, bool second) {
     const double R = t.rate(RateSet::Replay, slot).AssistsPer60;
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const bool pp = powerPlay(side);
+    // A man with a broken stick isn't picked: nothing else about him counts.
+    if (stickBroken(side, slot)) return 0;
 
     double& key = assistRateKey_[at(side)][at(slot)];
     double& fifth = assistRateFifth_[at(side)][at(slot)];
@@ -273,44 +276,43 @@ std::int32_t Game::passerWeight(int pos, bool second) {
     }
     std::int32_t w = f.Carrier == kNoSlot ? whole(A * A) + 1 : whole(fifth) + 1;
     if (!second) {
-        if (A > 2.5 + 1.5 * rng_.rnd()) times(w, 5);
-        if (A > (1.6 + .6 * rng_.rnd()) * G) times(w, 5);
-        if (A > 2.5 + rng_.rnd() && A > (1.6 + .6 * rng_.rnd()) * G) times(w, 5);
-        if (S > 7 + 4 * rng_.rnd() && A > 2 + 1.5 * rng_.rnd()) times(w, 5);
-        if (S > 8 + 4 * rng_.rnd() && A > 3 + rng_.rnd()) times(w, 5);
+        if (rng_.over(A, 2.5, 1.5)) times(w, 5);
+        if (rng_.over(A, 1.6, .6, G)) times(w, 5);
+        if (rng_.over(A, 2.5, 1) && rng_.over(A, 1.6, .6, G)) times(w, 5);
+        if (rng_.over(S, 7, 4) && rng_.over(A, 2, 1.5)) times(w, 5);
+        if (rng_.over(S, 8, 4) && rng_.over(A, 3, 1)) times(w, 5);
         bool topThere = false;
         if (f.TopPlaymaker != kNoSlot) {
             double top = std::min(t.rate(RateSet::Real, f.TopPlaymaker).AssistsPer60, 7.0);
-            topThere = top > 2.5 + 1.5 * rng_.rnd();
+            topThere = rng_.over(top, 2.5, 1.5);
             if (slot != f.TopPlaymaker && topThere) times(w, .5);
         }
         if (replay.GP >= 2) {
-            if (R > (1.05 + .05 * rng_.rnd()) * A) times(w, .5);
-            if (R > (1 + .05 * rng_.rnd()) * A) times(w, rng_.rnd());
-            if (R < (1 - .05 * rng_.rnd()) * A) times(w, 1 + rng_.rnd());
-            if (R < (1.05 - .05 * rng_.rnd()) * A) times(w, 3);
+            if (rng_.over(R, 1.05, .05, A)) times(w, .5);
+            if (rng_.over(R, 1, .05, A)) times(w, rng_.rnd());
+            if (rng_.under(R, 1, -.05, A)) times(w, 1 + rng_.rnd());
+            if (rng_.under(R, 1.05, -.05, A)) times(w, 3);
         }
         if (!pp) {
             times(w, .5);
-            if (p.PlayerYear <= 1965 + rng_.rand(10)) times(w, .5);
-            if (A < .5 * rng_.rnd()) times(w, .5);
+            if (!rng_.randAtMost(10, p.PlayerYear - 1966)) times(w, .5);
+            if (rng_.under(A, 0, .5)) times(w, .5);
         } else if (pos == 3 || pos == 4) {
             int topPos = positionOf(side, f.TopPlaymaker);
             times(w, (topPos == 3 || topPos == 4) && topThere ? 1.5 : 2.5);
         }
     } else {
-        if (statLine(p, StatLineIndex::Game).Assists >= 2 + rng_.rand(2)) times(w, .5);
+        if (rng_.randAtMost(2, statLine(p, StatLineIndex::Game).Assists - 2)) times(w, .5);
         if (replay.GP >= 2) {
-            if (R > (1 + .1 * rng_.rnd()) * A) times(w, rng_.rnd() * rng_.rnd());
-            if (R < (1 - .1 * rng_.rnd()) * A) times(w, 1 + rng_.rnd());
+            if (rng_.over(R, 1, .1, A)) times(w, rng_.rnd() * rng_.rnd());
+            if (rng_.under(R, 1, -.1, A)) times(w, 1 + rng_.rnd());
         }
         if (!pp || hasFlag(p, Flag::Defense)) {
             times(w, .5);
-            if (p.PlayerYear <= 1965 + rng_.rand(10)) times(w, .5);
+            if (!rng_.randAtMost(10, p.PlayerYear - 1966)) times(w, .5);
         }
     }
     if (alternateReality()) w = whole(w + p.FormBias * .05);
-    if (stickBroken(side, slot)) return 0;
     return std::max(w, 1);
 }
 
@@ -335,7 +337,8 @@ int Game::drawPasser(bool second) {
         if (second && slot == f.Passer1) continue;
         w[at(pos)] = passerWeight(pos, second);
     }
-    int pick = weightedPick(w, rows, 2 + rng_.rand(2));
+    int pick = weightedPick(w, rows);
+    if (pick == kNoPos) pick = 2 + rng_.rand(2);
     int slot = slotAt(side, pick);
     if (slot == kNoSlot || !available(side, slot) || slot == f.LastPasser) return kNoPos;
     if (second && slot == f.Passer1) return kNoPos;
@@ -385,11 +388,14 @@ void Game::FindPassers() {
         if (rng_.rand(10) > 9) break;
     }
 
-    // Eras differ in how many goals carry a second assist.
+    // Eras differ in how many goals carry a second assist. Without a
+    // second passer there is nothing to drop, and once dropped the second
+    // test can't change that.
+    if (f.Passer2 == kNoSlot) return;
     const EraFigures era = eraFiguresOf(t.team.TeamYear, side);
     double k = std::clamp((1.72 - era.assistsPerGoal) * 2500 * 1.35, 10.0, 999.0);
-    bool drop = rng_.rand(1000) <= k;
-    if (1 + .5 * rng_.rnd() > era.assistsPerGoal && rng_.rand(10) <= 9) drop = true;
+    bool drop = rng_.randAtMost(1000, k);
+    if (!drop && rng_.under(era.assistsPerGoal, 1, .5) && rng_.rand(10) <= 9) drop = true;
     if (drop) {
         f.Passer2 = kNoSlot;
         f.Passer2Pos = kNoPos;
@@ -471,7 +477,7 @@ void Game::FindPenalized() {
                     if (isGoalie(t.player(slot))) continue;
                     w[at(pos)] = penaltyWeight(side, pos);
                 }
-                pick = weightedPick(w, rows, kNoPos);
+                pick = weightedPick(w, rows);
                 for (int tries = 0; pick == kNoPos && tries < 1000; ++tries) {
                     int pos = rng_.rand(5) - 1;
                     int slot = slotAt(side, pos);
@@ -639,7 +645,8 @@ void Game::FindHitter() {
         }
         w[at(pos)] = x;
     }
-    int pick = weightedPick(w, rows, rng_.rand(5) - 1);
+    int pick = weightedPick(w, rows);
+    if (pick == kNoPos) pick = rng_.rand(5) - 1;
     if (slotAt(side, pick) == kNoSlot) pick = firstOccupied(side);
     f.HitterPos = pick;
     f.Hitter = slotAt(side, pick);

@@ -63,6 +63,8 @@ void Game::InitGame() {
     unitMemo_ = {};
     eraMemo_ = {};
     rosterSpecialGoals_ = {};
+    shotSteeringMemo_ = {-1, -1};
+    eraFiguresMemo_ = {};
     for (auto& side : assistRateKey_) side.fill(std::numeric_limits<double>::quiet_NaN());
     fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;
@@ -91,6 +93,8 @@ void Game::InitGame() {
     initNarration();
     coachInit();
     initChances();
+    fatigueTracked_ = {};
+    trackFatigue();
 }
 
 // A league game of the season rotates the goalies; the playoffs and
@@ -512,14 +516,14 @@ void Game::SetPlayTime() {
     double pt = 14.5 + 4 * rng_.rnd() - 4 * rng_.rnd();
     if (lastPeriod && s_.Clock < 120) pt *= .35;
     // A tied game late: both teams press.
-    if (lastPeriod && pt > 10 && s_.Clock < 90 + rng_.rand(90) && tied && shoot > 10 && shoot < 900) pt *= .8;
+    if (lastPeriod && pt > 10 && tied && shoot > 10 && shoot < 900 && rng_.underRand(s_.Clock, 90, 90)) pt *= .8;
     if (pt < 7) pt = 3 + rng_.rand(2);
     if (z == Zone::OffenseShooter) pt = pt * .45 + 3 * rng_.rnd() - 3 * rng_.rnd();
     if (z == Zone::OffenseZone || z == Zone::Rush) pt = pt * .55 + 3 * rng_.rnd() - 3 * rng_.rnd();
     pt *= 1.05;
-    if (t.team.TeamYear <= 1960 + rng_.rand(20)) pt *= .9;
+    if (!rng_.overRand(t.team.TeamYear, 1960, 20)) pt *= .9;
     if (s_.LastPlayResult == Result::Clear && stepStrength_[at(puck)] > stepStrength_[at(other)] &&
-        pt >= 12 + rng_.rand(10))
+        !rng_.underRand(pt, 12, 10))
         pt = std::max(pt * .8, 3.0);
     if (s_.Skaters[at(puck)] == s_.Skaters[at(other)] + 2) pt *= .8;
     if (s_.PlayResult == Result::MoveUp) pt = 3 + 3 * rng_.rnd() + 3 * rng_.rnd();
@@ -528,7 +532,7 @@ void Game::SetPlayTime() {
     if (rules.OTLengthlist > 0) pt *= 1 + rules.OTLengthlist * .07;
     if (rules.OTTypelist == 1) pt *= 1.05;
     if (session_.side(kHome).team.TeamType.view() == "C") pt *= .9;
-    if (pt > 40 && s_.Clock < 30 + rng_.rand(30)) pt = 30 + rng_.rand(10);
+    if (pt > 40 && rng_.underRand(s_.Clock, 30, 30)) pt = 30 + rng_.rand(10);
     if (s_.LastPlayResult == Result::Clear && pt <= 3) pt = 3 + rng_.rand(2);
     if (s_.PlayResult == Result::Penalty && pt >= 15) pt = 13 + rng_.rand(5);
     pt = std::max(pt, z == Zone::DefenseZone ? 5.0 : z == Zone::NeutralZone ? 4.0 : 3.0);
@@ -545,30 +549,30 @@ void Game::SetPlayTime() {
     if (lastPeriod && pt > 20 && s_.Clock < 120) pt *= .8;
 
     // The leader kills time; the trailing team hurries.
-    if (lead < 0 && s_.Clock < 60 + rng_.rand(60)) pt *= .7;
+    if (lead < 0 && rng_.underRand(s_.Clock, 60, 60)) pt *= .7;
     if (lead > 0) {
         if (s_.Period >= 2) {
             pt *= 1.05;
-            if (lead > rng_.rand(3)) pt *= 1.1;
-            if (lead > 2 + rng_.rand(3)) pt *= 1.1;
+            if (rng_.overRand(lead, 0, 3)) pt *= 1.1;
+            if (rng_.overRand(lead, 2, 3)) pt *= 1.1;
         }
         if (s_.Period == 3) {
             pt *= 1.05;
-            if (lead > rng_.rand(2)) pt *= 1.1;
-            if (lead > 2 + rng_.rand(2)) pt *= 1.2;
-            if (s_.Clock < 180 + rng_.rand(180) && lead > rng_.rand(3)) pt *= 1.1;
-            if (s_.Clock < 120 + rng_.rand(120)) pt *= 1.1;
-            if (s_.Clock < 60 + rng_.rand(60)) pt *= 1.1;
+            if (rng_.overRand(lead, 0, 2)) pt *= 1.1;
+            if (rng_.overRand(lead, 2, 2)) pt *= 1.2;
+            if (rng_.underRand(s_.Clock, 180, 180) && rng_.overRand(lead, 0, 3)) pt *= 1.1;
+            if (rng_.underRand(s_.Clock, 120, 120)) pt *= 1.1;
+            if (rng_.underRand(s_.Clock, 60, 60)) pt *= 1.1;
         }
     }
-    if (pt < 2 + rng_.rand(2)) pt = 2 + rng_.rand(2);
+    if (rng_.underRand(pt, 2, 2)) pt = 2 + rng_.rand(2);
 
     // Fit the play to the end of the nearest penalty.
     int pen = minPenaltyLeft();
     if (pt > 7 && pen < 30 && pen - pt <= 5) pt = pen - 5;
     if (pt > pen) pt = pen;
     double d = pen - pt;
-    if (d >= 1 && d <= 5 + rng_.rand(5)) pt = pen;
+    if (d >= 1 && !rng_.overRand(d, 5, 5)) pt = pen;
 
     if (rules.AllowOffensiveZonePlayCallsCheck == 0) pt *= isOffenseState(z) ? .65 : .95;
     // A season running ahead of its era's shots plays its plays longer. The
@@ -595,10 +599,21 @@ void Game::SetPlayTime() {
 // an era of 34 a team a game plays at par. The era is that of a skater
 // picked at random from the ice.
 double Game::eraPace(double pt) {
-    int side = rng_.rand(2) - 1;
-    int slot = s_.onIce[at(side)].slot[at(2 + rng_.rand(3))];
-    int year = slot == kNoSlot ? 0 : session_.side(side).player(slot).PlayerYear;
-    if (year < 1900 || year > 2050) year = 2014;
+    // The era of a man drawn from the last three places of either side;
+    // when they all share one, no draw is needed to find it.
+    auto yearAt = [&](int side, int pos) {
+        int slot = s_.onIce[at(side)].slot[at(pos)];
+        int year = slot == kNoSlot ? 0 : session_.side(side).player(slot).PlayerYear;
+        return year < 1900 || year > 2050 ? 2014 : year;
+    };
+    int year = yearAt(kVisitor, 3);
+    bool shared = true;
+    for (int side : {kVisitor, kHome})
+        for (int pos = 3; pos <= 5 && shared; ++pos) shared = yearAt(side, pos) == year;
+    if (!shared) {
+        int side = rng_.rand(2) - 1;
+        year = yearAt(side, 2 + rng_.rand(3));
+    }
     const EraRecord& era = session_.eraRow(year, 2014);
     bool college = session_.side(kHome).team.TeamType.view() == "C";
     double savePct = college ? era.CollegeSavePct : era.SavePct;
@@ -611,9 +626,9 @@ double Game::eraPace(double pt) {
     double events = penalties + shots + fights;
     if (year <= 2003) events -= std::min(.005 * (2003 - year), .2) * shots;
     if (events > 0) pt *= std::clamp((34 / events) * (34 / events), .7, 1.3);
-    if (penalties > 5.5 + 2 * rng_.rnd()) pt = (pt + 1) * 1.2;  // many whistles: longer stops
-    if (pim / 2 < 7 + 5 * rng_.rnd()) pt *= .93;
-    if (pim / 2 > 12 + 7 * rng_.rnd()) pt *= 1.1;
+    if (rng_.over(penalties, 5.5, 2)) pt = (pt + 1) * 1.2;  // many whistles: longer stops
+    if (rng_.under(pim / 2, 7, 5)) pt *= .93;
+    if (rng_.over(pim / 2, 12, 7)) pt *= 1.1;
     return pt;
 }
 

@@ -206,7 +206,11 @@ public:
     void playToEnd();
 
     [[nodiscard]] const GameState& state() const { return s_; }
-    GameState& editState() { return s_; }
+    // Whatever an edit touches, every slot's fatigue is charged from then on.
+    GameState& editState() {
+        fatigueTracked_.fill(~std::uint64_t{0} >> (64 - kRosterSlots));
+        return s_;
+    }
     [[nodiscard]] const GameSession& session() const { return session_; }
     // The lines of the last play as the presenter was shown them.
     [[nodiscard]] const std::vector<std::string>& playLines() const {
@@ -459,19 +463,30 @@ private:
     [[nodiscard]] double basePct() const;
     bool trailingLate();
     // Helpers of the picks (find_tools.cpp).
-    [[nodiscard]] int slotAt(int side, int pos) const;
-    [[nodiscard]] int positionsInPlay(int side) const;
+    [[nodiscard]] int slotAt(int side, int pos) const {
+        if (pos < 0 || pos >= static_cast<int>(kIcePositions)) return kNoSlot;
+        return s_.onIce[static_cast<std::size_t>(side)].slot[static_cast<std::size_t>(pos)];
+    }
+    [[nodiscard]] int positionsInPlay(int side) const {
+        return s_.GoaliePulled[static_cast<std::size_t>(side)] ? 6 : 5;
+    }
     [[nodiscard]] int positionOf(int side, int slot) const;
     [[nodiscard]] int firstOccupied(int side) const;
     // The man of `side` who shadows the other team's `target`, when the
     // side's plan pairs them and both are on the ice; kNoSlot otherwise.
     [[nodiscard]] int shadowOf(int side, int target) const;
     [[nodiscard]] bool alternateReality() const;
-    [[nodiscard]] bool available(int side, int slot) const;
-    [[nodiscard]] bool stickBroken(int side, int slot) const;
-    [[nodiscard]] bool shotSteering() const;
+    [[nodiscard]] bool available(int side, int slot) const {
+        return slot != kNoSlot && !s_.find.PlayerOut[static_cast<std::size_t>(side)][static_cast<std::size_t>(slot)];
+    }
+    [[nodiscard]] bool stickBroken(int side, int slot) const {
+        return slot != kNoSlot && s_.find.BrokenStick[static_cast<std::size_t>(side)][static_cast<std::size_t>(slot)];
+    }
+    // Asked every step; the teams and rules behind it hold through a game,
+    // so each side's answer is kept once worked out (cleared at InitGame).
+    [[nodiscard]] bool shotSteering();
     [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
-    int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows, int fallback);
+    int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows);
     std::int32_t carrierWeight(int pos, int unitPPG);
     std::int32_t passerWeight(int pos, bool second);
     std::int32_t penaltyWeight(int side, int pos);
@@ -588,6 +603,10 @@ private:
     // charge: nothing about his fatigue moved, so SetEnergy passes him over.
     std::array<std::uint64_t, 2> chargePlayers(double t);
     void SetEnergy(const std::array<std::uint64_t, 2>& rested);
+    // Marks, by side, the slots whose fatigue the clock may move: the men
+    // dressed and any whose rest isn't settled. Called as a game starts and
+    // when everyone is rested.
+    void trackFatigue();
 
     GameSession& session_;
     GameOptions options_;
@@ -637,6 +656,23 @@ private:
     // by side and slot, with the rate it was worked out from.
     std::array<BySlot<double>, 2> assistRateKey_{};
     std::array<BySlot<double>, 2> assistRateFifth_{};
+    // The slots chargePlayers visits, by side (see trackFatigue); a man put
+    // on the ice is added, and one whose fatigue has settled on the bench
+    // leaves.
+    std::array<std::uint64_t, 2> fatigueTracked_{};
+    // Answers kept for eraFiguresOf: the era table and the teams' levels
+    // hold through a game. Cleared when a game starts.
+    struct EraFiguresMemo {
+        bool used = false;
+        int year = 0;
+        int side = 0;
+        int fallback = 0;
+        EraFigures figures{};
+    };
+    mutable std::array<EraFiguresMemo, 6> eraFiguresMemo_{};
+    mutable std::size_t eraFiguresMemoNext_ = 0;
+    // shotSteering's answer by the side with the puck: -1 unknown, else 0 or 1.
+    std::array<int, 2> shotSteeringMemo_{-1, -1};
 
     int periods_ = 3;
     int minutes_ = 20;

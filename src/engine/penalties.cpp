@@ -775,10 +775,13 @@ void Game::PenaltyChances(PlayChances& c) {
     if (!s_.ProbeOnly) {
         int lead = pen.penaltiesCalled[at(opp)] - pen.penaltiesCalled[at(puck)];
         for (int extra : {0, 3, 5, 7})
-            if (lead > extra + rng_.rand(3)) o = per(o * .5);
+            if (rng_.overRand(lead, extra, 3)) o = per(o * .5);
         int calls = pen.periodPenalties[0] + pen.periodPenalties[1];
-        double busy = s_.Period == 1 ? 3 + 3 * rng_.rnd() : s_.Period == 2 ? 8 + 5 * rng_.rnd() : 10 + 5 * rng_.rnd();
-        if (calls >= busy) o = per(o * .3);
+        // A busy night: the calls so far against 3 + 3 * rnd() in the first
+        // period, 8 + 5 * rnd() in the second, 10 + 5 * rnd() after.
+        const double busyFrom = s_.Period == 1 ? 3 : s_.Period == 2 ? 8 : 10;
+        const double busySpan = s_.Period == 1 ? 3 : 5;
+        if (!rng_.under(calls, busyFrom, busySpan)) o = per(o * .3);
     }
     if (overtime) o = per(o * .25);
     if (s_.Skaters[0] != s_.Skaters[1]) o = std::max(1, per(o * .25));
@@ -820,7 +823,7 @@ void Game::PenaltyChances(PlayChances& c) {
     bool stop = s_.LastPlayResult == Result::Penalty || pen.DelayedState > 0 || s_.Clock < 20 ||
                 (overtime && s_.Skaters[0] != s_.Skaters[1]);
     if (stop) c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
-    if (s_.Period == 1 && s_.Clock > 900 + rng_.rand(120)) {
+    if (s_.Period == 1 && rng_.overRand(s_.Clock, 900, 120)) {
         c.PenaltyOppChance = per(c.PenaltyOppChance * .3);
         c.PenaltyOwnChance = per(c.PenaltyOwnChance * .3);
         c.PenaltyBothChance = per(c.PenaltyBothChance * .3);
@@ -886,17 +889,18 @@ int Game::FightChance() {
     double n = fightRate();
     if (n <= 0) return 0;
     bool close = std::abs(s_.Score[0] - s_.Score[1]) <= 1;
-    if (s_.Period >= periods_ && s_.Clock < 180 + rng_.rand(300) && close) n *= .1;
+    if (s_.Period >= periods_ && close && rng_.underRand(s_.Clock, 180, 300)) n *= .1;
     // Tension: a chippy, close game with many calls.
     PenaltyState& pen = s_.pen;
     for (int test = 0; test < 2 && !s_.ProbeOnly; ++test) {
-        if (rng_.rand(10) != 1 || !close) continue;
-        int need = 7 + rng_.rand(7);
-        if (pen.penaltiesCalled[0] >= need && pen.penaltiesCalled[1] >= need) pen.TensionFlag = true;
+        if (!close || rng_.rand(10) != 1) continue;
+        // Both sides have been called at least 7 + rand(7) times.
+        const int fewer = std::min(pen.penaltiesCalled[0], pen.penaltiesCalled[1]);
+        if (!pen.TensionFlag && !rng_.underRand(fewer, 7, 7)) pen.TensionFlag = true;
     }
     // Whole per mille, with the fraction drawn so that small chances keep their weight.
     double whole = std::floor(n);
-    return static_cast<int>(whole) + (rng_.rnd() < n - whole ? 1 : 0);
+    return static_cast<int>(whole) + (rng_.over(n - whole, 0, 1) ? 1 : 0);
 }
 
 // The men who drop the gloves: on each side the most willing skater on the

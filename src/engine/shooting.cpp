@@ -76,8 +76,15 @@ double limitByClass(double goalPct, int shotClass, double playerPct) {
 // ---- In the game --------------------------------------------------------------------
 
 EraFigures Game::eraFiguresOf(int year, int side, int fallback) const {
+    // A game asks about a handful of years, many times a step each.
+    for (const EraFiguresMemo& m : eraFiguresMemo_)
+        if (m.used && m.year == year && m.side == side && m.fallback == fallback) return m.figures;
     bool college = session_.side(side).team.TeamType.view() == "C";
-    return figuresOf(session_.eraRow(year, fallback), college ? EraLevel::College : EraLevel::Professional);
+    EraFiguresMemo& m = eraFiguresMemo_[eraFiguresMemoNext_];
+    eraFiguresMemoNext_ = (eraFiguresMemoNext_ + 1) % eraFiguresMemo_.size();
+    m = {true, year, side, fallback,
+         figuresOf(session_.eraRow(year, fallback), college ? EraLevel::College : EraLevel::Professional)};
+    return m.figures;
 }
 
 void Game::drawGoalieForm() {
@@ -256,7 +263,7 @@ void Game::GoalPct(PlayChances& c) {
         g += cc * 0.006;
         if (!s_.ProbeOnly) {
             g *= f.PowerPlayCalibration;
-            if (p && p->PlayerYear <= 1965 + rng_.rand(10)) g += 0.007;
+            if (p && !rng_.overRand(p->PlayerYear, 1965, 10)) g += 0.007;
         }
         if (s_.Skaters[at(side)] == s_.Skaters[at(opp)] + 2) g += cc * 0.004 + 0.1;
         if (pos != kNoPos && f.Spot[at(pos)] == kSpotOut) g = g * 1.1 + 0.01;
@@ -302,7 +309,7 @@ int Game::goalieYearOnIce(int side) const {
 
 bool Game::trailingLate() {
     int lead = s_.Score[at(s_.PuckTeam)] - s_.Score[at(s_.OtherTeam())];
-    return lead < 0 && s_.Period >= periods_ && s_.Clock < 360 + rng_.rand(360);
+    return lead < 0 && s_.Period >= periods_ && rng_.underRand(s_.Clock, 360, 360);
 }
 
 }  // namespace tallyrink

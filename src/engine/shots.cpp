@@ -100,16 +100,16 @@ void Game::cutAssists() {
     int side = s_.PuckTeam;
     const EraRecord& era = session_.eraRow(session_.side(side).team.TeamYear, 2009);
     double perGoal = session_.side(side).team.TeamType.view() == "C" ? era.CollegeAssistsPerGoal : era.AssistsPerGoal;
-    if (perGoal > 0 && perGoal < 1 + .2 * rng_.rnd() && rng_.rand(2) == 1) {
+    if (perGoal > 0 && rng_.under(perGoal, 1, .2) && rng_.rand(2) == 1) {
         f.Passer1 = kNoSlot;
         f.Passer2 = kNoSlot;
     }
     double goalsPer60 = f.Carrier == kNoSlot ? 0 : session_.side(side).rate(RateSet::Real, f.Carrier).GoalsPer60;
-    if (s_.LastPlayCall == Call::Penetrate && rng_.rand(10) == 1 && goalsPer60 > 7 * rng_.rnd()) {
+    if (s_.LastPlayCall == Call::Penetrate && rng_.over(goalsPer60, 0, 7) && rng_.rand(10) == 1) {
         f.Passer1 = kNoSlot;
         f.Passer2 = kNoSlot;
     }
-    if (s_.LastZone == Zone::Rush && rng_.rand(10) == 1 && goalsPer60 > 1 + 10 * rng_.rnd()) f.Passer2 = kNoSlot;
+    if (s_.LastZone == Zone::Rush && rng_.over(goalsPer60, 1, 10) && rng_.rand(10) == 1) f.Passer2 = kNoSlot;
     if (f.Passer1 == f.Carrier) f.Passer1 = kNoSlot;
     if (f.Passer2 == f.Carrier || f.Passer2 == f.Passer1) f.Passer2 = kNoSlot;
 }
@@ -227,9 +227,9 @@ ShotRebound Game::ReboundAfterShot() {
     double keep = band[0];
     if (edgeIndex() == 2 && d != kNoSlot) {
         int rating = session_.side(defenders).player(d).RatingDefense / 10;
-        if (rating >= 7 + rng_.rand(3))
+        if (!rng_.underRand(rating, 7, 3))
             keep *= .7;
-        else if (rating <= rng_.rand(5))
+        else if (!rng_.randAtMost(5, rating - 1))
             keep *= 1.3;
     }
     bool netEmpty = s_.GoaliePulled[at(defenders)];
@@ -354,9 +354,9 @@ SaveRebound Game::ReboundAfterSave(bool allowReboundShot) {
     if (edgeIndex() == 2) {
         int d = s_.onIce[at(defenders)].slot[at(3 + rng_.rand(2) - 1)];
         int rating = d == kNoSlot ? 5 : session_.side(defenders).player(d).RatingDefense / 10;
-        if (rating >= 7 + rng_.rand(3))
+        if (!rng_.underRand(rating, 7, 3))
             keep *= 1.5;
-        else if (rating <= rng_.rand(5))
+        else if (!rng_.randAtMost(5, rating - 1))
             keep *= .5;
     }
     const RulesRecord& rules = session_.league().rules;
@@ -457,8 +457,8 @@ int Game::pickReboundShooter(bool afterSave) {
         int pos = rng_.rand(100) == 1 ? 3 + rng_.rand(2) - 1 : rng_.rand(3) - 1;
         int left = ice.slot[kLeftDefensePos];
         int right = ice.slot[kRightDefensePos];
-        if (left != kNoSlot && rng_.rand(50) == 1 && shotsOf(left) > 6 + 6 * rng_.rnd()) pos = kLeftDefensePos;
-        if (right != kNoSlot && rng_.rand(55) == 1 && shotsOf(right) > 6 + 6 * rng_.rnd()) pos = kRightDefensePos;
+        if (left != kNoSlot && rng_.over(shotsOf(left), 6, 6) && rng_.rand(50) == 1) pos = kLeftDefensePos;
+        if (right != kNoSlot && rng_.over(shotsOf(right), 6, 6) && rng_.rand(55) == 1) pos = kRightDefensePos;
         if (afterSave && tries > limit) pos = 3 + rng_.rand(2) - 1;
         int slot = ice.slot[at(pos)];
         if (slot == kNoSlot) continue;

@@ -222,7 +222,7 @@ void Game::countHit() {
     PlayerRecord& p = session_.side(hitting).player(hitter);
     creditHit(p);
     double gain = 0;
-    if (7 - p.RatingSportsmanship <= rng_.rand(50)) gain += .1;
+    if (!rng_.randAtMost(50, 6 - p.RatingSportsmanship)) gain += .1;
     if (p.Enforcer == 1 && rng_.rand(100) <= 10) gain += .1;
     s_.Momentum += hitting == kVisitor ? gain : -gain;
     DescribeHit(hitting, hitter);
@@ -306,17 +306,18 @@ bool Game::joinsRush(int side, int pos) {
     double u = (p.UsagePenetrate - 3) * .2 + 1;
     bool defenseman = pos >= kDefensePositions[0];
     bool joins = false;
-    if (rng_.rand(2) == 1 && real.ShotsPer60 > (5 + 15 * rng_.rnd()) * u) joins = true;
-    if (real.ShotsPer60 > 8 + 8 * rng_.rnd()) joins = true;
-    if (rng_.rand(2) == 1 && real.AssistsPer60 > (1 + 6 * rng_.rnd()) * u) joins = true;
+    // Once he joins, the further reasons to join change nothing.
+    if (rng_.over(real.ShotsPer60, 5, 15, u) && rng_.rand(2) == 1) joins = true;
+    if (!joins && rng_.over(real.ShotsPer60, 8, 8)) joins = true;
+    if (!joins && rng_.over(real.AssistsPer60, 1, 6, u) && rng_.rand(2) == 1) joins = true;
     int forwardOdds = static_cast<int>(roundHalfEven(static_cast<int>(u * 3) + .5));
     int defenseOdds = static_cast<int>(roundHalfEven(static_cast<int>(u * 6) + .5));
-    if (!defenseman && rng_.rand(forwardOdds) == 1) joins = true;
-    if (defenseman && rng_.rand(defenseOdds) == 1) joins = true;
+    if (!joins && !defenseman && rng_.rand(forwardOdds) == 1) joins = true;
+    if (!joins && defenseman && rng_.rand(defenseOdds) == 1) joins = true;
     if (defenseman && joins && rng_.rand(2) == 1) {
         double as = real.AssistsPer60 + real.ShotsPer60;
-        if (as > (2 + 10 * rng_.rnd()) * u &&
-            (as < (8 + 8 * rng_.rnd()) * u || (p.PlayerYear <= 1965 + rng_.rand(10) && rng_.rand(3) >= 2)))
+        if (rng_.over(as, 2, 10, u) &&
+            (rng_.under(as, 8, 8, u) || (!rng_.overRand(p.PlayerYear, 1965, 10) && rng_.rand(3) >= 2)))
             joins = false;
     }
     if (rng_.rand(10) == 1) joins = false;

@@ -66,6 +66,49 @@ public:
     // A whole number from 1 to n: Int(rnd * n + 1). n <= 0 gives 1.
     int rand(int n) { return n <= 0 ? 1 : static_cast<int>(rnd() * n) + 1; }
 
+    // Tests of a value against a draw, `(lo + span * rnd()) * scale` or
+    // `lo + rand(n)`, that draw only when the draw can change the answer. A
+    // value beyond either end of the draw's range has its answer already and
+    // takes nothing from the stream; each answer keeps its chance. Rounding
+    // is monotonic, so the value for any draw lies between the values
+    // worked out for the ends of the range.
+
+    // x > (lo + span * rnd()) * scale
+    bool over(double x, double lo, double span, double scale = 1) {
+        const double a = lo * scale, b = (lo + span) * scale;
+        if (x > (a > b ? a : b)) return true;
+        if (x <= (a < b ? a : b)) return false;
+        return x > (lo + span * rnd()) * scale;
+    }
+    // x < (lo + span * rnd()) * scale
+    bool under(double x, double lo, double span, double scale = 1) {
+        const double a = lo * scale, b = (lo + span) * scale;
+        if (x < (a < b ? a : b)) return true;
+        if (x >= (a > b ? a : b)) return false;
+        return x < (lo + span * rnd()) * scale;
+    }
+    // x > lo + rand(n)
+    bool overRand(double x, double lo, int n) {
+        if (n <= 1) return x > lo + 1;
+        if (x > lo + n) return true;
+        if (x <= lo + 1) return false;
+        return x > lo + rand(n);
+    }
+    // x < lo + rand(n)
+    bool underRand(double x, double lo, int n) {
+        if (n <= 1) return x < lo + 1;
+        if (x < lo + 1) return true;
+        if (x >= lo + n) return false;
+        return x < lo + rand(n);
+    }
+    // rand(n) <= x
+    bool randAtMost(int n, double x) {
+        if (n <= 1) return 1 <= x;
+        if (x < 1) return false;
+        if (x >= n) return true;
+        return rand(n) <= x;
+    }
+
     // A seed from the clock and the system's entropy, for runs with no seed given.
     static std::uint64_t freshSeed() {
         std::random_device rd;

@@ -63,10 +63,9 @@ bool freeSkater(const LineupTeam& t, const OnIce& ice, int goalie, int slot) {
 int sourceLine(const LineupTeam& t, int line, bool forwards) {
     for (int hops = 0; line > 0 && hops < kLineSets; ++hops, line = fallbackLine(line)) {
         for (int s = 0; s < kRosterSlots; ++s) {
-            if (!t.candidate[static_cast<std::size_t>(s)]) continue;
             bool role = forwards ? t.lines->lineRole(line, s) != ForwardRole::None
                                  : t.lines->pairRole(line, s) != PairRole::None;
-            if (role) return line;
+            if (role && t.candidate[static_cast<std::size_t>(s)]) return line;
         }
     }
     return 0;
@@ -78,11 +77,12 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionL
                    IceSource source, IcePlacement& out) {
     if (line == 0) return;
     // Holders left over, in slot order; the first of them fills the next open place.
-    std::array<int, kRosterSlots> spare{};
+    std::array<int, kRosterSlots> spare;  // the first spareCount are set
     std::size_t spareCount = 0;
     std::size_t nextSpare = 0;
+    // The role is the cheap test and most slots hold none on the line, so it
+    // comes before the question of whether the man is free.
     for (int s = 0; s < kRosterSlots; ++s) {
-        if (!freeSkater(t, out.onIce, goalie, s)) continue;
         IcePos pos;
         if (forwards) {
             ForwardRole r = t.lines->lineRole(line, s);
@@ -95,6 +95,7 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionL
             if (r == PairRole::None) continue;
             pos = r == PairRole::Left ? IcePos::LeftDefense : IcePos::RightDefense;
         }
+        if (!freeSkater(t, out.onIce, goalie, s)) continue;
         bool open = wanted.contains(pos) && out.onIce[pos] == kNoSlot;
         if (open) {
             out.onIce[pos] = s;

@@ -626,5 +626,53 @@ TEST(WholeGames, EveryGameOfAMadeUpScheduleEndsLegallyAtLeagueRates) {
     EXPECT_LT(overtimes, 15);
 }
 
+// ---- Fatigue ----------------------------------------------------------------------
+
+// The clock's fatigue charge visits only the men whose fatigue can move.
+// Opening the state for an edit makes it visit every slot at the next
+// charge; two games with the same seed and the same calls, one of them
+// opened before every decision, must agree on everyone's fatigue after
+// every step, through the periods, penalties and injuries of whole games.
+TEST(Fatigue, ChargingOnlyTheMenWhoseFatigueCanMoveChangesNothing) {
+    RulesRecord rules = defaultRules(2017);
+    rules.NoComputerPlayCallsCheck = 1;  // one step a decision
+    auto decide = [](Game& g) {
+        const Zone z = g.state().PlayZone;
+        if (z == Zone::ContinueBox)
+            g.ContinueCommand();
+        else
+            g.OffenseCommand(g.ChooseCall(g.decidingSide()));
+    };
+    for (std::uint64_t seed : {3u, 11u, 29u}) {
+        auto sessionA = loaded(rules, seed);
+        auto sessionB = loaded(rules, seed);
+        GameOptions options = humans(seed);
+        options.autoLines = {true, true};
+        Recorder screenA, screenB;
+        Game quick(*sessionA, options, &screenA);
+        Game full(*sessionB, options, &screenB);
+        quick.InitGame();
+        full.InitGame();
+        quick.SetPlayBox();
+        full.SetPlayBox();
+        int decisions = 0;
+        for (; decisions < 20000 && !quick.state().GameEndedFlag; ++decisions) {
+            decide(quick);
+            full.editState();
+            decide(full);
+            const GameState& q = quick.state();
+            const GameState& f = full.state();
+            ASSERT_EQ(q.steps, f.steps) << "seed " << seed;
+            ASSERT_EQ(q.Energy, f.Energy) << "seed " << seed << " step " << q.steps;
+            ASSERT_EQ(q.ShiftSecs, f.ShiftSecs) << "seed " << seed << " step " << q.steps;
+            ASSERT_EQ(q.stint, f.stint) << "seed " << seed << " step " << q.steps;
+            ASSERT_EQ(q.coach.wasOn, f.coach.wasOn) << "seed " << seed << " step " << q.steps;
+        }
+        EXPECT_TRUE(quick.state().GameEndedFlag) << "seed " << seed;
+        EXPECT_GT(quick.state().steps, 200) << "seed " << seed;
+        EXPECT_EQ(quick.state().Score, full.state().Score) << "seed " << seed;
+    }
+}
+
 }  // namespace
 }  // namespace tallyrink

@@ -61,6 +61,58 @@ TEST(Random, TwisterMatchesTheStandardSequence) {
     EXPECT_EQ(saved.rnd(), next);
 }
 
+// The tests against a drawn threshold give the answer the draw would, and
+// take a number from the stream only when the answer depends on it.
+TEST(Random, ThresholdTestsDrawOnlyWhenTheAnswerIsOpen) {
+    // `test` runs the shortcut on one stream; `full` the plain expression on
+    // another; `open` says whether the answer may depend on the draw.
+    auto check = [](auto test, auto full, bool open, const char* what) {
+        for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+            Random quick(seed), plain(seed), untouched(seed);
+            ASSERT_EQ(test(quick), full(plain)) << what << " seed " << seed;
+            // The next number shows whether the shortcut drew.
+            double after = quick.rnd();
+            if (open)
+                ASSERT_EQ(after, plain.rnd()) << what;
+            else
+                ASSERT_EQ(after, untouched.rnd()) << what;
+        }
+    };
+    struct Case {
+        double x, lo, span, scale;
+        bool open;
+    };
+    // Values inside the reach of the draw, and either side of it (a value
+    // right on an end is open for one test and settled for the other).
+    for (Case c : {Case{5.5, 6, 3, 1, false}, Case{9.5, 6, 3, 1, false}, Case{7, 6, 3, 1, true},
+                   Case{0.2, 0.25, -0.1, 1, true}, Case{0.1, 0.25, -0.1, 1, false}, Case{0.3, 0.25, -0.1, 1, false},
+                   Case{4, 1.6, 0.6, 2, true}, Case{4.5, 1.6, 0.6, 2, false}, Case{3, 1.6, 0.6, 0, false},
+                   Case{1.5, 1, -0.05, -2, false}, Case{-1.95, 1, -0.05, -2, true}}) {
+        check([&](Random& r) { return r.over(c.x, c.lo, c.span, c.scale); },
+              [&](Random& r) { return c.x > (c.lo + c.span * r.rnd()) * c.scale; }, c.open, "over");
+        check([&](Random& r) { return r.under(c.x, c.lo, c.span, c.scale); },
+              [&](Random& r) { return c.x < (c.lo + c.span * r.rnd()) * c.scale; }, c.open, "under");
+    }
+    struct RandCase {
+        double x, lo;
+        int n;
+        bool open;
+    };
+    for (RandCase c :
+         {RandCase{4, 2, 3, true}, RandCase{6, 2, 3, false}, RandCase{2, 2, 3, false}, RandCase{-1, 2, 3, false},
+          RandCase{700, 360, 360, true}, RandCase{3.5, 2, 1, false}, RandCase{2.5, 2, 0, false}}) {
+        check([&](Random& r) { return r.overRand(c.x, c.lo, c.n); },
+              [&](Random& r) { return c.x > c.lo + r.rand(c.n); }, c.open && c.n > 1, "overRand");
+        check([&](Random& r) { return r.underRand(c.x, c.lo, c.n); },
+              [&](Random& r) { return c.x < c.lo + r.rand(c.n); }, c.open && c.n > 1, "underRand");
+    }
+    for (RandCase c : {RandCase{0, 0, 5, false}, RandCase{1, 0, 5, true}, RandCase{4.5, 0, 5, true},
+                       RandCase{5, 0, 5, false}, RandCase{1, 0, 1, false}, RandCase{0.5, 0, 0, false}}) {
+        check([&](Random& r) { return r.randAtMost(c.n, c.x); }, [&](Random& r) { return r.rand(c.n) <= c.x; }, c.open,
+              "randAtMost");
+    }
+}
+
 TEST(RoundHalfEven, HalvesGoToEven) {
     EXPECT_EQ(roundHalfEven(0.5), 0.0);
     EXPECT_EQ(roundHalfEven(1.5), 2.0);
