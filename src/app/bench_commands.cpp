@@ -12,6 +12,8 @@
 
 #include "app/cli.h"
 #include "engine/game.h"
+#include "league/file_images.h"
+#include "league/folder_names.h"
 #include "league/places.h"
 #include "league/rules.h"
 #include "league/schedule.h"
@@ -76,9 +78,13 @@ void bench(const GlobalOptions& options, const BenchOptions& o) {
     Checksum sum;
     int goals = 0;
     auto started = Clock::now();
+    // Games are set up as a run of the schedule sets them up: one session
+    // over the folder's names, listed once, and its files, read once.
+    FolderNames names(dir);
+    FileImages images;
+    GameSession session({dir, rules, &era, &schedule, &index, &names, &images});
     for (int i = 0; i < o.games; ++i) {
         const GameRecord& row = schedule.row(static_cast<std::size_t>(i) % schedule.size() + 1);
-        GameSession session({dir, rules, &era, &schedule, &index});
         Random loadDraws(static_cast<std::uint64_t>(i) + 1);
         session.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, loadDraws);
         GameOptions gameOptions;
