@@ -51,6 +51,10 @@ public:
 
 private:
     SeasonCalibration calibrationSoFar(const GameRecord& r, Random& draws);
+    // The run's decoded tables brought up to the files: only the slots the
+    // run wrote since the last look are decoded again.
+    void refreshTeams();
+    void refreshPlayers();
 
     ScheduleGamesOptions options_;
     FolderNames names_;
@@ -63,7 +67,11 @@ private:
     const Schedule* sessionSchedule_ = nullptr;
     // The team table changes with every game posted; the players' replay
     // games only choose the year a team plays by, so a day-old copy serves.
+    // Both are decoded from the images once and then kept up with the
+    // writes the images note.
     League totals_;
+    bool teamsRead_ = false;
+    bool playersRead_ = false;
     int playersDate_ = -1;
 };
 
