@@ -109,6 +109,7 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     posting.images = &images_;
     posting.writer = &writer_;
     posting.schedule = &schedule;
+    posting.books = &books_;
     return postScheduleGame(session, play, schedule, row, seed, posting);
 }
 

@@ -21,6 +21,7 @@
 #include "league/league.h"
 #include "postgame/game_done.h"
 #include "postgame/posting_journal.h"
+#include "postgame/record_book.h"
 
 namespace tallyrink {
 
@@ -61,6 +62,7 @@ private:
     FileImages images_;
     RunWriter writer_;
     LeaguePlayerIndex index_;
+    KeptRecordBooks books_;
     // One session for the run: each load sets its side up afresh, and a
     // session is large enough that making one per game shows.
     std::unique_ptr<GameSession> session_;
