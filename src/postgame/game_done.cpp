@@ -629,11 +629,14 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                     *listed = entry();
                 else if (table.back().PlayerNumber == 0 || value > table.back().Value)
                     table.back() = entry();
-                // Higher first; empty entries last.
-                std::stable_sort(table.begin(), table.end(), [](const LeaderEntry& a, const LeaderEntry& b) {
+                // Higher first; empty entries last. A table in order stays as
+                // it is, and most men change nothing.
+                auto before = [](const LeaderEntry& a, const LeaderEntry& b) {
                     if ((a.PlayerNumber == 0) != (b.PlayerNumber == 0)) return b.PlayerNumber == 0;
                     return a.Value > b.Value;
-                });
+                };
+                if (!std::is_sorted(table.begin(), table.end(), before))
+                    std::stable_sort(table.begin(), table.end(), before);
             }
         }
     }
