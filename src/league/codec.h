@@ -93,14 +93,38 @@ struct Wire<FixedText<N>> {
     static void put(std::uint8_t* p, const FixedText<N>& v) { std::memcpy(p, v.raw.data(), N); }
 };
 
+// Types whose bytes in memory are their bytes on the wire: tables of them
+// are copied whole instead of value by value.
+template <class T>
+inline constexpr bool kWireAsInMemory = false;
+template <>
+inline constexpr bool kWireAsInMemory<std::uint8_t> = true;
+template <>
+inline constexpr bool kWireAsInMemory<std::int16_t> = std::endian::native == std::endian::little;
+template <>
+inline constexpr bool kWireAsInMemory<std::int32_t> = std::endian::native == std::endian::little;
+template <>
+inline constexpr bool kWireAsInMemory<double> = std::endian::native == std::endian::little && sizeof(double) == 8;
+template <std::size_t N>
+inline constexpr bool kWireAsInMemory<FixedText<N>> = sizeof(FixedText<N>) == N;
+template <class T, std::size_t N>
+inline constexpr bool kWireAsInMemory<std::array<T, N>> = kWireAsInMemory<T> &&
+                                                          sizeof(std::array<T, N>) == N * sizeof(T);
+
 template <class T, std::size_t N>
 struct Wire<std::array<T, N>> {
     static constexpr std::size_t width = N * Wire<T>::width;
     static void get(const std::uint8_t* p, std::array<T, N>& v) {
-        for (std::size_t i = 0; i < N; ++i) Wire<T>::get(p + i * Wire<T>::width, v[i]);
+        if constexpr (kWireAsInMemory<std::array<T, N>>)
+            std::memcpy(v.data(), p, width);
+        else
+            for (std::size_t i = 0; i < N; ++i) Wire<T>::get(p + i * Wire<T>::width, v[i]);
     }
     static void put(std::uint8_t* p, const std::array<T, N>& v) {
-        for (std::size_t i = 0; i < N; ++i) Wire<T>::put(p + i * Wire<T>::width, v[i]);
+        if constexpr (kWireAsInMemory<std::array<T, N>>)
+            std::memcpy(p, v.data(), width);
+        else
+            for (std::size_t i = 0; i < N; ++i) Wire<T>::put(p + i * Wire<T>::width, v[i]);
     }
 };
 
@@ -159,6 +183,14 @@ struct Wire<R> {
 // file) read as zero, as they would from a never-written slot.
 template <Record R>
 R fromSlot(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() >= slotWidth<R>()) {
+        // A whole slot decodes where it lies.
+        R r{};
+        decode(bytes.data(), r);
+        if constexpr (tailWidth<R>() > 0)
+            std::memcpy(r.SlotTail.data(), bytes.data() + Layout<R>::size, tailWidth<R>());
+        return r;
+    }
     std::array<std::uint8_t, slotWidth<R>()> buf{};
     if (!bytes.empty()) std::memcpy(buf.data(), bytes.data(), std::min(bytes.size(), buf.size()));
     R r{};

@@ -252,9 +252,14 @@ std::string joined(const std::vector<std::string>& v) {
 }  // namespace
 
 std::string boxPlayerName(const PlayerRecord& p) {
-    std::string first = p.FirstName.str();
-    std::string name = p.LastName.str();
-    if (!first.empty()) name = fmt::format("{}. {}", first.front(), name);
+    std::string_view first = p.FirstName.view();
+    std::string_view last = p.LastName.view();
+    if (first.empty()) return std::string(last);
+    std::string name;
+    name.reserve(3 + last.size());
+    name += first.front();
+    name += ". ";
+    name += last;
     return name;
 }
 
