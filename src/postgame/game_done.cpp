@@ -825,7 +825,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             // The journal keeps only what differs from the image of the league's book.
             else if (o.images && folder == dir)
                 o.images->bytes(file);
-            RecordBook& book = o.books ? o.books->book(file) : *read;
+            RecordBook& book = o.books ? o.books->book(file, folder != dir) : *read;
             book.postPlayers(session, game);
             book.postTeams(session, game);
             for (FileChange& c : book.changes(name)) changes.push_back(std::move(c));

@@ -2,12 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
 
 #include "league/files.h"
 #include "team/positions.h"
@@ -678,35 +674,20 @@ void RecordBook::written() {
 
 // ---- The books of a run ------------------------------------------------------------
 
-namespace {
-
-// What tells a file changed by someone else: which file it is, its length and
-// the time of its last change. Missing: all -1.
-std::array<std::int64_t, 5> stampOf(const std::filesystem::path& file) {
-    struct stat st {};
-    if (::stat(file.c_str(), &st) != 0) {
-        if (errno == ENOENT) return {-1, -1, -1, -1, -1};
-        throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(errno)));
-    }
-    return {static_cast<std::int64_t>(st.st_dev), static_cast<std::int64_t>(st.st_ino),
-            static_cast<std::int64_t>(st.st_size), static_cast<std::int64_t>(st.st_ctim.tv_sec),
-            static_cast<std::int64_t>(st.st_ctim.tv_nsec)};
-}
-
-}  // namespace
-
-RecordBook& KeptRecordBooks::book(const std::filesystem::path& file) {
-    auto stamp = stampOf(file);
+RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared) {
     auto it = std::find_if(books_.begin(), books_.end(), [&](const Kept& k) { return k.file == file; });
-    if (it == books_.end() || it->stamp != stamp) {
-        RecordBook read = stamp[0] < 0 ? RecordBook() : RecordBook::fromBytes(readBytes(file));
-        if (it == books_.end()) {
-            books_.push_back({file, std::move(read), stamp, false});
-            it = std::prev(books_.end());
-        } else {
-            it->book = std::move(read);
-            it->stamp = stamp;
-        }
+    if (it != books_.end() && !shared) {
+        it->asked = true;
+        return it->book;
+    }
+    std::error_code ec;
+    std::vector<std::uint8_t> bytes;
+    if (std::filesystem::exists(file, ec)) bytes = readBytes(file);
+    if (it == books_.end()) {
+        books_.push_back({file, RecordBook::fromBytes(bytes), false});
+        it = std::prev(books_.end());
+    } else if (!std::ranges::equal(bytes, it->book.bytes())) {
+        it->book = RecordBook::fromBytes(bytes);
     }
     it->asked = true;
     return it->book;
@@ -716,7 +697,6 @@ void KeptRecordBooks::written() {
     for (Kept& k : books_) {
         if (!k.asked) continue;
         k.book.written();
-        k.stamp = stampOf(k.file);
         k.asked = false;
     }
 }

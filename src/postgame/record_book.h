@@ -92,6 +92,8 @@ public:
     // The changes are written: the book stands as its file now does, as if
     // read from it again, with nothing changed since.
     void written();
+    // The bytes of the file as the book stands.
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return raw_; }
 
 private:
     // Who a value is entered for, in the forms the entries hold.
@@ -117,14 +119,15 @@ private:
 };
 
 // The record books a run of many games posts into, kept decoded between its
-// games instead of read and decoded at each. A book is read again when its
-// file is found changed other than by the run (the book across leagues may
-// have another league's run posting into it), or after a posting that failed.
+// games instead of read and decoded at each. The league's own book is the
+// run's alone, as all its files are. The book across leagues may have
+// another league's run posting into it: its file is read at every ask and
+// the book decoded again when the bytes aren't what the run left.
 class KeptRecordBooks {
 public:
     // The book of the file as it stands (a missing file: an empty book).
     // Throws FileError for a file that can't be read.
-    RecordBook& book(const std::filesystem::path& file);
+    RecordBook& book(const std::filesystem::path& file, bool shared);
     // The changes of every book asked for since are written.
     void written();
     // A posting failed part way: every book is read again at its next ask.
@@ -134,7 +137,6 @@ private:
     struct Kept {
         std::filesystem::path file;
         RecordBook book;
-        std::array<std::int64_t, 5> stamp{};  // device, inode, length, time of change (s, ns)
         bool asked = false;
     };
     std::vector<Kept> books_;
