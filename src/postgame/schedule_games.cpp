@@ -1,5 +1,7 @@
 #include "postgame/schedule_games.h"
 
+#include <algorithm>
+
 #include "engine/game.h"
 #include "league/files.h"
 #include "postgame/game_summary.h"
@@ -64,11 +66,16 @@ void ScheduleGames::refreshPlayers() {
         playersRead_ = true;
         return;
     }
+    // A man is written at his team's load and again at its posting, and his
+    // team may play more than once between looks: each slot is decoded once.
+    std::vector<std::size_t> slots;
     for (auto [begin, end] : written.ranges) {
         auto [first, last] = slotsOf(begin, end, kPlayerSlot);
-        for (std::size_t r = first; r <= std::min(last, count); ++r)
-            rows[r - 1].player = readRecordVia<PlayerRecord>(&images_, path, kPlayerSlot, r);
+        for (std::size_t r = first; r <= std::min(last, count); ++r) slots.push_back(r);
     }
+    std::sort(slots.begin(), slots.end());
+    slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
+    for (std::size_t r : slots) rows[r - 1].player = readRecordVia<PlayerRecord>(&images_, path, kPlayerSlot, r);
 }
 
 SeasonCalibration ScheduleGames::calibrationSoFar(const GameRecord& r, Random& draws) {
