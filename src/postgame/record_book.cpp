@@ -470,6 +470,17 @@ void RecordBook::noteEntry(std::size_t r) {
         p.held[k] = !e.RecordName[k].blank();
         p.teamKey[k] = teamKey(e.RecordTeam[k].view());
     }
+    p.lastValue = e.RecordValue[kRecordPlaces - 1];
+}
+
+bool RecordBook::turnedAway(int category, RecordScope scope, int value, const Holder& who) const {
+    const Places& p = places_[recordNumber(category, scope)];
+    if (scope == RecordScope::Season)
+        for (std::size_t k = 0; k < kRecordPlaces; ++k)
+            if (p.held[k] && p.teamKey[k] == who.teamKey) return false;
+    constexpr std::size_t last = kRecordPlaces - 1;
+    // A fifth place nobody holds takes any value but nothing at all.
+    return p.held[last] ? !better(category, value, p.lastValue) : !(lowerIsBetter(category) || value > 0);
 }
 
 const RecordEntry& RecordBook::entry(int category, RecordScope scope) const {
@@ -567,7 +578,8 @@ void RecordBook::postPlayers(const GameSession& session, const FinishedGame& gam
             for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
                 bool season = scope == RecordScope::Season;
                 for (const auto& [c, stat] : playerCategories(goalie, scope))
-                    if (auto v = valueOf(stat, season, p, shootout)) insert(c, scope, *v, holder);
+                    if (auto v = valueOf(stat, season, p, shootout); v && !turnedAway(c, scope, *v, holder))
+                        insert(c, scope, *v, holder);
             }
         }
     }

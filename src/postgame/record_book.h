@@ -107,7 +107,11 @@ private:
     struct Places {
         std::array<bool, kRecordPlaces> held{};
         std::array<std::uint32_t, kRecordPlaces> teamKey{};
+        std::int16_t lastValue = 0;  // the fifth place's value
     };
+    // True when `value` can't enter nor move his own season place: most of
+    // a posting's values, told from the places alone.
+    [[nodiscard]] bool turnedAway(int category, RecordScope scope, int value, const Holder& who) const;
     static Holder holderOf(const RecordHolder& who);
     bool insert(int category, RecordScope scope, int value, Holder& who);
     void noteEntry(std::size_t r);
