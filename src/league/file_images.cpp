@@ -38,15 +38,22 @@ const std::vector<std::uint8_t>* FileImages::held(const std::filesystem::path& p
     return it == images_.end() ? nullptr : &it->second.bytes;
 }
 
-void FileImages::writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+FileImages::Image* FileImages::imageOf(const std::filesystem::path& path) {
     auto it = images_.find(path.string());
-    if (it == images_.end()) return;
-    if (it->second.watched) note(it->second, offset, offset + bytes.size());
-    auto& image = it->second.bytes;
+    return it == images_.end() ? nullptr : &it->second;
+}
+
+void FileImages::writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+    if (Image* image = imageOf(path)) put(*image, offset, bytes);
+}
+
+void FileImages::put(Image& image, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+    if (image.watched) note(image, offset, offset + bytes.size());
+    auto& held = image.bytes;
     auto end = static_cast<std::size_t>(offset) + bytes.size();
     // A gap past the old end reads as zero bytes, as on the disk.
-    if (image.size() < end) image.resize(end, 0);
-    std::copy(bytes.begin(), bytes.end(), image.begin() + static_cast<std::ptrdiff_t>(offset));
+    if (held.size() < end) held.resize(end, 0);
+    std::copy(bytes.begin(), bytes.end(), held.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
 void FileImages::replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {

@@ -44,6 +44,13 @@ public:
 
     // Keeping step with a write of the disk; a file without an image is let be.
     void writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes);
+    // Several writes of one file (each with `offset` and `bytes`), its image looked up once.
+    template <class Writes>
+    void writeEach(const std::filesystem::path& path, const Writes& writes) {
+        Image* image = imageOf(path);
+        if (image == nullptr) return;
+        for (const auto& w : writes) put(*image, w.offset, w.bytes);
+    }
     void replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
     void forget(const std::filesystem::path& path) { images_.erase(path.string()); }
 
@@ -65,6 +72,8 @@ private:
         Written written;
     };
     static void note(Image& image, std::uint64_t begin, std::uint64_t end);
+    Image* imageOf(const std::filesystem::path& path);
+    static void put(Image& image, std::uint64_t offset, std::span<const std::uint8_t> bytes);
 
     std::unordered_map<std::string, Image> images_;
 };

@@ -216,10 +216,8 @@ void RunWriter::writeManyAt(const std::filesystem::path& path, std::span<const A
     }
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
     spans.reserve(changes.size());
-    for (const At& c : changes) {
-        images_.writeAt(path, c.offset, c.bytes);
-        spans.emplace_back(c.offset, c.offset + c.bytes.size());
-    }
+    images_.writeEach(path, changes);
+    for (const At& c : changes) spans.emplace_back(c.offset, c.offset + c.bytes.size());
     std::sort(spans.begin(), spans.end());
     std::size_t k = 0;
     while (k < spans.size()) {
