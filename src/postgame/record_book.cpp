@@ -2,8 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 
 #include "league/files.h"
 #include "team/positions.h"
@@ -692,9 +698,32 @@ RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared
         it->asked = true;
         return it->book;
     }
-    std::error_code ec;
-    std::vector<std::uint8_t> bytes;
-    if (std::filesystem::exists(file, ec)) bytes = readBytes(file);
+    // Read into the same buffer at every game: a fresh one of this size is
+    // mapped and faulted in anew each time.
+    std::vector<std::uint8_t>& bytes = scratch_;
+    bytes.clear();
+    int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0 && errno != ENOENT)
+        throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(errno)));
+    if (fd >= 0) {
+        struct stat st {};
+        bool ok = ::fstat(fd, &st) == 0;
+        std::size_t got = 0;
+        if (ok) {
+            bytes.resize(static_cast<std::size_t>(st.st_size));
+            while (got < bytes.size()) {
+                ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
+                if (n < 0 && errno == EINTR) continue;
+                if (n < 0) ok = false;
+                if (n <= 0) break;
+                got += static_cast<std::size_t>(n);
+            }
+        }
+        int err = errno;
+        ::close(fd);
+        if (!ok) throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(err)));
+        bytes.resize(got);
+    }
     if (it == books_.end()) {
         books_.push_back({file, RecordBook::fromBytes(bytes), false});
         it = std::prev(books_.end());

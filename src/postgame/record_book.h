@@ -144,6 +144,7 @@ private:
         bool asked = false;
     };
     std::vector<Kept> books_;
+    std::vector<std::uint8_t> scratch_;  // a shared book's file as last read
 };
 
 // A player's value of a category (1 to 199) for the scope; nothing when the
