@@ -306,11 +306,18 @@ R fromSlot(std::span<const std::uint8_t> bytes) {
     return r;
 }
 
+// Encodes a whole slot, the record and the tail it keeps, into the
+// slotWidth<R>() bytes at `out`.
+template <Record R>
+void putSlot(const R& r, std::uint8_t* out) {
+    encode(r, out);
+    if constexpr (tailWidth<R>() > 0) std::memcpy(out + Layout<R>::size, r.SlotTail.data(), tailWidth<R>());
+}
+
 template <Record R>
 std::vector<std::uint8_t> toSlot(const R& r) {
     std::vector<std::uint8_t> buf(slotWidth<R>());
-    encode(r, buf.data());
-    if constexpr (tailWidth<R>() > 0) std::memcpy(buf.data() + Layout<R>::size, r.SlotTail.data(), tailWidth<R>());
+    putSlot(r, buf.data());
     return buf;
 }
 
@@ -360,6 +367,7 @@ const FieldInfo* findField(std::string_view name) {
     prefix template void encodeFields<R>(const R&, std::uint8_t*);         \
     prefix template void decodeSlot<R>(std::span<const std::uint8_t>, R&); \
     prefix template R fromSlot<R>(std::span<const std::uint8_t>);          \
+    prefix template void putSlot<R>(const R&, std::uint8_t*);              \
     prefix template std::vector<std::uint8_t> toSlot<R>(const R&);         \
     prefix template std::vector<FieldInfo> fieldInfo<R>();
 #define TALLYRINK_EXTERN_RECORD_CODEC(R) TALLYRINK_RECORD_CODEC_FUNCTIONS(extern, R)

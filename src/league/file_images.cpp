@@ -9,8 +9,8 @@ namespace tallyrink {
 const std::vector<std::uint8_t>& FileImages::bytes(const std::filesystem::path& path) {
     auto key = path.string();
     auto it = images_.find(key);
-    if (it == images_.end()) it = images_.emplace(std::move(key), readBytes(path)).first;
-    return it->second;
+    if (it == images_.end()) it = images_.emplace(std::move(key), Image{readBytes(path), false, {}}).first;
+    return it->second.bytes;
 }
 
 std::vector<std::uint8_t> FileImages::readSlot(const std::filesystem::path& path, std::size_t slot, std::size_t r) {
@@ -35,22 +35,67 @@ std::span<const std::uint8_t> FileImages::slotBytes(const std::filesystem::path&
 
 const std::vector<std::uint8_t>* FileImages::held(const std::filesystem::path& path) const {
     auto it = images_.find(path.string());
+    return it == images_.end() ? nullptr : &it->second.bytes;
+}
+
+FileImages::Image* FileImages::imageOf(const std::filesystem::path& path) {
+    auto it = images_.find(path.string());
     return it == images_.end() ? nullptr : &it->second;
 }
 
 void FileImages::writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
-    auto it = images_.find(path.string());
-    if (it == images_.end()) return;
-    auto& image = it->second;
+    if (Image* image = imageOf(path)) put(*image, offset, bytes);
+}
+
+void FileImages::put(Image& image, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+    if (image.watched) note(image, offset, offset + bytes.size());
+    auto& held = image.bytes;
     auto end = static_cast<std::size_t>(offset) + bytes.size();
     // A gap past the old end reads as zero bytes, as on the disk.
-    if (image.size() < end) image.resize(end, 0);
-    std::copy(bytes.begin(), bytes.end(), image.begin() + static_cast<std::ptrdiff_t>(offset));
+    if (held.size() < end) held.resize(end, 0);
+    std::copy(bytes.begin(), bytes.end(), held.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
 void FileImages::replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
     auto it = images_.find(path.string());
-    if (it != images_.end()) it->second.assign(bytes.begin(), bytes.end());
+    if (it == images_.end()) return;
+    it->second.bytes.assign(bytes.begin(), bytes.end());
+    if (it->second.watched) {
+        it->second.written.whole = true;
+        it->second.written.ranges.clear();
+    }
+}
+
+void FileImages::note(Image& image, std::uint64_t begin, std::uint64_t end) {
+    // A reader that hasn't looked for long rereads the file rather than let the list grow.
+    constexpr std::size_t kMostRanges = 4096;
+    Written& w = image.written;
+    if (w.whole) return;
+    if (!w.ranges.empty() && w.ranges.back().second == begin) {
+        w.ranges.back().second = end;
+        return;
+    }
+    if (w.ranges.size() == kMostRanges) {
+        w.whole = true;
+        w.ranges.clear();
+        return;
+    }
+    w.ranges.emplace_back(begin, end);
+}
+
+void FileImages::watch(const std::filesystem::path& path) {
+    bytes(path);
+    Image& image = images_.find(path.string())->second;
+    image.watched = true;
+    image.written = {};
+}
+
+FileImages::Written FileImages::takeWritten(const std::filesystem::path& path) {
+    auto it = images_.find(path.string());
+    if (it == images_.end() || !it->second.watched) return {true, {}};
+    Written out = std::move(it->second.written);
+    it->second.written = {};
+    return out;
 }
 
 std::uint64_t fileLengthVia(FileImages* images, const std::filesystem::path& path) {

@@ -9,6 +9,10 @@
 //
 // Images are read whole at the first ask; a file the run only writes (a box
 // score) never gets one.
+//
+// A reader that keeps part of a file decoded between games (the team table
+// the run calibrates by) can have the writes of its image noted, and then
+// decodes again only the slots they touched.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +20,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "league/codec.h"
@@ -39,11 +44,38 @@ public:
 
     // Keeping step with a write of the disk; a file without an image is let be.
     void writeAt(const std::filesystem::path& path, std::uint64_t offset, std::span<const std::uint8_t> bytes);
+    // Several writes of one file (each with `offset` and `bytes`), its image looked up once.
+    template <class Writes>
+    void writeEach(const std::filesystem::path& path, const Writes& writes) {
+        Image* image = imageOf(path);
+        if (image == nullptr) return;
+        for (const auto& w : writes) put(*image, w.offset, w.bytes);
+    }
     void replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
     void forget(const std::filesystem::path& path) { images_.erase(path.string()); }
 
+    // What was written to a watched file since it was last asked.
+    struct Written {
+        bool whole = false;  // replaced, forgotten or written too often to list: read it all again
+        std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges;  // [begin, end) byte ranges
+    };
+    // Starts noting the writes of the file (reading its image if need be).
+    void watch(const std::filesystem::path& path);
+    // The writes noted since watch or the last call, which forgets them. A
+    // file not watched (or whose image is gone) reads as wholly written.
+    Written takeWritten(const std::filesystem::path& path);
+
 private:
-    std::unordered_map<std::string, std::vector<std::uint8_t>> images_;
+    struct Image {
+        std::vector<std::uint8_t> bytes;
+        bool watched = false;
+        Written written;
+    };
+    static void note(Image& image, std::uint64_t begin, std::uint64_t end);
+    Image* imageOf(const std::filesystem::path& path);
+    static void put(Image& image, std::uint64_t offset, std::span<const std::uint8_t> bytes);
+
+    std::unordered_map<std::string, Image> images_;
 };
 
 // Reads of a league file through the run's images when there are any, else

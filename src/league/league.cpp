@@ -58,27 +58,6 @@ void League::readTeamTable() {
     countTeams();
 }
 
-// Slot r (from 1) of an image as a file read gives it: short or empty past
-// the end, the missing bytes reading as zero.
-static std::span<const std::uint8_t> slotOf(std::span<const std::uint8_t> image, std::size_t slot, std::size_t r) {
-    std::size_t begin = (r - 1) * slot;
-    if (begin >= image.size()) return {};
-    return image.subspan(begin, std::min(slot, image.size() - begin));
-}
-
-void League::readTeamTable(std::span<const std::uint8_t> image) {
-    teams_.resize(kMaxTeams);
-    for (std::size_t t = 1; t <= kMaxTeams; ++t) {
-        auto bytes = slotOf(image, kTeamSlot, t);
-        // Most of the 288 slots lie past the end of the file: all zero.
-        if (bytes.empty())
-            teams_[t - 1] = TeamRecord{};
-        else
-            codec::decodeSlot(bytes, teams_[t - 1]);
-    }
-    countTeams();
-}
-
 void League::countTeams() {
     activeTeamCount_ = 0;
     divisionUsed_.fill(false);
@@ -114,16 +93,6 @@ std::vector<PlayerRow> readPlayerRows(const fs::path& file) {
     std::vector<PlayerRow> rows(count);
     for (std::size_t r = 0; r < count; ++r) {
         rows[r].player = codec::fromSlot<PlayerRecord>(slots[r]);
-        rows[r].recordNumber = static_cast<std::int32_t>(r + 1);
-    }
-    return rows;
-}
-
-std::vector<PlayerRow> playerRowsOf(std::span<const std::uint8_t> image) {
-    std::size_t count = std::min(recordCount(image.size(), kPlayerSlot, kPlayerRounding), kPlayerTableRows);
-    std::vector<PlayerRow> rows(count);
-    for (std::size_t r = 0; r < count; ++r) {
-        codec::decodeSlot(slotOf(image, kPlayerSlot, r + 1), rows[r].player);
         rows[r].recordNumber = static_cast<std::int32_t>(r + 1);
     }
     return rows;

@@ -8,7 +8,6 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -91,8 +90,6 @@ public:
     void LoadTeams();
     // Reads HKTEAMS into the team table and works out the counts.
     void readTeamTable();
-    // The same from the bytes of the team file (a run's image of it).
-    void readTeamTable(std::span<const std::uint8_t> image);
     // The player table as the main menu shows it: each HKPLAYER record with
     // a team (1 to 288) or a free agent (999) as the next row, so row r need
     // not be player r.
@@ -117,7 +114,5 @@ private:
 
 // Reads every record of a player file (row r = record r), at most the table's room.
 std::vector<PlayerRow> readPlayerRows(const fs::path& file);
-// The same from the bytes of a player file (a run's image of it).
-std::vector<PlayerRow> playerRowsOf(std::span<const std::uint8_t> image);
 
 }  // namespace tallyrink

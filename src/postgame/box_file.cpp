@@ -284,13 +284,14 @@ std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame
 }
 
 std::vector<std::uint8_t> boxBytes(const BoxFile& box) {
-    std::vector<std::uint8_t> out;
-    out.reserve(4 * kBoxSlot);
-    auto add = [&](const std::vector<std::uint8_t>& slot) { out.insert(out.end(), slot.begin(), slot.end()); };
-    add(codec::toSlot(box.r1));
-    add(codec::toSlot(box.r2));
-    add(codec::toSlot(box.plays[0]));
-    add(codec::toSlot(box.plays[1]));
+    // Each record straight into its slot of the image.
+    constexpr std::size_t r1 = codec::slotWidth<BoxRecord1>(), r2 = codec::slotWidth<BoxRecord2>(),
+                          play = codec::slotWidth<BoxPlayRecord>();
+    std::vector<std::uint8_t> out(r1 + r2 + 2 * play);
+    codec::putSlot(box.r1, out.data());
+    codec::putSlot(box.r2, out.data() + r1);
+    codec::putSlot(box.plays[0], out.data() + r1 + r2);
+    codec::putSlot(box.plays[1], out.data() + r1 + r2 + play);
     return out;
 }
 

@@ -5,6 +5,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <charconv>
 
 #include "league/files.h"
 #include "league/schedule.h"
@@ -55,7 +56,7 @@ std::string periodHeading(int p) {
     return p == 4 ? "OT" : fmt::format("OT{}", p - 3);
 }
 
-std::string decisionOf(const BoxLine& b) {
+std::string_view decisionOf(const BoxLine& b) {
     if (b.GoalieWins) return "W";
     if (b.GoalieOvertimeLosses) return "OTL";
     if (b.GoalieLosses) return "L";
@@ -110,45 +111,111 @@ std::vector<TeamRow> teamRows(const BoxFile& box) {
     return rows;
 }
 
-std::vector<std::string> skaterCells(const BoxFile& box, std::size_t at) {
+// One cell of a player's row: what it shows, worked out only when printed.
+struct Cell {
+    enum class Kind : std::uint8_t { Number, Signed, Clock, Share, Fraction, Text };
+    Kind kind = Kind::Number;
+    int a = 0;
+    int b = 0;  // Share: won a of a + b; Fraction: a of b
+    std::string_view text{};
+};
+
+Cell number(int v) { return {Cell::Kind::Number, v}; }
+Cell clock(int seconds) { return {Cell::Kind::Clock, seconds}; }
+
+// The cell's text in `buf`: numbers as "{}", signed as "{:+}", clocks as
+// mmss, shares as "{:.1f}" percent and fractions as "{:.3f}", blank without
+// a whole. A box prints some thousand cells, so the plain ones skip fmt.
+std::string_view cellText(const Cell& c, std::array<char, 32>& buf) {
+    char* first = buf.data();
+    char* last = buf.data() + buf.size();
+    switch (c.kind) {
+        case Cell::Kind::Number:
+            return {first, std::to_chars(first, last, c.a).ptr};
+        case Cell::Kind::Signed: {
+            if (c.a >= 0) *first++ = '+';
+            return {buf.data(), std::to_chars(first, last, c.a).ptr};
+        }
+        case Cell::Kind::Clock: {
+            if (c.a < 0) return {first, fmt::format_to_n(first, buf.size(), "{}:{:02}", c.a / 60, c.a % 60).out};
+            char* end = std::to_chars(first, last, c.a / 60).ptr;
+            int seconds = c.a % 60;
+            *end++ = ':';
+            *end++ = static_cast<char>('0' + seconds / 10);
+            *end++ = static_cast<char>('0' + seconds % 10);
+            return {first, end};
+        }
+        case Cell::Kind::Share:
+            if (c.a + c.b == 0) return {};
+            return {first, fmt::format_to_n(first, buf.size(), "{:.1f}", 100.0 * c.a / (c.a + c.b)).out};
+        case Cell::Kind::Fraction:
+            if (c.b <= 0) return {};
+            return {first, fmt::format_to_n(first, buf.size(), "{:.3f}", double(c.a) / c.b).out};
+        case Cell::Kind::Text:
+            return c.text;
+    }
+    return {};
+}
+
+std::string cellString(const Cell& c) {
+    std::array<char, 32> buf;
+    return std::string(cellText(c, buf));
+}
+
+// Cells are ASCII: a right-aligned cell is its blanks and its text.
+template <std::size_t N>
+void appendCells(std::string& row, const std::array<Cell, N>& cells, const std::array<int, N>& widths) {
+    std::array<char, 32> buf;
+    for (std::size_t k = 0; k < N; ++k) {
+        std::string_view text = cellText(cells[k], buf);
+        auto width = static_cast<std::size_t>(widths[k]);
+        if (text.size() < width) row.append(width - text.size(), ' ');
+        row.append(text);
+    }
+}
+
+std::array<Cell, 22> skaterCells(const BoxFile& box, std::size_t at) {
     const BoxLine& b = box.r1.BoxLines[at];
     int toi = box.r1.BoxToi[at];
     int shifts = box.r1.BoxLineTime[at];
     int pp = box.r1.BoxToiPP[at];
     int sh = box.r1.BoxToiSH[at];
     int penalties = box.r1.BoxPenaltyCounts[0][at] + box.r1.BoxPenaltyCounts[1][at];
-    return {std::to_string(b.Goals),
-            std::to_string(b.Assists),
-            std::to_string(b.Goals + b.Assists),
-            fmt::format("{:+}", plusMinus(b)),
-            std::to_string(b.Pim),
-            std::to_string(penalties),
-            std::to_string(b.Sog),
-            std::to_string(box.r1.BoxChancesOf[at]),
-            std::to_string(b.MissedShots),
-            std::to_string(b.Hits),
-            std::to_string(b.Giveaways),
-            std::to_string(b.Takeaways),
-            std::to_string(b.Blocks),
-            std::to_string(b.FaceoffsWon),
-            std::to_string(b.FaceoffsLost),
-            faceoffPct(b.FaceoffsWon, b.FaceoffsLost),
-            mmss(toi),
-            std::to_string(shifts),
-            shifts > 0 ? mmss(toi / shifts) : "",
-            mmss(pp),
-            mmss(sh),
-            mmss(std::max(0, toi - pp - sh))};
+    return {number(b.Goals),
+            number(b.Assists),
+            number(b.Goals + b.Assists),
+            Cell{Cell::Kind::Signed, plusMinus(b)},
+            number(b.Pim),
+            number(penalties),
+            number(b.Sog),
+            number(box.r1.BoxChancesOf[at]),
+            number(b.MissedShots),
+            number(b.Hits),
+            number(b.Giveaways),
+            number(b.Takeaways),
+            number(b.Blocks),
+            number(b.FaceoffsWon),
+            number(b.FaceoffsLost),
+            Cell{Cell::Kind::Share, b.FaceoffsWon, b.FaceoffsLost},
+            clock(toi),
+            number(shifts),
+            shifts > 0 ? clock(toi / shifts) : Cell{Cell::Kind::Text},
+            clock(pp),
+            clock(sh),
+            clock(std::max(0, toi - pp - sh))};
 }
 
 constexpr std::array<int, 22> kSkaterWidths{1, 2, 2, 4, 5, 3, 4, 3, 3, 4, 3, 3, 3, 4, 3, 6, 7, 5, 6, 7, 6, 7};
 
-std::vector<std::string> goalieCells(const BoxFile& box, std::size_t at) {
+std::array<Cell, 6> goalieCells(const BoxFile& box, std::size_t at) {
     const BoxLine& b = box.r1.BoxLines[at];
     int shots = b.Saves + b.GoalsAllowed;
-    return {std::to_string(shots),   std::to_string(b.GoalsAllowed),
-            std::to_string(b.Saves), shots > 0 ? fmt::format("{:.3f}", double(b.Saves) / shots) : "",
-            mmss(box.r1.BoxToi[at]), decisionOf(b)};
+    return {number(shots),
+            number(b.GoalsAllowed),
+            number(b.Saves),
+            Cell{Cell::Kind::Fraction, b.Saves, shots},
+            clock(box.r1.BoxToi[at]),
+            Cell{Cell::Kind::Text, 0, 0, decisionOf(b)}};
 }
 
 const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "Dec"};
@@ -185,9 +252,14 @@ std::string joined(const std::vector<std::string>& v) {
 }  // namespace
 
 std::string boxPlayerName(const PlayerRecord& p) {
-    std::string first = p.FirstName.str();
-    std::string name = p.LastName.str();
-    if (!first.empty()) name = fmt::format("{}. {}", first.front(), name);
+    std::string_view first = p.FirstName.view();
+    std::string_view last = p.LastName.view();
+    if (first.empty()) return std::string(last);
+    std::string name;
+    name.reserve(3 + last.size());
+    name += first.front();
+    name += ". ";
+    name += last;
     return name;
 }
 
@@ -280,10 +352,9 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
             if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
-            auto cells = skaterCells(box, at);
             std::string row = fmt::format("{:<{}.{}}", names.player[at], kNameWidth, kNameWidth - 1);
-            for (std::size_t c = 0; c < cells.size(); ++c) row += fmt::format("{:>{}}", cells[c], kSkaterWidths[c]);
-            out.push_back(row);
+            appendCells(row, skaterCells(box, at), kSkaterWidths);
+            out.push_back(std::move(row));
         }
         std::string gh = fmt::format("{:<{}}", "Goaltenders", kNameWidth);
         for (std::size_t c = 0; c < kGoalieHeads.size(); ++c)
@@ -292,10 +363,9 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
             if (!isGoalieEntry(box, names, at) || !listed(box, names, at, true)) continue;
-            auto cells = goalieCells(box, at);
             std::string row = fmt::format("{:<{}.{}}", names.player[at], kNameWidth, kNameWidth - 1);
-            for (std::size_t c = 0; c < cells.size(); ++c) row += fmt::format("{:>{}}", cells[c], kGoalieWidths[c]);
-            out.push_back(row);
+            appendCells(row, goalieCells(box, at), kGoalieWidths);
+            out.push_back(std::move(row));
         }
     }
 
@@ -392,7 +462,7 @@ std::string boxScoreHtml(const BoxFile& box, const BoxNames& names) {
             std::size_t at = BoxFile::at(side, slot);
             if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
             h += fmt::format("<tr><td class=\"l\">{}</td>", esc(names.player[at]));
-            for (const auto& c : skaterCells(box, at)) h += fmt::format("<td>{}</td>", esc(c));
+            for (const Cell& c : skaterCells(box, at)) h += fmt::format("<td>{}</td>", esc(cellString(c)));
             h += "</tr>\n";
         }
         h += "</table>\n<table><tr><th class=\"l\">Goaltender</th>";
@@ -402,7 +472,7 @@ std::string boxScoreHtml(const BoxFile& box, const BoxNames& names) {
             std::size_t at = BoxFile::at(side, slot);
             if (!isGoalieEntry(box, names, at) || !listed(box, names, at, true)) continue;
             h += fmt::format("<tr><td class=\"l\">{}</td>", esc(names.player[at]));
-            for (const auto& c : goalieCells(box, at)) h += fmt::format("<td>{}</td>", esc(c));
+            for (const Cell& c : goalieCells(box, at)) h += fmt::format("<td>{}</td>", esc(cellString(c)));
             h += "</tr>\n";
         }
         h += "</table>\n";

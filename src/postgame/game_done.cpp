@@ -629,11 +629,14 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                     *listed = entry();
                 else if (table.back().PlayerNumber == 0 || value > table.back().Value)
                     table.back() = entry();
-                // Higher first; empty entries last.
-                std::stable_sort(table.begin(), table.end(), [](const LeaderEntry& a, const LeaderEntry& b) {
+                // Higher first; empty entries last. A table in order stays as
+                // it is, and most men change nothing.
+                auto before = [](const LeaderEntry& a, const LeaderEntry& b) {
                     if ((a.PlayerNumber == 0) != (b.PlayerNumber == 0)) return b.PlayerNumber == 0;
                     return a.Value > b.Value;
-                });
+                };
+                if (!std::is_sorted(table.begin(), table.end(), before))
+                    std::stable_sort(table.begin(), table.end(), before);
             }
         }
     }
@@ -804,20 +807,38 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // The record book of the league, and the one across leagues when the
     // league keeps it (not for playoff games). A missing all-time folder is
     // passed over rather than stop the posting.
+    // Kept books that took this game's entries hold more than their files
+    // until the posting stands.
+    struct DropUnlessWritten {
+        KeptRecordBooks* books;
+        bool written = false;
+        ~DropUnlessWritten() {
+            if (books && !written) books->drop();
+        }
+    } keptBooks{o.books};
     if (leagueGame) {
-        auto post = [&](const fs::path& folder, const std::string& name) {
-            RecordBook book = o.images && folder == dir ? RecordBook::fromBytes(o.images->bytes(locate(kRecordsFile)))
-                                                        : RecordBook::load(folder);
+        auto post = [&](const fs::path& folder, const fs::path& file, const std::string& name) {
+            std::optional<RecordBook> read;
+            if (!o.books)
+                read =
+                    o.images && folder == dir ? RecordBook::fromBytes(o.images->bytes(file)) : RecordBook::load(folder);
+            // The journal keeps only what differs from the image of the league's book.
+            else if (o.images && folder == dir)
+                o.images->bytes(file);
+            RecordBook& book = o.books ? o.books->book(file, folder != dir) : *read;
             book.postPlayers(session, game);
             book.postTeams(session, game);
             for (FileChange& c : book.changes(name)) changes.push_back(std::move(c));
         };
-        post(dir, locate(kRecordsFile).filename().string());
+        auto leagueBook = locate(kRecordsFile);
+        post(dir, leagueBook, leagueBook.filename().string());
         const fs::path& allTime = o.allTimeRecordsDir;
         std::error_code ec;
         if (rules.AllTimeRecordCheck == 1 && !game.playoff && !allTime.empty() && fs::is_directory(allTime, ec) &&
-            !fs::equivalent(allTime, dir, ec))
-            post(allTime, fs::absolute(findFile(allTime, kRecordsFile)).string());
+            !fs::equivalent(allTime, dir, ec)) {
+            auto allTimeBook = findFile(allTime, kRecordsFile);
+            post(allTime, allTimeBook, fs::absolute(allTimeBook).string());
+        }
     }
 
     // The ticker.
@@ -965,6 +986,8 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     if (leagueGame) writer.replace(locate(res.boxFile), boxBytes(*box));
 
     journal.commit(changes, writer);
+    if (o.books) o.books->written();
+    keptBooks.written = true;
     if (postedRow && o.schedule) o.schedule->row(game.scheduleRow) = *postedRow;
     return res;
 }

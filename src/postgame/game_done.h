@@ -24,6 +24,7 @@
 #include "postgame/box_records.h"
 #include "postgame/game_summary.h"
 #include "postgame/posting_journal.h"
+#include "postgame/record_book.h"
 
 namespace tallyrink {
 
@@ -47,6 +48,8 @@ struct PostingOptions {
     // The run's copy of the schedule, the same as the file: its row of the
     // game is posted in it too. Null: the file is read.
     Schedule* schedule = nullptr;
+    // The record books as a run keeps them decoded. Null: read at each posting.
+    KeptRecordBooks* books = nullptr;
 };
 
 struct PostingResult {

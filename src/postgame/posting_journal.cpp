@@ -23,10 +23,6 @@ namespace {
 constexpr std::string_view kMagic = "TLYPOST1";
 constexpr std::string_view kEnd = "END";
 
-void putU32(std::vector<std::uint8_t>& out, std::uint64_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i) out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
-
 class Reader {
 public:
     Reader(std::span<const std::uint8_t> b, const std::string& what) : b_(b), what_(what) {}
@@ -220,10 +216,8 @@ void RunWriter::writeManyAt(const std::filesystem::path& path, std::span<const A
     }
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
     spans.reserve(changes.size());
-    for (const At& c : changes) {
-        images_.writeAt(path, c.offset, c.bytes);
-        spans.emplace_back(c.offset, c.offset + c.bytes.size());
-    }
+    images_.writeEach(path, changes);
+    for (const At& c : changes) spans.emplace_back(c.offset, c.offset + c.bytes.size());
     std::sort(spans.begin(), spans.end());
     std::size_t k = 0;
     while (k < spans.size()) {
@@ -281,18 +275,41 @@ void RunWriter::remove(const std::filesystem::path& path) {
 
 // ---- The journal ----------------------------------------------------------------------
 
+std::vector<PostingJournal::Piece> PostingJournal::piecesOf(const std::vector<FileChange>& changes) {
+    std::vector<Piece> out;
+    out.reserve(changes.size());
+    for (const FileChange& c : changes) out.push_back({&c.name, c.whole, c.offset, c.bytes});
+    return out;
+}
+
 std::vector<std::uint8_t> PostingJournal::encode(const std::vector<FileChange>& changes) {
-    std::vector<std::uint8_t> out(kMagic.begin(), kMagic.end());
-    putU32(out, changes.size(), 4);
-    for (const FileChange& c : changes) {
-        putU32(out, c.name.size(), 2);
-        out.insert(out.end(), c.name.begin(), c.name.end());
-        out.push_back(c.whole ? 1 : 0);
-        putU32(out, c.offset, 8);
-        putU32(out, c.bytes.size(), 4);
-        out.insert(out.end(), c.bytes.begin(), c.bytes.end());
+    return encode(piecesOf(changes));
+}
+
+std::vector<std::uint8_t> PostingJournal::encode(std::span<const Piece> pieces) {
+    std::size_t size = kMagic.size() + 4 + kEnd.size();
+    for (const Piece& c : pieces) size += 2 + c.name->size() + 1 + 8 + 4 + c.bytes.size();
+    // Sized once and filled in place: a journal holds hundreds of pieces.
+    std::vector<std::uint8_t> out(size);
+    std::uint8_t* at = out.data();
+    auto put = [&](const void* p, std::size_t n) {
+        if (n > 0) std::memcpy(at, p, n);
+        at += n;
+    };
+    auto num = [&](std::uint64_t v, int bytes) {
+        for (int i = 0; i < bytes; ++i) *at++ = static_cast<std::uint8_t>(v >> (8 * i));
+    };
+    put(kMagic.data(), kMagic.size());
+    num(pieces.size(), 4);
+    for (const Piece& c : pieces) {
+        num(c.name->size(), 2);
+        put(c.name->data(), c.name->size());
+        *at++ = c.whole ? 1 : 0;
+        num(c.offset, 8);
+        num(c.bytes.size(), 4);
+        put(c.bytes.data(), c.bytes.size());
     }
-    out.insert(out.end(), kEnd.begin(), kEnd.end());
+    put(kEnd.data(), kEnd.size());
     return out;
 }
 
@@ -343,13 +360,14 @@ std::filesystem::path PostingJournal::path() const { return locate(kPostingJourn
 
 bool PostingJournal::pending() const { return std::filesystem::exists(path()); }
 
-std::vector<FileChange> PostingJournal::narrowed(const std::vector<FileChange>& changes) const {
-    std::vector<FileChange> out;
+std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes) const {
+    std::vector<Piece> out;
     out.reserve(changes.size());
     // Ranges this posting has changed already, by file: a later change over
     // one of them is kept whole, as the images don't hold the earlier one yet.
     std::vector<std::tuple<const std::string*, std::uint64_t, std::uint64_t>> touched;
-    std::string lastName;
+    touched.reserve(changes.size());
+    const std::string* lastName = nullptr;
     const std::vector<std::uint8_t>* image = nullptr;
     for (const FileChange& c : changes) {
         std::uint64_t begin = c.whole ? 0 : c.offset;
@@ -359,13 +377,13 @@ std::vector<FileChange> PostingJournal::narrowed(const std::vector<FileChange>& 
         });
         touched.emplace_back(&c.name, begin, end);
         // Changes of one file come in a row: its name is looked up once.
-        if (c.name != lastName) {
+        if (lastName == nullptr || c.name != *lastName) {
             std::filesystem::path named(c.name);
             image = images_->held(named.is_absolute() ? named : locate(c.name));
-            lastName = c.name;
+            lastName = &c.name;
         }
         if (image == nullptr || overlaps || (c.whole && image->size() != c.bytes.size())) {
-            out.push_back(c);
+            out.push_back({&c.name, c.whole, c.offset, c.bytes});
             continue;
         }
         // Bytes past the image's end are new, whatever their value.
@@ -396,22 +414,20 @@ std::vector<FileChange> PostingJournal::narrowed(const std::vector<FileChange>& 
                 }
                 j = different;
             }
-            out.push_back({c.name, false, begin + i,
-                           std::vector<std::uint8_t>(c.bytes.begin() + static_cast<std::ptrdiff_t>(i),
-                                                     c.bytes.begin() + static_cast<std::ptrdiff_t>(j))});
+            out.push_back({&c.name, false, begin + i, std::span(c.bytes).subspan(i, j - i)});
             i = nextDifferent(j);
         }
     }
     return out;
 }
 
-void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& writer) const {
+void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer) const {
     std::vector<FileWriter::At> run;
-    for (std::size_t i = 0; i < changes.size();) {
-        const FileChange& c = changes[i];
+    for (std::size_t i = 0; i < pieces.size();) {
+        const Piece& c = pieces[i];
         // A change outside the league folder (the all-time records) carries its whole path.
-        std::filesystem::path named(c.name);
-        auto target = named.is_absolute() ? named : locate(c.name);
+        std::filesystem::path named(*c.name);
+        auto target = named.is_absolute() ? named : locate(*c.name);
         if (c.whole) {
             writer.replace(target, c.bytes);
             ++i;
@@ -419,28 +435,24 @@ void PostingJournal::apply(const std::vector<FileChange>& changes, FileWriter& w
         }
         // In-place changes of one file in a row go together.
         run.clear();
-        for (; i < changes.size() && !changes[i].whole && changes[i].name == c.name; ++i)
-            run.push_back({changes[i].offset, changes[i].bytes});
+        for (; i < pieces.size() && !pieces[i].whole && *pieces[i].name == *c.name; ++i)
+            run.push_back({pieces[i].offset, pieces[i].bytes});
         writer.writeManyAt(target, run);
     }
     writer.removeJournal(path());
 }
 
 void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& writer) const {
-    if (images_ != nullptr) {
-        auto narrow = narrowed(changes);
-        writer.writeJournal(path(), encode(narrow));
-        apply(narrow, writer);
-        return;
-    }
-    writer.writeJournal(path(), encode(changes));
-    apply(changes, writer);
+    auto pieces = images_ != nullptr ? narrowed(changes) : piecesOf(changes);
+    writer.writeJournal(path(), encode(pieces));
+    apply(pieces, writer);
 }
 
 bool PostingJournal::recover(FileWriter& writer) const {
     if (!pending()) return false;
     auto p = path();
-    apply(decode(readBytes(p), p.string()), writer);
+    auto changes = decode(readBytes(p), p.string());
+    apply(piecesOf(changes), writer);
     return true;
 }
 

@@ -134,12 +134,23 @@ public:
     static std::vector<FileChange> decode(std::span<const std::uint8_t> bytes, const std::string& what);
 
 private:
-    void apply(const std::vector<FileChange>& changes, FileWriter& writer) const;
+    // A change, or the part of one the journal keeps: its name and bytes are
+    // those of a FileChange, not copies.
+    struct Piece {
+        const std::string* name;
+        bool whole;
+        std::uint64_t offset;
+        std::span<const std::uint8_t> bytes;
+    };
+    static std::vector<Piece> piecesOf(const std::vector<FileChange>& changes);
+    static std::vector<std::uint8_t> encode(std::span<const Piece> pieces);
+
+    void apply(std::span<const Piece> pieces, FileWriter& writer) const;
     [[nodiscard]] std::filesystem::path path() const;
 
     [[nodiscard]] std::filesystem::path locate(std::string_view name) const;
 
-    [[nodiscard]] std::vector<FileChange> narrowed(const std::vector<FileChange>& changes) const;
+    [[nodiscard]] std::vector<Piece> narrowed(const std::vector<FileChange>& changes) const;
 
     std::filesystem::path dir_;
     FolderNames* names_;

@@ -2,8 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 
 #include "league/files.h"
 #include "team/positions.h"
@@ -283,19 +289,15 @@ bool seasonOnly(int category) {
     return seasonOnlyName(upperName(category));
 }
 
-std::optional<int> playerRecordValue(int category, RecordScope scope, const PlayerRecord& p, int shootoutGoals) {
-    if (category < 1 || category >= kFirstTeamCategory) return std::nullopt;
-    const PlayerCategory& kind = playerCategory(category);
-    if (upperName(category).empty()) return std::nullopt;
-    bool goalie = isGoalie(p);
-    if (goalie != (category >= kFirstGoalieCategory)) return std::nullopt;
-    bool season = scope == RecordScope::Season;
-    if (!season && kind.seasonOnly) return std::nullopt;
+namespace {
+
+// A player's value of a category that applies to him and to the scope.
+std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, int shootoutGoals) {
     const StatLine& s = statLine(p, season ? StatLineIndex::Replay : StatLineIndex::Game);
     std::size_t k = season ? 0 : 1;  // the replay and this game's entries of the counters
     int against = s.Saves + s.GoalsAllowed;
 
-    switch (kind.stat) {
+    switch (stat) {
         case PlayerStat::None:
             return std::nullopt;
         case PlayerStat::Saves:
@@ -388,9 +390,58 @@ std::optional<int> playerRecordValue(int category, RecordScope scope, const Play
     return std::nullopt;
 }
 
+// The categories a player's game posts into, by kind of player and scope:
+// posting asks them for every player of every game.
+struct PlayerCategoryStat {
+    int category;
+    PlayerStat stat;
+};
+
+const std::vector<PlayerCategoryStat>& playerCategories(bool goalie, RecordScope scope) {
+    static const auto lists = [] {
+        std::array<std::vector<PlayerCategoryStat>, 4> l;
+        for (int c : namedCategories()) {
+            if (c >= kFirstTeamCategory) continue;
+            const PlayerCategory& kind = playerCategory(c);
+            if (kind.stat == PlayerStat::None) continue;
+            bool goalieCategory = c >= kFirstGoalieCategory;
+            l[goalieCategory ? 2 : 0].push_back({c, kind.stat});
+            if (!kind.seasonOnly) l[goalieCategory ? 3 : 1].push_back({c, kind.stat});
+        }
+        return l;
+    }();
+    return lists[(goalie ? 2 : 0) + (scope == RecordScope::Game ? 1 : 0)];
+}
+
+}  // namespace
+
+std::optional<int> playerRecordValue(int category, RecordScope scope, const PlayerRecord& p, int shootoutGoals) {
+    if (category < 1 || category >= kFirstTeamCategory) return std::nullopt;
+    const PlayerCategory& kind = playerCategory(category);
+    if (upperName(category).empty()) return std::nullopt;
+    if (isGoalie(p) != (category >= kFirstGoalieCategory)) return std::nullopt;
+    bool season = scope == RecordScope::Season;
+    if (!season && kind.seasonOnly) return std::nullopt;
+    return valueOf(kind.stat, season, p, shootoutGoals);
+}
+
 // ---- The book -------------------------------------------------------------------
 
-RecordBook::RecordBook() : entries_(kRecordsInFile + 1), changed_(kRecordsInFile + 1, false) {}
+namespace {
+
+// A team code as the places compare it (trimmed), in one word: its length
+// and up to three characters.
+std::uint32_t teamKey(std::string_view code) {
+    std::uint32_t key = static_cast<std::uint32_t>(code.size());
+    for (std::size_t i = 0; i < code.size() && i < 3; ++i)
+        key |= static_cast<std::uint32_t>(static_cast<unsigned char>(code[i])) << (8 * (i + 1));
+    return key;
+}
+
+}  // namespace
+
+RecordBook::RecordBook()
+    : entries_(kRecordsInFile + 1), places_(kRecordsInFile + 1), changed_(kRecordsInFile + 1, false) {}
 
 RecordBook RecordBook::load(const std::filesystem::path& folder) {
     RandomFile file(findFile(folder, kRecordsFile), kRecordSlot);
@@ -412,64 +463,97 @@ RecordBook RecordBook::fromBytes(std::span<const std::uint8_t> bytes) {
             for (std::size_t k = 0; k < kRecordPlaces; ++k)
                 if (e.RecordName[k].blank()) e.RecordValue[k] = 0;
             book.entries_[r] = e;
+            book.noteEntry(r);
         }
     }
     return book;
+}
+
+void RecordBook::noteEntry(std::size_t r) {
+    const RecordEntry& e = entries_[r];
+    Places& p = places_[r];
+    for (std::size_t k = 0; k < kRecordPlaces; ++k) {
+        p.held[k] = !e.RecordName[k].blank();
+        p.teamKey[k] = teamKey(e.RecordTeam[k].view());
+    }
+    p.lastValue = e.RecordValue[kRecordPlaces - 1];
+}
+
+bool RecordBook::turnedAway(int category, RecordScope scope, int value, const Holder& who) const {
+    const Places& p = places_[recordNumber(category, scope)];
+    if (scope == RecordScope::Season)
+        for (std::size_t k = 0; k < kRecordPlaces; ++k)
+            if (p.held[k] && p.teamKey[k] == who.teamKey) return false;
+    constexpr std::size_t last = kRecordPlaces - 1;
+    // A fifth place nobody holds takes any value but nothing at all.
+    return p.held[last] ? !better(category, value, p.lastValue) : !(lowerIsBetter(category) || value > 0);
 }
 
 const RecordEntry& RecordBook::entry(int category, RecordScope scope) const {
     return entries_.at(recordNumber(category, scope));
 }
 
-RecordEntry& RecordBook::at(int category, RecordScope scope) { return entries_.at(recordNumber(category, scope)); }
+RecordBook::Holder RecordBook::holderOf(const RecordHolder& who) {
+    Holder h{who, {}, 0, std::nullopt};
+    h.team.assign(who.team);
+    h.teamKey = teamKey(h.team.view());
+    return h;
+}
 
 bool RecordBook::insert(int category, RecordScope scope, int value, const RecordHolder& who) {
     if (category < 1 || category > kRecordCategories || recordNames()[std::size_t(category)].empty()) return false;
-    RecordEntry& e = at(category, scope);
+    Holder h = holderOf(who);
+    return insert(category, scope, value, h);
+}
+
+bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who) {
+    std::size_t r = recordNumber(category, scope);
+    RecordEntry& e = entries_[r];
+    constexpr std::size_t last = kRecordPlaces - 1;
+    // A season total holds one place: his older figure of the season leaves
+    // first. The team is the cheaper test, so it goes first.
+    std::optional<std::size_t> own;
+    if (scope == RecordScope::Season) {
+        const Places& places = places_[r];
+        for (std::size_t k = 0; k < kRecordPlaces && !own; ++k) {
+            if (!places.held[k] || places.teamKey[k] != who.teamKey) continue;
+            if (!who.name) who.name.emplace().assign(who.who.name);
+            if (e.RecordName[k].view() == who.name->view()) own = k;
+        }
+    }
     auto held = [&](std::size_t k) { return !e.RecordName[k].blank(); };
-    auto drop = [&](std::size_t k) {
-        for (std::size_t j = k; j + 1 < kRecordPlaces; ++j) {
+    // A fifth place nobody holds takes any value but nothing at all.
+    auto beats = [&](std::size_t k, bool isHeld) {
+        if (!isHeld) return lowerIsBetter(category) || value > 0;
+        return better(category, value, e.RecordValue[k]);
+    };
+    // Most values enter nowhere: the fifth place turns them away untouched.
+    if (!own && !beats(last, places_[r].held[last])) return false;
+
+    changed_[r] = true;
+    if (own) {
+        for (std::size_t j = *own; j + 1 < kRecordPlaces; ++j) {
             e.RecordValue[j] = e.RecordValue[j + 1];
             e.RecordName[j] = e.RecordName[j + 1];
             e.RecordTeam[j] = e.RecordTeam[j + 1];
             e.RecordOpponent[j] = e.RecordOpponent[j + 1];
             e.RecordDate[j] = e.RecordDate[j + 1];
         }
-        std::size_t last = kRecordPlaces - 1;
         e.RecordValue[last] = 0;
         e.RecordName[last] = {};
         e.RecordTeam[last] = {};
         e.RecordOpponent[last] = {};
         e.RecordDate[last] = {};
-    };
-    constexpr std::size_t last = kRecordPlaces - 1;
-    // A fifth place nobody holds takes any value but nothing at all.
-    auto beats = [&](std::size_t k) {
-        if (!held(k)) return lowerIsBetter(category) || value > 0;
-        return better(category, value, e.RecordValue[k]);
-    };
-    if (scope == RecordScope::Season) {
-        // A season total holds one place: his older figure of the season
-        // leaves first. The team is the cheaper test, so it goes first.
-        FixedText<3> team;
-        team.assign(who.team);
-        std::optional<FixedText<20>> name;
-        for (std::size_t k = 0; k < kRecordPlaces; ++k) {
-            if (!held(k) || e.RecordTeam[k].view() != team.view()) continue;
-            if (!name) name.emplace().assign(who.name);
-            if (e.RecordName[k].view() != name->view()) continue;
-            changed_[recordNumber(category, scope)] = true;
-            drop(k);
-            break;
+        if (!beats(last, held(last))) {
+            noteEntry(r);
+            return false;
         }
     }
-    if (!beats(last)) return false;
-    changed_[recordNumber(category, scope)] = true;
     e.RecordValue[last] = word(value);
-    e.RecordName[last].assign(who.name);
-    e.RecordTeam[last].assign(who.team);
-    e.RecordOpponent[last].assign(who.opponent);
-    e.RecordDate[last].assign(who.date);
+    e.RecordName[last].assign(who.who.name);
+    e.RecordTeam[last].assign(who.who.team);
+    e.RecordOpponent[last].assign(who.who.opponent);
+    e.RecordDate[last].assign(who.who.date);
     // Up the list while it beats the place above; a tie stays below the older entry.
     for (std::size_t k = last; k > 0; --k) {
         if (held(k - 1) && !better(category, e.RecordValue[k], e.RecordValue[k - 1])) break;
@@ -479,6 +563,7 @@ bool RecordBook::insert(int category, RecordScope scope, int value, const Record
         std::swap(e.RecordOpponent[k], e.RecordOpponent[k - 1]);
         std::swap(e.RecordDate[k], e.RecordDate[k - 1]);
     }
+    noteEntry(r);
     return true;
 }
 
@@ -493,10 +578,15 @@ void RecordBook::postPlayers(const GameSession& session, const FinishedGame& gam
             if (!t.onTeam(slot) || statLine(p, StatLineIndex::Game).Toi <= 0) continue;
             RecordHolder who{p.ShortName.str().empty() ? p.LastName.str() : p.ShortName.str(), own.code, opp.code,
                              date};
+            Holder holder = holderOf(who);
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
-            for (RecordScope scope : {RecordScope::Season, RecordScope::Game})
-                for (int c : namedCategories())
-                    if (auto v = playerRecordValue(c, scope, p, shootout)) insert(c, scope, *v, who);
+            bool goalie = isGoalie(p);
+            for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
+                bool season = scope == RecordScope::Season;
+                for (const auto& [c, stat] : playerCategories(goalie, scope))
+                    if (auto v = valueOf(stat, season, p, shootout); v && !turnedAway(c, scope, *v, holder))
+                        insert(c, scope, *v, holder);
+            }
         }
     }
 }
@@ -512,6 +602,7 @@ void RecordBook::postTeams(const GameSession& session, const FinishedGame& game)
         // year is still one holder.
         int year = t.TeamYear > 0 ? t.TeamYear : game.year;
         RecordHolder who{fmt::format("{} {}", year, own.city), own.code, opp.code, date};
+        Holder holder = holderOf(who);
         for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
             bool season = scope == RecordScope::Season;
             const TeamStatLine& f = t.TeamFor[season ? 0 : 1];
@@ -534,17 +625,17 @@ void RecordBook::postTeams(const GameSession& session, const FinishedGame& game)
                                              season ? t.Wins : -1,
                                              -1};
             for (std::size_t k = 0; k + 1 < values.size(); ++k)
-                if (values[k] >= 0) insert(kFirstTeamCategory + static_cast<int>(k), scope, values[k], who);
+                if (values[k] >= 0) insert(kFirstTeamCategory + static_cast<int>(k), scope, values[k], holder);
             if (!season && game.winnerSide() == side) {
                 int margin = game.finalScore(side) - game.finalScore(1 - side);
-                insert(kFirstQuarterCategory - 1, scope, margin, who);
+                insert(kFirstQuarterCategory - 1, scope, margin, holder);
             }
             for (int q = 0; q < kQuarters; ++q) {
                 auto qi = static_cast<std::size_t>(q);
                 int goalsFor = season ? t.GoalsByPeriod[0][qi] : own.goalsByPeriod[qi];
                 int goalsAgainst = season ? t.GoalsByPeriod[1][qi] : opp.goalsByPeriod[qi];
-                insert(kFirstQuarterCategory + q, scope, goalsFor, who);
-                insert(kFirstOppQuarterCategory + q, scope, goalsAgainst, who);
+                insert(kFirstQuarterCategory + q, scope, goalsFor, holder);
+                insert(kFirstOppQuarterCategory + q, scope, goalsAgainst, holder);
             }
         }
     }
@@ -580,6 +671,75 @@ std::vector<FileChange> RecordBook::changes(const std::string& file) const {
     }
     if (first != 0) write(first, last);
     return out;
+}
+
+void RecordBook::written() {
+    for (const FileChange& c : changes({})) {
+        auto end = static_cast<std::size_t>(c.offset) + c.bytes.size();
+        if (raw_.size() < end) raw_.resize(end, 0);
+        std::copy(c.bytes.begin(), c.bytes.end(), raw_.begin() + static_cast<std::ptrdiff_t>(c.offset));
+    }
+    for (std::size_t r = 0; r < changed_.size(); ++r) {
+        if (!changed_[r]) continue;
+        // As the file reads back: a place without a name holds no value.
+        RecordEntry& e = entries_[r];
+        for (std::size_t k = 0; k < kRecordPlaces; ++k)
+            if (e.RecordName[k].blank()) e.RecordValue[k] = 0;
+        noteEntry(r);
+        changed_[r] = false;
+    }
+}
+
+// ---- The books of a run ------------------------------------------------------------
+
+RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared) {
+    auto it = std::find_if(books_.begin(), books_.end(), [&](const Kept& k) { return k.file == file; });
+    if (it != books_.end() && !shared) {
+        it->asked = true;
+        return it->book;
+    }
+    // Read into the same buffer at every game: a fresh one of this size is
+    // mapped and faulted in anew each time.
+    std::vector<std::uint8_t>& bytes = scratch_;
+    bytes.clear();
+    int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0 && errno != ENOENT)
+        throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(errno)));
+    if (fd >= 0) {
+        struct stat st {};
+        bool ok = ::fstat(fd, &st) == 0;
+        std::size_t got = 0;
+        if (ok) {
+            bytes.resize(static_cast<std::size_t>(st.st_size));
+            while (got < bytes.size()) {
+                ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
+                if (n < 0 && errno == EINTR) continue;
+                if (n < 0) ok = false;
+                if (n <= 0) break;
+                got += static_cast<std::size_t>(n);
+            }
+        }
+        int err = errno;
+        ::close(fd);
+        if (!ok) throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(err)));
+        bytes.resize(got);
+    }
+    if (it == books_.end()) {
+        books_.push_back({file, RecordBook::fromBytes(bytes), false});
+        it = std::prev(books_.end());
+    } else if (!std::ranges::equal(bytes, it->book.bytes())) {
+        it->book = RecordBook::fromBytes(bytes);
+    }
+    it->asked = true;
+    return it->book;
+}
+
+void KeptRecordBooks::written() {
+    for (Kept& k : books_) {
+        if (!k.asked) continue;
+        k.book.written();
+        k.asked = false;
+    }
 }
 
 std::vector<std::string> recordBookText(const RecordBook& book, RecordScope scope, bool teams) {

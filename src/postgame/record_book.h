@@ -89,11 +89,62 @@ public:
     // even when he doesn't enter again), as writes of their slots of `file`.
     [[nodiscard]] std::vector<FileChange> changes(const std::string& file) const;
 
+    // The changes are written: the book stands as its file now does, as if
+    // read from it again, with nothing changed since.
+    void written();
+    // The bytes of the file as the book stands.
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return raw_; }
+
 private:
-    RecordEntry& at(int category, RecordScope scope);
+    // Who a value is entered for, in the forms the entries hold.
+    struct Holder {
+        const RecordHolder& who;
+        FixedText<3> team;
+        std::uint32_t teamKey;
+        std::optional<FixedText<20>> name;  // made at the first place his team holds
+    };
+    // Of one record, what insert asks of every place before it touches it.
+    struct Places {
+        std::array<bool, kRecordPlaces> held{};
+        std::array<std::uint32_t, kRecordPlaces> teamKey{};
+        std::int16_t lastValue = 0;  // the fifth place's value
+    };
+    // True when `value` can't enter nor move his own season place: most of
+    // a posting's values, told from the places alone.
+    [[nodiscard]] bool turnedAway(int category, RecordScope scope, int value, const Holder& who) const;
+    static Holder holderOf(const RecordHolder& who);
+    bool insert(int category, RecordScope scope, int value, Holder& who);
+    void noteEntry(std::size_t r);
+
     std::vector<RecordEntry> entries_;
+    std::vector<Places> places_;
     std::vector<bool> changed_;
     std::vector<std::uint8_t> raw_;  // the file as read
+};
+
+// The record books a run of many games posts into, kept decoded between its
+// games instead of read and decoded at each. The league's own book is the
+// run's alone, as all its files are. The book across leagues may have
+// another league's run posting into it: its file is read at every ask and
+// the book decoded again when the bytes aren't what the run left.
+class KeptRecordBooks {
+public:
+    // The book of the file as it stands (a missing file: an empty book).
+    // Throws FileError for a file that can't be read.
+    RecordBook& book(const std::filesystem::path& file, bool shared);
+    // The changes of every book asked for since are written.
+    void written();
+    // A posting failed part way: every book is read again at its next ask.
+    void drop() { books_.clear(); }
+
+private:
+    struct Kept {
+        std::filesystem::path file;
+        RecordBook book;
+        bool asked = false;
+    };
+    std::vector<Kept> books_;
+    std::vector<std::uint8_t> scratch_;  // a shared book's file as last read
 };
 
 // A player's value of a category (1 to 199) for the scope; nothing when the

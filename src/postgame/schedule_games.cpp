@@ -1,5 +1,7 @@
 #include "postgame/schedule_games.h"
 
+#include <algorithm>
+
 #include "engine/game.h"
 #include "league/files.h"
 #include "postgame/game_summary.h"
@@ -23,12 +25,64 @@ ScheduleGames::ScheduleGames(ScheduleGamesOptions options)
       index_(LeaguePlayerIndex::read(options_.leagueDir)),
       totals_(options_.leagueDir) {}
 
+namespace {
+
+// The slots (from 1) that bytes [begin, end) of a file of `slot`-byte slots touch.
+std::pair<std::size_t, std::size_t> slotsOf(std::uint64_t begin, std::uint64_t end, std::size_t slot) {
+    return {static_cast<std::size_t>(begin / slot) + 1, static_cast<std::size_t>((end + slot - 1) / slot)};
+}
+
+}  // namespace
+
+void ScheduleGames::refreshTeams() {
+    auto path = names_.find(kTeamFile);
+    auto written = images_.takeWritten(path);
+    if (!teamsRead_ || written.whole) {
+        // The whole table, read as any league reads it.
+        images_.watch(path);
+        totals_.readTeamTable();
+        teamsRead_ = true;
+        return;
+    }
+    for (auto [begin, end] : written.ranges) {
+        auto [first, last] = slotsOf(begin, end, kTeamSlot);
+        for (std::size_t t = first; t <= std::min<std::size_t>(last, kMaxTeams); ++t)
+            totals_.team(static_cast<int>(t)) = readRecordVia<TeamRecord>(&images_, path, kTeamSlot, t);
+    }
+}
+
+void ScheduleGames::refreshPlayers() {
+    auto path = names_.find(kPlayerFile);
+    auto written = images_.takeWritten(path);
+    auto& rows = totals_.PlayerTable();
+    std::size_t count = std::min(recordCount(images_.length(path), kPlayerSlot, kPlayerRounding), kPlayerTableRows);
+    if (!playersRead_ || written.whole || count != rows.size()) {
+        images_.watch(path);
+        rows.assign(count, PlayerRow{});
+        for (std::size_t r = 0; r < count; ++r) {
+            rows[r].player = readRecordVia<PlayerRecord>(&images_, path, kPlayerSlot, r + 1);
+            rows[r].recordNumber = static_cast<std::int32_t>(r + 1);
+        }
+        playersRead_ = true;
+        return;
+    }
+    // A man is written at his team's load and again at its posting, and his
+    // team may play more than once between looks: each slot is decoded once.
+    std::vector<std::size_t> slots;
+    for (auto [begin, end] : written.ranges) {
+        auto [first, last] = slotsOf(begin, end, kPlayerSlot);
+        for (std::size_t r = first; r <= std::min(last, count); ++r) slots.push_back(r);
+    }
+    std::sort(slots.begin(), slots.end());
+    slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
+    for (std::size_t r : slots) rows[r - 1].player = readRecordVia<PlayerRecord>(&images_, path, kPlayerSlot, r);
+}
+
 SeasonCalibration ScheduleGames::calibrationSoFar(const GameRecord& r, Random& draws) {
-    // From the run's images, which every posting keeps step with.
-    totals_.readTeamTable(images_.bytes(names_.find(kTeamFile)));
+    refreshTeams();
     int date = r.Month * 100 + r.Day;
     if (date != playersDate_) {
-        totals_.PlayerTable() = playerRowsOf(images_.bytes(names_.find(kPlayerFile)));
+        refreshPlayers();
         playersDate_ = date;
     }
     return seasonCalibration(totals_, *options_.era, options_.rules, draws);
@@ -62,6 +116,7 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     posting.images = &images_;
     posting.writer = &writer_;
     posting.schedule = &schedule;
+    posting.books = &books_;
     return postScheduleGame(session, play, schedule, row, seed, posting);
 }
 

@@ -21,6 +21,7 @@
 #include "league/league.h"
 #include "postgame/game_done.h"
 #include "postgame/posting_journal.h"
+#include "postgame/record_book.h"
 
 namespace tallyrink {
 
@@ -51,19 +52,28 @@ public:
 
 private:
     SeasonCalibration calibrationSoFar(const GameRecord& r, Random& draws);
+    // The run's decoded tables brought up to the files: only the slots the
+    // run wrote since the last look are decoded again.
+    void refreshTeams();
+    void refreshPlayers();
 
     ScheduleGamesOptions options_;
     FolderNames names_;
     FileImages images_;
     RunWriter writer_;
     LeaguePlayerIndex index_;
+    KeptRecordBooks books_;
     // One session for the run: each load sets its side up afresh, and a
     // session is large enough that making one per game shows.
     std::unique_ptr<GameSession> session_;
     const Schedule* sessionSchedule_ = nullptr;
     // The team table changes with every game posted; the players' replay
     // games only choose the year a team plays by, so a day-old copy serves.
+    // Both are decoded from the images once and then kept up with the
+    // writes the images note.
     League totals_;
+    bool teamsRead_ = false;
+    bool playersRead_ = false;
     int playersDate_ = -1;
 };
 

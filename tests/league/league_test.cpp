@@ -66,36 +66,6 @@ TEST(League, StartUpPlayerTableHoldsTeamAndFreeAgentRowsDensely) {
     EXPECT_EQ(league.PlayerTable()[4].player.TeamId, kFreeAgent);
 }
 
-// A run reads the tables from its images of the files: they must come out
-// as the reads of the files do, a short last record and the slots past the
-// end included.
-TEST(League, TablesFromAnImageReadAsFromTheFile) {
-    TempDir dir;
-    auto lg = LeagueFixture::make({.teams = 3, .playersPerTeam = 4, .freeAgents = 1});
-    lg.write(dir.path());
-    for (std::string_view name : {kTeamFile, kPlayerFile}) {
-        auto bytes = readBytes(dir.path() / fs::path(name));
-        bytes.resize(bytes.size() - 700);  // the last record cut short
-        writeFileAtomic(dir.path() / fs::path(name), std::span<const std::uint8_t>(bytes));
-    }
-
-    League fromFile(dir.path());
-    fromFile.readTeamTable();
-    League fromImage(dir.path());
-    fromImage.readTeamTable(readBytes(dir.path() / fs::path(kTeamFile)));
-    EXPECT_EQ(fromImage.ActiveTeamCount(), fromFile.ActiveTeamCount());
-    for (int t = 1; t <= kMaxTeams; ++t)
-        ASSERT_EQ(codec::toSlot(fromImage.team(t)), codec::toSlot(fromFile.team(t))) << t;
-
-    auto rows = readPlayerRows(dir.path() / fs::path(kPlayerFile));
-    auto imageRows = playerRowsOf(readBytes(dir.path() / fs::path(kPlayerFile)));
-    ASSERT_EQ(imageRows.size(), rows.size());
-    for (std::size_t r = 0; r < rows.size(); ++r) {
-        EXPECT_EQ(imageRows[r].recordNumber, rows[r].recordNumber);
-        EXPECT_EQ(codec::toSlot(imageRows[r].player), codec::toSlot(rows[r].player)) << r;
-    }
-}
-
 // Plans of the old form: 15,000-byte slots, one a team.
 void writeOldGamePlans(const fs::path& dir, int teams) {
     std::vector<std::vector<std::uint8_t>> slots;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "league/files.h"
+#include "postgame/posting_journal.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
@@ -111,6 +112,49 @@ TEST(RecordBook, WrittenChangesReadBackAndLeaveOtherBytesAlone) {
     EXPECT_EQ(bytes[2 * kRecordSlot + 250], 0x5a);
     EXPECT_EQ(bytes[recordNumber(40, RecordScope::Season) * kRecordSlot - 10], 0x77);
     EXPECT_TRUE(RecordBook::load(dir.path() / "nowhere").changes(kRecordsFile).empty());
+}
+
+// What a run keeps must read as the file does after each posting, and a
+// change made to the file by anyone else must be seen at the next ask.
+TEST(RecordBook, AKeptBookStandsAsItsFileAndSeesChangesMadeUnderIt) {
+    testing::TempDir dir;
+    std::filesystem::path file = dir.path() / kRecordsFile;
+    DiskWriter disk;
+    auto writeOut = [&](const RecordBook& book) {
+        for (const FileChange& c : book.changes(kRecordsFile)) disk.writeAt(dir.path() / c.name, c.offset, c.bytes);
+    };
+    KeptRecordBooks kept;
+    {
+        RecordBook& book = kept.book(file, true);  // no file yet: an empty book
+        book.insert(kGoals, RecordScope::Season, 7, holder("Abel"));
+        book.insert(kGoals, RecordScope::Game, 3, holder("Abel"));
+        book.insert(kGoals, RecordScope::Game, 2, holder(""));  // a nameless place holds no value once read
+        writeOut(book);
+        kept.written();
+    }
+    RecordBook& again = kept.book(file, true);
+    EXPECT_TRUE(again.changes(kRecordsFile).empty());
+    RecordBook read = RecordBook::load(dir.path());
+    for (RecordScope scope : {RecordScope::Season, RecordScope::Game})
+        EXPECT_EQ(codec::toSlot(again.entry(kGoals, scope)), codec::toSlot(read.entry(kGoals, scope)));
+    // His season figure replaces his own place, also in the kept book.
+    again.insert(kGoals, RecordScope::Season, 9, holder("Abel"));
+    writeOut(again);
+    kept.written();
+    using P = std::vector<std::pair<std::string, int>>;
+    EXPECT_EQ(places(kept.book(file, true), kGoals, RecordScope::Season), (P{{"Abel", 9}}));
+    kept.written();
+
+    // Another league's run posts into the same file.
+    RecordBook other = RecordBook::load(dir.path());
+    other.insert(kGoals, RecordScope::Season, 12, holder("Berg", "BOS"));
+    writeOut(other);
+    EXPECT_EQ(places(kept.book(file, true), kGoals, RecordScope::Season), (P{{"Berg", 12}, {"Abel", 9}}));
+
+    // Entries of a posting that failed are not kept.
+    kept.book(file, true).insert(kGoals, RecordScope::Season, 30, holder("Cole"));
+    kept.drop();
+    EXPECT_EQ(places(kept.book(file, true), kGoals, RecordScope::Season), (P{{"Berg", 12}, {"Abel", 9}}));
 }
 
 }  // namespace

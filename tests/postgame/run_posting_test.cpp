@@ -8,10 +8,12 @@
 
 #include <map>
 
+#include "engine/chance_table.h"
 #include "engine/game.h"
 #include "league/file_images.h"
 #include "league/files.h"
 #include "league/folder_names.h"
+#include "league/league.h"
 #include "league/rules.h"
 #include "league/schedule.h"
 #include "operations/blank_league.h"
@@ -122,6 +124,50 @@ TEST(RunPosting, ARunLeavesTheLeagueAsGamesPostedOneByOne) {
         ASSERT_TRUE(ran.count(name)) << name;
         EXPECT_TRUE(ran.at(name) == bytes) << name;
     }
+}
+
+// A run that calibrates each game to the league's totals so far decodes
+// those totals once and follows its own writes; games posted one by one
+// from the disk, the team table read before each game and the players once
+// a day, must come out the same.
+TEST(RunPosting, ARunCalibratingToTheSeasonReadsTheTotalsAsTheDiskHoldsThem) {
+    TempDir dir;
+    writeLeague(dir.path());
+    {
+        Schedule schedule = Schedule::load(dir.path());
+        ScheduleGamesOptions options = runOptions(dir.path());
+        options.calibrateToSeason = true;
+        ScheduleGames run(options);
+        for (std::size_t row = 1; row <= schedule.size(); ++row) run.playAndPost(schedule, row);
+    }
+
+    TempDir reference;
+    writeLeague(reference.path());
+    League totals(reference.path());
+    int playersDate = -1;
+    std::size_t games = Schedule::load(reference.path()).size();
+    for (std::size_t row = 1; row <= games; ++row) {
+        Schedule schedule = Schedule::load(reference.path());
+        const GameRecord r = schedule.row(row);
+        std::uint64_t seed = kSeed + row;
+        GameSession session({reference.path(), defaultRules(2017), &shippedEra(), &schedule});
+        Random draws(seed);
+        session.GameActive = true;
+        session.GameType = 'L';
+        session.loadGame(r.VisitorTeam, r.HomeTeam, r.Month, r.Day, draws);
+        clearGameEntries(session);
+        totals.readTeamTable();
+        if (r.Month * 100 + r.Day != playersDate) {
+            totals.PlayerTable() = readPlayerRows(findFile(reference.path(), kPlayerFile));
+            playersDate = r.Month * 100 + r.Day;
+        }
+        GameOptions options{.seed = seed};
+        options.calibration = seasonCalibration(totals, shippedEra(), defaultRules(2017), draws);
+        Game game(session, options);
+        game.playToEnd();
+        postScheduleGame(session, game, schedule, row, seed, kDate);
+    }
+    EXPECT_EQ(folderImage(dir.path()), folderImage(reference.path()));
 }
 
 // The run's writer, failing at its n-th call (from 1); counts them all.
@@ -292,6 +338,27 @@ TEST(RunPosting, ImagesReadAsTheDiskAndFollowWritesOfFilesTheyHold) {
     EXPECT_EQ(images.bytes(dir / "A"), x);
     images.forget(dir / "A");
     EXPECT_EQ(images.bytes(dir / "A"), (std::vector<std::uint8_t>{'a', 'b', 'c', 'd', 'e', 'f'}));
+}
+
+TEST(RunPosting, AWatchedImageTellsWhatWasWrittenSinceTheLastLook) {
+    TempDir dir;
+    writeFileAtomic(dir / "A", std::string(100, 'a'));
+    FileImages images;
+    using Ranges = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+    EXPECT_TRUE(images.takeWritten(dir / "A").whole);  // not watched: read it all
+    images.watch(dir / "A");
+    std::vector<std::uint8_t> x(4, 'x');
+    images.writeAt(dir / "A", 10, x);
+    images.writeAt(dir / "A", 14, x);  // follows on: one range
+    images.writeAt(dir / "A", 98, x);  // past the end
+    auto w = images.takeWritten(dir / "A");
+    EXPECT_FALSE(w.whole);
+    EXPECT_EQ(w.ranges, (Ranges{{10, 18}, {98, 102}}));
+    EXPECT_TRUE(images.takeWritten(dir / "A").ranges.empty());
+    images.replace(dir / "A", x);
+    EXPECT_TRUE(images.takeWritten(dir / "A").whole);
+    images.forget(dir / "A");
+    EXPECT_TRUE(images.takeWritten(dir / "A").whole);
 }
 
 }  // namespace
