@@ -397,9 +397,13 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
         int goalie = game->state().goalie[kHome];
         session->side(kHome).player(goalie).RatingGoalie = static_cast<std::uint8_t>(rating);
         game->editState().find.GoalieForm[kHome][std::size_t(goalie)] = 0;
+        // Every save is made from the same state: a game left to run on would
+        // bring other shooters, scores and tired men to each goalie's rebounds.
+        const GameState fresh = game->state();
         long sum = 0;
         int n = 0;
         for (int i = 0; i < 400000 && n < 1500; ++i) {
+            game->editState() = fresh;
             const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
             if (s.events.Kind != ShotKind::ReboundShot || s.GameOverFlag) continue;
             // After a save the chance in per cent is the model's plus 20.
@@ -412,7 +416,7 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
     };
     double weak = meanChance(40);
     double strong = meanChance(95);
-    EXPECT_GT(weak, strong + 1) << weak << " against " << strong;
+    EXPECT_GT(weak, strong + 3) << weak << " against " << strong;
 }
 
 TEST_F(Puck, AnEmptyNetTakesNoReboundAndChargesNoGoalie) {
