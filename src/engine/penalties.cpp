@@ -240,6 +240,23 @@ int Game::fullStrength() const {
 }
 
 void Game::recountSkaters() {
+    // Most steps nobody is in either box, off, hurt or held: each side is
+    // at full strength already and nothing moves, so the count stands.
+    if (s_.pen.box[0].empty() && s_.pen.box[1].empty()) {
+        const int full = fullStrength();
+        bool quiet = s_.Skaters[0] == full && s_.Skaters[1] == full;
+        for (int side : {kVisitor, kHome}) {
+            if (!quiet) break;
+            const int goalie = s_.goalie[at(side)];
+            quiet = !anySlotSet(s_.find.PlayerOut[at(side)]) && !anySlotSet(s_.pen.InjuryKind[at(side)]) &&
+                    !anySlotSet(s_.pen.heldOff[at(side)]) &&
+                    (goalie == kNoSlot || teams_[at(side)].candidate[at(goalie)]);
+        }
+        if (quiet) {
+            s_.pen.lastSkaters = s_.Skaters;
+            return;
+        }
+    }
     std::array<int, 2> before = s_.Skaters;
     bool moved = false;
     std::array<int, 2> shortOf{};
