@@ -248,7 +248,7 @@ Call Game::ChooseCall(int side) {
             return ChooseShooterPlay(side);
         case Zone::OffenseZone: {
             std::array<TargetRow, 6> rows = offenseTargetRows(side);
-            int target = ChooseOffenseTarget(side);
+            int target = ChooseOffenseTarget(side, rows);
             s_.coach.target[at(side)] = target == kNoTarget ? -1 : target;
             // The set play goes to him: the next step hands him the puck.
             if (target != kNoTarget) s_.find.PlayTarget = s_.onIce[at(side)].slot[at(target)];
@@ -388,8 +388,7 @@ Call Game::ChooseShooterPlay(int side) {
     return rng_.rand(25) <= s * f ? Call::Penetrate : Call::Shoot;
 }
 
-int Game::ChooseOffenseTarget(int side) {
-    std::array<TargetRow, 6> rows = offenseTargetRows(side);
+int Game::ChooseOffenseTarget(int side, const std::array<TargetRow, 6>& rows) {
     double shooting = 0;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         int slot = s_.onIce[at(side)].slot[i];

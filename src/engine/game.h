@@ -566,8 +566,8 @@ public:
     std::string RollLines(int side);
 
     // The position (0 to 5) the play goes to in the offensive zone, or
-    // kNoTarget.
-    int ChooseOffenseTarget(int side);
+    // kNoTarget, from the side's offenseTargetRows.
+    int ChooseOffenseTarget(int side, const std::array<TargetRow, 6>& rows);
     // Lays the plan's line-specific and late-game strategies over the live
     // values of both sides.
     void CoachInPlay();
