@@ -319,6 +319,7 @@ private:
     void endPenalty(int side, std::size_t index, bool told = true);
     void startWaitingPenalties(int side);
     void recountSkaters();
+    [[nodiscard]] bool heldAsKeptOff(int side) const;
     // Skaters a side dresses on the ice at full strength: five, or in
     // overtime four or three by the league's overtime rule.
     [[nodiscard]] int fullStrength() const;

@@ -25,14 +25,6 @@ template <typename T>
     return word;
 }
 
-// Whether any slot holds anything.
-template <typename T>
-[[nodiscard]] bool anySlotSet(const BySlot<T>& table) {
-    std::uint64_t any = 0;
-    for (std::size_t first = 0; first < table.size(); first += 8) any |= slotWord(table, first);
-    return any != 0;
-}
-
 // The slots marked true.
 [[nodiscard]] inline int slotsSet(const BySlot<bool>& table) {
     int count = 0;
