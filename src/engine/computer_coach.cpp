@@ -115,6 +115,7 @@ int mostDueUnit(const double* shares, const double* played, const bool* rested, 
 // ---- Start -------------------------------------------------------------------------
 
 void Game::coachInit() {
+    coachInPlayKey_.valid = false;
     for (int side : {kVisitor, kHome}) {
         SideTables& t = session_.side(side);
         s_.coach.live[at(side)] = planStrategy(t.plan);
@@ -134,6 +135,7 @@ void Game::coachInit() {
 void Game::SetPlayBox() {
     if (driverRunning_) return;
     driverRunning_ = true;
+    coachInPlayKey_.valid = false;
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
@@ -171,7 +173,7 @@ void Game::SetPlayBox() {
             GameOverCheck();
             break;
         }
-        CoachInPlay();
+        coachInPlayOnChange();
         // 12. Who makes the call.
         int side = decidingSide();
         bool autoCall = computerDecides(side);
@@ -443,6 +445,17 @@ std::array<TargetRow, 6> Game::offenseTargetRows(int side) const {
 // ---- Strategy in play -------------------------------------------------------------------
 
 void Game::CoachInPlay() {
+    coachInPlayKey_.valid = false;
+    coachInPlayOnChange();
+}
+
+void Game::coachInPlayOnChange() {
+    CoachInPlayKey key{true,     {coach(kVisitor), coach(kHome)}, s_.Skaters, {}, {s_.Score[0], s_.Score[1]}, s_.Clock,
+                       s_.Period};
+    for (int side : {kVisitor, kHome})
+        for (std::size_t pos = 0; pos < 3; ++pos) key.forwards[at(side)][pos] = s_.onIce[at(side)].slot[pos];
+    if (key == coachInPlayKey_) return;
+    coachInPlayKey_ = key;
     for (int side : {kVisitor, kHome}) {
         const GamePlanRecord& plan = session_.side(side).plan;
         if (coach(side) == CoachKind::Human && plan.DontUseWhenHumanCoached == 1) continue;

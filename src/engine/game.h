@@ -672,6 +672,23 @@ private:
     };
     mutable std::array<EraFiguresMemo, 6> eraFiguresMemo_{};
     mutable std::size_t eraFiguresMemoNext_ = 0;
+    // CoachInPlay as the driver asks for it: again only when what it last
+    // worked from has changed. Within a run of the driver the strategies it
+    // lays down depend on nothing else (the plans and lines change only
+    // while the driver waits), and the stages of a faceoff ask again with
+    // all of it unchanged. Forgotten when the driver starts and when the
+    // coaches' strategies are set afresh.
+    void coachInPlayOnChange();
+    struct CoachInPlayKey {
+        bool valid = false;
+        std::array<CoachKind, 2> coaches{};
+        std::array<int, 2> skaters{};
+        std::array<std::array<int, 3>, 2> forwards{};
+        std::array<int, 2> score{};
+        int clock = 0;
+        int period = 0;
+        bool operator==(const CoachInPlayKey&) const = default;
+    } coachInPlayKey_;
     // shotSteering's answer by the side with the puck: -1 unknown, else 0 or 1.
     std::array<int, 2> shotSteeringMemo_{-1, -1};
 

@@ -1,6 +1,7 @@
 #include "team/lineup_tools.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "team/positions.h"
@@ -68,10 +69,16 @@ const BySlot<std::uint8_t>& lineRoles(const LineupTeam& t, int line, bool forwar
 // of the roster): zero when none of them holds a role. Most of a line's
 // slots hold none, and a lineup is put on the ice many times a game.
 std::uint64_t roleWord(const BySlot<std::uint8_t>& roles, int first) {
+    static_assert(std::endian::native == std::endian::little && kRosterSlots >= 8);
     const auto from = static_cast<std::size_t>(first);
     std::uint64_t word = 0;
-    std::memcpy(&word, roles.data() + from, std::min<std::size_t>(8, roles.size() - from));
-    return word;
+    if (from + 8 <= roles.size()) {
+        std::memcpy(&word, roles.data() + from, 8);
+        return word;
+    }
+    // The short block at the end: the last eight bytes, those before `first` shifted out.
+    std::memcpy(&word, roles.data() + roles.size() - 8, 8);
+    return word >> (8 * (from + 8 - roles.size()));
 }
 
 // The line that gives a place its players: the line asked for when a fit
