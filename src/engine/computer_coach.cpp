@@ -831,9 +831,24 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 if (settled) tracked &= ~(std::uint64_t{1} << slot);
                 continue;
             }
+            double& secs = s_.ShiftSecs[at(side)][at(slot)];
+            const int limit = tables.ShiftLimit[at(slot)];
+            if (!on) {
+                // The bench: recovery only, from the small per-slot tables;
+                // the man's record isn't needed.
+                s_.coach.wasOn[at(side)][at(slot)] = false;
+                if (limit <= 0) continue;
+                if (faceoff) secs -= 7;
+                if (afterPenalty) secs -= 2;
+                secs -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
+                s_.stint[at(side)][at(slot)] = 0;
+                secs = std::max(secs, 0.0);
+                if (timeout) secs = 0;
+                continue;
+            }
             PlayerRecord& p = tables.player(slot);
-            bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
-            if (on) {
+            const bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
+            {
                 StatLine& game = statLine(p, StatLineIndex::Game);
                 game.Toi += seconds;
                 if (counted) game.GP = 1;
@@ -846,42 +861,35 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                     }
                 }
             }
-            s_.coach.wasOn[at(side)][at(slot)] = on;
+            s_.coach.wasOn[at(side)][at(slot)] = true;
 
-            int limit = tables.ShiftLimit[at(slot)];
             if (limit <= 0) continue;
-            double& secs = s_.ShiftSecs[at(side)][at(slot)];
-            if (faceoff) secs -= on ? 4.9 : 7;
+            if (faceoff) secs -= 4.9;
             if (afterPenalty) secs -= 2;
-            if (!on) {
-                secs -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
-                s_.stint[at(side)][at(slot)] = 0;
-            } else {
-                int e = s_.Energy[at(side)][at(slot)];
-                double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
-                if (rng_.over(limit, 90, 20)) {
-                    double f = isDefenseman(p) ? .006 : .003;
-                    rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
-                }
-                if (topLine && !isDefenseman(p)) rate *= .9;
-                // A player running ahead of his real minutes tires sooner.
-                const SetRates& real = tables.rate(RateSet::Real, slot);
-                const SetRates& replay = tables.rate(RateSet::Replay, slot);
-                double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
-                if (real.AverageMinutes >= 10 && rng_.under(ratio, .92, .05)) rate *= .95;
-                int replayGames = statLine(p, StatLineIndex::Replay).GP;
-                if (real.AverageMinutes >= 18 && rng_.randAtMost(10, replayGames - 10) && rng_.under(ratio, .95, .04))
-                    rate *= .9;
-                secs += t * rate;
-                s_.stint[at(side)][at(slot)] += t;
-                if (secs >= 5 && t >= 5) {
-                    if (!rng_.under(ratio, 1, .07))
-                        secs += 1;
-                    else if (!rng_.over(ratio, .98, -.03))
-                        secs -= 2;
-                    else if (!rng_.over(ratio, 1, -.07))
-                        secs -= 1;
-                }
+            int e = s_.Energy[at(side)][at(slot)];
+            double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
+            if (rng_.over(limit, 90, 20)) {
+                double f = isDefenseman(p) ? .006 : .003;
+                rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
+            }
+            if (topLine && !isDefenseman(p)) rate *= .9;
+            // A player running ahead of his real minutes tires sooner.
+            const SetRates& real = tables.rate(RateSet::Real, slot);
+            const SetRates& replay = tables.rate(RateSet::Replay, slot);
+            double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
+            if (real.AverageMinutes >= 10 && rng_.under(ratio, .92, .05)) rate *= .95;
+            int replayGames = statLine(p, StatLineIndex::Replay).GP;
+            if (real.AverageMinutes >= 18 && rng_.randAtMost(10, replayGames - 10) && rng_.under(ratio, .95, .04))
+                rate *= .9;
+            secs += t * rate;
+            s_.stint[at(side)][at(slot)] += t;
+            if (secs >= 5 && t >= 5) {
+                if (!rng_.under(ratio, 1, .07))
+                    secs += 1;
+                else if (!rng_.over(ratio, .98, -.03))
+                    secs -= 2;
+                else if (!rng_.over(ratio, 1, -.07))
+                    secs -= 1;
             }
             secs = std::max(secs, 0.0);
             if (timeout) secs = 0;
