@@ -494,8 +494,9 @@ private:
     int passerStickFallback(int pos) const;
     int drawPasser(bool second);
     // Era figures of a year for a side's level (college columns for a
-    // college team); a year outside the table takes `fallback`'s.
-    [[nodiscard]] EraFigures eraFiguresOf(int year, int side, int fallback = 2008) const;
+    // college team); a year outside the table takes `fallback`'s. The
+    // answer is kept only until a later call: copy it to hold it longer.
+    [[nodiscard]] const EraFigures& eraFiguresOf(int year, int side, int fallback = 2008) const;
 
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
