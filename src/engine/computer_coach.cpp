@@ -450,8 +450,12 @@ void Game::CoachInPlay() {
 }
 
 void Game::coachInPlayOnChange() {
-    CoachInPlayKey key{true,     {coach(kVisitor), coach(kHome)}, s_.Skaters, {}, {s_.Score[0], s_.Score[1]}, s_.Clock,
-                       s_.Period};
+    // The clock counts only through the late-game column it falls in, and
+    // only in the last period or after.
+    const bool late = s_.Period >= periods_;
+    CoachInPlayKey key{true, {coach(kVisitor), coach(kHome)}, s_.Skaters,
+                       {},   {s_.Score[0], s_.Score[1]},      late ? lateGameColumn(s_.Clock) : -1,
+                       late};
     for (int side : {kVisitor, kHome})
         for (std::size_t pos = 0; pos < 3; ++pos) key.forwards[at(side)][pos] = s_.onIce[at(side)].slot[pos];
     if (key == coachInPlayKey_) return;
@@ -483,8 +487,7 @@ void Game::coachInPlayOnChange() {
                 break;
             }
         }
-        LateGame late{leadOf(side), s_.Clock, s_.Period >= periods_};
-        s_.coach.live[at(side)] = lateGameStrategy(plan, live, base, late);
+        s_.coach.live[at(side)] = lateGameStrategy(plan, live, base, LateGame{leadOf(side), s_.Clock, late});
     }
 }
 

@@ -686,8 +686,8 @@ private:
         std::array<int, 2> skaters{};
         std::array<std::array<int, 3>, 2> forwards{};
         std::array<int, 2> score{};
-        int clock = 0;
-        int period = 0;
+        int lateColumn = 0;
+        bool late = false;
         bool operator==(const CoachInPlayKey&) const = default;
     } coachInPlayKey_;
     // shotSteering's answer by the side with the puck: -1 unknown, else 0 or 1.
