@@ -248,12 +248,9 @@ bool Game::heldAsKeptOff(int side) const {
     const auto& hurt = s_.pen.InjuryKind[at(side)];
     const auto& held = s_.pen.heldOff[at(side)];
     const BySlot<bool>& candidate = teams_[at(side)].candidate;
-    constexpr std::uint64_t kLow = 0x0101010101010101ULL;
-    constexpr std::uint64_t kSeven = 0x7F7F7F7F7F7F7F7FULL;
     for (std::size_t first = 0; first < kRosterSlots; first += 8) {
-        const std::uint64_t h = slotWord(hurt, first);
         // A one in each byte whose man is out or hurt (hurt is any nonzero byte).
-        const std::uint64_t off = slotWord(out, first) | (((((h & kSeven) + kSeven) | h) >> 7) & kLow);
+        const std::uint64_t off = slotWord(out, first) | nonzeroBytes(slotWord(hurt, first));
         if ((off & slotWord(candidate, first)) != 0 || (slotWord(held, first) & ~off) != 0) return false;
     }
     for (int slot : s_.onIce[at(side)].slot)

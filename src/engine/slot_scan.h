@@ -33,6 +33,16 @@ template <typename T>
     return word >> (8 * (first + 8 - table.size()));
 }
 
+// A one in the low bit of each byte of `word` that isn't zero, nothing
+// elsewhere: a table of levels read as a table of marks.
+[[nodiscard]] inline std::uint64_t nonzeroBytes(std::uint64_t word) {
+    constexpr std::uint64_t kLow = 0x0101010101010101ULL;
+    constexpr std::uint64_t kSeven = 0x7F7F7F7F7F7F7F7FULL;
+    // The low seven bits of a byte plus 127 reach its top bit, without a
+    // carry into the next byte, when any of them is set.
+    return ((((word & kSeven) + kSeven) | word) >> 7) & kLow;
+}
+
 // The slots marked true.
 [[nodiscard]] inline int slotsSet(const BySlot<bool>& table) {
     int count = 0;
