@@ -566,9 +566,11 @@ bool Game::unitRested(int side, int line, bool forwards) const {
     // A line has a handful of men among fifty slots: eight slots at a time,
     // most words hold nobody on it.
     for (std::size_t first = 0; first < kRosterSlots; first += 8) {
+        const std::uint64_t lineRoles = slotWord(roles, first);
+        if (lineRoles == 0) continue;
         // A one in the low bit of each byte whose man is dressed and holds a
         // role (a role is any nonzero byte); only those men are looked at.
-        std::uint64_t men = nonzeroBytes(slotWord(roles, first)) & slotWord(dressed, first);
+        std::uint64_t men = nonzeroBytes(lineRoles) & slotWord(dressed, first);
         for (; men != 0; men &= men - 1) {
             const std::size_t slot = first + static_cast<std::size_t>(std::countr_zero(men) / 8);
             if (s_.Energy[at(side)][slot] < kRestedEnergy) return false;
