@@ -671,27 +671,28 @@ PlayChances Game::ChanceTable() {
         shoot = std::min(shoot, 950);
     }
 
-    // Step 9: the strength of the men on the ice.
-    std::array<UnitRatings, 2> unit{};
-    for (int s : {kVisitor, kHome}) {
-        std::array<UnitPlayer, 6> men{};
-        const SideTables& st = session_.side(s);
-        for (int pos = 0; pos < 6; ++pos) {
-            int slot = slotAt(s, pos);
-            if (slot == kNoSlot) continue;
-            men[at(pos)].record = &st.player(slot);
-            men[at(pos)].averageMinutes = st.rate(RateSet::Real, slot).AverageMinutes;
-            men[at(pos)].brokenStick = stickBroken(s, slot);
-            men[at(pos)].fatigued = s_.Energy[at(s)][at(slot)] <= 79;
-        }
-        UnitSituation sit;
-        sit.skaters = s_.Skaters[at(s)];
-        sit.opponentSkaters = s_.Skaters[at(other(s))];
-        sit.extraAttacker = s_.GoaliePulled[at(s)];
-        sit.insideDefense = (z == Zone::OffenseZone || z == Zone::OffenseShooter) && s != side;
-        unit[at(s)] = unitRatings(men, sit);
-    }
     if (shoot > 50 && shoot <= 950) {
+        // Step 9: the strength of the men on the ice, which only a shot
+        // chance in this band is weighed by.
+        std::array<UnitRatings, 2> unit{};
+        for (int s : {kVisitor, kHome}) {
+            std::array<UnitPlayer, 6> men{};
+            const SideTables& st = session_.side(s);
+            for (int pos = 0; pos < 6; ++pos) {
+                int slot = slotAt(s, pos);
+                if (slot == kNoSlot) continue;
+                men[at(pos)].record = &st.player(slot);
+                men[at(pos)].averageMinutes = st.rate(RateSet::Real, slot).AverageMinutes;
+                men[at(pos)].brokenStick = stickBroken(s, slot);
+                men[at(pos)].fatigued = s_.Energy[at(s)][at(slot)] <= 79;
+            }
+            UnitSituation sit;
+            sit.skaters = s_.Skaters[at(s)];
+            sit.opponentSkaters = s_.Skaters[at(other(s))];
+            sit.extraAttacker = s_.GoaliePulled[at(s)];
+            sit.insideDefense = (z == Zone::OffenseZone || z == Zone::OffenseShooter) && s != side;
+            unit[at(s)] = unitRatings(men, sit);
+        }
         // A unit with no ratings at all (players never rated) plays as an
         // average one rather than as one that can't shoot.
         const double onOff = unit[at(side)].onIceOffense > 0 ? unit[at(side)].onIceOffense : 5;

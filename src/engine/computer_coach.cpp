@@ -115,6 +115,7 @@ int mostDueUnit(const double* shares, const double* played, const bool* rested, 
 // ---- Start -------------------------------------------------------------------------
 
 void Game::coachInit() {
+    coachInPlayKey_.valid = false;
     for (int side : {kVisitor, kHome}) {
         SideTables& t = session_.side(side);
         s_.coach.live[at(side)] = planStrategy(t.plan);
@@ -134,6 +135,7 @@ void Game::coachInit() {
 void Game::SetPlayBox() {
     if (driverRunning_) return;
     driverRunning_ = true;
+    coachInPlayKey_.valid = false;
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
@@ -171,7 +173,7 @@ void Game::SetPlayBox() {
             GameOverCheck();
             break;
         }
-        CoachInPlay();
+        coachInPlayOnChange();
         // 12. Who makes the call.
         int side = decidingSide();
         bool autoCall = computerDecides(side);
@@ -248,7 +250,7 @@ Call Game::ChooseCall(int side) {
             return ChooseShooterPlay(side);
         case Zone::OffenseZone: {
             std::array<TargetRow, 6> rows = offenseTargetRows(side);
-            int target = ChooseOffenseTarget(side);
+            int target = ChooseOffenseTarget(side, rows);
             s_.coach.target[at(side)] = target == kNoTarget ? -1 : target;
             // The set play goes to him: the next step hands him the puck.
             if (target != kNoTarget) s_.find.PlayTarget = s_.onIce[at(side)].slot[at(target)];
@@ -388,8 +390,7 @@ Call Game::ChooseShooterPlay(int side) {
     return rng_.rand(25) <= s * f ? Call::Penetrate : Call::Shoot;
 }
 
-int Game::ChooseOffenseTarget(int side) {
-    std::array<TargetRow, 6> rows = offenseTargetRows(side);
+int Game::ChooseOffenseTarget(int side, const std::array<TargetRow, 6>& rows) {
     double shooting = 0;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         int slot = s_.onIce[at(side)].slot[i];
@@ -444,6 +445,21 @@ std::array<TargetRow, 6> Game::offenseTargetRows(int side) const {
 // ---- Strategy in play -------------------------------------------------------------------
 
 void Game::CoachInPlay() {
+    coachInPlayKey_.valid = false;
+    coachInPlayOnChange();
+}
+
+void Game::coachInPlayOnChange() {
+    // The clock counts only through the late-game column it falls in, and
+    // only in the last period or after.
+    const bool late = s_.Period >= periods_;
+    CoachInPlayKey key{true, {coach(kVisitor), coach(kHome)}, s_.Skaters,
+                       {},   {s_.Score[0], s_.Score[1]},      late ? lateGameColumn(s_.Clock) : -1,
+                       late};
+    for (int side : {kVisitor, kHome})
+        for (std::size_t pos = 0; pos < 3; ++pos) key.forwards[at(side)][pos] = s_.onIce[at(side)].slot[pos];
+    if (key == coachInPlayKey_) return;
+    coachInPlayKey_ = key;
     for (int side : {kVisitor, kHome}) {
         const GamePlanRecord& plan = session_.side(side).plan;
         if (coach(side) == CoachKind::Human && plan.DontUseWhenHumanCoached == 1) continue;
@@ -471,8 +487,7 @@ void Game::CoachInPlay() {
                 break;
             }
         }
-        LateGame late{leadOf(side), s_.Clock, s_.Period >= periods_};
-        s_.coach.live[at(side)] = lateGameStrategy(plan, live, base, late);
+        s_.coach.live[at(side)] = lateGameStrategy(plan, live, base, LateGame{leadOf(side), s_.Clock, late});
     }
 }
 
@@ -551,10 +566,15 @@ bool Game::unitRested(int side, int line, bool forwards) const {
     // A line has a handful of men among fifty slots: eight slots at a time,
     // most words hold nobody on it.
     for (std::size_t first = 0; first < kRosterSlots; first += 8) {
-        if (slotWord(roles, first) == 0 || slotWord(dressed, first) == 0) continue;
-        const std::size_t last = std::min<std::size_t>(first + 8, kRosterSlots);
-        for (std::size_t slot = first; slot < last; ++slot)
-            if (dressed[slot] && roles[slot] != 0 && s_.Energy[at(side)][slot] < kRestedEnergy) return false;
+        const std::uint64_t lineRoles = slotWord(roles, first);
+        if (lineRoles == 0) continue;
+        // A one in the low bit of each byte whose man is dressed and holds a
+        // role (a role is any nonzero byte); only those men are looked at.
+        std::uint64_t men = nonzeroBytes(lineRoles) & slotWord(dressed, first);
+        for (; men != 0; men &= men - 1) {
+            const std::size_t slot = first + static_cast<std::size_t>(std::countr_zero(men) / 8);
+            if (s_.Energy[at(side)][slot] < kRestedEnergy) return false;
+        }
     }
     return true;
 }
@@ -819,9 +839,24 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 if (settled) tracked &= ~(std::uint64_t{1} << slot);
                 continue;
             }
+            double& secs = s_.ShiftSecs[at(side)][at(slot)];
+            const int limit = tables.ShiftLimit[at(slot)];
+            if (!on) {
+                // The bench: recovery only, from the small per-slot tables;
+                // the man's record isn't needed.
+                s_.coach.wasOn[at(side)][at(slot)] = false;
+                if (limit <= 0) continue;
+                if (faceoff) secs -= 7;
+                if (afterPenalty) secs -= 2;
+                secs -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
+                s_.stint[at(side)][at(slot)] = 0;
+                secs = std::max(secs, 0.0);
+                if (timeout) secs = 0;
+                continue;
+            }
             PlayerRecord& p = tables.player(slot);
-            bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
-            if (on) {
+            const bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
+            {
                 StatLine& game = statLine(p, StatLineIndex::Game);
                 game.Toi += seconds;
                 if (counted) game.GP = 1;
@@ -834,42 +869,35 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                     }
                 }
             }
-            s_.coach.wasOn[at(side)][at(slot)] = on;
+            s_.coach.wasOn[at(side)][at(slot)] = true;
 
-            int limit = tables.ShiftLimit[at(slot)];
             if (limit <= 0) continue;
-            double& secs = s_.ShiftSecs[at(side)][at(slot)];
-            if (faceoff) secs -= on ? 4.9 : 7;
+            if (faceoff) secs -= 4.9;
             if (afterPenalty) secs -= 2;
-            if (!on) {
-                secs -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
-                s_.stint[at(side)][at(slot)] = 0;
-            } else {
-                int e = s_.Energy[at(side)][at(slot)];
-                double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
-                if (rng_.over(limit, 90, 20)) {
-                    double f = isDefenseman(p) ? .006 : .003;
-                    rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
-                }
-                if (topLine && !isDefenseman(p)) rate *= .9;
-                // A player running ahead of his real minutes tires sooner.
-                const SetRates& real = tables.rate(RateSet::Real, slot);
-                const SetRates& replay = tables.rate(RateSet::Replay, slot);
-                double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
-                if (real.AverageMinutes >= 10 && rng_.under(ratio, .92, .05)) rate *= .95;
-                int replayGames = statLine(p, StatLineIndex::Replay).GP;
-                if (real.AverageMinutes >= 18 && rng_.randAtMost(10, replayGames - 10) && rng_.under(ratio, .95, .04))
-                    rate *= .9;
-                secs += t * rate;
-                s_.stint[at(side)][at(slot)] += t;
-                if (secs >= 5 && t >= 5) {
-                    if (!rng_.under(ratio, 1, .07))
-                        secs += 1;
-                    else if (!rng_.over(ratio, .98, -.03))
-                        secs -= 2;
-                    else if (!rng_.over(ratio, 1, -.07))
-                        secs -= 1;
-                }
+            int e = s_.Energy[at(side)][at(slot)];
+            double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
+            if (rng_.over(limit, 90, 20)) {
+                double f = isDefenseman(p) ? .006 : .003;
+                rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
+            }
+            if (topLine && !isDefenseman(p)) rate *= .9;
+            // A player running ahead of his real minutes tires sooner.
+            const SetRates& real = tables.rate(RateSet::Real, slot);
+            const SetRates& replay = tables.rate(RateSet::Replay, slot);
+            double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
+            if (real.AverageMinutes >= 10 && rng_.under(ratio, .92, .05)) rate *= .95;
+            int replayGames = statLine(p, StatLineIndex::Replay).GP;
+            if (real.AverageMinutes >= 18 && rng_.randAtMost(10, replayGames - 10) && rng_.under(ratio, .95, .04))
+                rate *= .9;
+            secs += t * rate;
+            s_.stint[at(side)][at(slot)] += t;
+            if (secs >= 5 && t >= 5) {
+                if (!rng_.under(ratio, 1, .07))
+                    secs += 1;
+                else if (!rng_.over(ratio, .98, -.03))
+                    secs -= 2;
+                else if (!rng_.over(ratio, 1, -.07))
+                    secs -= 1;
             }
             secs = std::max(secs, 0.0);
             if (timeout) secs = 0;

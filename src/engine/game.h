@@ -319,6 +319,7 @@ private:
     void endPenalty(int side, std::size_t index, bool told = true);
     void startWaitingPenalties(int side);
     void recountSkaters();
+    [[nodiscard]] bool heldAsKeptOff(int side) const;
     // Skaters a side dresses on the ice at full strength: five, or in
     // overtime four or three by the league's overtime rule.
     [[nodiscard]] int fullStrength() const;
@@ -493,8 +494,9 @@ private:
     int passerStickFallback(int pos) const;
     int drawPasser(bool second);
     // Era figures of a year for a side's level (college columns for a
-    // college team); a year outside the table takes `fallback`'s.
-    [[nodiscard]] EraFigures eraFiguresOf(int year, int side, int fallback = 2008) const;
+    // college team); a year outside the table takes `fallback`'s. The
+    // answer is kept only until a later call: copy it to hold it longer.
+    [[nodiscard]] const EraFigures& eraFiguresOf(int year, int side, int fallback = 2008) const;
 
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
@@ -566,8 +568,8 @@ public:
     std::string RollLines(int side);
 
     // The position (0 to 5) the play goes to in the offensive zone, or
-    // kNoTarget.
-    int ChooseOffenseTarget(int side);
+    // kNoTarget, from the side's offenseTargetRows.
+    int ChooseOffenseTarget(int side, const std::array<TargetRow, 6>& rows);
     // Lays the plan's line-specific and late-game strategies over the live
     // values of both sides.
     void CoachInPlay();
@@ -671,6 +673,23 @@ private:
     };
     mutable std::array<EraFiguresMemo, 6> eraFiguresMemo_{};
     mutable std::size_t eraFiguresMemoNext_ = 0;
+    // CoachInPlay as the driver asks for it: again only when what it last
+    // worked from has changed. Within a run of the driver the strategies it
+    // lays down depend on nothing else (the plans and lines change only
+    // while the driver waits), and the stages of a faceoff ask again with
+    // all of it unchanged. Forgotten when the driver starts and when the
+    // coaches' strategies are set afresh.
+    void coachInPlayOnChange();
+    struct CoachInPlayKey {
+        bool valid = false;
+        std::array<CoachKind, 2> coaches{};
+        std::array<int, 2> skaters{};
+        std::array<std::array<int, 3>, 2> forwards{};
+        std::array<int, 2> score{};
+        int lateColumn = 0;
+        bool late = false;
+        bool operator==(const CoachInPlayKey&) const = default;
+    } coachInPlayKey_;
     // shotSteering's answer by the side with the puck: -1 unknown, else 0 or 1.
     std::array<int, 2> shotSteeringMemo_{-1, -1};
 

@@ -239,7 +239,42 @@ int Game::fullStrength() const {
     return kSkatersFull;
 }
 
+// With nobody serving, whether keepPenalizedOff would leave the side as it
+// is and nobody kept off is on the ice: every man out or hurt is held and no
+// longer a candidate, every held man is still out or hurt, and the goalie
+// is one of the candidates.
+bool Game::heldAsKeptOff(int side) const {
+    const auto& out = s_.find.PlayerOut[at(side)];
+    const auto& hurt = s_.pen.InjuryKind[at(side)];
+    const auto& held = s_.pen.heldOff[at(side)];
+    const BySlot<bool>& candidate = teams_[at(side)].candidate;
+    for (std::size_t first = 0; first < kRosterSlots; first += 8) {
+        // A one in each byte whose man is out or hurt (hurt is any nonzero byte).
+        const std::uint64_t off = slotWord(out, first) | nonzeroBytes(slotWord(hurt, first));
+        if ((off & slotWord(candidate, first)) != 0 || (slotWord(held, first) & ~off) != 0) return false;
+    }
+    for (int slot : s_.onIce[at(side)].slot)
+        if (slot >= 0 && slot < kRosterSlots && (out[at(slot)] || hurt[at(slot)] > 0)) return false;
+    const int goalie = s_.goalie[at(side)];
+    return goalie == kNoSlot || candidate[at(goalie)];
+}
+
 void Game::recountSkaters() {
+    // Most steps nobody is in either box, and the men kept off (hurt, or out
+    // of the game) are the ones already held off: each side is at full
+    // strength and nothing moves, so the count stands.
+    if (s_.pen.box[0].empty() && s_.pen.box[1].empty()) {
+        const int full = fullStrength();
+        bool quiet = s_.Skaters[0] == full && s_.Skaters[1] == full;
+        for (int side : {kVisitor, kHome}) {
+            if (!quiet) break;
+            quiet = heldAsKeptOff(side);
+        }
+        if (quiet) {
+            s_.pen.lastSkaters = s_.Skaters;
+            return;
+        }
+    }
     std::array<int, 2> before = s_.Skaters;
     bool moved = false;
     std::array<int, 2> shortOf{};

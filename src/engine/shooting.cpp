@@ -75,7 +75,7 @@ double limitByClass(double goalPct, int shotClass, double playerPct) {
 
 // ---- In the game --------------------------------------------------------------------
 
-EraFigures Game::eraFiguresOf(int year, int side, int fallback) const {
+const EraFigures& Game::eraFiguresOf(int year, int side, int fallback) const {
     // A game asks about a handful of years, many times a step each.
     for (const EraFiguresMemo& m : eraFiguresMemo_)
         if (m.used && m.year == year && m.side == side && m.fallback == fallback) return m.figures;

@@ -4,6 +4,7 @@
 // time: the engine asks them every step, and a slot at a time they cost more
 // than the work they decide on.
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -17,12 +18,29 @@ namespace tallyrink {
 template <typename T>
 [[nodiscard]] std::uint64_t slotWord(const BySlot<T>& table, std::size_t first) {
     static_assert(sizeof(T) == 1 && std::is_trivially_copyable_v<T>);
+    static_assert(std::endian::native == std::endian::little);
+    static_assert(std::tuple_size_v<BySlot<T>> >= 8);
     std::uint64_t word = 0;
-    if (first + 8 <= table.size())
+    if (first + 8 <= table.size()) {
         std::memcpy(&word, table.data() + first, 8);
-    else if (first < table.size())
-        std::memcpy(&word, table.data() + first, table.size() - first);
-    return word;
+        return word;
+    }
+    if (first >= table.size()) return 0;
+    // The short block at the end: the table's last eight bytes, with those
+    // before `first` shifted out (a copy of a length known only here would
+    // be a call).
+    std::memcpy(&word, table.data() + table.size() - 8, 8);
+    return word >> (8 * (first + 8 - table.size()));
+}
+
+// A one in the low bit of each byte of `word` that isn't zero, nothing
+// elsewhere: a table of levels read as a table of marks.
+[[nodiscard]] inline std::uint64_t nonzeroBytes(std::uint64_t word) {
+    constexpr std::uint64_t kLow = 0x0101010101010101ULL;
+    constexpr std::uint64_t kSeven = 0x7F7F7F7F7F7F7F7FULL;
+    // The low seven bits of a byte plus 127 reach its top bit, without a
+    // carry into the next byte, when any of them is set.
+    return ((((word & kSeven) + kSeven) | word) >> 7) & kLow;
 }
 
 // The slots marked true.

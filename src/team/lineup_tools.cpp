@@ -1,6 +1,8 @@
 #include "team/lineup_tools.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 #include "team/positions.h"
 
@@ -57,15 +59,39 @@ bool freeSkater(const LineupTeam& t, const OnIce& ice, int goalie, int slot) {
            !isGoalie(t.player(slot));
 }
 
+// A line's role bytes by slot, forwards' or defence pairs': no role is 0.
+const BySlot<std::uint8_t>& lineRoles(const LineupTeam& t, int line, bool forwards) {
+    const auto i = static_cast<std::size_t>(line - 1);
+    return forwards ? t.lines->LineRoleLive.at(i) : t.lines->LineFlagLive.at(i);
+}
+
+// The role bytes of slots first to first + 7 as one word (fewer at the end
+// of the roster): zero when none of them holds a role. Most of a line's
+// slots hold none, and a lineup is put on the ice many times a game.
+std::uint64_t roleWord(const BySlot<std::uint8_t>& roles, int first) {
+    static_assert(std::endian::native == std::endian::little && kRosterSlots >= 8);
+    const auto from = static_cast<std::size_t>(first);
+    std::uint64_t word = 0;
+    if (from + 8 <= roles.size()) {
+        std::memcpy(&word, roles.data() + from, 8);
+        return word;
+    }
+    // The short block at the end: the last eight bytes, those before `first` shifted out.
+    std::memcpy(&word, roles.data() + roles.size() - 8, 8);
+    return word >> (8 * (from + 8 - roles.size()));
+}
+
 // The line that gives a place its players: the line asked for when a fit
 // player holds a role of that kind on it, else the first line behind it in
 // the chain of stand-ins that has one; 0 when none has.
 int sourceLine(const LineupTeam& t, int line, bool forwards) {
     for (int hops = 0; line > 0 && hops < kLineSets; ++hops, line = fallbackLine(line)) {
-        for (int s = 0; s < kRosterSlots; ++s) {
-            bool role = forwards ? t.lines->lineRole(line, s) != ForwardRole::None
-                                 : t.lines->pairRole(line, s) != PairRole::None;
-            if (role && t.candidate[static_cast<std::size_t>(s)]) return line;
+        const BySlot<std::uint8_t>& roles = lineRoles(t, line, forwards);
+        for (int first = 0; first < kRosterSlots; first += 8) {
+            if (roleWord(roles, first) == 0) continue;
+            const int last = std::min(first + 8, kRosterSlots);
+            for (int s = first; s < last; ++s)
+                if (roles[static_cast<std::size_t>(s)] != 0 && t.candidate[static_cast<std::size_t>(s)]) return line;
         }
     }
     return 0;
@@ -82,17 +108,22 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionL
     std::size_t nextSpare = 0;
     // The role is the cheap test and most slots hold none on the line, so it
     // comes before the question of whether the man is free.
+    const BySlot<std::uint8_t>& roles = lineRoles(t, line, forwards);
     for (int s = 0; s < kRosterSlots; ++s) {
+        if ((s & 7) == 0 && roleWord(roles, s) == 0) {
+            s += 7;
+            continue;
+        }
+        const std::uint8_t role = roles[static_cast<std::size_t>(s)];
+        if (role == 0) continue;
         IcePos pos;
         if (forwards) {
-            ForwardRole r = t.lines->lineRole(line, s);
-            if (r == ForwardRole::None) continue;
+            auto r = static_cast<ForwardRole>(role);
             pos = r == ForwardRole::LeftWing ? IcePos::LeftWing
                   : r == ForwardRole::Center ? IcePos::Center
                                              : IcePos::RightWing;
         } else {
-            PairRole r = t.lines->pairRole(line, s);
-            if (r == PairRole::None) continue;
+            auto r = static_cast<PairRole>(role);
             pos = r == PairRole::Left ? IcePos::LeftDefense : IcePos::RightDefense;
         }
         if (!freeSkater(t, out.onIce, goalie, s)) continue;

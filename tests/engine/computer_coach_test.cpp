@@ -645,6 +645,54 @@ int stepsPerQuestion(bool noComputerCalls) {
     return game.state().steps * 100 / std::max(screen.asked, 1);
 }
 
+// Moves the clock of a running game between steps and notes the home
+// side's forecheck the step after each move was played under.
+struct ClockMover final : GamePresenter {
+    Game* game = nullptr;
+    std::vector<int> clocks;
+    std::vector<int> forechecks;
+    std::size_t next = 0;
+    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
+    void ShowClock(const Game&) override {
+        GameState& s = game->editState();
+        if (next > 0 && forechecks.size() < next) forechecks.push_back(s.coach.live[kHome].forecheck);
+        s.Score = {1, 0};
+        // Fresh legs: the same men stay on, so only the clock moves.
+        for (auto& side : s.Energy) side.fill(100);
+        for (auto& side : s.ShiftSecs) side.fill(0);
+        if (next < clocks.size()) s.Clock = clocks[next++];
+    }
+    void ShowIce(const Game&) override {}
+    void ShowOffenseTargets(const Game&) override {}
+    void AskPlayCall(const Game&, int) override {}
+    void AskLineChange(const Game&, int) override {}
+    void ShowPause(const Game&) override {}
+    void GameOver(const Game&) override {}
+};
+
+// Within one run of the driver, the computer's late-game strategy follows
+// the clock from one column of its plan to the next, nothing else changing.
+TEST(CoachInPlay, TheDriverFollowsTheClockIntoTheLateGameColumns) {
+    auto session = loaded(4);
+    GamePlanRecord& plan = session->side(kHome).plan;
+    plan.DontUseLineSpecificSettings = 1;
+    plan.IncreaseForecheckTrailingOne = {0, 0, 1};  // the last five minutes only
+    ClockMover screen;
+    screen.clocks = {600, 590, 250, 240, 700, 690};
+    GameOptions options;
+    options.seed = 3;
+    options.noDisplay = false;
+    Game game(*session, options, &screen);
+    screen.game = &game;
+    game.InitGame();
+    GameState& s = game.editState();
+    s.Period = 3;
+    s.Score = {1, 0};
+    game.SetPlayBox();
+    const int planned = planStrategy(plan).forecheck;
+    EXPECT_EQ(screen.forechecks, (std::vector<int>{planned, planned, planned + 2, planned + 2, planned, planned}));
+}
+
 TEST(CoachCalls, TheComputerCallsSomePlaysForAHumanUnlessTheRulesForbidIt) {
     // A step needs one answer, or two at a faceoff (both coaches confirm).
     int asked = stepsPerQuestion(true);

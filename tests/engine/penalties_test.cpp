@@ -167,6 +167,38 @@ TEST_F(PenaltyGame, TheBoxHoldsAManOffTheFitListUntilHisPenaltyEnds) {
     EXPECT_FALSE(held(v));
 }
 
+// With both boxes empty the clock still takes off a man on the ice who is
+// hurt or out of the game, holds him while he stays so (a run with nothing
+// new moves nobody), and gives him back when he is fit again.
+TEST_F(PenaltyGame, TheClockKeepsHurtAndOutMenOffOnlyWhileTheyAre) {
+    auto held = [&](int side, int slot) { return s().pen.heldOff[std::size_t(side)][std::size_t(slot)]; };
+    const int hurt = skater(kVisitor, 1);
+    const int out = skater(kHome, 3);
+    GameState& e = game->editState();
+    e.pen.InjuryKind[kVisitor][std::size_t(hurt)] = 4;
+    e.find.PlayerOut[kHome][std::size_t(out)] = true;
+    game->runPenaltyClock(10);
+    EXPECT_TRUE(held(kVisitor, hurt));
+    EXPECT_TRUE(held(kHome, out));
+    EXPECT_FALSE(s().onIce[kVisitor].holds(hurt));
+    EXPECT_FALSE(s().onIce[kHome].holds(out));
+    EXPECT_EQ(onIce(kVisitor), 5);
+    EXPECT_EQ(onIce(kHome), 5);
+    const OnIce visitors = s().onIce[kVisitor];
+    game->runPenaltyClock(10);
+    EXPECT_EQ(s().onIce[kVisitor].slot, visitors.slot);
+    EXPECT_TRUE(held(kVisitor, hurt));
+
+    // Fit again: back on the list, and no one else held.
+    e.pen.InjuryKind[kVisitor][std::size_t(hurt)] = 0;
+    game->runPenaltyClock(10);
+    EXPECT_FALSE(held(kVisitor, hurt));
+    EXPECT_TRUE(held(kHome, out));
+    for (int slot = 0; slot < kRosterSlots; ++slot) EXPECT_EQ(held(kVisitor, slot), false) << slot;
+    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
+    EXPECT_EQ(s().pen.PowerPlays, (std::array<int, 2>{0, 0}));
+}
+
 TEST_F(PenaltyGame, AGoalEndsTheEarliestMinorButNotAMajor) {
     int a = skater(kHome, 0), b = skater(kHome, 2), m = skater(kHome, 3);
     game->assessPenalty(kHome, m, PenaltyType::Major, PenaltyKind::OneSide, "boarding");

@@ -37,5 +37,18 @@ TEST(SlotScan, SeesEverySlotOnceAndOnlyThat) {
     EXPECT_EQ(slotsSet(marks), expected);
 }
 
+// Every byte value alone in every place, then all places at once: a byte
+// that carried into its neighbour, or a top bit lost, shows here.
+TEST(SlotScan, MarksEveryNonzeroByteAndNoOther) {
+    for (unsigned place = 0; place < 8; ++place) {
+        for (unsigned value = 0; value < 256; ++value) {
+            const std::uint64_t word = std::uint64_t{value} << (8 * place);
+            const std::uint64_t mark = value != 0 ? std::uint64_t{1} << (8 * place) : 0;
+            ASSERT_EQ(nonzeroBytes(word), mark) << place << " " << value;
+        }
+    }
+    EXPECT_EQ(nonzeroBytes(0xFF00807F0100FF01ULL), 0x0100010101000101ULL);
+}
+
 }  // namespace
 }  // namespace tallyrink
