@@ -262,11 +262,39 @@ void GameSession::readTeam(SideTables& s) {
     upgradeTeamRecord(s.team);
 }
 
+void GameSession::keepPlansCurrent(const fs::path& plans) {
+    FileImages& images = *league_.files;
+    if (keptPlans_.empty()) keptPlans_.resize(kMaxTeams + 1);
+    FileImages::Written written = plansWatched_ ? images.takeWritten(plans) : FileImages::Written{true, {}};
+    if (written.whole) {
+        for (auto& plan : keptPlans_) plan.reset();
+        images.watch(plans);
+        plansWatched_ = true;
+        return;
+    }
+    for (auto [begin, end] : written.ranges) {
+        std::size_t first = static_cast<std::size_t>(begin / kGamePlanSlot) + 1;
+        std::size_t last = static_cast<std::size_t>((end + kGamePlanSlot - 1) / kGamePlanSlot);
+        for (std::size_t t = first; t <= std::min<std::size_t>(last, kMaxTeams); ++t) keptPlans_[t].reset();
+    }
+}
+
 void GameSession::readPlan(SideTables& s) {
     std::vector<std::uint8_t> buffer;
-    auto bytes =
-        slotVia(league_.files, leagueFile(kGamePlanFile), kGamePlanSlot, static_cast<std::size_t>(s.TeamId), buffer);
-    codec::decodeSlot(bytes, s.plan);
+    auto path = leagueFile(kGamePlanFile);
+    auto team = static_cast<std::size_t>(s.TeamId);
+    if (league_.files) keepPlansCurrent(path);
+    auto bytes = slotVia(league_.files, path, kGamePlanSlot, team, buffer);
+    if (league_.files) {
+        auto& kept = keptPlans_[team];
+        if (!kept) {
+            kept = std::make_unique<GamePlanRecord>();
+            codec::decodeSlot(bytes, *kept);
+        }
+        s.plan = *kept;
+    } else {
+        codec::decodeSlot(bytes, s.plan);
+    }
     s.setPlanAsRead(bytes);
     s.plan.GamePlanTeam = static_cast<std::int16_t>(s.TeamId);
     upgradeGamePlan(s.plan, s.team.TeamYear);

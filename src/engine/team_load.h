@@ -239,6 +239,12 @@ private:
     // still as a clearing would leave it, so its first load skips that pass.
     std::array<bool, 2> asBuilt_{true, true};
     mutable std::optional<LeaguePlayerIndex> ownIndex_;
+    // A run's game plans as decoded from its image, by team: nothing a game
+    // posts writes a plan, so each is decoded once and again only after a
+    // write the image notes. Made at a team's first load.
+    void keepPlansCurrent(const std::filesystem::path& plans);
+    std::vector<std::unique_ptr<GamePlanRecord>> keptPlans_;
+    bool plansWatched_ = false;
 };
 
 // The day after a date of the season (season month, day); the 13th month is
