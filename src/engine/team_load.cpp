@@ -380,24 +380,29 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         // A player sat down by the general manager is being rested.
         if (!GameActive && p.InactiveFlag != 99) ++p.GamesSinceReset;
     }
-    // Each last name trimmed once, not once for every teammate it is held against.
+    // Each last name trimmed once, not once for every teammate it is held
+    // against, and held against the men on the team only.
     BySlot<std::string_view> lastNames{};
-    BySlot<bool> onTeam{};
+    BySlot<int> teamSlots{};
+    std::size_t onTeam = 0;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
-        auto i = static_cast<std::size_t>(slot);
-        onTeam[i] = s.onTeam(slot);
-        lastNames[i] = s.player(slot).LastName.view();
+        lastNames[static_cast<std::size_t>(slot)] = s.player(slot).LastName.view();
+        if (s.onTeam(slot)) teamSlots[onTeam++] = slot;
     }
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         const PlayerRecord& p = s.player(slot);
         if (p.PlayerId == 0) continue;
-        std::string_view last = lastNames[static_cast<std::size_t>(slot)];
+        auto i = static_cast<std::size_t>(slot);
+        std::string_view last = lastNames[i];
         bool shared = false;
-        for (std::size_t other = 0; other < lastNames.size(); ++other)
-            if (other != static_cast<std::size_t>(slot) && onTeam[other] && lastNames[other] == last) shared = true;
-        s.DisplayName[static_cast<std::size_t>(slot)] =
-            shared ? p.FirstName.str() + " " + std::string(last) : std::string(last);
-        s.ShortNameOf[static_cast<std::size_t>(slot)] = p.ShortName.str();
+        for (std::size_t k = 0; k < onTeam && !shared; ++k)
+            shared = teamSlots[k] != slot && lastNames[static_cast<std::size_t>(teamSlots[k])] == last;
+        // Assigned in place: the names of the side's last load leave their room.
+        std::string& name = s.DisplayName[i];
+        name.clear();
+        if (shared) name.append(p.FirstName.view()).append(" ");
+        name.append(last);
+        s.ShortNameOf[i].assign(p.ShortName.view());
     }
 }
 
@@ -654,7 +659,6 @@ std::vector<std::string> GameSession::remakeDepthAndLines(int sideIndex) {
 void GameSession::coach(int sideIndex) {
     manager_->afterTables(*this, sideIndex);
     SideTables& s = side(sideIndex);
-    LineupTeam team = lineupTeam(sideIndex);
     if (s.plan.GamePlanStamp != kGamePlanStamp) {
         applyDefaultCoach(s.plan, s.team.TeamYear);
         auto filled = remakeDepthAndLines(sideIndex);
@@ -664,6 +668,7 @@ void GameSession::coach(int sideIndex) {
         s.notes.insert(s.notes.end(), filled.begin(), filled.end());
         return;
     }
+    LineupTeam team = lineupTeam(sideIndex);
     if (depthChartEmpty(team)) {
         HkAutofillDepth(team);
         s.notes.push_back("The team had no depth charts: they were made from the roster");
@@ -750,11 +755,15 @@ void GameSession::completeLineup(int sideIndex) {
 
 void GameSession::noteUnrated(int sideIndex) {
     SideTables& s = side(sideIndex);
-    LineupTeam team = lineupTeam(sideIndex);
+    // The candidates as lineupTeam names them; whether a man's ratings are
+    // stand-ins needs nothing else of it.
+    BySlot<bool> candidate{};
+    if (GameActive) candidate = BuildFitList(s.GameRoster, s.TeamId, s.DressedToday);
     int unrated = 0;
-    for (int slot = 0; slot < kRosterSlots; ++slot)
-        if (team.candidate[static_cast<std::size_t>(slot)] && team.ratings[static_cast<std::size_t>(slot)].standIn)
-            ++unrated;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        bool counted = GameActive ? candidate[static_cast<std::size_t>(slot)] : s.onTeam(slot);
+        if (counted && hasStandInRatings(s.player(slot))) ++unrated;
+    }
     if (unrated > 0)
         s.notes.push_back(
             fmt::format("{} player{} no stored ratings: depth charts and lines read stand-ins from the "

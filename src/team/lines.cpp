@@ -115,12 +115,17 @@ std::string lineCaption(int line) {
 
 // ---- Ratings the fills read -------------------------------------------------
 
+bool hasStandInRatings(const PlayerRecord& p) {
+    if (isGoalie(p)) return p.RatingGoalie == 0;
+    return p.RatingOffense == 0 && p.RatingDefense == 0;
+}
+
 LineupRatings lineupRatings(const PlayerRecord& p, double averageMinutes, double eraSavePct) {
     LineupRatings r{double(p.RatingOffense), double(p.RatingDefense),     double(p.RatingPenaltyKill),
                     double(p.RatingGoalie),  double(p.RatingPenaltyShot), false};
     const StatLine& real = realOf(p);
     if (isGoalie(p)) {
-        if (p.RatingGoalie > 0) return r;
+        if (!hasStandInRatings(p)) return r;
         r.standIn = true;
         // A goalie at the era's save percentage rates 6.5, a point of
         // save percentage being worth a whole point of rating. His record
@@ -131,7 +136,7 @@ LineupRatings lineupRatings(const PlayerRecord& p, double averageMinutes, double
         r.goalie = std::clamp(65 + (pct - eraSavePct) * 10, 15.0, 100.0);
         return r;
     }
-    if (p.RatingOffense > 0 || p.RatingDefense > 0) return r;
+    if (!hasStandInRatings(p)) return r;
     r.standIn = true;
     // Scoring rate for offence, and the coach's trust (ice time) for
     // defence, on the scales of the stored ratings: a first-line forward
