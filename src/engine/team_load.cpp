@@ -336,7 +336,11 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
     RandomFile players(leagueFile(kPlayerFile), kPlayerSlot);
     // From the run's image when there is one, else through one open file.
     std::optional<SlotReader> file;
-    if (!league_.files) file.emplace(players);
+    const std::vector<std::uint8_t>* image = nullptr;
+    if (league_.files)
+        image = &league_.files->bytes(players.path());
+    else
+        file.emplace(players);
     std::vector<std::uint8_t> buffer;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         auto i = static_cast<std::size_t>(slot);
@@ -349,10 +353,10 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         }
         std::span<const std::uint8_t> bytes;
         if (file) {
-            buffer = file->readSlot(static_cast<std::size_t>(id));
+            file->readSlot(static_cast<std::size_t>(id), buffer);
             bytes = buffer;
         } else {
-            bytes = league_.files->slotBytes(players.path(), kPlayerSlot, static_cast<std::size_t>(id));
+            bytes = FileImages::slotIn(*image, kPlayerSlot, static_cast<std::size_t>(id));
         }
         codec::decodeSlot(bytes, p);
         s.setPlayerAsRead(slot, bytes);
