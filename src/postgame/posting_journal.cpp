@@ -127,15 +127,10 @@ std::uint64_t wordAt(const std::uint8_t* p) {
 
 // The first i from `from` below `n` where a and b differ; n when none does.
 std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
-    // Long equal stretches (a table that barely changed) four words at a
-    // time, then words, the byte found within the word that differs.
-    while (from + 32 <= n) {
-        std::uint64_t d = (wordAt(a + from) ^ wordAt(b + from)) | (wordAt(a + from + 8) ^ wordAt(b + from + 8)) |
-                          (wordAt(a + from + 16) ^ wordAt(b + from + 16)) |
-                          (wordAt(a + from + 24) ^ wordAt(b + from + 24));
-        if (d != 0) break;
-        from += 32;
-    }
+    // Long equal stretches (a table that barely changed) in blocks, then
+    // words, the byte found within the word that differs.
+    constexpr std::size_t kBlock = 64;
+    while (from + kBlock <= n && std::memcmp(a + from, b + from, kBlock) == 0) from += kBlock;
     for (; from + 8 <= n; from += 8)
         if (wordAt(a + from) != wordAt(b + from)) break;
     while (from < n && a[from] == b[from]) ++from;

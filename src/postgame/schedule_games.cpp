@@ -77,8 +77,8 @@ void ScheduleGames::refreshPlayers() {
     std::sort(slots.begin(), slots.end());
     slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
     const auto& image = images_.bytes(path);
-    for (std::size_t r : slots)
-        rows[r - 1].player = codec::fromSlot<PlayerRecord>(FileImages::slotIn(image, kPlayerSlot, r));
+    // Decoded over the row's older copy: every field and the tail are written anew.
+    for (std::size_t r : slots) codec::decodeSlot(FileImages::slotIn(image, kPlayerSlot, r), rows[r - 1].player);
 }
 
 SeasonCalibration ScheduleGames::calibrationSoFar(const GameRecord& r, Random& draws) {
