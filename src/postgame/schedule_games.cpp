@@ -120,6 +120,7 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     posting.writer = &writer_;
     posting.schedule = &schedule;
     posting.books = &books_;
+    posting.tables = &tables_;
     return postScheduleGame(session, play, schedule, row, seed, posting);
 }
 
