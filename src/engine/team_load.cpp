@@ -88,6 +88,7 @@ SideTables::SlotsAsRead& slotsOf(SideTables& s) {
 
 std::span<const std::uint8_t> SideTables::planAsRead() const {
     if (!slotsAsRead || !slotsAsRead->planHeld) return {};
+    if (slotsAsRead->sharedPlan) return *slotsAsRead->sharedPlan;
     return slotsAsRead->plan;
 }
 
@@ -99,7 +100,14 @@ std::span<const std::uint8_t> SideTables::playerAsRead(int slot) const {
 
 void SideTables::setPlanAsRead(std::span<const std::uint8_t> bytes) {
     SlotsAsRead& read = slotsOf(*this);
+    read.sharedPlan.reset();
     copySlot(read.plan, bytes);
+    read.planHeld = true;
+}
+
+void SideTables::setPlanAsRead(std::shared_ptr<const PlanSlot> bytes) {
+    SlotsAsRead& read = slotsOf(*this);
+    read.sharedPlan = std::move(bytes);
     read.planHeld = true;
 }
 
@@ -288,14 +296,18 @@ void GameSession::readPlan(SideTables& s) {
     if (league_.files) {
         auto& kept = keptPlans_[team];
         if (!kept) {
-            kept = std::make_unique<GamePlanRecord>();
-            codec::decodeSlot(bytes, *kept);
+            kept = std::make_unique<KeptPlan>();
+            codec::decodeSlot(bytes, kept->plan);
+            auto asRead = std::make_shared<SideTables::PlanSlot>();
+            copySlot(*asRead, bytes);
+            kept->bytes = std::move(asRead);
         }
-        s.plan = *kept;
+        s.plan = kept->plan;
+        s.setPlanAsRead(kept->bytes);
     } else {
         codec::decodeSlot(bytes, s.plan);
+        s.setPlanAsRead(bytes);
     }
-    s.setPlanAsRead(bytes);
     s.plan.GamePlanTeam = static_cast<std::int16_t>(s.TeamId);
     upgradeGamePlan(s.plan, s.team.TeamYear);
 }
