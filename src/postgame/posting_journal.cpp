@@ -119,35 +119,18 @@ void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset,
     }
 }
 
-std::uint64_t wordAt(const std::uint8_t* p) {
-    std::uint64_t v = 0;
-    std::memcpy(&v, p, 8);
-    return v;
-}
-
 // The first i from `from` below `n` where a and b differ; n when none does.
 std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
-    // Long equal stretches (a table that barely changed) in blocks, then
-    // words, the byte found within the word that differs.
+    // Long equal stretches (a table that barely changed) in blocks, then words.
     constexpr std::size_t kBlock = 64;
     while (from + kBlock <= n && std::memcmp(a + from, b + from, kBlock) == 0) from += kBlock;
-    for (; from + 8 <= n; from += 8)
-        if (wordAt(a + from) != wordAt(b + from)) break;
-    while (from < n && a[from] == b[from]) ++from;
-    return from;
-}
-
-// The first i from `from` below `n` where a and b agree; n when none does.
-std::size_t firstSame(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
-    // A changed stretch (a player's season line) word by word: a word of
-    // the two XORed holds a zero byte where they agree.
-    constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
-    constexpr std::uint64_t kHighs = 0x8080808080808080ULL;
     for (; from + 8 <= n; from += 8) {
-        std::uint64_t d = wordAt(a + from) ^ wordAt(b + from);
-        if (((d - kOnes) & ~d & kHighs) != 0) break;
+        std::uint64_t x = 0, y = 0;
+        std::memcpy(&x, a + from, 8);
+        std::memcpy(&y, b + from, 8);
+        if (x != y) break;
     }
-    while (from < n && a[from] != b[from]) ++from;
+    while (from < n && a[from] == b[from]) ++from;
     return from;
 }
 
@@ -412,9 +395,9 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
             return from >= comparable ? from : firstDifference(was, now, from, comparable);
         };
         auto nextSame = [&](std::size_t from) {
-            if (from >= comparable) return n;
-            std::size_t same = firstSame(was, now, from, comparable);
-            return same < comparable ? same : n;
+            for (; from < comparable; ++from)
+                if (was[from] == now[from]) return from;
+            return n;
         };
         for (std::size_t i = nextDifferent(0); i < n;) {
             std::size_t j = i;
