@@ -57,12 +57,20 @@ std::string horizontalName(const std::string& file) {
 
 }  // namespace
 
-bool endsWithExtension(const std::string& name, std::initializer_list<const char*> extensions) {
+bool endsWithExtension(std::string_view name, std::initializer_list<const char*> extensions) {
     auto dot = name.rfind('.');
-    if (dot == std::string::npos) return false;
-    std::string ext = upperPrefix(name.substr(dot + 1), 8);
+    if (dot == std::string_view::npos) return false;
+    // The extension upper-cased, blanks dropped, at most 8 letters: every
+    // player of every load asks, so it is built in place.
+    std::array<char, 8> ext{};
+    std::size_t n = 0;
+    for (char c : name.substr(dot + 1)) {
+        if (n == ext.size()) break;
+        if (c != ' ') ext[n++] = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    std::string_view got(ext.data(), n);
     for (const char* e : extensions)
-        if (ext == e) return true;
+        if (got == e) return true;
     return false;
 }
 
@@ -186,16 +194,16 @@ void capRatings(PlayerRecord& p) {
 void upgradePlayerRecord(PlayerRecord& p, const TeamRecord& team) {
     if (p.InactiveFlag != 0 && p.InactiveFlag != 99) p.InactiveFlag = 0;
     if (p.InactiveFlag == 99 && p.AlwaysActiveWhenAvailable == 1) p.InactiveFlag = 0;
-    std::string type = p.PlayerType.str();
-    if (type != "C" && type != "P") p.PlayerType.assign(team.TeamType.str() == "C" ? "C" : "P");
-    if (p.PlayerType.str() == "C" && p.StrengthOfSchedule == 0) p.StrengthOfSchedule = team.StrengthOfSchedule;
-    if (!endsWithExtension(p.PhotoFile.str(), {"WMF", "BMP", "JPG"})) p.PhotoFile.assign(team.LogoFile.str());
+    std::string_view type = p.PlayerType.view();
+    if (type != "C" && type != "P") p.PlayerType.assign(team.TeamType.view() == "C" ? "C" : "P");
+    if (p.PlayerType.view() == "C" && p.StrengthOfSchedule == 0) p.StrengthOfSchedule = team.StrengthOfSchedule;
+    if (!endsWithExtension(p.PhotoFile.view(), {"WMF", "BMP", "JPG"})) p.PhotoFile.assign(team.LogoFile.view());
     capAt<std::uint8_t>(p.ConsecutiveGames, 99);
     if (p.PlayerYear < 1900) p.PlayerYear = team.TeamYear;
     StatLine& replay = statLine(p, StatLineIndex::Replay);
     if (replay.GP == 0) replay.Assists = replay.Giveaways = 0;
     if (p.GamesSinceReset > 99) p.GamesSinceReset = 0;
-    if (p.ShortName.str().size() <= 2) p.ShortName.assign(p.LastName.str());
+    if (p.ShortName.view().size() <= 2) p.ShortName.assign(p.LastName.view());
     capRatings(p);
     capDay(p.AvailStartDay, p.AvailStartMonth);
     capDay(p.AvailEndDay, p.AvailEndMonth);
@@ -233,7 +241,7 @@ void upgradePlayerRecord(PlayerRecord& p, const TeamRecord& team) {
     // A player who started the season somewhere else is filled in by the
     // league reset; one found on a roster with nothing there started here.
     if (stamp(p.OriginalTeamStamp, kOriginalTeamStamp) && p.OriginalTeam.blank())
-        p.OriginalTeam.assign(team.Abbrev.str());
+        p.OriginalTeam.assign(team.Abbrev.view());
     if (stamp(p.HatTrickStamp, kHatTrickStamp)) p.HatTricks = 0;
     if (stamp(p.PullStamp, kPlayerPullStamp)) p.GoaliePullAfterGoalsAllowed = 0;
     if (stamp(p.InjuryTypeStamp, kInjuryTypeStamp)) p.InjuryType = 0;

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "league/records.h"
 
@@ -99,6 +100,6 @@ std::uint8_t timeZoneOfCity(const std::string& city);
 
 // True when a file name ends with one of the extensions (case ignored),
 // given without the dot.
-bool endsWithExtension(const std::string& name, std::initializer_list<const char*> extensions);
+bool endsWithExtension(std::string_view name, std::initializer_list<const char*> extensions);
 
 }  // namespace tallyrink

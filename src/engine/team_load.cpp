@@ -88,6 +88,7 @@ SideTables::SlotsAsRead& slotsOf(SideTables& s) {
 
 std::span<const std::uint8_t> SideTables::planAsRead() const {
     if (!slotsAsRead || !slotsAsRead->planHeld) return {};
+    if (slotsAsRead->sharedPlan) return *slotsAsRead->sharedPlan;
     return slotsAsRead->plan;
 }
 
@@ -99,7 +100,14 @@ std::span<const std::uint8_t> SideTables::playerAsRead(int slot) const {
 
 void SideTables::setPlanAsRead(std::span<const std::uint8_t> bytes) {
     SlotsAsRead& read = slotsOf(*this);
+    read.sharedPlan.reset();
     copySlot(read.plan, bytes);
+    read.planHeld = true;
+}
+
+void SideTables::setPlanAsRead(std::shared_ptr<const PlanSlot> bytes) {
+    SlotsAsRead& read = slotsOf(*this);
+    read.sharedPlan = std::move(bytes);
     read.planHeld = true;
 }
 
@@ -262,12 +270,44 @@ void GameSession::readTeam(SideTables& s) {
     upgradeTeamRecord(s.team);
 }
 
+void GameSession::keepPlansCurrent(const fs::path& plans) {
+    FileImages& images = *league_.files;
+    if (keptPlans_.empty()) keptPlans_.resize(kMaxTeams + 1);
+    FileImages::Written written = plansWatched_ ? images.takeWritten(plans) : FileImages::Written{true, {}};
+    if (written.whole) {
+        for (auto& plan : keptPlans_) plan.reset();
+        images.watch(plans);
+        plansWatched_ = true;
+        return;
+    }
+    for (auto [begin, end] : written.ranges) {
+        std::size_t first = static_cast<std::size_t>(begin / kGamePlanSlot) + 1;
+        std::size_t last = static_cast<std::size_t>((end + kGamePlanSlot - 1) / kGamePlanSlot);
+        for (std::size_t t = first; t <= std::min<std::size_t>(last, kMaxTeams); ++t) keptPlans_[t].reset();
+    }
+}
+
 void GameSession::readPlan(SideTables& s) {
     std::vector<std::uint8_t> buffer;
-    auto bytes =
-        slotVia(league_.files, leagueFile(kGamePlanFile), kGamePlanSlot, static_cast<std::size_t>(s.TeamId), buffer);
-    codec::decodeSlot(bytes, s.plan);
-    s.setPlanAsRead(bytes);
+    auto path = leagueFile(kGamePlanFile);
+    auto team = static_cast<std::size_t>(s.TeamId);
+    if (league_.files) keepPlansCurrent(path);
+    auto bytes = slotVia(league_.files, path, kGamePlanSlot, team, buffer);
+    if (league_.files) {
+        auto& kept = keptPlans_[team];
+        if (!kept) {
+            kept = std::make_unique<KeptPlan>();
+            codec::decodeSlot(bytes, kept->plan);
+            auto asRead = std::make_shared<SideTables::PlanSlot>();
+            copySlot(*asRead, bytes);
+            kept->bytes = std::move(asRead);
+        }
+        s.plan = kept->plan;
+        s.setPlanAsRead(kept->bytes);
+    } else {
+        codec::decodeSlot(bytes, s.plan);
+        s.setPlanAsRead(bytes);
+    }
     s.plan.GamePlanTeam = static_cast<std::int16_t>(s.TeamId);
     upgradeGamePlan(s.plan, s.team.TeamYear);
 }
@@ -308,7 +348,11 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
     RandomFile players(leagueFile(kPlayerFile), kPlayerSlot);
     // From the run's image when there is one, else through one open file.
     std::optional<SlotReader> file;
-    if (!league_.files) file.emplace(players);
+    const std::vector<std::uint8_t>* image = nullptr;
+    if (league_.files)
+        image = &league_.files->bytes(players.path());
+    else
+        file.emplace(players);
     std::vector<std::uint8_t> buffer;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         auto i = static_cast<std::size_t>(slot);
@@ -321,10 +365,10 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         }
         std::span<const std::uint8_t> bytes;
         if (file) {
-            buffer = file->readSlot(static_cast<std::size_t>(id));
+            file->readSlot(static_cast<std::size_t>(id), buffer);
             bytes = buffer;
         } else {
-            bytes = league_.files->slotBytes(players.path(), kPlayerSlot, static_cast<std::size_t>(id));
+            bytes = FileImages::slotIn(*image, kPlayerSlot, static_cast<std::size_t>(id));
         }
         codec::decodeSlot(bytes, p);
         s.setPlayerAsRead(slot, bytes);
@@ -352,24 +396,29 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         // A player sat down by the general manager is being rested.
         if (!GameActive && p.InactiveFlag != 99) ++p.GamesSinceReset;
     }
-    // Each last name trimmed once, not once for every teammate it is held against.
+    // Each last name trimmed once, not once for every teammate it is held
+    // against, and held against the men on the team only.
     BySlot<std::string_view> lastNames{};
-    BySlot<bool> onTeam{};
+    BySlot<int> teamSlots{};
+    std::size_t onTeam = 0;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
-        auto i = static_cast<std::size_t>(slot);
-        onTeam[i] = s.onTeam(slot);
-        lastNames[i] = s.player(slot).LastName.view();
+        lastNames[static_cast<std::size_t>(slot)] = s.player(slot).LastName.view();
+        if (s.onTeam(slot)) teamSlots[onTeam++] = slot;
     }
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         const PlayerRecord& p = s.player(slot);
         if (p.PlayerId == 0) continue;
-        std::string_view last = lastNames[static_cast<std::size_t>(slot)];
+        auto i = static_cast<std::size_t>(slot);
+        std::string_view last = lastNames[i];
         bool shared = false;
-        for (std::size_t other = 0; other < lastNames.size(); ++other)
-            if (other != static_cast<std::size_t>(slot) && onTeam[other] && lastNames[other] == last) shared = true;
-        s.DisplayName[static_cast<std::size_t>(slot)] =
-            shared ? p.FirstName.str() + " " + std::string(last) : std::string(last);
-        s.ShortNameOf[static_cast<std::size_t>(slot)] = p.ShortName.str();
+        for (std::size_t k = 0; k < onTeam && !shared; ++k)
+            shared = teamSlots[k] != slot && lastNames[static_cast<std::size_t>(teamSlots[k])] == last;
+        // Assigned in place: the names of the side's last load leave their room.
+        std::string& name = s.DisplayName[i];
+        name.clear();
+        if (shared) name.append(p.FirstName.view()).append(" ");
+        name.append(last);
+        s.ShortNameOf[i].assign(p.ShortName.view());
     }
 }
 
@@ -626,7 +675,6 @@ std::vector<std::string> GameSession::remakeDepthAndLines(int sideIndex) {
 void GameSession::coach(int sideIndex) {
     manager_->afterTables(*this, sideIndex);
     SideTables& s = side(sideIndex);
-    LineupTeam team = lineupTeam(sideIndex);
     if (s.plan.GamePlanStamp != kGamePlanStamp) {
         applyDefaultCoach(s.plan, s.team.TeamYear);
         auto filled = remakeDepthAndLines(sideIndex);
@@ -636,6 +684,7 @@ void GameSession::coach(int sideIndex) {
         s.notes.insert(s.notes.end(), filled.begin(), filled.end());
         return;
     }
+    LineupTeam team = lineupTeam(sideIndex);
     if (depthChartEmpty(team)) {
         HkAutofillDepth(team);
         s.notes.push_back("The team had no depth charts: they were made from the roster");
@@ -722,11 +771,15 @@ void GameSession::completeLineup(int sideIndex) {
 
 void GameSession::noteUnrated(int sideIndex) {
     SideTables& s = side(sideIndex);
-    LineupTeam team = lineupTeam(sideIndex);
+    // The candidates as lineupTeam names them; whether a man's ratings are
+    // stand-ins needs nothing else of it.
+    BySlot<bool> candidate{};
+    if (GameActive) candidate = BuildFitList(s.GameRoster, s.TeamId, s.DressedToday);
     int unrated = 0;
-    for (int slot = 0; slot < kRosterSlots; ++slot)
-        if (team.candidate[static_cast<std::size_t>(slot)] && team.ratings[static_cast<std::size_t>(slot)].standIn)
-            ++unrated;
+    for (int slot = 0; slot < kRosterSlots; ++slot) {
+        bool counted = GameActive ? candidate[static_cast<std::size_t>(slot)] : s.onTeam(slot);
+        if (counted && hasStandInRatings(s.player(slot))) ++unrated;
+    }
     if (unrated > 0)
         s.notes.push_back(
             fmt::format("{} player{} no stored ratings: depth charts and lines read stand-ins from the "

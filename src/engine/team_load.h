@@ -89,13 +89,17 @@ struct SideTables {
     // Zero bytes for a slot that held nobody.
     [[nodiscard]] std::span<const std::uint8_t> playerAsRead(int slot) const;
     void setPlanAsRead(std::span<const std::uint8_t> bytes);
+    using PlanSlot = std::array<std::uint8_t, codec::slotWidth<GamePlanRecord>()>;
+    // The same bytes held by a run that read them, shared rather than copied.
+    void setPlanAsRead(std::shared_ptr<const PlanSlot> bytes);
     void setPlayerAsRead(int slot, std::span<const std::uint8_t> bytes);
     void forgetPlayerAsRead(int slot);
 
     struct SlotsAsRead {
         std::array<std::uint8_t, codec::slotWidth<GamePlanRecord>()> plan;
         BySlot<std::array<std::uint8_t, codec::slotWidth<PlayerRecord>()>> players;
-        bool planHeld;      // plan is set
+        bool planHeld;  // plan (or sharedPlan, when set) is set
+        std::shared_ptr<const PlanSlot> sharedPlan;
         BySlot<bool> held;  // players[slot] is set; else the slot reads as zero bytes
     };
     // Null until the first load; a copy of the side copies it whole.
@@ -239,6 +243,16 @@ private:
     // still as a clearing would leave it, so its first load skips that pass.
     std::array<bool, 2> asBuilt_{true, true};
     mutable std::optional<LeaguePlayerIndex> ownIndex_;
+    // A run's game plans as decoded from its image, by team: nothing a game
+    // posts writes a plan, so each is decoded once and again only after a
+    // write the image notes. Made at a team's first load.
+    void keepPlansCurrent(const std::filesystem::path& plans);
+    struct KeptPlan {
+        GamePlanRecord plan;
+        std::shared_ptr<const SideTables::PlanSlot> bytes;  // as read, for the sides' planAsRead
+    };
+    std::vector<std::unique_ptr<KeptPlan>> keptPlans_;
+    bool plansWatched_ = false;
 };
 
 // The day after a date of the season (season month, day); the 13th month is

@@ -27,7 +27,11 @@ std::vector<std::uint8_t> FileImages::readSlot(const std::filesystem::path& path
 
 std::span<const std::uint8_t> FileImages::slotBytes(const std::filesystem::path& path, std::size_t slot,
                                                     std::size_t r) {
-    const auto& image = bytes(path);
+    return slotIn(bytes(path), slot, r);
+}
+
+std::span<const std::uint8_t> FileImages::slotIn(const std::vector<std::uint8_t>& image, std::size_t slot,
+                                                 std::size_t r) {
     std::size_t begin = (r - 1) * slot;
     if (r == 0 || begin >= image.size()) return {};
     return std::span(image).subspan(begin, std::min(slot, image.size() - begin));

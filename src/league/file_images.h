@@ -38,6 +38,10 @@ public:
     // The part of slot r the file holds, without a copy: shorter than the
     // slot (or empty) where the file ends. Valid until the image changes.
     std::span<const std::uint8_t> slotBytes(const std::filesystem::path& path, std::size_t slot, std::size_t r);
+    // The same of an image in hand (from bytes()): a reader of many slots
+    // looks the file up once.
+    static std::span<const std::uint8_t> slotIn(const std::vector<std::uint8_t>& image, std::size_t slot,
+                                                std::size_t r);
 
     // The image of a file read before, or null.
     [[nodiscard]] const std::vector<std::uint8_t>* held(const std::filesystem::path& path) const;

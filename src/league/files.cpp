@@ -166,12 +166,17 @@ SlotReader::SlotReader(const RandomFile& file) : file_(file) {
 }
 
 std::vector<std::uint8_t> SlotReader::readSlot(std::size_t r) {
-    std::vector<std::uint8_t> buf(file_.slot(), 0);
-    if (r == 0 || !open_) return buf;
+    std::vector<std::uint8_t> buf;
+    readSlot(r, buf);
+    return buf;
+}
+
+void SlotReader::readSlot(std::size_t r, std::vector<std::uint8_t>& into) {
+    into.assign(file_.slot(), 0);
+    if (r == 0 || !open_) return;
     in_.clear();
     in_.seekg(static_cast<std::streamoff>((r - 1) * file_.slot()));
-    if (in_) in_.read(reinterpret_cast<char*>(buf.data()), static_cast<std::streamsize>(buf.size()));
-    return buf;
+    if (in_) in_.read(reinterpret_cast<char*>(into.data()), static_cast<std::streamsize>(into.size()));
 }
 
 std::vector<std::vector<std::uint8_t>> RandomFile::readSlots(std::size_t count) const {

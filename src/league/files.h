@@ -106,6 +106,8 @@ class SlotReader {
 public:
     explicit SlotReader(const RandomFile& file);
     [[nodiscard]] std::vector<std::uint8_t> readSlot(std::size_t r);
+    // The same into `into`, whose room a reader of many slots keeps.
+    void readSlot(std::size_t r, std::vector<std::uint8_t>& into);
 
 private:
     const RandomFile& file_;

@@ -64,6 +64,21 @@ int teamPim(const SideTables& t) {
     return pim;
 }
 
+// A whole-file table: the run's kept record while the image holds the bytes
+// it came from (it is handed over, and kept again once the posting stands),
+// else decoded from the file.
+template <codec::Record R>
+std::unique_ptr<R> readTable(FileImages* images, const fs::path& file, KeptTable<R>* kept) {
+    if (images && kept && kept->record && images->bytes(file) == kept->bytes) return std::move(kept->record);
+    return std::make_unique<R>(readRecordVia<R>(images, file, kBoxSlot, 1));
+}
+
+template <class R>
+void keepTable(KeptTable<R>& kept, const std::vector<std::uint8_t>& bytes, std::unique_ptr<R> record) {
+    kept.bytes = bytes;
+    kept.record = std::move(record);
+}
+
 std::string monthAbbrev(int calendarMonth) { return std::string(monthName(calendarMonth)).substr(0, 3); }
 
 // ---- Post-game injuries ----------------------------------------------------------
@@ -874,6 +889,9 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         changes.push_back(appendLines(o.images, locate(kHighlightsFile), kHighlightsFile, res.highlights));
 
     // Teams and players (what SaveTeam would write).
+    std::unique_ptr<LeadersRecord> leaders;
+    std::unique_ptr<Top40Record> top;
+    std::size_t leadersChange = 0, topChange = 0;
     if (leagueGame) {
         for (int side : {kVisitor, kHome}) {
             SideTables& t = session.side(side);
@@ -884,13 +902,14 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
                         slotChange(std::string(kPlayerFile), kPlayerSlot, at(t.player(slot).PlayerId), t.player(slot)));
         }
         if (!game.playoff) {
-            auto leaders = std::make_unique<LeadersRecord>(
-                readRecordVia<LeadersRecord>(o.images, locate(kLeadersFile), kBoxSlot, 1));
+            leaders = readTable(o.images, locate(kLeadersFile), o.tables ? &o.tables->leaders : nullptr);
             postLeaders(*leaders, session);
+            leadersChange = changes.size();
             changes.push_back({kLeadersFile, true, 0, codec::toSlot(*leaders)});
         }
-        auto top = std::make_unique<Top40Record>(readRecordVia<Top40Record>(o.images, locate(kTop40File), kBoxSlot, 1));
+        top = readTable(o.images, locate(kTop40File), o.tables ? &o.tables->top : nullptr);
         postTop40(*top, session, game, res.boxFile);
+        topChange = changes.size();
         changes.push_back({kTop40File, true, 0, codec::toSlot(*top)});
     }
 
@@ -986,6 +1005,10 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     if (leagueGame) writer.replace(locate(res.boxFile), boxBytes(*box));
 
     journal.commit(changes, writer);
+    if (o.tables) {
+        if (leaders) keepTable(o.tables->leaders, changes[leadersChange].bytes, std::move(leaders));
+        if (top) keepTable(o.tables->top, changes[topChange].bytes, std::move(top));
+    }
     if (o.books) o.books->written();
     keptBooks.written = true;
     if (postedRow && o.schedule) o.schedule->row(game.scheduleRow) = *postedRow;

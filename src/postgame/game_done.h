@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,21 @@ inline constexpr const char* kTickerFile = "HKTICKER";
 inline constexpr const char* kHighlightsFile = "HkHighlights.txt";
 inline constexpr const char* kInjuryHistoryFile = "HkInjuryHistory";
 
+// A whole-file table (the leaders, the top single games) as a run last
+// read or wrote it: the file's bytes and the record they decode to. While
+// the run's image of the file holds those bytes, the record is taken as it
+// stands instead of decoded again.
+template <class R>
+struct KeptTable {
+    std::vector<std::uint8_t> bytes;
+    std::unique_ptr<R> record;
+};
+
+struct KeptTables {
+    KeptTable<LeadersRecord> leaders;
+    KeptTable<Top40Record> top;
+};
+
 struct PostingOptions {
     Random* rng = nullptr;         // the draws of the post-game injuries; required
     std::string dateText;          // the day of playing as the SCORES row shows it
@@ -50,6 +66,9 @@ struct PostingOptions {
     Schedule* schedule = nullptr;
     // The record books as a run keeps them decoded. Null: read at each posting.
     KeptRecordBooks* books = nullptr;
+    // The leaders and top single games as a run keeps them; null: decoded
+    // from the file at each posting. Needs `images`.
+    KeptTables* tables = nullptr;
 };
 
 struct PostingResult {

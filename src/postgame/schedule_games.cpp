@@ -59,8 +59,9 @@ void ScheduleGames::refreshPlayers() {
     if (!playersRead_ || written.whole || count != rows.size()) {
         images_.watch(path);
         rows.assign(count, PlayerRow{});
+        const auto& image = images_.bytes(path);
         for (std::size_t r = 0; r < count; ++r) {
-            rows[r].player = readRecordVia<PlayerRecord>(&images_, path, kPlayerSlot, r + 1);
+            rows[r].player = codec::fromSlot<PlayerRecord>(FileImages::slotIn(image, kPlayerSlot, r + 1));
             rows[r].recordNumber = static_cast<std::int32_t>(r + 1);
         }
         playersRead_ = true;
@@ -75,7 +76,9 @@ void ScheduleGames::refreshPlayers() {
     }
     std::sort(slots.begin(), slots.end());
     slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
-    for (std::size_t r : slots) rows[r - 1].player = readRecordVia<PlayerRecord>(&images_, path, kPlayerSlot, r);
+    const auto& image = images_.bytes(path);
+    // Decoded over the row's older copy: every field and the tail are written anew.
+    for (std::size_t r : slots) codec::decodeSlot(FileImages::slotIn(image, kPlayerSlot, r), rows[r - 1].player);
 }
 
 SeasonCalibration ScheduleGames::calibrationSoFar(const GameRecord& r, Random& draws) {
@@ -117,6 +120,7 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     posting.writer = &writer_;
     posting.schedule = &schedule;
     posting.books = &books_;
+    posting.tables = &tables_;
     return postScheduleGame(session, play, schedule, row, seed, posting);
 }
 

@@ -115,12 +115,17 @@ std::string lineCaption(int line) {
 
 // ---- Ratings the fills read -------------------------------------------------
 
+bool hasStandInRatings(const PlayerRecord& p) {
+    if (isGoalie(p)) return p.RatingGoalie == 0;
+    return p.RatingOffense == 0 && p.RatingDefense == 0;
+}
+
 LineupRatings lineupRatings(const PlayerRecord& p, double averageMinutes, double eraSavePct) {
     LineupRatings r{double(p.RatingOffense), double(p.RatingDefense),     double(p.RatingPenaltyKill),
                     double(p.RatingGoalie),  double(p.RatingPenaltyShot), false};
     const StatLine& real = realOf(p);
     if (isGoalie(p)) {
-        if (p.RatingGoalie > 0) return r;
+        if (!hasStandInRatings(p)) return r;
         r.standIn = true;
         // A goalie at the era's save percentage rates 6.5, a point of
         // save percentage being worth a whole point of rating. His record
@@ -131,7 +136,7 @@ LineupRatings lineupRatings(const PlayerRecord& p, double averageMinutes, double
         r.goalie = std::clamp(65 + (pct - eraSavePct) * 10, 15.0, 100.0);
         return r;
     }
-    if (p.RatingOffense > 0 || p.RatingDefense > 0) return r;
+    if (!hasStandInRatings(p)) return r;
     r.standIn = true;
     // Scoring rate for offence, and the coach's trust (ice time) for
     // defence, on the scales of the stored ratings: a first-line forward
@@ -209,28 +214,27 @@ std::string lcFirst(std::string text) {
 // him off the other side's places; 0 plays either.
 bool wrongHand(const PlayerRecord& p, bool leftSide) { return leftSide ? p.PreferredSide == 2 : p.PreferredSide == 1; }
 
+// Ranks go from `top` down to `bottom`, highest score first; of equal scores
+// the earlier slot, and only a score above 0 earns a rank.
 template <class Score, class Field>
 void rankChart(LineupTeam& t, int top, int bottom, Score score, Field field) {
     for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
-    BySlot<bool> ranked{};
-    BySlot<double> scores{};
-    for (int s = 0; s < kRosterSlots; ++s)
-        if (t.candidate[static_cast<std::size_t>(s)]) scores[static_cast<std::size_t>(s)] = score(s);
-    for (int rank = top; rank >= bottom; --rank) {
-        int best = -1;
-        double bestScore = 0;
-        for (int s = 0; s < kRosterSlots; ++s) {
-            auto i = static_cast<std::size_t>(s);
-            if (!t.candidate[i] || ranked[i]) continue;
-            if (scores[i] > bestScore) {
-                best = s;
-                bestScore = scores[i];
-            }
-        }
-        if (best < 0) return;
-        ranked[static_cast<std::size_t>(best)] = true;
-        field(t.player(best)) = static_cast<std::uint8_t>(rank);
+    // Every load ranks a dozen charts: the men who can be ranked are sorted
+    // once rather than the roster scanned again for each rank.
+    std::array<std::pair<double, int>, kRosterSlots> ranked{};
+    std::size_t count = 0;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!t.candidate[static_cast<std::size_t>(s)]) continue;
+        double v = score(s);
+        if (v > 0) ranked[count++] = {v, s};
     }
+    auto places = std::min<std::size_t>(count, static_cast<std::size_t>(std::max(top - bottom + 1, 0)));
+    std::partial_sort(ranked.begin(), ranked.begin() + static_cast<std::ptrdiff_t>(places),
+                      ranked.begin() + static_cast<std::ptrdiff_t>(count), [](const auto& a, const auto& b) {
+                          return a.first != b.first ? a.first > b.first : a.second < b.second;
+                      });
+    for (std::size_t k = 0; k < places; ++k)
+        field(t.player(ranked[k].second)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
 }
 
 double centerDepthScore(const LineupTeam& t, int slot, bool draws) {

@@ -113,6 +113,8 @@ struct LineupRatings {
 // `averageMinutes` is the Real AverageMinutes of the team load;
 // `eraSavePct` the save percentage of the player's era, for a goalie's stand-in.
 LineupRatings lineupRatings(const PlayerRecord& p, double averageMinutes, double eraSavePct);
+// True when lineupRatings gives the player stand-ins (its `standIn`).
+bool hasStandInRatings(const PlayerRecord& p);
 
 // One team as the fills see it. The fills write the depth fields of the
 // roster records and the live line tables.

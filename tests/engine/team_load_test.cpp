@@ -5,7 +5,9 @@
 #include <algorithm>
 
 #include "engine/record_upgrades.h"
+#include "league/file_images.h"
 #include "league/files.h"
+#include "league/folder_names.h"
 #include "support/league_fixture.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
@@ -128,6 +130,43 @@ TEST(TeamLoad, SecondLoadGivesWhatTheFirstGave) {
     third.HkLoadTeam(kVisitor, 1, c);
     expectSameTables(second.side(kVisitor), third.side(kVisitor));
     EXPECT_EQ(readBytes(dir / "HKPLAYER"), before);
+}
+
+// A run's session keeps the plans it decoded: a plan saved since (through
+// the run's images) is read as saved, as a session on the disk reads it.
+TEST(TeamLoad, ARunReadsAPlanSavedSinceItsLastLoad) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 22, .gamesPlayed = 10});
+    giveRealLines(lg);
+    lg.write(dir.path());
+
+    FolderNames names(dir.path());
+    FileImages images;
+    GameSession run({dir.path(), defaultRules(2018), &shippedEra(), nullptr, nullptr, &names, &images});
+    Random a(5);
+    run.HkLoadTeam(kVisitor, 1, a);
+    run.HkLoadTeam(kHome, 2, a);
+    EXPECT_NE(GamePlanRecord{}.GamePlanStamp, kGamePlanStamp);
+    // The load set the new plans up; saving one writes it through the images.
+    run.side(kVisitor).plan.GamePlanText.assign("Saved");
+    run.SaveTeam(kVisitor);
+
+    Random b(6);
+    run.HkLoadTeam(kHome, 1, b);
+    GameSession disk = sessionOn(dir.path());
+    Random c(6);
+    disk.HkLoadTeam(kHome, 1, c);
+    EXPECT_EQ(run.side(kHome).plan.GamePlanText.str(), "Saved");
+    EXPECT_EQ(run.side(kHome).plan.GamePlanStamp, kGamePlanStamp);
+    EXPECT_EQ(codec::toSlot(run.side(kHome).plan), codec::toSlot(disk.side(kHome).plan));
+    EXPECT_TRUE(std::ranges::equal(run.side(kHome).planAsRead(), disk.side(kHome).planAsRead()));
+    // The other team's plan, never saved, is read as it stands.
+    Random d(7);
+    run.HkLoadTeam(kVisitor, 2, d);
+    GameSession other = sessionOn(dir.path());
+    Random e(7);
+    other.HkLoadTeam(kVisitor, 2, e);
+    EXPECT_EQ(codec::toSlot(run.side(kVisitor).plan), codec::toSlot(other.side(kVisitor).plan));
 }
 
 // A side keeps nothing of what it held before a load: not the team loaded

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 #include "engine/chance_table.h"
@@ -14,6 +15,7 @@
 #include "league/files.h"
 #include "league/folder_names.h"
 #include "league/league.h"
+#include "league/random.h"
 #include "league/rules.h"
 #include "league/schedule.h"
 #include "operations/blank_league.h"
@@ -255,33 +257,33 @@ TEST(RunPosting, AFailureAtAnyWriteOfARunIsFinishedAtTheNextStart) {
     }
 }
 
+// Records what the journal held.
+class Recording final : public FileWriter {
+public:
+    explicit Recording(RunWriter& run) : run_(run) {}
+    void writeWhole(const fs::path& p, std::span<const std::uint8_t> b) override { run_.writeWhole(p, b); }
+    void writeAt(const fs::path& p, std::uint64_t o, std::span<const std::uint8_t> b) override {
+        run_.writeAt(p, o, b);
+    }
+    void writeManyAt(const fs::path& p, std::span<const At> c) override { run_.writeManyAt(p, c); }
+    void replace(const fs::path& p, std::span<const std::uint8_t> b) override { run_.replace(p, b); }
+    void remove(const fs::path& p) override { run_.remove(p); }
+    void writeJournal(const fs::path& p, std::span<const std::uint8_t> b) override {
+        journal = PostingJournal::decode(b, "journal");
+        run_.writeJournal(p, b);
+    }
+    void removeJournal(const fs::path& p) override { run_.removeJournal(p); }
+    std::vector<FileChange> journal;
+
+private:
+    RunWriter& run_;
+};
+
 TEST(RunPosting, TheJournalKeepsOnlyWhatDiffersFromTheImages) {
     TempDir dir;
     std::vector<std::uint8_t> table(4000, 7);
     writeFileAtomic(dir / "TABLE", std::span<const std::uint8_t>(table));
     writeFileAtomic(dir / "SLOTS", std::string(600, 'a'));
-
-    // Records what the journal held.
-    class Recording final : public FileWriter {
-    public:
-        explicit Recording(RunWriter& run) : run_(run) {}
-        void writeWhole(const fs::path& p, std::span<const std::uint8_t> b) override { run_.writeWhole(p, b); }
-        void writeAt(const fs::path& p, std::uint64_t o, std::span<const std::uint8_t> b) override {
-            run_.writeAt(p, o, b);
-        }
-        void writeManyAt(const fs::path& p, std::span<const At> c) override { run_.writeManyAt(p, c); }
-        void replace(const fs::path& p, std::span<const std::uint8_t> b) override { run_.replace(p, b); }
-        void remove(const fs::path& p) override { run_.remove(p); }
-        void writeJournal(const fs::path& p, std::span<const std::uint8_t> b) override {
-            journal = PostingJournal::decode(b, "journal");
-            run_.writeJournal(p, b);
-        }
-        void removeJournal(const fs::path& p) override { run_.removeJournal(p); }
-        std::vector<FileChange> journal;
-
-    private:
-        RunWriter& run_;
-    };
 
     FolderNames names(dir.path());
     FileImages images;
@@ -314,6 +316,57 @@ TEST(RunPosting, TheJournalKeepsOnlyWhatDiffersFromTheImages) {
     EXPECT_EQ(images.bytes(dir / "TABLE"), newTable);
     EXPECT_EQ(images.length(dir / "SLOTS"), slots.size());
     EXPECT_FALSE(journal.pending());
+}
+
+// The changed stretches of `now` against `was` as the journal keeps them:
+// each from a changed byte to a changed byte, equal bytes inside it fewer
+// than 32 in a row.
+std::vector<std::pair<std::size_t, std::size_t>> changedStretches(const std::vector<std::uint8_t>& was,
+                                                                  const std::vector<std::uint8_t>& now) {
+    std::vector<std::pair<std::size_t, std::size_t>> out;
+    for (std::size_t i = 0; i < now.size(); ++i) {
+        if (was[i] == now[i]) continue;
+        if (!out.empty() && i - out.back().second < 32)
+            out.back().second = i + 1;
+        else
+            out.emplace_back(i, i + 1);
+    }
+    return out;
+}
+
+TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
+    // Changes at every place of a word and of a block, alone, in dense
+    // runs and with equal gaps about the journal's limit.
+    Random draws(5);
+    for (int round = 0; round < 40; ++round) {
+        TempDir dir;
+        std::size_t size = 3001 + static_cast<std::size_t>(draws.rand(97));
+        std::vector<std::uint8_t> table(size);
+        for (auto& b : table) b = static_cast<std::uint8_t>(draws.rand(4));
+        writeFileAtomic(dir / "TABLE", std::span<const std::uint8_t>(table));
+        std::vector<std::uint8_t> now = table;
+        for (std::size_t at = static_cast<std::size_t>(draws.rand(40)); at < size;) {
+            int run = draws.rand(3) == 1 ? draws.rand(70) : 1;
+            for (int k = 0; k < run && at < size; ++k, ++at)
+                if (draws.rand(4) != 1) now[at] = static_cast<std::uint8_t>(now[at] + 1 + draws.rand(3));
+            at += static_cast<std::size_t>(draws.rand(5) == 1 ? 28 + draws.rand(8) : draws.rand(300));
+        }
+        FolderNames names(dir.path());
+        FileImages images;
+        images.bytes(dir / "TABLE");
+        RunWriter run(images);
+        Recording writer(run);
+        PostingJournal(dir.path(), &names, &images).commit({{"TABLE", false, 0, now}}, writer);
+
+        std::vector<std::pair<std::size_t, std::size_t>> kept;
+        for (const FileChange& c : writer.journal) {
+            auto begin = static_cast<std::size_t>(c.offset);
+            kept.emplace_back(begin, begin + c.bytes.size());
+            EXPECT_TRUE(std::equal(c.bytes.begin(), c.bytes.end(), now.begin() + static_cast<std::ptrdiff_t>(begin)));
+        }
+        EXPECT_EQ(kept, changedStretches(table, now)) << "round " << round;
+        EXPECT_EQ(readBytes(dir / "TABLE"), now);
+    }
 }
 
 TEST(RunPosting, ImagesReadAsTheDiskAndFollowWritesOfFilesTheyHold) {
