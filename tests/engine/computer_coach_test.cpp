@@ -647,12 +647,11 @@ int stepsPerQuestion(bool noComputerCalls) {
 
 // Moves the clock of a running game between steps and notes the home
 // side's forecheck the step after each move was played under.
-struct ClockMover final : GamePresenter {
+struct ClockMover final : NullPresenter {
     Game* game = nullptr;
     std::vector<int> clocks;
     std::vector<int> forechecks;
     std::size_t next = 0;
-    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
     void ShowClock(const Game&) override {
         GameState& s = game->editState();
         if (next > 0 && forechecks.size() < next) forechecks.push_back(s.coach.live[kHome].forecheck);
@@ -662,12 +661,6 @@ struct ClockMover final : GamePresenter {
         for (auto& side : s.ShiftSecs) side.fill(0);
         if (next < clocks.size()) s.Clock = clocks[next++];
     }
-    void ShowIce(const Game&) override {}
-    void ShowOffenseTargets(const Game&) override {}
-    void AskPlayCall(const Game&, int) override {}
-    void AskLineChange(const Game&, int) override {}
-    void ShowPause(const Game&) override {}
-    void GameOver(const Game&) override {}
 };
 
 // Within one run of the driver, the computer's late-game strategy follows
