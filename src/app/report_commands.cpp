@@ -38,7 +38,7 @@ void replayReport(const GlobalOptions& options, const ReplayReportOptions& opts)
     if (league.ActiveTeamCount() == 0) throw CommandError("The league has no active team.");
     std::vector<PlayerRecord> players;
     for (auto& row : readPlayerRows(findFile(session->LeagueDir(), kPlayerFile))) players.push_back(row.player);
-    ReplayReport report = buildReplayReport(league, players);
+    ReplayReport report = buildReplayReport(league, players, &session->era());
     if (opts.csv) {
         std::string text = replayReportCsv(report);
         if (opts.output.empty()) {

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <map>
 
+#include "league/era.h"
 #include "league/league.h"
 #include "team/positions.h"
 
@@ -171,7 +172,7 @@ double pearson(const std::vector<double>& x, const std::vector<double>& y) {
     return sxx > 0 && syy > 0 ? sxy / std::sqrt(sxx * syy) : 0;
 }
 
-ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRecord>& players) {
+ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRecord>& players, const EraTable* era) {
     ReplayReport out;
     std::map<int, std::vector<const PlayerRecord*>> byTeam;
     for (const auto& p : players)
@@ -231,8 +232,20 @@ ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRec
     l.hits = {perGame(realHits, l.teamGamesReal), perGame(replayHits, l.teamGamesReplay)};
     l.savePct = {realShotsAgainst > 0 ? realSaves / realShotsAgainst : 0,
                  replayShotsAgainst > 0 ? replaySaves / replayShotsAgainst : 0};
-    l.powerPlayPctReplay = replayPowerPlays > 0 ? replayPpg / replayPowerPlays : 0;
-    l.powerPlaysReplay = perGame(replayPowerPlays, l.teamGamesReplay);
+    l.powerPlayPct.replay = replayPowerPlays > 0 ? replayPpg / replayPowerPlays : 0;
+    l.powerPlays.replay = perGame(replayPowerPlays, l.teamGamesReplay);
+    // The season the league plays is that of its first team, as its games
+    // are calibrated to.
+    if (era != nullptr) {
+        int year = 0;
+        for (int t = 1; t <= kMaxTeams && year == 0; ++t)
+            if (league.isActive(t)) year = league.team(t).TeamYear;
+        double pct = EraTable::contains(year) ? era->year(year).PowerPlayPct / 100 : 0;
+        if (pct > 0 && realPpg > 0) {
+            l.powerPlayPct.real = pct;
+            l.powerPlays.real = perGame(realPpg / pct, l.teamGamesReal);
+        }
+    }
     l.pastRegulation = {perGame(2 * realOvertimeLosses, l.teamGamesReal),
                         perGame(2 * replayOvertimeLosses, l.teamGamesReplay)};
 
@@ -301,8 +314,13 @@ std::string replayReportText(const ReplayReport& r) {
     line("Hits", l.hits, 1);
     out += fmt::format("  {:<24}{:>8}{:>9}   {}\n", "Save percentage", pct(l.savePct.real), pct(l.savePct.replay),
                        ratioText(l.savePct));
-    out += fmt::format("  {:<24}{:>8}{:>9}\n", "Power-play percentage", "-", pct(l.powerPlayPctReplay));
-    out += fmt::format("  {:<24}{:>8}{:>9.2f}\n", "Power plays", "-", l.powerPlaysReplay);
+    auto known = [](const RealReplay& v, std::string text) { return v.real > 0 ? text : std::string("-"); };
+    out += fmt::format("  {:<24}{:>8}{:>9}   {}\n", "Power-play percentage",
+                       known(l.powerPlayPct, pct(l.powerPlayPct.real)), pct(l.powerPlayPct.replay),
+                       ratioText(l.powerPlayPct));
+    out += fmt::format("  {:<24}{:>8}{:>9.2f}   {}\n", "Power plays",
+                       known(l.powerPlays, fmt::format("{:.2f}", l.powerPlays.real)), l.powerPlays.replay,
+                       ratioText(l.powerPlays));
     out += fmt::format("  {:<24}{:>8}{:>9}   {}\n", "Games past regulation", pct(l.pastRegulation.real),
                        pct(l.pastRegulation.replay), ratioText(l.pastRegulation));
 
@@ -373,8 +391,8 @@ std::string replayReportCsv(const ReplayReport& r) {
     row("power_play_goals", l.powerPlayGoals.real, l.powerPlayGoals.replay);
     row("hits", l.hits.real, l.hits.replay);
     row("save_pct", l.savePct.real, l.savePct.replay);
-    row("power_play_pct", 0, l.powerPlayPctReplay, false);
-    row("power_plays", 0, l.powerPlaysReplay, false);
+    row("power_play_pct", l.powerPlayPct.real, l.powerPlayPct.replay, l.powerPlayPct.real > 0);
+    row("power_plays", l.powerPlays.real, l.powerPlays.replay, l.powerPlays.real > 0);
     row("past_regulation", l.pastRegulation.real, l.pastRegulation.replay);
     return out;
 }
@@ -406,9 +424,12 @@ std::string replayReportHtml(const ReplayReport& r, std::string_view leagueName)
     row("Hits", l.hits, 1);
     out += fmt::format("<tr><td>Save percentage</td><td>{}</td><td>{}</td><td>{}</td></tr>\n", pct(l.savePct.real),
                        pct(l.savePct.replay), ratioText(l.savePct));
-    out += fmt::format("<tr><td>Power-play percentage</td><td>-</td><td>{}</td><td></td></tr>\n",
-                       pct(l.powerPlayPctReplay));
-    out += fmt::format("<tr><td>Power plays</td><td>-</td><td>{:.2f}</td><td></td></tr>\n", l.powerPlaysReplay);
+    const bool ppKnown = l.powerPlayPct.real > 0;
+    out += fmt::format("<tr><td>Power-play percentage</td><td>{}</td><td>{}</td><td>{}</td></tr>\n",
+                       ppKnown ? pct(l.powerPlayPct.real) : "-", pct(l.powerPlayPct.replay), ratioText(l.powerPlayPct));
+    out += fmt::format("<tr><td>Power plays</td><td>{}</td><td>{:.2f}</td><td>{}</td></tr>\n",
+                       ppKnown ? fmt::format("{:.2f}", l.powerPlays.real) : "-", l.powerPlays.replay,
+                       ratioText(l.powerPlays));
     out += fmt::format("<tr><td>Games past regulation</td><td>{}</td><td>{}</td><td>{}</td></tr>\n</table>\n",
                        pct(l.pastRegulation.real), pct(l.pastRegulation.replay), ratioText(l.pastRegulation));
 

@@ -14,6 +14,7 @@
 namespace tallyrink {
 
 class League;
+class EraTable;
 
 inline constexpr int kReplayReportMinGames = 20;  // real games a player needs to be compared
 
@@ -29,9 +30,12 @@ struct LeagueComparison {
     int teamGamesReplay = 0;
     // Per team-game.
     RealReplay goals, shots, pim, powerPlayGoals, hits;
-    RealReplay savePct;             // saves / shots against
-    double powerPlayPctReplay = 0;  // the real season keeps no power-play chances
-    double powerPlaysReplay = 0;    // per team-game
+    RealReplay savePct;  // saves / shots against
+    // The real power plays aren't in the league's files: the real side
+    // comes from the era's power-play percentage of the league's season,
+    // the chances from it and the real power-play goals. 0 when unknown.
+    RealReplay powerPlayPct;  // goals / chances
+    RealReplay powerPlays;    // per team-game
     // Share of games decided past regulation: one loser a game is charged
     // with an overtime loss, so leagues without ties count them all.
     RealReplay pastRegulation;
@@ -72,7 +76,9 @@ struct ReplayReport {
     bool seasonComplete = false;
 };
 
-ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRecord>& players);
+// With no era table the real power plays stay unknown.
+ReplayReport buildReplayReport(const League& league, const std::vector<PlayerRecord>& players,
+                               const EraTable* era = nullptr);
 
 double pearson(const std::vector<double>& x, const std::vector<double>& y);
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "league/era.h"
 #include "league/league.h"
 #include "support/league_fixture.h"
 #include "support/temp_dir.h"
@@ -69,11 +70,11 @@ struct ReplayLeague : ::testing::Test {
         }
     }
 
-    ReplayReport build() {
+    ReplayReport build(const EraTable* era = nullptr) {
         fixture.write(dir.path());
         League league(dir.path());
         league.readTeamTable();
-        return buildReplayReport(league, fixture.players);
+        return buildReplayReport(league, fixture.players, era);
     }
 };
 
@@ -127,6 +128,37 @@ TEST_F(ReplayLeague, PlayersAheadOfTheirPaceShowAsPositiveError) {
     EXPECT_NE(csv.find("\nshots,"), std::string::npos);
     EXPECT_NE(csv.find("\npower_plays,,"), std::string::npos);  // the real season keeps no count
     EXPECT_NE(csv.find("\npast_regulation,"), std::string::npos);
+}
+
+// The league's files keep no real power plays: the season's power-play
+// percentage in the era table and the real power-play goals give them.
+TEST_F(ReplayLeague, RealPowerPlaysComeFromTheSeasonsPercentage) {
+    giveRealLines();
+    replayAtRealPace(80);
+    EraTable era;
+    era.year(2017).PowerPlayPct = 20;
+    for (int t : {1, 2}) {
+        TeamRecord& team = fixture.team(t);
+        team.TeamYear = 2017;
+        team.TeamRealLine.PPG = 48;  // 240 chances at 20 per cent
+        team.TeamFor[0].PPG = 44;
+        team.PowerPlays[0] = 200;
+    }
+    ReplayReport r = build(&era);
+    EXPECT_DOUBLE_EQ(r.league.powerPlayPct.real, 0.2);
+    EXPECT_DOUBLE_EQ(r.league.powerPlayPct.replay, 0.22);
+    EXPECT_DOUBLE_EQ(r.league.powerPlays.real, 3.0);
+    EXPECT_DOUBLE_EQ(r.league.powerPlays.replay, 2.5);
+    EXPECT_NE(replayReportText(r).find("Power-play percentage      20.0%    22.0%   +10.0%"), std::string::npos)
+        << replayReportText(r);
+    EXPECT_NE(replayReportCsv(r).find("\npower_plays,3.0000,2.5000\n"), std::string::npos);
+
+    // A season the era table doesn't know leaves them unknown.
+    for (int t : {1, 2}) fixture.team(t).TeamYear = 2049;
+    r = build(&era);
+    EXPECT_EQ(r.league.powerPlayPct.real, 0);
+    EXPECT_NE(replayReportText(r).find("Power plays                    -     2.50"), std::string::npos)
+        << replayReportText(r);
 }
 
 TEST_F(ReplayLeague, PlayersWithFewRealGamesAreLeftOut) {
