@@ -280,9 +280,8 @@ void GameSession::keepPlansCurrent(const fs::path& plans) {
         plansWatched_ = true;
         return;
     }
-    for (auto [begin, end] : written.ranges) {
-        std::size_t first = static_cast<std::size_t>(begin / kGamePlanSlot) + 1;
-        std::size_t last = static_cast<std::size_t>((end + kGamePlanSlot - 1) / kGamePlanSlot);
+    for (auto range : written.ranges) {
+        auto [first, last] = FileImages::Written::slotsOf(range, kGamePlanSlot);
         for (std::size_t t = first; t <= std::min<std::size_t>(last, kMaxTeams); ++t) keptPlans_[t].reset();
     }
 }

@@ -62,6 +62,13 @@ public:
     struct Written {
         bool whole = false;  // replaced, forgotten or written too often to list: read it all again
         std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges;  // [begin, end) byte ranges
+
+        // The first and last slot (from 1) of `slot` bytes that a range touches.
+        static std::pair<std::size_t, std::size_t> slotsOf(std::pair<std::uint64_t, std::uint64_t> range,
+                                                           std::size_t slot) {
+            return {static_cast<std::size_t>(range.first / slot) + 1,
+                    static_cast<std::size_t>((range.second + slot - 1) / slot)};
+        }
     };
     // Starts noting the writes of the file (reading its image if need be).
     void watch(const std::filesystem::path& path);

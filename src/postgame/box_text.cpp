@@ -20,97 +20,6 @@ constexpr const char* kSkaterHeader =
     "G A P +/-  PIM P#   S SC Ms Hit Gv Tk Bs  FW FL    F%    TOI Shft   Avg     PP    SH     EV";
 constexpr int kNameWidth = 22;
 
-std::string mmss(int seconds) { return fmt::format("{}:{:02}", seconds / 60, seconds % 60); }
-
-int plusMinus(const BoxLine& b) { return int{b.PlusMinus} - kPlusMinusBias; }
-
-bool played(const BoxFile& box, std::size_t at) {
-    return box.r1.BoxPlayerId[at] != 0 && (box.r1.BoxLines[at].GP > 0 || box.r1.BoxToi[at] > 0);
-}
-
-bool sideHasIceTime(const BoxFile& box, std::size_t at) {
-    std::size_t first = at - at % kRosterSlots;
-    for (std::size_t k = first; k < first + kRosterSlots; ++k)
-        if (box.r1.BoxToi[k] > 0) return true;
-    return false;
-}
-
-// Skaters are listed when they played, or when the game kept no ice time,
-// when dressed; goalies when they played or started.
-bool listed(const BoxFile& box, const BoxNames& names, std::size_t at, bool goalie) {
-    if (box.r1.BoxPlayerId[at] == 0) return false;
-    if (!goalie) return played(box, at) || (!sideHasIceTime(box, at) && box.r1.BoxSlotFlag[at] == 1);
-    auto slot = static_cast<int>(at % kRosterSlots);
-    return played(box, at) || box.r1.BoxStarterGoalie[at / kRosterSlots] == slot + 1 || box.r1.BoxLines[at].Saves > 0 ||
-           (names.position[at] != "G" && box.r1.BoxSlotFlag[at] == 1);
-}
-
-bool isGoalieEntry(const BoxFile& box, const BoxNames& names, std::size_t at) {
-    return names.position[at] == "G" || box.r1.BoxLines[at].Saves > 0 || box.r1.BoxLines[at].GoalsAllowed > 0;
-}
-
-int periodsShown(const BoxFile& box) { return std::clamp<int>(box.r1.BoxPeriod, 3, kPeriodSlots); }
-
-std::string periodHeading(int p) {
-    if (p <= 3) return std::to_string(p);
-    return p == 4 ? "OT" : fmt::format("OT{}", p - 3);
-}
-
-std::string_view decisionOf(const BoxLine& b) {
-    if (b.GoalieWins) return "W";
-    if (b.GoalieOvertimeLosses) return "OTL";
-    if (b.GoalieLosses) return "L";
-    if (b.GoalieTies) return "T";
-    return "";
-}
-
-std::string faceoffPct(int won, int lost) {
-    return won + lost == 0 ? std::string() : fmt::format("{:.1f}", 100.0 * won / (won + lost));
-}
-
-std::string headline(const BoxFile& box, const BoxNames& names) {
-    const BoxRecord1& r = box.r1;
-    std::string how = r.BoxShootoutState ? " (SO)" : r.BoxOvertimePlayed ? " (OT)" : "";
-    std::string date;
-    if (r.BoxMonth > 0)
-        date = fmt::format("  {} {}, {}", monthName(calendarMonth(r.BoxMonth)), int{r.BoxDay}, int{r.BoxYear});
-    return fmt::format("{} {}, {} {}{}{}", names.team[0], int{r.BoxScore[0]}, names.team[1], int{r.BoxScore[1]}, how,
-                       date);
-}
-
-struct TeamRow {
-    std::string label;
-    std::array<std::string, 2> value;
-};
-
-std::vector<TeamRow> teamRows(const BoxFile& box) {
-    const BoxRecord1& r = box.r1;
-    std::vector<TeamRow> rows;
-    std::array<int, 2> lost{}, pim{}, attempts{};
-    for (int side : {0, 1})
-        for (int slot = 0; slot < kRosterSlots; ++slot) {
-            const BoxLine& b = r.BoxLines[BoxFile::at(side, slot)];
-            lost[std::size_t(side)] += b.FaceoffsLost;
-            pim[std::size_t(side)] += b.Pim;
-        }
-    for (std::size_t i : {0u, 1u}) attempts[i] = r.BoxShots[i] + r.BoxMissedShots[i] + r.BoxBlocks[1 - i];
-    auto both = [&](const std::string& label, auto f) {
-        rows.push_back({label, {f(std::size_t{0}), f(std::size_t{1})}});
-    };
-    both("SOG", [&](std::size_t i) { return std::to_string(r.BoxShots[i]); });
-    both("FOW", [&](std::size_t i) { return std::to_string(r.BoxFaceoffsWon[i]); });
-    both("FO%", [&](std::size_t i) { return faceoffPct(r.BoxFaceoffsWon[i], lost[i]); });
-    both("Hits", [&](std::size_t i) { return std::to_string(r.BoxHits[i]); });
-    both("Blocks", [&](std::size_t i) { return std::to_string(r.BoxBlocks[i]); });
-    both("Missed Net", [&](std::size_t i) { return std::to_string(r.BoxMissedShots[i]); });
-    both("Shot Attempts", [&](std::size_t i) { return std::to_string(attempts[i]); });
-    both("Scoring Chances", [&](std::size_t i) { return std::to_string(r.BoxChances[i]); });
-    both("PIM", [&](std::size_t i) { return std::to_string(pim[i]); });
-    both("PP", [&](std::size_t i) { return fmt::format("{}/{}", r.BoxPowerPlayGoals[i], r.BoxPowerPlays[i]); });
-    both("TOA", [&](std::size_t i) { return mmss(r.BoxTimeOfAttack[i]); });
-    return rows;
-}
-
 // One cell of a player's row: what it shows, worked out only when printed.
 struct Cell {
     enum class Kind : std::uint8_t { Number, Signed, Clock, Share, Fraction, Text };
@@ -160,6 +69,95 @@ std::string_view cellText(const Cell& c, std::array<char, 32>& buf) {
 std::string cellString(const Cell& c) {
     std::array<char, 32> buf;
     return std::string(cellText(c, buf));
+}
+
+std::string mmss(int seconds) { return cellString(clock(seconds)); }
+
+int plusMinus(const BoxLine& b) { return int{b.PlusMinus} - kPlusMinusBias; }
+
+bool played(const BoxFile& box, std::size_t at) {
+    return box.r1.BoxPlayerId[at] != 0 && (box.r1.BoxLines[at].GP > 0 || box.r1.BoxToi[at] > 0);
+}
+
+bool sideHasIceTime(const BoxFile& box, std::size_t at) {
+    std::size_t first = at - at % kRosterSlots;
+    for (std::size_t k = first; k < first + kRosterSlots; ++k)
+        if (box.r1.BoxToi[k] > 0) return true;
+    return false;
+}
+
+// Skaters are listed when they played, or when the game kept no ice time,
+// when dressed; goalies when they played or started.
+bool listed(const BoxFile& box, const BoxNames& names, std::size_t at, bool goalie) {
+    if (box.r1.BoxPlayerId[at] == 0) return false;
+    if (!goalie) return played(box, at) || (!sideHasIceTime(box, at) && box.r1.BoxSlotFlag[at] == 1);
+    auto slot = static_cast<int>(at % kRosterSlots);
+    return played(box, at) || box.r1.BoxStarterGoalie[at / kRosterSlots] == slot + 1 || box.r1.BoxLines[at].Saves > 0 ||
+           (names.position[at] != "G" && box.r1.BoxSlotFlag[at] == 1);
+}
+
+bool isGoalieEntry(const BoxFile& box, const BoxNames& names, std::size_t at) {
+    return names.position[at] == "G" || box.r1.BoxLines[at].Saves > 0 || box.r1.BoxLines[at].GoalsAllowed > 0;
+}
+
+int periodsShown(const BoxFile& box) { return std::clamp<int>(box.r1.BoxPeriod, 3, kPeriodSlots); }
+
+std::string periodHeading(int p) {
+    if (p <= 3) return std::to_string(p);
+    return p == 4 ? "OT" : fmt::format("OT{}", p - 3);
+}
+
+std::string_view decisionOf(const BoxLine& b) {
+    if (b.GoalieWins) return "W";
+    if (b.GoalieOvertimeLosses) return "OTL";
+    if (b.GoalieLosses) return "L";
+    if (b.GoalieTies) return "T";
+    return "";
+}
+
+std::string faceoffPct(int won, int lost) { return cellString({Cell::Kind::Share, won, lost}); }
+
+std::string headline(const BoxFile& box, const BoxNames& names) {
+    const BoxRecord1& r = box.r1;
+    std::string how = r.BoxShootoutState ? " (SO)" : r.BoxOvertimePlayed ? " (OT)" : "";
+    std::string date;
+    if (r.BoxMonth > 0)
+        date = fmt::format("  {} {}, {}", monthName(calendarMonth(r.BoxMonth)), int{r.BoxDay}, int{r.BoxYear});
+    return fmt::format("{} {}, {} {}{}{}", names.team[0], int{r.BoxScore[0]}, names.team[1], int{r.BoxScore[1]}, how,
+                       date);
+}
+
+struct TeamRow {
+    std::string label;
+    std::array<std::string, 2> value;
+};
+
+std::vector<TeamRow> teamRows(const BoxFile& box) {
+    const BoxRecord1& r = box.r1;
+    std::vector<TeamRow> rows;
+    std::array<int, 2> lost{}, pim{}, attempts{};
+    for (int side : {0, 1})
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            const BoxLine& b = r.BoxLines[BoxFile::at(side, slot)];
+            lost[std::size_t(side)] += b.FaceoffsLost;
+            pim[std::size_t(side)] += b.Pim;
+        }
+    for (std::size_t i : {0u, 1u}) attempts[i] = r.BoxShots[i] + r.BoxMissedShots[i] + r.BoxBlocks[1 - i];
+    auto both = [&](const std::string& label, auto f) {
+        rows.push_back({label, {f(std::size_t{0}), f(std::size_t{1})}});
+    };
+    both("SOG", [&](std::size_t i) { return std::to_string(r.BoxShots[i]); });
+    both("FOW", [&](std::size_t i) { return std::to_string(r.BoxFaceoffsWon[i]); });
+    both("FO%", [&](std::size_t i) { return faceoffPct(r.BoxFaceoffsWon[i], lost[i]); });
+    both("Hits", [&](std::size_t i) { return std::to_string(r.BoxHits[i]); });
+    both("Blocks", [&](std::size_t i) { return std::to_string(r.BoxBlocks[i]); });
+    both("Missed Net", [&](std::size_t i) { return std::to_string(r.BoxMissedShots[i]); });
+    both("Shot Attempts", [&](std::size_t i) { return std::to_string(attempts[i]); });
+    both("Scoring Chances", [&](std::size_t i) { return std::to_string(r.BoxChances[i]); });
+    both("PIM", [&](std::size_t i) { return std::to_string(pim[i]); });
+    both("PP", [&](std::size_t i) { return fmt::format("{}/{}", r.BoxPowerPlayGoals[i], r.BoxPowerPlays[i]); });
+    both("TOA", [&](std::size_t i) { return mmss(r.BoxTimeOfAttack[i]); });
+    return rows;
 }
 
 // Cells are ASCII: a right-aligned cell is its blanks and its text.

@@ -25,15 +25,6 @@ ScheduleGames::ScheduleGames(ScheduleGamesOptions options)
       index_(LeaguePlayerIndex::read(options_.leagueDir)),
       totals_(options_.leagueDir) {}
 
-namespace {
-
-// The slots (from 1) that bytes [begin, end) of a file of `slot`-byte slots touch.
-std::pair<std::size_t, std::size_t> slotsOf(std::uint64_t begin, std::uint64_t end, std::size_t slot) {
-    return {static_cast<std::size_t>(begin / slot) + 1, static_cast<std::size_t>((end + slot - 1) / slot)};
-}
-
-}  // namespace
-
 void ScheduleGames::refreshTeams() {
     auto path = names_.find(kTeamFile);
     auto written = images_.takeWritten(path);
@@ -44,8 +35,8 @@ void ScheduleGames::refreshTeams() {
         teamsRead_ = true;
         return;
     }
-    for (auto [begin, end] : written.ranges) {
-        auto [first, last] = slotsOf(begin, end, kTeamSlot);
+    for (auto range : written.ranges) {
+        auto [first, last] = FileImages::Written::slotsOf(range, kTeamSlot);
         for (std::size_t t = first; t <= std::min<std::size_t>(last, kMaxTeams); ++t)
             totals_.team(static_cast<int>(t)) = readRecordVia<TeamRecord>(&images_, path, kTeamSlot, t);
     }
@@ -70,8 +61,8 @@ void ScheduleGames::refreshPlayers() {
     // A man is written at his team's load and again at its posting, and his
     // team may play more than once between looks: each slot is decoded once.
     std::vector<std::size_t> slots;
-    for (auto [begin, end] : written.ranges) {
-        auto [first, last] = slotsOf(begin, end, kPlayerSlot);
+    for (auto range : written.ranges) {
+        auto [first, last] = FileImages::Written::slotsOf(range, kPlayerSlot);
         for (std::size_t r = first; r <= std::min(last, count); ++r) slots.push_back(r);
     }
     std::sort(slots.begin(), slots.end());
