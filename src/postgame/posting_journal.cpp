@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cctype>
 #include <cerrno>
 #include <cstring>
@@ -128,10 +130,57 @@ std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::s
         std::uint64_t x = 0, y = 0;
         std::memcpy(&x, a + from, 8);
         std::memcpy(&y, b + from, 8);
-        if (x != y) break;
+        // The lowest differing byte of a little-endian word is the first one.
+        if (x != y) return from + static_cast<std::size_t>(std::countr_zero(x ^ y) / 8);
     }
     while (from < n && a[from] == b[from]) ++from;
     return from;
+}
+
+// The first i from `from` below `n` where a and b are equal; n when none is.
+// A changed record differs in most of its bytes, so this goes a word at a
+// time: of the xor of two words, the lowest zero byte is found exactly by the
+// borrow trick (any false mark lies above a true zero byte).
+std::size_t firstEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
+    constexpr std::uint64_t kLow = 0x0101010101010101ULL, kHigh = 0x8080808080808080ULL;
+    for (; from + 8 <= n; from += 8) {
+        std::uint64_t x = 0, y = 0;
+        std::memcpy(&x, a + from, 8);
+        std::memcpy(&y, b + from, 8);
+        std::uint64_t v = x ^ y;
+        std::uint64_t zero = (v - kLow) & ~v & kHigh;
+        if (zero != 0) return from + static_cast<std::size_t>(std::countr_zero(zero) / 8);
+    }
+    while (from < n && a[from] != b[from]) ++from;
+    return from;
+}
+
+// A box is half zero pages: those are left as holes of the new (empty) file,
+// which read as zeros, and the copying of them into the page cache is saved.
+constexpr std::size_t kPage = 4096;
+constexpr std::array<std::uint8_t, kPage> kZeroPage{};
+
+bool zeroPage(const std::uint8_t* p, std::size_t n) { return std::memcmp(p, kZeroPage.data(), n) == 0; }
+
+// Writes `bytes` to the empty file of `fd` but for its pages of zeros.
+void writeSkippingZeroPages(int fd, const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    std::size_t n = bytes.size();
+    std::size_t at = 0;
+    while (at < n) {
+        auto pageEnd = [&](std::size_t from) { return std::min(n, from + kPage); };
+        if (zeroPage(bytes.data() + at, pageEnd(at) - at)) {
+            at = pageEnd(at);
+            continue;
+        }
+        std::size_t end = pageEnd(at);
+        while (end < n && !zeroPage(bytes.data() + end, pageEnd(end) - end)) end = pageEnd(end);
+        writeFully(fd, path, at, bytes.data() + at, end - at);
+        at = end;
+    }
+    // Zeros at the end: the length still counts them.
+    if (n > 0 && zeroPage(bytes.data() + (n - 1) / kPage * kPage, n - (n - 1) / kPage * kPage) &&
+        ::ftruncate(fd, static_cast<off_t>(n)) != 0)
+        throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
 }
 
 // The run's file that holds the journal between postings.
@@ -235,7 +284,7 @@ void RunWriter::replace(const std::filesystem::path& path, std::span<const std::
         int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
         if (fd < 0) throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
         try {
-            writeFully(fd, path, 0, bytes.data(), bytes.size());
+            writeSkippingZeroPages(fd, path, bytes);
         } catch (...) {
             ::close(fd);
             throw;
@@ -395,9 +444,8 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
             return from >= comparable ? from : firstDifference(was, now, from, comparable);
         };
         auto nextSame = [&](std::size_t from) {
-            for (; from < comparable; ++from)
-                if (was[from] == now[from]) return from;
-            return n;
+            std::size_t at = from < comparable ? firstEqual(was, now, from, comparable) : comparable;
+            return at < comparable ? at : n;
         };
         for (std::size_t i = nextDifferent(0); i < n;) {
             std::size_t j = i;
@@ -423,11 +471,17 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
 
 void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer) const {
     std::vector<FileWriter::At> run;
+    // Pieces of one file come in a row: its path is worked out once.
+    const std::string* lastName = nullptr;
+    std::filesystem::path target;
     for (std::size_t i = 0; i < pieces.size();) {
         const Piece& c = pieces[i];
-        // A change outside the league folder (the all-time records) carries its whole path.
-        std::filesystem::path named(*c.name);
-        auto target = named.is_absolute() ? named : locate(*c.name);
+        if (lastName == nullptr || *c.name != *lastName) {
+            // A change outside the league folder (the all-time records) carries its whole path.
+            std::filesystem::path named(*c.name);
+            target = named.is_absolute() ? std::move(named) : locate(*c.name);
+            lastName = c.name;
+        }
         if (c.whole) {
             writer.replace(target, c.bytes);
             ++i;

@@ -701,7 +701,6 @@ RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared
     // Read into the same buffer at every game: a fresh one of this size is
     // mapped and faulted in anew each time.
     std::vector<std::uint8_t>& bytes = scratch_;
-    bytes.clear();
     int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0 && errno != ENOENT)
         throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(errno)));
@@ -710,7 +709,10 @@ RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared
         bool ok = ::fstat(fd, &st) == 0;
         std::size_t got = 0;
         if (ok) {
-            bytes.resize(static_cast<std::size_t>(st.st_size));
+            // Of the same size as last time (as it mostly is) nothing is
+            // cleared first: the read writes over every byte.
+            if (bytes.size() != static_cast<std::size_t>(st.st_size))
+                bytes.resize(static_cast<std::size_t>(st.st_size));
             while (got < bytes.size()) {
                 ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
                 if (n < 0 && errno == EINTR) continue;
@@ -723,6 +725,8 @@ RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared
         ::close(fd);
         if (!ok) throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(err)));
         bytes.resize(got);
+    } else {
+        bytes.clear();
     }
     if (it == books_.end()) {
         books_.push_back({file, RecordBook::fromBytes(bytes), false});

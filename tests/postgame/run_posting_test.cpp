@@ -369,6 +369,34 @@ TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
     }
 }
 
+TEST(RunPosting, AFileTheRunOnlyWritesReadsBackWholeWhateverPagesAreZero) {
+    // Zero pages at the start, between written ones, at the end, a short
+    // last page, all zeros, and a file made shorter than it was.
+    TempDir dir;
+    auto page = [](std::uint8_t v, std::size_t n = 4096) { return std::vector<std::uint8_t>(n, v); };
+    auto join = [](std::initializer_list<std::vector<std::uint8_t>> parts) {
+        std::vector<std::uint8_t> out;
+        for (const auto& p : parts) out.insert(out.end(), p.begin(), p.end());
+        return out;
+    };
+    std::vector<std::uint8_t> oneByte = page(0);
+    oneByte[4095] = 9;
+    const std::vector<std::vector<std::uint8_t>> cases{
+        join({page(0), page(1), page(0), page(0), oneByte, page(2, 100)}),
+        join({page(3), page(0), page(0, 100)}),
+        join({page(0), page(0, 7)}),
+        join({page(4, 10)}),
+        {},
+    };
+    FileImages images;
+    RunWriter run(images);
+    for (std::size_t k = 0; k < cases.size(); ++k) {
+        run.replace(dir / "BOX1.BOX", cases[k]);
+        EXPECT_EQ(readBytes(dir / "BOX1.BOX"), cases[k]) << "case " << k;
+    }
+    EXPECT_EQ(images.held(dir / "BOX1.BOX"), nullptr);
+}
+
 TEST(RunPosting, ImagesReadAsTheDiskAndFollowWritesOfFilesTheyHold) {
     TempDir dir;
     writeFileAtomic(dir / "A", std::string("abcdef"));
