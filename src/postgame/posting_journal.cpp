@@ -177,10 +177,10 @@ void writeSkippingZeroPages(int fd, const std::filesystem::path& path, std::span
         writeFully(fd, path, at, bytes.data() + at, end - at);
         at = end;
     }
-    // Zeros at the end: the length still counts them.
-    if (n > 0 && zeroPage(bytes.data() + (n - 1) / kPage * kPage, n - (n - 1) / kPage * kPage) &&
-        ::ftruncate(fd, static_cast<off_t>(n)) != 0)
-        throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
+    // Zeros at the end: the length still counts them. Its last byte written
+    // sets it at less cost than a truncation to the length.
+    if (n > 0 && zeroPage(bytes.data() + (n - 1) / kPage * kPage, n - (n - 1) / kPage * kPage))
+        writeFully(fd, path, n - 1, bytes.data() + (n - 1), 1);
 }
 
 // The run's file that holds the journal between postings.
