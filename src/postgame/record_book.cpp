@@ -567,7 +567,8 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     return true;
 }
 
-void RecordBook::postPlayers(const GameSession& session, const FinishedGame& game) {
+PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const FinishedGame& game) {
+    PlayerRecordValues out;
     std::string date = dateOf(game);
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
@@ -576,18 +577,35 @@ void RecordBook::postPlayers(const GameSession& session, const FinishedGame& gam
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const PlayerRecord& p = t.player(slot);
             if (!t.onTeam(slot) || statLine(p, StatLineIndex::Game).Toi <= 0) continue;
-            RecordHolder who{p.ShortName.str().empty() ? p.LastName.str() : p.ShortName.str(), own.code, opp.code,
-                             date};
-            Holder holder = holderOf(who);
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
             bool goalie = isGoalie(p);
             for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
                 bool season = scope == RecordScope::Season;
                 for (const auto& [c, stat] : playerCategories(goalie, scope))
-                    if (auto v = valueOf(stat, season, p, shootout); v && !turnedAway(c, scope, *v, holder))
-                        insert(c, scope, *v, holder);
+                    if (auto v = valueOf(stat, season, p, shootout))
+                        out.values.push_back({static_cast<std::int16_t>(c), scope, *v});
             }
+            out.players.push_back(
+                {{p.ShortName.str().empty() ? p.LastName.str() : p.ShortName.str(), own.code, opp.code, date},
+                 out.values.size()});
         }
+    }
+    return out;
+}
+
+void RecordBook::postPlayers(const GameSession& session, const FinishedGame& game) {
+    postPlayers(PlayerRecordValues::of(session, game));
+}
+
+void RecordBook::postPlayers(const PlayerRecordValues& values) {
+    std::size_t from = 0;
+    for (const PlayerRecordValues::Player& player : values.players) {
+        Holder holder = holderOf(player.who);
+        for (std::size_t k = from; k < player.end; ++k) {
+            const PlayerRecordValues::Value& v = values.values[k];
+            if (!turnedAway(v.category, v.scope, v.value, holder)) insert(v.category, v.scope, v.value, holder);
+        }
+        from = player.end;
     }
 }
 
