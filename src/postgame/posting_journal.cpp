@@ -137,24 +137,6 @@ std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::s
     return from;
 }
 
-// The first i from `from` below `n` where a and b are equal; n when none is.
-// A changed record differs in most of its bytes, so this goes a word at a
-// time: of the xor of two words, the lowest zero byte is found exactly by the
-// borrow trick (any false mark lies above a true zero byte).
-std::size_t firstEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
-    constexpr std::uint64_t kLow = 0x0101010101010101ULL, kHigh = 0x8080808080808080ULL;
-    for (; from + 8 <= n; from += 8) {
-        std::uint64_t x = 0, y = 0;
-        std::memcpy(&x, a + from, 8);
-        std::memcpy(&y, b + from, 8);
-        std::uint64_t v = x ^ y;
-        std::uint64_t zero = (v - kLow) & ~v & kHigh;
-        if (zero != 0) return from + static_cast<std::size_t>(std::countr_zero(zero) / 8);
-    }
-    while (from < n && a[from] != b[from]) ++from;
-    return from;
-}
-
 // A box is half zero pages: those are left as holes of the new (empty) file,
 // which read as zeros, and the copying of them into the page cache is saved.
 constexpr std::size_t kPage = 4096;
@@ -443,25 +425,44 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         auto nextDifferent = [&](std::size_t from) {
             return from >= comparable ? from : firstDifference(was, now, from, comparable);
         };
-        auto nextSame = [&](std::size_t from) {
-            std::size_t at = from < comparable ? firstEqual(was, now, from, comparable) : comparable;
-            return at < comparable ? at : n;
+        auto equalAt = [&](std::size_t k) { return was[k] == now[k]; };
+        // The end of the stretch that starts at changed byte i: the first byte
+        // of the first run of kJournalGap equal bytes after it, or of the
+        // equal bytes that end the change; n when there is neither. A run that
+        // long holds three whole words of equal bytes, so words are passed
+        // over until three equal ones come in a row, and only then are the
+        // run's ends found byte by byte.
+        auto stretchEnd = [&](std::size_t i) -> std::size_t {
+            if (i >= comparable) return n;
+            std::size_t from = i + 1;  // the byte before `from` differs
+            while (true) {
+                std::size_t w = (from + 7) / 8 * 8;
+                int equalWords = 0;
+                for (; w + 8 <= comparable; w += 8) {
+                    std::uint64_t x = 0, y = 0;
+                    std::memcpy(&x, was + w, 8);
+                    std::memcpy(&y, now + w, 8);
+                    equalWords = x == y ? equalWords + 1 : 0;
+                    if (equalWords == 3) break;
+                }
+                if (equalWords < 3) {
+                    // No run that long is left: only equal bytes at the very
+                    // end of the change end the stretch before its end.
+                    if (comparable < n) return n;
+                    std::size_t start = comparable;
+                    while (start > from && equalAt(start - 1)) --start;
+                    return start;
+                }
+                std::size_t start = w - 16;
+                while (start > from && equalAt(start - 1)) --start;
+                std::size_t end = firstDifference(was, now, w + 8, comparable);
+                if (end - start >= kJournalGap || (end >= comparable && comparable == n)) return start;
+                if (end >= comparable) return n;
+                from = end + 1;
+            }
         };
         for (std::size_t i = nextDifferent(0); i < n;) {
-            std::size_t j = i;
-            while (true) {
-                std::size_t same = nextSame(j);
-                if (same >= n) {
-                    j = n;
-                    break;
-                }
-                std::size_t different = nextDifferent(same);
-                if (different >= n || different - same >= kJournalGap) {
-                    j = same;
-                    break;
-                }
-                j = different;
-            }
+            std::size_t j = stretchEnd(i);
             out.push_back({&c.name, false, begin + i, std::span(c.bytes).subspan(i, j - i)});
             i = nextDifferent(j);
         }

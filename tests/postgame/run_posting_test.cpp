@@ -320,12 +320,12 @@ TEST(RunPosting, TheJournalKeepsOnlyWhatDiffersFromTheImages) {
 
 // The changed stretches of `now` against `was` as the journal keeps them:
 // each from a changed byte to a changed byte, equal bytes inside it fewer
-// than 32 in a row.
+// than 32 in a row. Bytes past the end of `was` are new, so changed.
 std::vector<std::pair<std::size_t, std::size_t>> changedStretches(const std::vector<std::uint8_t>& was,
                                                                   const std::vector<std::uint8_t>& now) {
     std::vector<std::pair<std::size_t, std::size_t>> out;
     for (std::size_t i = 0; i < now.size(); ++i) {
-        if (was[i] == now[i]) continue;
+        if (i < was.size() && was[i] == now[i]) continue;
         if (!out.empty() && i - out.back().second < 32)
             out.back().second = i + 1;
         else
@@ -350,6 +350,12 @@ TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
             for (int k = 0; k < run && at < size; ++k, ++at)
                 if (draws.rand(4) != 1) now[at] = static_cast<std::uint8_t>(now[at] + 1 + draws.rand(3));
             at += static_cast<std::size_t>(draws.rand(5) == 1 ? 28 + draws.rand(8) : draws.rand(300));
+        }
+        // Some changes run past the file's end, the last bytes before it equal.
+        if (round % 3 == 1) {
+            auto equal = static_cast<std::ptrdiff_t>(draws.rand(45));
+            std::copy(table.end() - equal, table.end(), now.end() - equal);
+            now.resize(size + 1 + static_cast<std::size_t>(draws.rand(40)), 9);
         }
         FolderNames names(dir.path());
         FileImages images;
