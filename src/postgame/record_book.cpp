@@ -692,10 +692,14 @@ std::vector<FileChange> RecordBook::changes(const std::string& file) const {
 }
 
 void RecordBook::written() {
-    for (const FileChange& c : changes({})) {
-        auto end = static_cast<std::size_t>(c.offset) + c.bytes.size();
-        if (raw_.size() < end) raw_.resize(end, 0);
-        std::copy(c.bytes.begin(), c.bytes.end(), raw_.begin() + static_cast<std::ptrdiff_t>(c.offset));
+    // The file as the changes leave it: each changed entry over its slot, and
+    // zeros up to it where the file was shorter.
+    for (std::size_t r = 0; r < changed_.size(); ++r) {
+        if (!changed_[r]) continue;
+        std::size_t base = (r - 1) * kRecordSlot;
+        if (raw_.size() < base + codec::Layout<RecordEntry>::size)
+            raw_.resize(base + codec::Layout<RecordEntry>::size, 0);
+        codec::encode(entries_[r], raw_.data() + base);
     }
     for (std::size_t r = 0; r < changed_.size(); ++r) {
         if (!changed_[r]) continue;
