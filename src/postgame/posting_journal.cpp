@@ -165,45 +165,64 @@ void writeSkippingZeroPages(int fd, const std::filesystem::path& path, std::span
         writeFully(fd, path, n - 1, bytes.data() + (n - 1), 1);
 }
 
-// The run's file that holds the journal between postings.
-std::filesystem::path spareOf(const std::filesystem::path& journal) {
-    return journal.parent_path() / fmt::format(".{}.run", journal.filename().string());
-}
-
 }  // namespace
 
 RunWriter::~RunWriter() {
     for (const auto& [path, fd] : open_) ::close(fd);
-    if (spareFd_ >= 0) {
-        ::close(spareFd_);
-        ::unlink(spare_.c_str());
+    if (journalFd_ >= 0) {
+        ::close(journalFd_);
+        // An unfinished posting's journal stays for the next start.
+        if (journalDone_) ::unlink(journal_.c_str());
     }
 }
 
 void RunWriter::writeJournal(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
-    if (spareFd_ < 0) {
-        spare_ = spareOf(path);
-        spareFd_ = ::open(spare_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-        if (spareFd_ < 0) throw FileError(fmt::format("Cannot write {}: {}", spare_.string(), std::strerror(errno)));
-        spareLength_ = 0;
+    auto fail = [&](const char* what) {
+        return FileError(fmt::format("Cannot {} {}: {}", what, path.string(), std::strerror(errno)));
+    };
+    if (journalFd_ >= 0 && path != journal_) {
+        ::close(journalFd_);
+        if (journalDone_) ::unlink(journal_.c_str());
+        journalFd_ = -1;
     }
-    writeFully(spareFd_, spare_, 0, bytes.data(), bytes.size());
-    if (spareLength_ > bytes.size() && ::ftruncate(spareFd_, static_cast<off_t>(bytes.size())) != 0)
-        throw FileError(fmt::format("Cannot write {}: {}", spare_.string(), std::strerror(errno)));
-    spareLength_ = bytes.size();
-    // Only a whole journal takes the journal's name.
-    if (::rename(spare_.c_str(), path.c_str()) != 0)
-        throw FileError(fmt::format("Cannot replace {}: {}", path.string(), std::strerror(errno)));
+    const auto* done = reinterpret_cast<const std::uint8_t*>(kDoneJournal.data());
+    if (journalFd_ < 0) {
+        // Made whole under its name, as a done journal, once for the run (a
+        // journal found here was finished before the posting began).
+        writeFileAtomic(path, std::span(done, kDoneJournal.size()));
+        int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+        if (fd < 0) throw fail("write");
+        journal_ = path;
+        journalFd_ = fd;
+        journalDone_ = true;
+        journalLength_ = kDoneJournal.size();
+    }
+    if (bytes.size() < kDoneJournal.size()) throw FileError(fmt::format("{}: not a posting journal", path.string()));
+    // The file reads as done until its first bytes are written last.
+    journalLength_ = std::max(journalLength_, bytes.size());
+    writeFully(journalFd_, journal_, kDoneJournal.size(), bytes.data() + kDoneJournal.size(),
+               bytes.size() - kDoneJournal.size());
+    if (journalLength_ > bytes.size() && ::ftruncate(journalFd_, static_cast<off_t>(bytes.size())) != 0)
+        throw fail("write");
+    journalLength_ = bytes.size();
+    writeFully(journalFd_, journal_, 0, bytes.data(), kDoneJournal.size());
+    journalDone_ = false;
 }
 
 void RunWriter::removeJournal(const std::filesystem::path& path) {
-    if (spareFd_ < 0 || spareOf(path) != spare_) {
+    if (journalFd_ < 0 || path != journal_) {
         // A journal left by an earlier run.
         remove(path);
         return;
     }
-    if (::rename(path.c_str(), spare_.c_str()) != 0)
-        throw FileError(fmt::format("Cannot remove {}: {}", path.string(), std::strerror(errno)));
+    writeFully(journalFd_, journal_, 0, reinterpret_cast<const std::uint8_t*>(kDoneJournal.data()),
+               kDoneJournal.size());
+    journalDone_ = true;
+}
+
+std::optional<bool> RunWriter::ownJournalStands(const std::filesystem::path& path) const {
+    if (journalFd_ < 0 || path != journal_) return std::nullopt;
+    return !journalDone_;
 }
 
 int RunWriter::openFile(const std::filesystem::path& path) {
@@ -389,7 +408,15 @@ std::filesystem::path PostingJournal::locate(std::string_view name) const {
 
 std::filesystem::path PostingJournal::path() const { return locate(kPostingJournal); }
 
-bool PostingJournal::pending() const { return std::filesystem::exists(path()); }
+bool PostingJournal::pending() const {
+    auto p = path();
+    int fd = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::filesystem::exists(p);  // unreadable but there: recovery says why
+    std::array<char, kDoneJournal.size()> head{};
+    ssize_t got = ::read(fd, head.data(), head.size());
+    ::close(fd);
+    return got != static_cast<ssize_t>(head.size()) || std::string_view(head.data(), head.size()) != kDoneJournal;
+}
 
 std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes) const {
     std::vector<Piece> out;
@@ -504,7 +531,8 @@ void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& 
 }
 
 bool PostingJournal::recover(FileWriter& writer) const {
-    if (!pending()) return false;
+    auto own = writer.ownJournalStands(path());
+    if (own ? !*own : !pending()) return false;
     auto p = path();
     auto changes = decode(readBytes(p), p.string());
     apply(piecesOf(changes), writer);

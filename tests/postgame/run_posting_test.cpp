@@ -375,6 +375,52 @@ TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
     }
 }
 
+// The run keeps one journal file under its name: it reads as a pending
+// posting exactly from the time it is written whole until it is removed, and
+// a done one is gone when the run ends while an unfinished one stays.
+TEST(RunPosting, TheRunsJournalStandsOnlyWhileAPostingIsUnderWay) {
+    TempDir dir;
+    FolderNames names(dir.path());
+    PostingJournal journal(dir.path(), &names);
+    const fs::path file = dir / kPostingJournal;
+    auto journalOf = [](std::size_t bytes) {
+        return PostingJournal::encode({{"HKTEAMS", false, 0, std::vector<std::uint8_t>(bytes, 5)}});
+    };
+    {
+        FileImages images;
+        RunWriter run(images);
+        for (std::size_t size : {300u, 20u, 900u}) {
+            auto bytes = journalOf(size);
+            run.writeJournal(file, bytes);
+            EXPECT_EQ(readBytes(file), bytes) << size;
+            EXPECT_TRUE(journal.pending());
+            EXPECT_EQ(run.ownJournalStands(file), true);
+            run.removeJournal(file);
+            EXPECT_FALSE(journal.pending());
+            EXPECT_EQ(run.ownJournalStands(file), false);
+            EXPECT_EQ(run.ownJournalStands(dir / "OTHER"), std::nullopt);
+        }
+    }
+    EXPECT_FALSE(fs::exists(file));
+    {
+        FileImages images;
+        RunWriter run(images);
+        run.writeJournal(file, journalOf(40));
+    }
+    EXPECT_TRUE(journal.pending());
+    EXPECT_EQ(readBytes(file), journalOf(40));
+
+    // A done journal with whatever behind its mark (a run stopped while
+    // writing the next) is no posting; a cut-short one still is.
+    std::vector<std::uint8_t> done(kDoneJournal.begin(), kDoneJournal.end());
+    done.resize(100, 7);
+    writeFileAtomic(file, std::span<const std::uint8_t>(done));
+    EXPECT_FALSE(journal.pending());
+    EXPECT_FALSE(recoverPosting(dir.path()));
+    writeFileAtomic(file, std::string("TLY"));
+    EXPECT_TRUE(journal.pending());
+}
+
 TEST(RunPosting, AFileTheRunOnlyWritesReadsBackWholeWhateverPagesAreZero) {
     // Zero pages at the start, between written ones, at the end, a short
     // last page, all zeros, and a file made shorter than it was.
