@@ -569,6 +569,10 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
 
 PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const FinishedGame& game) {
     PlayerRecordValues out;
+    // Room for the forty men of a game and their sixty values each, so that
+    // the lists seldom grow on the way.
+    out.players.reserve(2 * kRosterSlots);
+    out.values.reserve(4096);
     std::string date = dateOf(game);
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
