@@ -22,7 +22,11 @@ namespace tallyrink {
 
 namespace {
 
-constexpr std::string_view kMagic = "TLYPOST1";
+// A journal ends at its end marker ("TLYPOST1"), or at the length it gives
+// after its first bytes ("TLYPOST2"): a run's journal file is written over
+// in place and may hold an older, longer journal's bytes past that length.
+constexpr std::string_view kMagic = "TLYPOST2";
+constexpr std::string_view kExactMagic = "TLYPOST1";
 constexpr std::string_view kEnd = "END";
 
 class Reader {
@@ -195,16 +199,13 @@ void RunWriter::writeJournal(const std::filesystem::path& path, std::span<const 
         journal_ = path;
         journalFd_ = fd;
         journalDone_ = true;
-        journalLength_ = kDoneJournal.size();
     }
     if (bytes.size() < kDoneJournal.size()) throw FileError(fmt::format("{}: not a posting journal", path.string()));
-    // The file reads as done until its first bytes are written last.
-    journalLength_ = std::max(journalLength_, bytes.size());
+    // The file reads as done until its first bytes are written last. A
+    // longer journal's bytes past this one's end stay: the journal gives its
+    // length.
     writeFully(journalFd_, journal_, kDoneJournal.size(), bytes.data() + kDoneJournal.size(),
                bytes.size() - kDoneJournal.size());
-    if (journalLength_ > bytes.size() && ::ftruncate(journalFd_, static_cast<off_t>(bytes.size())) != 0)
-        throw fail("write");
-    journalLength_ = bytes.size();
     writeFully(journalFd_, journal_, 0, bytes.data(), kDoneJournal.size());
     journalDone_ = false;
 }
@@ -337,7 +338,7 @@ std::vector<std::uint8_t> PostingJournal::encode(const std::vector<FileChange>& 
 }
 
 std::vector<std::uint8_t> PostingJournal::encode(std::span<const Piece> pieces) {
-    std::size_t size = kMagic.size() + 4 + kEnd.size();
+    std::size_t size = kMagic.size() + 8 + 4 + kEnd.size();
     for (const Piece& c : pieces) size += 2 + c.name->size() + 1 + 8 + 4 + c.bytes.size();
     // Sized once and filled in place: a journal holds hundreds of pieces.
     std::vector<std::uint8_t> out(size);
@@ -350,6 +351,7 @@ std::vector<std::uint8_t> PostingJournal::encode(std::span<const Piece> pieces) 
         for (int i = 0; i < bytes; ++i) *at++ = static_cast<std::uint8_t>(v >> (8 * i));
     };
     put(kMagic.data(), kMagic.size());
+    num(size, 8);
     num(pieces.size(), 4);
     for (const Piece& c : pieces) {
         num(c.name->size(), 2);
@@ -381,10 +383,19 @@ bool allTimeRecords(const std::string& name) {
 }  // namespace
 
 std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> bytes, const std::string& what) {
-    Reader in(bytes, what);
-    auto magic = in.take(kMagic.size());
-    if (std::memcmp(magic.data(), kMagic.data(), kMagic.size()) != 0)
+    Reader head(bytes, what);
+    auto magic = head.take(kMagic.size());
+    bool exact = std::memcmp(magic.data(), kExactMagic.data(), kExactMagic.size()) == 0;
+    if (!exact && std::memcmp(magic.data(), kMagic.data(), kMagic.size()) != 0)
         throw FileError(fmt::format("{} is not a posting journal", what));
+    if (!exact) {
+        std::uint64_t length = head.num(8);
+        if (length > bytes.size())
+            throw FileError(fmt::format("{} is cut short: {} bytes of {}", what, bytes.size(), length));
+        bytes = bytes.first(static_cast<std::size_t>(length));
+    }
+    Reader in(bytes, what);
+    in.take(kMagic.size() + (exact ? 0 : 8));
     std::vector<FileChange> out(in.num(4));
     for (FileChange& c : out) {
         auto name = in.take(in.num(2));

@@ -112,7 +112,6 @@ private:
     std::vector<std::pair<std::string, int>> open_;  // path, descriptor
     std::filesystem::path journal_;
     int journalFd_ = -1;
-    std::size_t journalLength_ = 0;
     bool journalDone_ = true;
 };
 

@@ -386,13 +386,17 @@ TEST(RunPosting, TheRunsJournalStandsOnlyWhileAPostingIsUnderWay) {
     auto journalOf = [](std::size_t bytes) {
         return PostingJournal::encode({{"HKTEAMS", false, 0, std::vector<std::uint8_t>(bytes, 5)}});
     };
+    // The file holds the journal, whatever a longer one left past its end.
+    auto holds = [&](std::size_t bytes) {
+        auto changes = PostingJournal::decode(readBytes(file), "journal");
+        return changes.size() == 1 && changes[0].bytes == std::vector<std::uint8_t>(bytes, 5);
+    };
     {
         FileImages images;
         RunWriter run(images);
         for (std::size_t size : {300u, 20u, 900u}) {
-            auto bytes = journalOf(size);
-            run.writeJournal(file, bytes);
-            EXPECT_EQ(readBytes(file), bytes) << size;
+            run.writeJournal(file, journalOf(size));
+            EXPECT_TRUE(holds(size)) << size;
             EXPECT_TRUE(journal.pending());
             EXPECT_EQ(run.ownJournalStands(file), true);
             run.removeJournal(file);
@@ -408,7 +412,19 @@ TEST(RunPosting, TheRunsJournalStandsOnlyWhileAPostingIsUnderWay) {
         run.writeJournal(file, journalOf(40));
     }
     EXPECT_TRUE(journal.pending());
-    EXPECT_EQ(readBytes(file), journalOf(40));
+    EXPECT_TRUE(holds(40));
+
+    // A journal that ends at its end marker, as an earlier version wrote it,
+    // reads as before; nothing may follow it.
+    auto exact = journalOf(10);
+    exact.erase(exact.begin() + 8, exact.begin() + 16);
+    exact[7] = '1';
+    EXPECT_EQ(PostingJournal::decode(exact, "journal").at(0).bytes, std::vector<std::uint8_t>(10, 5));
+    exact.push_back(0);
+    EXPECT_THROW(PostingJournal::decode(exact, "journal"), FileError);
+    auto cut = journalOf(10);
+    cut.pop_back();
+    EXPECT_THROW(PostingJournal::decode(cut, "journal"), FileError);
 
     // A done journal with whatever behind its mark (a run stopped while
     // writing the next) is no posting; a cut-short one still is.
