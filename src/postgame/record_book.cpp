@@ -530,7 +530,10 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     // Most values enter nowhere: the fifth place turns them away untouched.
     if (!own && !beats(last, places_[r].held[last])) return false;
 
-    changed_[r] = true;
+    if (!changed_[r]) {
+        changed_[r] = true;
+        changedList_.insert(std::lower_bound(changedList_.begin(), changedList_.end(), r), r);
+    }
     if (own) {
         for (std::size_t j = *own; j + 1 < kRecordPlaces; ++j) {
             e.RecordValue[j] = e.RecordValue[j + 1];
@@ -682,8 +685,7 @@ std::vector<FileChange> RecordBook::changes(const std::string& file) const {
         out.push_back({file, false, base, std::move(bytes)});
     };
     std::size_t first = 0, last = 0;
-    for (std::size_t r = 2; r <= kRecordsInFile; ++r) {
-        if (!changed_[r]) continue;
+    for (std::size_t r : changedList_) {
         if (first != 0 && r - last > kGap) {
             write(first, last);
             first = 0;
@@ -698,15 +700,13 @@ std::vector<FileChange> RecordBook::changes(const std::string& file) const {
 void RecordBook::written() {
     // The file as the changes leave it: each changed entry over its slot, and
     // zeros up to it where the file was shorter.
-    for (std::size_t r = 0; r < changed_.size(); ++r) {
-        if (!changed_[r]) continue;
+    for (std::size_t r : changedList_) {
         std::size_t base = (r - 1) * kRecordSlot;
         if (raw_.size() < base + codec::Layout<RecordEntry>::size)
             raw_.resize(base + codec::Layout<RecordEntry>::size, 0);
         codec::encode(entries_[r], raw_.data() + base);
     }
-    for (std::size_t r = 0; r < changed_.size(); ++r) {
-        if (!changed_[r]) continue;
+    for (std::size_t r : changedList_) {
         // As the file reads back: a place without a name holds no value.
         RecordEntry& e = entries_[r];
         for (std::size_t k = 0; k < kRecordPlaces; ++k)
@@ -714,6 +714,7 @@ void RecordBook::written() {
         noteEntry(r);
         changed_[r] = false;
     }
+    changedList_.clear();
 }
 
 // ---- The books of a run ------------------------------------------------------------

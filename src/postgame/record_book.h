@@ -139,7 +139,8 @@ private:
     std::vector<RecordEntry> entries_;
     std::vector<Places> places_;
     std::vector<bool> changed_;
-    std::vector<std::uint8_t> raw_;  // the file as read
+    std::vector<std::size_t> changedList_;  // the records of changed_, in order
+    std::vector<std::uint8_t> raw_;         // the file as read
 };
 
 // The record books a run of many games posts into, kept decoded between its
