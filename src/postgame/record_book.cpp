@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "league/files.h"
 #include "team/positions.h"
@@ -203,6 +204,7 @@ enum class PlayerStat : std::uint8_t {
     GoalStreak,
     AssistStreak,
 };
+constexpr std::size_t kPlayerStats = static_cast<std::size_t>(PlayerStat::AssistStreak) + 1;
 
 PlayerStat goalieStat(const std::string& n) {
     if (n == "SAVES") return PlayerStat::Saves;
@@ -292,7 +294,7 @@ bool seasonOnly(int category) {
 namespace {
 
 // A player's value of a category that applies to him and to the scope.
-std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, int shootoutGoals) {
+inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, int shootoutGoals) {
     const StatLine& s = statLine(p, season ? StatLineIndex::Replay : StatLineIndex::Game);
     std::size_t k = season ? 0 : 1;  // the replay and this game's entries of the counters
     int against = s.Saves + s.GoalsAllowed;
@@ -388,6 +390,20 @@ std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, 
             return p.AssistStreak;
     }
     return std::nullopt;
+}
+
+// Every stat of a player for one scope at once, each as valueOf gives it:
+// the stat is known at each place, so none goes through the choice of kind.
+using PlayerStatValues = std::array<std::optional<int>, kPlayerStats>;
+
+template <std::size_t... I>
+void fillStatValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out,
+                    std::index_sequence<I...>) {
+    ((out[I] = valueOf(static_cast<PlayerStat>(I), season, p, shootoutGoals)), ...);
+}
+
+void statValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out) {
+    fillStatValues(season, p, shootoutGoals, out, std::make_index_sequence<kPlayerStats>{});
 }
 
 // The categories a player's game posts into, by kind of player and scope:
@@ -577,6 +593,7 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
     out.players.reserve(2 * kRosterSlots);
     out.values.reserve(4096);
     std::string date = dateOf(game);
+    PlayerStatValues stats{};
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
         const SideSummary& own = game.side[static_cast<std::size_t>(side)];
@@ -587,9 +604,9 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
             bool goalie = isGoalie(p);
             for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
-                bool season = scope == RecordScope::Season;
+                statValues(scope == RecordScope::Season, p, shootout, stats);
                 for (const auto& [c, stat] : playerCategories(goalie, scope))
-                    if (auto v = valueOf(stat, season, p, shootout))
+                    if (const auto& v = stats[static_cast<std::size_t>(stat)])
                         out.values.push_back({static_cast<std::int16_t>(c), scope, *v});
             }
             out.players.push_back(
