@@ -422,7 +422,7 @@ std::filesystem::path PostingJournal::path() const { return locate(kPostingJourn
 bool PostingJournal::pending() const {
     auto p = path();
     int fd = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return std::filesystem::exists(p);  // unreadable but there: recovery says why
+    if (fd < 0) return errno != ENOENT && std::filesystem::exists(p);  // unreadable but there: recovery says why
     std::array<char, kDoneJournal.size()> head{};
     ssize_t got = ::read(fd, head.data(), head.size());
     ::close(fd);
