@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 
 #include "league/files.h"
 #include "league/schedule.h"
@@ -158,6 +159,33 @@ std::vector<TeamRow> teamRows(const BoxFile& box) {
     both("PP", [&](std::size_t i) { return fmt::format("{}/{}", r.BoxPowerPlayGoals[i], r.BoxPowerPlays[i]); });
     both("TOA", [&](std::size_t i) { return mmss(r.BoxTimeOfAttack[i]); });
     return rows;
+}
+
+bool ascii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// `text` as "{:<width.precision}" (left) or "{:>width}" puts it. Of ASCII
+// text a character is a byte and a column, so the cell is its text cut and
+// its blanks; other text goes through fmt, which counts code points and
+// columns. A box prints a hundred such cells.
+void appendLeft(std::string& out, std::string_view text, std::size_t width, std::size_t precision) {
+    if (!ascii(text)) {
+        fmt::format_to(std::back_inserter(out), "{:<{}.{}}", text, width, precision);
+        return;
+    }
+    text = text.substr(0, precision);
+    out.append(text);
+    if (text.size() < width) out.append(width - text.size(), ' ');
+}
+
+void appendRight(std::string& out, std::string_view text, std::size_t width) {
+    if (!ascii(text)) {
+        fmt::format_to(std::back_inserter(out), "{:>{}}", text, width);
+        return;
+    }
+    if (text.size() < width) out.append(width - text.size(), ' ');
+    out.append(text);
 }
 
 // Cells are ASCII: a right-aligned cell is its blanks and its text.
@@ -337,9 +365,15 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
         out.push_back("");
     }
 
-    out.push_back(fmt::format("{:<16}{:>8}{:>8}", "", r.BoxTeamCode[0].str(), r.BoxTeamCode[1].str()));
-    for (const TeamRow& row : teamRows(box))
-        out.push_back(fmt::format("{:<16}{:>8}{:>8}", row.label, row.value[0], row.value[1]));
+    auto teamLine = [](std::string_view label, std::string_view visitor, std::string_view home) {
+        std::string line;
+        appendLeft(line, label, 16, label.size());
+        appendRight(line, visitor, 8);
+        appendRight(line, home, 8);
+        return line;
+    };
+    out.push_back(teamLine("", r.BoxTeamCode[0].view(), r.BoxTeamCode[1].view()));
+    for (const TeamRow& row : teamRows(box)) out.push_back(teamLine(row.label, row.value[0], row.value[1]));
     out.push_back("Ejections: " + joined(eventNames(box, names, true)));
     out.push_back("Injuries: " + joined(eventNames(box, names, false)));
 
@@ -350,18 +384,21 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
             if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
-            std::string row = fmt::format("{:<{}.{}}", names.player[at], kNameWidth, kNameWidth - 1);
+            std::string row;
+            appendLeft(row, names.player[at], kNameWidth, kNameWidth - 1);
             appendCells(row, skaterCells(box, at), kSkaterWidths);
             out.push_back(std::move(row));
         }
-        std::string gh = fmt::format("{:<{}}", "Goaltenders", kNameWidth);
+        std::string gh;
+        appendLeft(gh, "Goaltenders", kNameWidth, kNameWidth);
         for (std::size_t c = 0; c < kGoalieHeads.size(); ++c)
-            gh += fmt::format("{:>{}}", kGoalieHeads[c], kGoalieWidths[c]);
+            appendRight(gh, kGoalieHeads[c], static_cast<std::size_t>(kGoalieWidths[c]));
         out.push_back(gh);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
             if (!isGoalieEntry(box, names, at) || !listed(box, names, at, true)) continue;
-            std::string row = fmt::format("{:<{}.{}}", names.player[at], kNameWidth, kNameWidth - 1);
+            std::string row;
+            appendLeft(row, names.player[at], kNameWidth, kNameWidth - 1);
             appendCells(row, goalieCells(box, at), kGoalieWidths);
             out.push_back(std::move(row));
         }

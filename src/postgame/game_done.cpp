@@ -832,6 +832,8 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         }
     } keptBooks{o.books};
     if (leagueGame) {
+        // Both books take the same values of the players: worked out at the first.
+        std::optional<PlayerRecordValues> playerValues;
         auto post = [&](const fs::path& folder, const fs::path& file, const std::string& name) {
             std::optional<RecordBook> read;
             if (!o.books)
@@ -841,7 +843,8 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             else if (o.images && folder == dir)
                 o.images->bytes(file);
             RecordBook& book = o.books ? o.books->book(file, folder != dir) : *read;
-            book.postPlayers(session, game);
+            if (!playerValues) playerValues = PlayerRecordValues::of(session, game);
+            book.postPlayers(*playerValues);
             book.postTeams(session, game);
             for (FileChange& c : book.changes(name)) changes.push_back(std::move(c));
         };

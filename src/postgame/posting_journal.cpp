@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cctype>
 #include <cerrno>
 #include <cstring>
@@ -20,7 +22,11 @@ namespace tallyrink {
 
 namespace {
 
-constexpr std::string_view kMagic = "TLYPOST1";
+// A journal ends at its end marker ("TLYPOST1"), or at the length it gives
+// after its first bytes ("TLYPOST2"): a run's journal file is written over
+// in place and may hold an older, longer journal's bytes past that length.
+constexpr std::string_view kMagic = "TLYPOST2";
+constexpr std::string_view kExactMagic = "TLYPOST1";
 constexpr std::string_view kEnd = "END";
 
 class Reader {
@@ -128,51 +134,96 @@ std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::s
         std::uint64_t x = 0, y = 0;
         std::memcpy(&x, a + from, 8);
         std::memcpy(&y, b + from, 8);
-        if (x != y) break;
+        // The lowest differing byte of a little-endian word is the first one.
+        if (x != y) return from + static_cast<std::size_t>(std::countr_zero(x ^ y) / 8);
     }
     while (from < n && a[from] == b[from]) ++from;
     return from;
 }
 
-// The run's file that holds the journal between postings.
-std::filesystem::path spareOf(const std::filesystem::path& journal) {
-    return journal.parent_path() / fmt::format(".{}.run", journal.filename().string());
+// A box is half zero pages: those are left as holes of the new (empty) file,
+// which read as zeros, and the copying of them into the page cache is saved.
+constexpr std::size_t kPage = 4096;
+constexpr std::array<std::uint8_t, kPage> kZeroPage{};
+
+bool zeroPage(const std::uint8_t* p, std::size_t n) { return std::memcmp(p, kZeroPage.data(), n) == 0; }
+
+// Writes `bytes` to the empty file of `fd` but for its pages of zeros.
+void writeSkippingZeroPages(int fd, const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    std::size_t n = bytes.size();
+    std::size_t at = 0;
+    while (at < n) {
+        auto pageEnd = [&](std::size_t from) { return std::min(n, from + kPage); };
+        if (zeroPage(bytes.data() + at, pageEnd(at) - at)) {
+            at = pageEnd(at);
+            continue;
+        }
+        std::size_t end = pageEnd(at);
+        while (end < n && !zeroPage(bytes.data() + end, pageEnd(end) - end)) end = pageEnd(end);
+        writeFully(fd, path, at, bytes.data() + at, end - at);
+        at = end;
+    }
+    // Zeros at the end: the length still counts them. Its last byte written
+    // sets it at less cost than a truncation to the length.
+    if (n > 0 && zeroPage(bytes.data() + (n - 1) / kPage * kPage, n - (n - 1) / kPage * kPage))
+        writeFully(fd, path, n - 1, bytes.data() + (n - 1), 1);
 }
 
 }  // namespace
 
 RunWriter::~RunWriter() {
     for (const auto& [path, fd] : open_) ::close(fd);
-    if (spareFd_ >= 0) {
-        ::close(spareFd_);
-        ::unlink(spare_.c_str());
+    if (journalFd_ >= 0) {
+        ::close(journalFd_);
+        // An unfinished posting's journal stays for the next start.
+        if (journalDone_) ::unlink(journal_.c_str());
     }
 }
 
 void RunWriter::writeJournal(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
-    if (spareFd_ < 0) {
-        spare_ = spareOf(path);
-        spareFd_ = ::open(spare_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-        if (spareFd_ < 0) throw FileError(fmt::format("Cannot write {}: {}", spare_.string(), std::strerror(errno)));
-        spareLength_ = 0;
+    auto fail = [&](const char* what) {
+        return FileError(fmt::format("Cannot {} {}: {}", what, path.string(), std::strerror(errno)));
+    };
+    if (journalFd_ >= 0 && path != journal_) {
+        ::close(journalFd_);
+        if (journalDone_) ::unlink(journal_.c_str());
+        journalFd_ = -1;
     }
-    writeFully(spareFd_, spare_, 0, bytes.data(), bytes.size());
-    if (spareLength_ > bytes.size() && ::ftruncate(spareFd_, static_cast<off_t>(bytes.size())) != 0)
-        throw FileError(fmt::format("Cannot write {}: {}", spare_.string(), std::strerror(errno)));
-    spareLength_ = bytes.size();
-    // Only a whole journal takes the journal's name.
-    if (::rename(spare_.c_str(), path.c_str()) != 0)
-        throw FileError(fmt::format("Cannot replace {}: {}", path.string(), std::strerror(errno)));
+    const auto* done = reinterpret_cast<const std::uint8_t*>(kDoneJournal.data());
+    if (journalFd_ < 0) {
+        // Made whole under its name, as a done journal, once for the run (a
+        // journal found here was finished before the posting began).
+        writeFileAtomic(path, std::span(done, kDoneJournal.size()));
+        int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+        if (fd < 0) throw fail("write");
+        journal_ = path;
+        journalFd_ = fd;
+        journalDone_ = true;
+    }
+    if (bytes.size() < kDoneJournal.size()) throw FileError(fmt::format("{}: not a posting journal", path.string()));
+    // The file reads as done until its first bytes are written last. A
+    // longer journal's bytes past this one's end stay: the journal gives its
+    // length.
+    writeFully(journalFd_, journal_, kDoneJournal.size(), bytes.data() + kDoneJournal.size(),
+               bytes.size() - kDoneJournal.size());
+    writeFully(journalFd_, journal_, 0, bytes.data(), kDoneJournal.size());
+    journalDone_ = false;
 }
 
 void RunWriter::removeJournal(const std::filesystem::path& path) {
-    if (spareFd_ < 0 || spareOf(path) != spare_) {
+    if (journalFd_ < 0 || path != journal_) {
         // A journal left by an earlier run.
         remove(path);
         return;
     }
-    if (::rename(path.c_str(), spare_.c_str()) != 0)
-        throw FileError(fmt::format("Cannot remove {}: {}", path.string(), std::strerror(errno)));
+    writeFully(journalFd_, journal_, 0, reinterpret_cast<const std::uint8_t*>(kDoneJournal.data()),
+               kDoneJournal.size());
+    journalDone_ = true;
+}
+
+std::optional<bool> RunWriter::ownJournalStands(const std::filesystem::path& path) const {
+    if (journalFd_ < 0 || path != journal_) return std::nullopt;
+    return !journalDone_;
 }
 
 int RunWriter::openFile(const std::filesystem::path& path) {
@@ -235,7 +286,7 @@ void RunWriter::replace(const std::filesystem::path& path, std::span<const std::
         int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
         if (fd < 0) throw FileError(fmt::format("Cannot write {}: {}", path.string(), std::strerror(errno)));
         try {
-            writeFully(fd, path, 0, bytes.data(), bytes.size());
+            writeSkippingZeroPages(fd, path, bytes);
         } catch (...) {
             ::close(fd);
             throw;
@@ -287,7 +338,7 @@ std::vector<std::uint8_t> PostingJournal::encode(const std::vector<FileChange>& 
 }
 
 std::vector<std::uint8_t> PostingJournal::encode(std::span<const Piece> pieces) {
-    std::size_t size = kMagic.size() + 4 + kEnd.size();
+    std::size_t size = kMagic.size() + 8 + 4 + kEnd.size();
     for (const Piece& c : pieces) size += 2 + c.name->size() + 1 + 8 + 4 + c.bytes.size();
     // Sized once and filled in place: a journal holds hundreds of pieces.
     std::vector<std::uint8_t> out(size);
@@ -300,6 +351,7 @@ std::vector<std::uint8_t> PostingJournal::encode(std::span<const Piece> pieces) 
         for (int i = 0; i < bytes; ++i) *at++ = static_cast<std::uint8_t>(v >> (8 * i));
     };
     put(kMagic.data(), kMagic.size());
+    num(size, 8);
     num(pieces.size(), 4);
     for (const Piece& c : pieces) {
         num(c.name->size(), 2);
@@ -331,10 +383,19 @@ bool allTimeRecords(const std::string& name) {
 }  // namespace
 
 std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> bytes, const std::string& what) {
-    Reader in(bytes, what);
-    auto magic = in.take(kMagic.size());
-    if (std::memcmp(magic.data(), kMagic.data(), kMagic.size()) != 0)
+    Reader head(bytes, what);
+    auto magic = head.take(kMagic.size());
+    bool exact = std::memcmp(magic.data(), kExactMagic.data(), kExactMagic.size()) == 0;
+    if (!exact && std::memcmp(magic.data(), kMagic.data(), kMagic.size()) != 0)
         throw FileError(fmt::format("{} is not a posting journal", what));
+    if (!exact) {
+        std::uint64_t length = head.num(8);
+        if (length > bytes.size())
+            throw FileError(fmt::format("{} is cut short: {} bytes of {}", what, bytes.size(), length));
+        bytes = bytes.first(static_cast<std::size_t>(length));
+    }
+    Reader in(bytes, what);
+    in.take(kMagic.size() + (exact ? 0 : 8));
     std::vector<FileChange> out(in.num(4));
     for (FileChange& c : out) {
         auto name = in.take(in.num(2));
@@ -358,7 +419,15 @@ std::filesystem::path PostingJournal::locate(std::string_view name) const {
 
 std::filesystem::path PostingJournal::path() const { return locate(kPostingJournal); }
 
-bool PostingJournal::pending() const { return std::filesystem::exists(path()); }
+bool PostingJournal::pending() const {
+    auto p = path();
+    int fd = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return errno != ENOENT && std::filesystem::exists(p);  // unreadable but there: recovery says why
+    std::array<char, kDoneJournal.size()> head{};
+    ssize_t got = ::read(fd, head.data(), head.size());
+    ::close(fd);
+    return got != static_cast<ssize_t>(head.size()) || std::string_view(head.data(), head.size()) != kDoneJournal;
+}
 
 std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes) const {
     std::vector<Piece> out;
@@ -394,26 +463,44 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         auto nextDifferent = [&](std::size_t from) {
             return from >= comparable ? from : firstDifference(was, now, from, comparable);
         };
-        auto nextSame = [&](std::size_t from) {
-            for (; from < comparable; ++from)
-                if (was[from] == now[from]) return from;
-            return n;
+        auto equalAt = [&](std::size_t k) { return was[k] == now[k]; };
+        // The end of the stretch that starts at changed byte i: the first byte
+        // of the first run of kJournalGap equal bytes after it, or of the
+        // equal bytes that end the change; n when there is neither. A run that
+        // long holds three whole words of equal bytes, so words are passed
+        // over until three equal ones come in a row, and only then are the
+        // run's ends found byte by byte.
+        auto stretchEnd = [&](std::size_t i) -> std::size_t {
+            if (i >= comparable) return n;
+            std::size_t from = i + 1;  // the byte before `from` differs
+            while (true) {
+                std::size_t w = (from + 7) / 8 * 8;
+                int equalWords = 0;
+                for (; w + 8 <= comparable; w += 8) {
+                    std::uint64_t x = 0, y = 0;
+                    std::memcpy(&x, was + w, 8);
+                    std::memcpy(&y, now + w, 8);
+                    equalWords = x == y ? equalWords + 1 : 0;
+                    if (equalWords == 3) break;
+                }
+                if (equalWords < 3) {
+                    // No run that long is left: only equal bytes at the very
+                    // end of the change end the stretch before its end.
+                    if (comparable < n) return n;
+                    std::size_t start = comparable;
+                    while (start > from && equalAt(start - 1)) --start;
+                    return start;
+                }
+                std::size_t start = w - 16;
+                while (start > from && equalAt(start - 1)) --start;
+                std::size_t end = firstDifference(was, now, w + 8, comparable);
+                if (end - start >= kJournalGap || (end >= comparable && comparable == n)) return start;
+                if (end >= comparable) return n;
+                from = end + 1;
+            }
         };
         for (std::size_t i = nextDifferent(0); i < n;) {
-            std::size_t j = i;
-            while (true) {
-                std::size_t same = nextSame(j);
-                if (same >= n) {
-                    j = n;
-                    break;
-                }
-                std::size_t different = nextDifferent(same);
-                if (different >= n || different - same >= kJournalGap) {
-                    j = same;
-                    break;
-                }
-                j = different;
-            }
+            std::size_t j = stretchEnd(i);
             out.push_back({&c.name, false, begin + i, std::span(c.bytes).subspan(i, j - i)});
             i = nextDifferent(j);
         }
@@ -423,11 +510,17 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
 
 void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer) const {
     std::vector<FileWriter::At> run;
+    // Pieces of one file come in a row: its path is worked out once.
+    const std::string* lastName = nullptr;
+    std::filesystem::path target;
     for (std::size_t i = 0; i < pieces.size();) {
         const Piece& c = pieces[i];
-        // A change outside the league folder (the all-time records) carries its whole path.
-        std::filesystem::path named(*c.name);
-        auto target = named.is_absolute() ? named : locate(*c.name);
+        if (lastName == nullptr || *c.name != *lastName) {
+            // A change outside the league folder (the all-time records) carries its whole path.
+            std::filesystem::path named(*c.name);
+            target = named.is_absolute() ? std::move(named) : locate(*c.name);
+            lastName = c.name;
+        }
         if (c.whole) {
             writer.replace(target, c.bytes);
             ++i;
@@ -449,7 +542,8 @@ void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& 
 }
 
 bool PostingJournal::recover(FileWriter& writer) const {
-    if (!pending()) return false;
+    auto own = writer.ownJournalStands(path());
+    if (own ? !*own : !pending()) return false;
     auto p = path();
     auto changes = decode(readBytes(p), p.string());
     apply(piecesOf(changes), writer);

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -24,6 +25,9 @@ class FileImages;
 class FolderNames;
 
 inline constexpr const char* kPostingJournal = "HkPosting.jnl";
+// The first bytes of a journal file whose posting is done (or was never
+// whole): no posting is pending.
+inline constexpr std::string_view kDoneJournal = "TLYDONE1";
 
 // Where posting's writes go: the disk, or in a test a writer that fails on
 // the n-th call.
@@ -42,6 +46,11 @@ public:
         writeWhole(path, bytes);
     }
     virtual void removeJournal(const std::filesystem::path& path) { remove(path); }
+    // Whether a journal this writer wrote at `path` stands unfinished, when
+    // the writer keeps that journal itself; nothing when the disk must tell.
+    [[nodiscard]] virtual std::optional<bool> ownJournalStands(const std::filesystem::path& /*path*/) const {
+        return std::nullopt;
+    }
     // Replaces a file's bytes as a change of a standing journal: a failure
     // part way is mended by the journal, so a writer may do it in place.
     virtual void replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
@@ -73,10 +82,12 @@ public:
 // allow: changes near each other in one write, the bytes between them as
 // they stand.
 //
-// The journal is written into a spare file of the run that is then renamed
-// to the journal's name, and renamed back when the posting is done: a file
-// made and deleted at every game would cost the file system far more than
-// the writes themselves. The spare is deleted when the run ends.
+// The journal keeps its name and its open file for the whole run: a file
+// made and deleted, or renamed twice, at every game would cost the file
+// system far more than the writes themselves. It is written marked done
+// (kDoneJournal), which reads as no journal at all, and the mark is turned
+// into a journal's only once the rest stands whole; the posting's end puts
+// the mark back. A done journal is deleted when the run ends.
 class RunWriter final : public FileWriter {
 public:
     explicit RunWriter(FileImages& images) : images_(images) {}
@@ -91,6 +102,7 @@ public:
     void remove(const std::filesystem::path& path) override;
     void writeJournal(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) override;
     void removeJournal(const std::filesystem::path& path) override;
+    [[nodiscard]] std::optional<bool> ownJournalStands(const std::filesystem::path& path) const override;
 
 private:
     int openFile(const std::filesystem::path& path);
@@ -98,9 +110,9 @@ private:
 
     FileImages& images_;
     std::vector<std::pair<std::string, int>> open_;  // path, descriptor
-    std::filesystem::path spare_;                    // the journal's file between postings
-    int spareFd_ = -1;
-    std::size_t spareLength_ = 0;
+    std::filesystem::path journal_;
+    int journalFd_ = -1;
+    bool journalDone_ = true;
 };
 
 // One change of a league file, named as the folder spells it; a file

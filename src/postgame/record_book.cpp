@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "league/files.h"
 #include "team/positions.h"
@@ -203,6 +204,7 @@ enum class PlayerStat : std::uint8_t {
     GoalStreak,
     AssistStreak,
 };
+constexpr std::size_t kPlayerStats = static_cast<std::size_t>(PlayerStat::AssistStreak) + 1;
 
 PlayerStat goalieStat(const std::string& n) {
     if (n == "SAVES") return PlayerStat::Saves;
@@ -292,7 +294,7 @@ bool seasonOnly(int category) {
 namespace {
 
 // A player's value of a category that applies to him and to the scope.
-std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, int shootoutGoals) {
+inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, int shootoutGoals) {
     const StatLine& s = statLine(p, season ? StatLineIndex::Replay : StatLineIndex::Game);
     std::size_t k = season ? 0 : 1;  // the replay and this game's entries of the counters
     int against = s.Saves + s.GoalsAllowed;
@@ -388,6 +390,20 @@ std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, 
             return p.AssistStreak;
     }
     return std::nullopt;
+}
+
+// Every stat of a player for one scope at once, each as valueOf gives it:
+// the stat is known at each place, so none goes through the choice of kind.
+using PlayerStatValues = std::array<std::optional<int>, kPlayerStats>;
+
+template <std::size_t... I>
+void fillStatValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out,
+                    std::index_sequence<I...>) {
+    ((out[I] = valueOf(static_cast<PlayerStat>(I), season, p, shootoutGoals)), ...);
+}
+
+void statValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out) {
+    fillStatValues(season, p, shootoutGoals, out, std::make_index_sequence<kPlayerStats>{});
 }
 
 // The categories a player's game posts into, by kind of player and scope:
@@ -530,7 +546,10 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     // Most values enter nowhere: the fifth place turns them away untouched.
     if (!own && !beats(last, places_[r].held[last])) return false;
 
-    changed_[r] = true;
+    if (!changed_[r]) {
+        changed_[r] = true;
+        changedList_.insert(std::lower_bound(changedList_.begin(), changedList_.end(), r), r);
+    }
     if (own) {
         for (std::size_t j = *own; j + 1 < kRecordPlaces; ++j) {
             e.RecordValue[j] = e.RecordValue[j + 1];
@@ -567,8 +586,14 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     return true;
 }
 
-void RecordBook::postPlayers(const GameSession& session, const FinishedGame& game) {
+PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const FinishedGame& game) {
+    PlayerRecordValues out;
+    // Room for the forty men of a game and their sixty values each, so that
+    // the lists seldom grow on the way.
+    out.players.reserve(2 * kRosterSlots);
+    out.values.reserve(4096);
     std::string date = dateOf(game);
+    PlayerStatValues stats{};
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
         const SideSummary& own = game.side[static_cast<std::size_t>(side)];
@@ -576,18 +601,35 @@ void RecordBook::postPlayers(const GameSession& session, const FinishedGame& gam
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const PlayerRecord& p = t.player(slot);
             if (!t.onTeam(slot) || statLine(p, StatLineIndex::Game).Toi <= 0) continue;
-            RecordHolder who{p.ShortName.str().empty() ? p.LastName.str() : p.ShortName.str(), own.code, opp.code,
-                             date};
-            Holder holder = holderOf(who);
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
             bool goalie = isGoalie(p);
             for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
-                bool season = scope == RecordScope::Season;
+                statValues(scope == RecordScope::Season, p, shootout, stats);
                 for (const auto& [c, stat] : playerCategories(goalie, scope))
-                    if (auto v = valueOf(stat, season, p, shootout); v && !turnedAway(c, scope, *v, holder))
-                        insert(c, scope, *v, holder);
+                    if (const auto& v = stats[static_cast<std::size_t>(stat)])
+                        out.values.push_back({static_cast<std::int16_t>(c), scope, *v});
             }
+            out.players.push_back(
+                {{p.ShortName.str().empty() ? p.LastName.str() : p.ShortName.str(), own.code, opp.code, date},
+                 out.values.size()});
         }
+    }
+    return out;
+}
+
+void RecordBook::postPlayers(const GameSession& session, const FinishedGame& game) {
+    postPlayers(PlayerRecordValues::of(session, game));
+}
+
+void RecordBook::postPlayers(const PlayerRecordValues& values) {
+    std::size_t from = 0;
+    for (const PlayerRecordValues::Player& player : values.players) {
+        Holder holder = holderOf(player.who);
+        for (std::size_t k = from; k < player.end; ++k) {
+            const PlayerRecordValues::Value& v = values.values[k];
+            if (!turnedAway(v.category, v.scope, v.value, holder)) insert(v.category, v.scope, v.value, holder);
+        }
+        from = player.end;
     }
 }
 
@@ -660,8 +702,7 @@ std::vector<FileChange> RecordBook::changes(const std::string& file) const {
         out.push_back({file, false, base, std::move(bytes)});
     };
     std::size_t first = 0, last = 0;
-    for (std::size_t r = 2; r <= kRecordsInFile; ++r) {
-        if (!changed_[r]) continue;
+    for (std::size_t r : changedList_) {
         if (first != 0 && r - last > kGap) {
             write(first, last);
             first = 0;
@@ -674,13 +715,15 @@ std::vector<FileChange> RecordBook::changes(const std::string& file) const {
 }
 
 void RecordBook::written() {
-    for (const FileChange& c : changes({})) {
-        auto end = static_cast<std::size_t>(c.offset) + c.bytes.size();
-        if (raw_.size() < end) raw_.resize(end, 0);
-        std::copy(c.bytes.begin(), c.bytes.end(), raw_.begin() + static_cast<std::ptrdiff_t>(c.offset));
+    // The file as the changes leave it: each changed entry over its slot, and
+    // zeros up to it where the file was shorter.
+    for (std::size_t r : changedList_) {
+        std::size_t base = (r - 1) * kRecordSlot;
+        if (raw_.size() < base + codec::Layout<RecordEntry>::size)
+            raw_.resize(base + codec::Layout<RecordEntry>::size, 0);
+        codec::encode(entries_[r], raw_.data() + base);
     }
-    for (std::size_t r = 0; r < changed_.size(); ++r) {
-        if (!changed_[r]) continue;
+    for (std::size_t r : changedList_) {
         // As the file reads back: a place without a name holds no value.
         RecordEntry& e = entries_[r];
         for (std::size_t k = 0; k < kRecordPlaces; ++k)
@@ -688,6 +731,7 @@ void RecordBook::written() {
         noteEntry(r);
         changed_[r] = false;
     }
+    changedList_.clear();
 }
 
 // ---- The books of a run ------------------------------------------------------------
@@ -701,7 +745,6 @@ RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared
     // Read into the same buffer at every game: a fresh one of this size is
     // mapped and faulted in anew each time.
     std::vector<std::uint8_t>& bytes = scratch_;
-    bytes.clear();
     int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0 && errno != ENOENT)
         throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(errno)));
@@ -710,7 +753,10 @@ RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared
         bool ok = ::fstat(fd, &st) == 0;
         std::size_t got = 0;
         if (ok) {
-            bytes.resize(static_cast<std::size_t>(st.st_size));
+            // Of the same size as last time (as it mostly is) nothing is
+            // cleared first: the read writes over every byte.
+            if (bytes.size() != static_cast<std::size_t>(st.st_size))
+                bytes.resize(static_cast<std::size_t>(st.st_size));
             while (got < bytes.size()) {
                 ssize_t n = ::read(fd, bytes.data() + got, bytes.size() - got);
                 if (n < 0 && errno == EINTR) continue;
@@ -723,6 +769,8 @@ RecordBook& KeptRecordBooks::book(const std::filesystem::path& file, bool shared
         ::close(fd);
         if (!ok) throw FileError(fmt::format("Cannot read {}: {}", file.string(), std::strerror(err)));
         bytes.resize(got);
+    } else {
+        bytes.clear();
     }
     if (it == books_.end()) {
         books_.push_back({file, RecordBook::fromBytes(bytes), false});

@@ -63,6 +63,25 @@ struct RecordHolder {
     std::string date;
 };
 
+// What a game's players enter into a record book, worked out once for every
+// book it is posted into: each player who played, his values of the
+// categories that apply to him, in the order they are posted.
+struct PlayerRecordValues {
+    struct Value {
+        std::int16_t category;
+        RecordScope scope;
+        int value;
+    };
+    struct Player {
+        RecordHolder who;
+        std::size_t end;  // his values are those before `end`, after the last player's
+    };
+    std::vector<Player> players;
+    std::vector<Value> values;
+
+    static PlayerRecordValues of(const GameSession& session, const FinishedGame& game);
+};
+
 class RecordBook {
 public:
     RecordBook();
@@ -82,6 +101,7 @@ public:
     // PostPlayerRecords: every player of both sides who played in the game,
     // for his game and his season so far.
     void postPlayers(const GameSession& session, const FinishedGame& game);
+    void postPlayers(const PlayerRecordValues& values);
     // PostTeamRecords: both teams' game and season so far.
     void postTeams(const GameSession& session, const FinishedGame& game);
 
@@ -119,7 +139,8 @@ private:
     std::vector<RecordEntry> entries_;
     std::vector<Places> places_;
     std::vector<bool> changed_;
-    std::vector<std::uint8_t> raw_;  // the file as read
+    std::vector<std::size_t> changedList_;  // the records of changed_, in order
+    std::vector<std::uint8_t> raw_;         // the file as read
 };
 
 // The record books a run of many games posts into, kept decoded between its

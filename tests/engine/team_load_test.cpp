@@ -132,6 +132,66 @@ TEST(TeamLoad, SecondLoadGivesWhatTheFirstGave) {
     EXPECT_EQ(readBytes(dir / "HKPLAYER"), before);
 }
 
+// A session keeps the charts and lines it made from a roster and gives them
+// again while what the fills read is the same: each remake must come out as
+// a session that never made any would make it.
+TEST(TeamLoad, AKeptRemakeFollowsWhatTheFillsRead) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 2, .playersPerTeam = 22, .gamesPlayed = 10});
+    giveRealLines(lg);
+    lg.write(dir.path());
+    GameSession run = sessionOn(dir.path());
+    Random draws(5);
+    run.HkLoadTeam(kVisitor, 1, draws);
+
+    struct Made {
+        LineTables lines;
+        std::vector<std::vector<std::uint8_t>> players;
+        std::vector<std::string> notes;
+    };
+    auto made = [](GameSession& session) {
+        Made m;
+        m.notes = session.remakeDepthAndLines(kVisitor);
+        const SideTables& s = session.side(kVisitor);
+        m.lines = s.lines;
+        for (const PlayerRecord& p : s.GameRoster) m.players.push_back(codec::toSlot(p));
+        return m;
+    };
+    auto expectAsFresh = [&](const char* step) {
+        SCOPED_TRACE(step);
+        GameSession fresh = sessionOn(dir.path());
+        fresh.side(kVisitor) = run.side(kVisitor);
+        Made kept = made(run), anew = made(fresh);
+        EXPECT_EQ(kept.lines.LineRoleLive, anew.lines.LineRoleLive);
+        EXPECT_EQ(kept.lines.LineFlagLive, anew.lines.LineFlagLive);
+        EXPECT_EQ(kept.players, anew.players);
+        EXPECT_EQ(kept.notes, anew.notes);
+        return kept;
+    };
+    Made first = expectAsFresh("as loaded");
+    SideTables& side = run.side(kVisitor);
+    auto firstCenter = std::ranges::find_if(side.GameRoster, [](const PlayerRecord& p) {
+        return hasFlag(p, Flag::Center) && p.DepthEven[static_cast<std::size_t>(EvenDepth::Center)] == 10;
+    });
+    ASSERT_NE(firstCenter, side.GameRoster.end());
+    PlayerRecord center = *firstCenter;
+
+    // The first centre gone from the team: the lines are made anew without him.
+    firstCenter->TeamId = 2;
+    Made without = expectAsFresh("without the first centre");
+    EXPECT_NE(without.lines.LineRoleLive, first.lines.LineRoleLive);
+    // Back, but no longer a centre.
+    firstCenter->TeamId = center.TeamId;
+    firstCenter->PositionFlags[static_cast<std::size_t>(Flag::Center)] = 0;
+    firstCenter->PositionFlags[static_cast<std::size_t>(Flag::LeftWing)] = 1;
+    expectAsFresh("a winger now");
+    // As he was: the first lines again.
+    *firstCenter = center;
+    Made again = expectAsFresh("as he was");
+    EXPECT_EQ(again.lines.LineRoleLive, first.lines.LineRoleLive);
+    EXPECT_EQ(again.players, first.players);
+}
+
 // A run's session keeps the plans it decoded: a plan saved since (through
 // the run's images) is read as saved, as a session on the disk reads it.
 TEST(TeamLoad, ARunReadsAPlanSavedSinceItsLastLoad) {

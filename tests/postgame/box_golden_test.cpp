@@ -6,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+
+#include <fmt/core.h>
 
 #include "engine/game.h"
 #include "league/files.h"
@@ -83,6 +86,32 @@ TEST(BoxGolden, ASeededGamesBoxScoreIsTheCheckedInText) {
     ASSERT_FALSE(bytes.empty()) << golden << " is missing: run with TALLYRINK_UPDATE_GOLDEN=1";
     EXPECT_EQ(text, std::string(bytes.begin(), bytes.end()));
     EXPECT_EQ(text, seededBoxScore(false));  // the same seed gives the same game
+}
+
+// A player's name fills the first 22 columns of his row, cut to 21
+// characters: counted in characters and columns, not bytes, for a name that
+// isn't plain ASCII.
+TEST(BoxGolden, NamesAreCutAndPaddedByCharacters) {
+    BoxFile box;
+    BoxNames names;
+    const std::array<std::string, 4> players{"A. Short", "B. Averyveryverylongname", "D. Pastrňák",
+                                             "E. Ääääääääääääääääääääää"};
+    for (std::size_t k = 0; k < players.size(); ++k) {
+        std::size_t at = BoxFile::at(0, static_cast<int>(k));
+        box.r1.BoxPlayerId[at] = static_cast<std::int16_t>(k + 1);
+        box.r1.BoxLines[at].GP = 1;
+        box.r1.BoxToi[at] = 600;
+        names.player[at] = players[k];
+        names.position[at] = "F";
+    }
+    auto text = boxScoreText(box, names);
+    for (const std::string& name : players) {
+        std::string cell = fmt::format("{:<22.21}", name);
+        auto row = std::find_if(text.begin(), text.end(),
+                                [&](const std::string& line) { return line.compare(0, cell.size(), cell) == 0; });
+        ASSERT_NE(row, text.end()) << name;
+        EXPECT_NE((*row)[cell.size()], ' ') << name;  // the first cell starts there
+    }
 }
 
 TEST(BoxGolden, TheWebPageHoldsTheSameGame) {

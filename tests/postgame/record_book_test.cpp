@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "league/files.h"
 #include "postgame/posting_journal.h"
 #include "support/temp_dir.h"
@@ -131,6 +133,8 @@ TEST(RecordBook, AKeptBookStandsAsItsFileAndSeesChangesMadeUnderIt) {
         book.insert(kGoals, RecordScope::Game, 2, holder(""));  // a nameless place holds no value once read
         writeOut(book);
         kept.written();
+        // As the file now reads, so that the next ask finds it unchanged.
+        EXPECT_TRUE(std::ranges::equal(book.bytes(), readBytes(file)));
     }
     RecordBook& again = kept.book(file, true);
     EXPECT_TRUE(again.changes(kRecordsFile).empty());
@@ -141,6 +145,7 @@ TEST(RecordBook, AKeptBookStandsAsItsFileAndSeesChangesMadeUnderIt) {
     again.insert(kGoals, RecordScope::Season, 9, holder("Abel"));
     writeOut(again);
     kept.written();
+    EXPECT_TRUE(std::ranges::equal(again.bytes(), readBytes(file)));
     using P = std::vector<std::pair<std::string, int>>;
     EXPECT_EQ(places(kept.book(file, true), kGoals, RecordScope::Season), (P{{"Abel", 9}}));
     kept.written();

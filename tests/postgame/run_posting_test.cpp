@@ -320,12 +320,12 @@ TEST(RunPosting, TheJournalKeepsOnlyWhatDiffersFromTheImages) {
 
 // The changed stretches of `now` against `was` as the journal keeps them:
 // each from a changed byte to a changed byte, equal bytes inside it fewer
-// than 32 in a row.
+// than 32 in a row. Bytes past the end of `was` are new, so changed.
 std::vector<std::pair<std::size_t, std::size_t>> changedStretches(const std::vector<std::uint8_t>& was,
                                                                   const std::vector<std::uint8_t>& now) {
     std::vector<std::pair<std::size_t, std::size_t>> out;
     for (std::size_t i = 0; i < now.size(); ++i) {
-        if (was[i] == now[i]) continue;
+        if (i < was.size() && was[i] == now[i]) continue;
         if (!out.empty() && i - out.back().second < 32)
             out.back().second = i + 1;
         else
@@ -351,6 +351,12 @@ TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
                 if (draws.rand(4) != 1) now[at] = static_cast<std::uint8_t>(now[at] + 1 + draws.rand(3));
             at += static_cast<std::size_t>(draws.rand(5) == 1 ? 28 + draws.rand(8) : draws.rand(300));
         }
+        // Some changes run past the file's end, the last bytes before it equal.
+        if (round % 3 == 1) {
+            auto equal = static_cast<std::ptrdiff_t>(draws.rand(45));
+            std::copy(table.end() - equal, table.end(), now.end() - equal);
+            now.resize(size + 1 + static_cast<std::size_t>(draws.rand(40)), 9);
+        }
         FolderNames names(dir.path());
         FileImages images;
         images.bytes(dir / "TABLE");
@@ -367,6 +373,96 @@ TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
         EXPECT_EQ(kept, changedStretches(table, now)) << "round " << round;
         EXPECT_EQ(readBytes(dir / "TABLE"), now);
     }
+}
+
+// The run keeps one journal file under its name: it reads as a pending
+// posting exactly from the time it is written whole until it is removed, and
+// a done one is gone when the run ends while an unfinished one stays.
+TEST(RunPosting, TheRunsJournalStandsOnlyWhileAPostingIsUnderWay) {
+    TempDir dir;
+    FolderNames names(dir.path());
+    PostingJournal journal(dir.path(), &names);
+    const fs::path file = dir / kPostingJournal;
+    auto journalOf = [](std::size_t bytes) {
+        return PostingJournal::encode({{"HKTEAMS", false, 0, std::vector<std::uint8_t>(bytes, 5)}});
+    };
+    // The file holds the journal, whatever a longer one left past its end.
+    auto holds = [&](std::size_t bytes) {
+        auto changes = PostingJournal::decode(readBytes(file), "journal");
+        return changes.size() == 1 && changes[0].bytes == std::vector<std::uint8_t>(bytes, 5);
+    };
+    {
+        FileImages images;
+        RunWriter run(images);
+        for (std::size_t size : {300u, 20u, 900u}) {
+            run.writeJournal(file, journalOf(size));
+            EXPECT_TRUE(holds(size)) << size;
+            EXPECT_TRUE(journal.pending());
+            EXPECT_EQ(run.ownJournalStands(file), true);
+            run.removeJournal(file);
+            EXPECT_FALSE(journal.pending());
+            EXPECT_EQ(run.ownJournalStands(file), false);
+            EXPECT_EQ(run.ownJournalStands(dir / "OTHER"), std::nullopt);
+        }
+    }
+    EXPECT_FALSE(fs::exists(file));
+    {
+        FileImages images;
+        RunWriter run(images);
+        run.writeJournal(file, journalOf(40));
+    }
+    EXPECT_TRUE(journal.pending());
+    EXPECT_TRUE(holds(40));
+
+    // A journal that ends at its end marker, as an earlier version wrote it,
+    // reads as before; nothing may follow it.
+    auto exact = journalOf(10);
+    exact.erase(exact.begin() + 8, exact.begin() + 16);
+    exact[7] = '1';
+    EXPECT_EQ(PostingJournal::decode(exact, "journal").at(0).bytes, std::vector<std::uint8_t>(10, 5));
+    exact.push_back(0);
+    EXPECT_THROW(PostingJournal::decode(exact, "journal"), FileError);
+    auto cut = journalOf(10);
+    cut.pop_back();
+    EXPECT_THROW(PostingJournal::decode(cut, "journal"), FileError);
+
+    // A done journal with whatever behind its mark (a run stopped while
+    // writing the next) is no posting; a cut-short one still is.
+    std::vector<std::uint8_t> done(kDoneJournal.begin(), kDoneJournal.end());
+    done.resize(100, 7);
+    writeFileAtomic(file, std::span<const std::uint8_t>(done));
+    EXPECT_FALSE(journal.pending());
+    EXPECT_FALSE(recoverPosting(dir.path()));
+    writeFileAtomic(file, std::string("TLY"));
+    EXPECT_TRUE(journal.pending());
+}
+
+TEST(RunPosting, AFileTheRunOnlyWritesReadsBackWholeWhateverPagesAreZero) {
+    // Zero pages at the start, between written ones, at the end, a short
+    // last page, all zeros, and a file made shorter than it was.
+    TempDir dir;
+    auto page = [](std::uint8_t v, std::size_t n = 4096) { return std::vector<std::uint8_t>(n, v); };
+    auto join = [](std::initializer_list<std::vector<std::uint8_t>> parts) {
+        std::vector<std::uint8_t> out;
+        for (const auto& p : parts) out.insert(out.end(), p.begin(), p.end());
+        return out;
+    };
+    std::vector<std::uint8_t> oneByte = page(0);
+    oneByte[4095] = 9;
+    const std::vector<std::vector<std::uint8_t>> cases{
+        join({page(0), page(1), page(0), page(0), oneByte, page(2, 100)}),
+        join({page(3), page(0), page(0, 100)}),
+        join({page(0), page(0, 7)}),
+        join({page(4, 10)}),
+        {},
+    };
+    FileImages images;
+    RunWriter run(images);
+    for (std::size_t k = 0; k < cases.size(); ++k) {
+        run.replace(dir / "BOX1.BOX", cases[k]);
+        EXPECT_EQ(readBytes(dir / "BOX1.BOX"), cases[k]) << "case " << k;
+    }
+    EXPECT_EQ(images.held(dir / "BOX1.BOX"), nullptr);
 }
 
 TEST(RunPosting, ImagesReadAsTheDiskAndFollowWritesOfFilesTheyHold) {
