@@ -492,37 +492,19 @@ void Game::coachInPlayOnChange() {
 }
 
 double Game::onIceOffense(int side) const {
-    std::array<UnitPlayer, 6> men{};
-    const SideTables& t = session_.side(side);
-    for (std::size_t pos = 0; pos < men.size(); ++pos) {
-        int slot = s_.onIce[at(side)].slot[pos];
-        if (slot == kNoSlot) continue;
-        men[pos].record = &t.player(slot);
-        men[pos].averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
-        men[pos].fatigued = s_.Energy[at(side)][at(slot)] < 80;
-    }
     UnitSituation situation;
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    return unitRatings(men, situation).onIceOffense;
+    return unitRatings(side, false, situation).onIceOffense;
 }
 
 double Game::onIceDefense(int side) const {
-    std::array<UnitPlayer, 6> men{};
-    const SideTables& t = session_.side(side);
-    for (std::size_t pos = 0; pos < men.size(); ++pos) {
-        int slot = s_.onIce[at(side)].slot[pos];
-        if (slot == kNoSlot) continue;
-        men[pos].record = &t.player(slot);
-        men[pos].averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
-        men[pos].fatigued = s_.Energy[at(side)][at(slot)] < 80;
-    }
     UnitSituation situation;
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    return unitRatings(men, situation).onIceDefense;
+    return unitRatings(side, false, situation).onIceDefense;
 }
 
 // ---- Lines -------------------------------------------------------------------------------

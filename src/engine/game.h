@@ -585,11 +585,13 @@ private:
     [[nodiscard]] bool autoCallForHuman(int side);
     [[nodiscard]] int leadOf(int side) const;
     [[nodiscard]] double onIceOffense(int side) const;
-    // The ratings of a unit on the ice, remembered for the few units and
+    // The ratings of the men of `side` on the ice in `sit`, their broken
+    // sticks counted when `sticks`, remembered for the few units and
     // situations a stretch of play keeps asking about. A man's ratings and
-    // real figures don't change during a game, so the men, their minutes,
-    // fatigue and sticks and the situation decide the answer.
-    [[nodiscard]] UnitRatings unitRatings(const std::array<UnitPlayer, 6>& men, const UnitSituation& sit) const;
+    // real figures don't change during a game, so the slots on the ice, who
+    // of them is tired or without a stick and the situation decide the
+    // answer.
+    [[nodiscard]] UnitRatings unitRatings(int side, bool sticks, const UnitSituation& sit) const;
     [[nodiscard]] double onIceDefense(int side) const;
     [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
     // 0 no change due, 1 the late game asks for its lines, 2 men tired or
@@ -627,14 +629,13 @@ private:
         false;  // the rosters carry real fight counts  // skaters of each side when the step's result was drawn
     bool driverRunning_ = false;
 
-    // Answers kept for unitRatings; cleared when a game starts.
+    // Answers kept for unitRatings by the key of what they rest on (0: none
+    // kept); cleared when a game starts.
     struct UnitMemo {
-        std::array<UnitPlayer, 6> men{};
-        UnitSituation sit{};
+        std::uint64_t key = 0;
         UnitRatings out{};
-        bool used = false;
     };
-    mutable std::array<UnitMemo, 6> unitMemo_{};
+    mutable std::array<UnitMemo, 8> unitMemo_{};
     mutable std::size_t unitMemoNext_ = 0;
     // The era factors of the last step and the goalies' years they were
     // worked out for: they change only with a goalie or the side with the puck.
