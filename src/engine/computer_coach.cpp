@@ -787,7 +787,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         bool topLine = false;
         for (std::size_t pos = 0; pos < 3; ++pos) {
             int slot = ice.slot[pos];
-            if (!topLine && slot != kNoSlot && rng_.over(tables.rate(RateSet::Real, slot).AverageMinutes, 22, 4))
+            if (!topLine && slot != kNoSlot && rng_.over(chargeFacts_[at(side)][at(slot)].realMinutes, 22, 4))
                 topLine = true;
         }
         // Who is on, by slot: one pass over the six places instead of a
@@ -828,16 +828,20 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 // the man's record isn't needed.
                 s_.coach.wasOn[at(side)][at(slot)] = false;
                 if (limit <= 0) continue;
-                if (faceoff) secs -= 7;
-                if (afterPenalty) secs -= 2;
-                secs -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
+                // Worked in a local: the stores to the tables can't then
+                // hold up the sums.
+                double left = secs;
+                if (faceoff) left -= 7;
+                if (afterPenalty) left -= 2;
+                left -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
                 s_.stint[at(side)][at(slot)] = 0;
-                secs = std::max(secs, 0.0);
-                if (timeout) secs = 0;
+                left = std::max(left, 0.0);
+                secs = timeout ? 0 : left;
                 continue;
             }
             PlayerRecord& p = tables.player(slot);
-            const bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
+            const ChargeFacts& facts = chargeFacts_[at(side)][at(slot)];
+            const bool goalie = facts.goalie && slot == s_.goalie[at(side)];
             {
                 StatLine& game = statLine(p, StatLineIndex::Game);
                 game.Toi += seconds;
@@ -854,35 +858,30 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             s_.coach.wasOn[at(side)][at(slot)] = true;
 
             if (limit <= 0) continue;
-            if (faceoff) secs -= 4.9;
-            if (afterPenalty) secs -= 2;
+            double sum = secs;
+            if (faceoff) sum -= 4.9;
+            if (afterPenalty) sum -= 2;
             int e = s_.Energy[at(side)][at(slot)];
             double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
-            if (rng_.over(limit, 90, 20)) {
-                double f = isDefenseman(p) ? .006 : .003;
-                rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
-            }
-            if (topLine && !isDefenseman(p)) rate *= .9;
+            if (rng_.over(limit, 90, 20)) rate *= facts.limitFactor;
+            if (topLine && !facts.defenseman) rate *= .9;
             // A player running ahead of his real minutes tires sooner.
-            const SetRates& real = tables.rate(RateSet::Real, slot);
-            const SetRates& replay = tables.rate(RateSet::Replay, slot);
-            double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
-            if (real.AverageMinutes >= 10 && rng_.under(ratio, .92, .05)) rate *= .95;
-            int replayGames = statLine(p, StatLineIndex::Replay).GP;
-            if (real.AverageMinutes >= 18 && rng_.randAtMost(10, replayGames - 10) && rng_.under(ratio, .95, .04))
+            const double ratio = facts.minutesRatio;
+            if (facts.minutes10 && rng_.under(ratio, .92, .05)) rate *= .95;
+            if (facts.minutes18 && rng_.randAtMost(10, facts.replayGames - 10) && rng_.under(ratio, .95, .04))
                 rate *= .9;
-            secs += t * rate;
+            sum += t * rate;
             s_.stint[at(side)][at(slot)] += t;
-            if (secs >= 5 && t >= 5) {
+            if (sum >= 5 && t >= 5) {
                 if (!rng_.under(ratio, 1, .07))
-                    secs += 1;
+                    sum += 1;
                 else if (!rng_.over(ratio, .98, -.03))
-                    secs -= 2;
+                    sum -= 2;
                 else if (!rng_.over(ratio, 1, -.07))
-                    secs -= 1;
+                    sum -= 1;
             }
-            secs = std::max(secs, 0.0);
-            if (timeout) secs = 0;
+            sum = std::max(sum, 0.0);
+            secs = timeout ? 0 : sum;
         }
         // The units' share of the game's time.
         auto& units = s_.coach.unitSecs[at(side)];
@@ -897,6 +896,28 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     s_.coach.tvTimeoutThisStep = false;
     s_.coach.coachTimeoutThisStep = false;
     return rested;
+}
+
+void Game::layChargeFacts() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            const PlayerRecord& p = tables.player(slot);
+            const SetRates& real = tables.rate(RateSet::Real, slot);
+            const SetRates& replay = tables.rate(RateSet::Replay, slot);
+            const int limit = tables.ShiftLimit[at(slot)];
+            const double f = isDefenseman(p) ? .006 : .003;
+            ChargeFacts& facts = chargeFacts_[at(side)][at(slot)];
+            facts.realMinutes = real.AverageMinutes;
+            facts.minutesRatio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
+            facts.limitFactor = std::clamp(1 - (limit - 90) * f, .5, .9);
+            facts.replayGames = statLine(p, StatLineIndex::Replay).GP;
+            facts.goalie = isGoalie(p);
+            facts.defenseman = isDefenseman(p);
+            facts.minutes10 = real.AverageMinutes >= 10;
+            facts.minutes18 = real.AverageMinutes >= 18;
+        }
+    }
 }
 
 void Game::trackFatigue() {

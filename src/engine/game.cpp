@@ -93,6 +93,7 @@ void Game::InitGame() {
     initNarration();
     coachInit();
     initChances();
+    layChargeFacts();
     fatigueTracked_ = {};
     trackFatigue();
 }

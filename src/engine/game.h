@@ -659,6 +659,22 @@ private:
     // by side and slot, with the rate it was worked out from.
     std::array<BySlot<double>, 2> assistRateKey_{};
     std::array<BySlot<double>, 2> assistRateFifth_{};
+    // What the fatigue charge of a man on the ice reads of his record and
+    // rates, by side and slot, kept together so a charge reads one small
+    // entry: the record and rates hold through a game. Laid down as a game
+    // starts.
+    struct ChargeFacts {
+        double realMinutes = 0;   // real minutes a game
+        double minutesRatio = 1;  // replay minutes a game against real ones
+        double limitFactor = 1;   // on the rate of a man with a long shift limit
+        int replayGames = 0;
+        bool goalie = false;
+        bool defenseman = false;
+        bool minutes10 = false;  // real minutes a game of 10 or more
+        bool minutes18 = false;  // of 18 or more
+    };
+    std::array<BySlot<ChargeFacts>, 2> chargeFacts_{};
+    void layChargeFacts();
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.
