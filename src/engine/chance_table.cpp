@@ -335,13 +335,14 @@ void Game::eraFactors() {
     const int side = s_.PuckTeam;
     // The same goalies and the same side with the puck give the same factors.
     const std::array<int, 2> years{goalieYear(kVisitor), goalieYear(kHome)};
-    if (eraMemo_.side == side && eraMemo_.years == years) {
-        f.EraShotsPerGame = eraMemo_.shotsPerGame;
-        f.EraPenaltyFactor = eraMemo_.penaltyFactor;
+    EraFactorsMemo& memo = eraMemo_[at(side)];
+    if (memo.side == side && memo.years == years) {
+        f.EraShotsPerGame = memo.shotsPerGame;
+        f.EraPenaltyFactor = memo.penaltyFactor;
         return;
     }
     eraFactorsFor(side);
-    eraMemo_ = {side, years, f.EraShotsPerGame, f.EraPenaltyFactor};
+    memo = {side, years, f.EraShotsPerGame, f.EraPenaltyFactor};
 }
 
 void Game::eraFactorsFor(int side) {

@@ -62,6 +62,7 @@ void Game::InitGame() {
     s_ = GameState{};
     unitMemo_ = {};
     eraMemo_ = {};
+    basePctMemo_ = {};
     rosterSpecialGoals_ = {};
     shotSteeringMemo_ = {-1, -1};
     eraFiguresMemo_ = {};

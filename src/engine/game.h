@@ -637,14 +637,23 @@ private:
     };
     mutable std::array<UnitMemo, 8> unitMemo_{};
     mutable std::size_t unitMemoNext_ = 0;
-    // The era factors of the last step and the goalies' years they were
-    // worked out for: they change only with a goalie or the side with the puck.
+    // The era factors and the base shooting percentage last worked out for
+    // each side with the puck, with the goalies' years they rest on: they
+    // change only with a goalie. The puck goes back and forth, so each side
+    // keeps its own.
     struct EraFactorsMemo {
         int side = -1;
         std::array<int, 2> years{};
         double shotsPerGame = 0;
         double penaltyFactor = 0;
-    } eraMemo_;
+    };
+    std::array<EraFactorsMemo, 2> eraMemo_{};
+    struct BasePctMemo {
+        bool known = false;
+        std::array<int, 2> years{};
+        double pct = 0;
+    };
+    mutable std::array<BasePctMemo, 2> basePctMemo_{};
     // The real power-play and short-handed goals of each side's roster: the
     // real lines and the rosters hold still through a game. Worked out at
     // the first step that asks; cleared when a game starts.
