@@ -908,6 +908,7 @@ void Game::layChargeFacts() {
             const int limit = tables.ShiftLimit[at(slot)];
             const double f = isDefenseman(p) ? .006 : .003;
             ChargeFacts& facts = chargeFacts_[at(side)][at(slot)];
+            facts.paceYear = p.PlayerYear < 1900 || p.PlayerYear > 2050 ? 2014 : p.PlayerYear;
             facts.realMinutes = real.AverageMinutes;
             facts.minutesRatio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
             facts.limitFactor = std::clamp(1 - (limit - 90) * f, .5, .9);

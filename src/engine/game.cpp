@@ -62,6 +62,7 @@ void Game::InitGame() {
     s_ = GameState{};
     unitMemo_ = {};
     eraMemo_ = {};
+    eraPaceMemo_ = {};
     basePctMemo_ = {};
     rosterSpecialGoals_ = {};
     shotSteeringMemo_ = {-1, -1};
@@ -605,8 +606,7 @@ double Game::eraPace(double pt) {
     // when they all share one, no draw is needed to find it.
     auto yearAt = [&](int side, int pos) {
         int slot = s_.onIce[at(side)].slot[at(pos)];
-        int year = slot == kNoSlot ? 0 : session_.side(side).player(slot).PlayerYear;
-        return year < 1900 || year > 2050 ? 2014 : year;
+        return slot == kNoSlot ? 2014 : chargeFacts_[at(side)][at(slot)].paceYear;
     };
     int year = yearAt(kVisitor, 3);
     bool shared = true;
@@ -616,22 +616,40 @@ double Game::eraPace(double pt) {
         int side = rng_.rand(2) - 1;
         year = yearAt(side, 2 + rng_.rand(3));
     }
+    const EraPace& era = eraPaceOf(year);
+    if (!era.rated) return pt;
+    if (era.events > 0) pt *= era.factor;
+    if (rng_.over(era.penalties, 5.5, 2)) pt = (pt + 1) * 1.2;  // many whistles: longer stops
+    if (rng_.under(era.pim / 2, 7, 5)) pt *= .93;
+    if (rng_.over(era.pim / 2, 12, 7)) pt *= 1.1;
+    return pt;
+}
+
+// The figures of a year hold through a game, so the few years a game sees
+// are kept.
+const Game::EraPace& Game::eraPaceOf(int year) {
+    for (const EraPace& kept : eraPaceMemo_)
+        if (kept.year == year) return kept;
+    EraPace& out = eraPaceMemo_[eraPaceMemoNext_];
+    eraPaceMemoNext_ = (eraPaceMemoNext_ + 1) % eraPaceMemo_.size();
+    out = EraPace{.year = year};
     const EraRecord& era = session_.eraRow(year, 2014);
     bool college = session_.side(kHome).team.TeamType.view() == "C";
     double savePct = college ? era.CollegeSavePct : era.SavePct;
     double goals = college ? era.CollegeGoalsPerTeam : era.GoalsPerTeam;
     double pim = college ? era.CollegePim : era.PimPerGame;
-    if (savePct <= 0 || savePct >= 100 || goals <= 0) return pt;
+    if (savePct <= 0 || savePct >= 100 || goals <= 0) return out;
     double shots = goals / (100 - savePct) * 100;
     double fights = college ? 0 : era.FightsPerGame;
     double penalties = ((pim - fights * 5 * 1.3) / 2) / 2.52;
     double events = penalties + shots + fights;
     if (year <= 2003) events -= std::min(.005 * (2003 - year), .2) * shots;
-    if (events > 0) pt *= std::clamp((34 / events) * (34 / events), .7, 1.3);
-    if (rng_.over(penalties, 5.5, 2)) pt = (pt + 1) * 1.2;  // many whistles: longer stops
-    if (rng_.under(pim / 2, 7, 5)) pt *= .93;
-    if (rng_.over(pim / 2, 12, 7)) pt *= 1.1;
-    return pt;
+    out.rated = true;
+    out.events = events;
+    out.factor = events > 0 ? std::clamp((34 / events) * (34 / events), .7, 1.3) : 1;
+    out.penalties = penalties;
+    out.pim = pim;
+    return out;
 }
 
 void Game::RunClock() {

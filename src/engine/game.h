@@ -534,6 +534,20 @@ private:
     void putUnitOnIce(int side);
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
+    // What the pace takes from a year's era figures (rated: the figures
+    // can rate a pace at all), kept for the last few years asked about;
+    // cleared when a game starts.
+    struct EraPace {
+        int year = 0;
+        bool rated = false;
+        double events = 0;
+        double factor = 1;
+        double penalties = 0;
+        double pim = 0;
+    };
+    std::array<EraPace, 4> eraPaceMemo_{};
+    std::size_t eraPaceMemoNext_ = 0;
+    const EraPace& eraPaceOf(int year);
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();
     void tell(std::string line);
@@ -673,6 +687,7 @@ private:
     // entry: the record and rates hold through a game. Laid down as a game
     // starts.
     struct ChargeFacts {
+        int paceYear = 2014;      // the year of his era's pace
         double realMinutes = 0;   // real minutes a game
         double minutesRatio = 1;  // replay minutes a game against real ones
         double limitFactor = 1;   // on the rate of a man with a long shift limit
