@@ -562,7 +562,6 @@ bool Game::unitRested(int side, int line, bool forwards) const {
 }
 
 int Game::lineChangeDue(int side) {
-    const SideTables& tables = session_.side(side);
     int margin = std::abs(leadOf(side));
     if (margin >= 2 && rng_.underRand(s_.Clock, 30, 10)) return kNoChange;
     if (s_.coach.pendingChange[at(side)]) return kTiredChange;
@@ -570,13 +569,10 @@ int Game::lineChangeDue(int side) {
     for (std::size_t pos = 0; pos < 5; ++pos) {
         int slot = ice.slot[pos];
         if (slot == kNoSlot) continue;
-        const PlayerRecord& p = tables.player(slot);
+        const ManFacts& facts = manFacts_[at(side)][at(slot)];
         int energy = s_.Energy[at(side)][at(slot)];
-        int pullBelow = p.PullWhenFatigueBelow > 0 ? p.PullWhenFatigueBelow : 80;
-        if (energy <= 60 || energy <= pullBelow + 7) return kTiredChange;
-        int limit = isForwardPos(pos) ? 60 : 70;
-        int year = p.PlayerYear;
-        limit += (year <= 1969 ? 15 : 0) + (year <= 1964 ? 15 : 0) + (year <= 1959 ? 15 : 0);
+        if (energy <= 60 || energy <= facts.pullBelow + 7) return kTiredChange;
+        int limit = (isForwardPos(pos) ? 60 : 70) + facts.longerStint;
         if (s_.stint[at(side)][at(slot)] > limit) return kTiredChange;
     }
     // The last minutes of a close game: the coach wants his lines for it.
@@ -787,7 +783,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         bool topLine = false;
         for (std::size_t pos = 0; pos < 3; ++pos) {
             int slot = ice.slot[pos];
-            if (!topLine && slot != kNoSlot && rng_.over(chargeFacts_[at(side)][at(slot)].realMinutes, 22, 4))
+            if (!topLine && slot != kNoSlot && rng_.over(manFacts_[at(side)][at(slot)].realMinutes, 22, 4))
                 topLine = true;
         }
         // Who is on, by slot: one pass over the six places instead of a
@@ -840,7 +836,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 continue;
             }
             PlayerRecord& p = tables.player(slot);
-            const ChargeFacts& facts = chargeFacts_[at(side)][at(slot)];
+            const ManFacts& facts = manFacts_[at(side)][at(slot)];
             const bool goalie = facts.goalie && slot == s_.goalie[at(side)];
             {
                 StatLine& game = statLine(p, StatLineIndex::Game);
@@ -898,7 +894,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     return rested;
 }
 
-void Game::layChargeFacts() {
+void Game::layManFacts() {
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = session_.side(side);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
@@ -907,7 +903,10 @@ void Game::layChargeFacts() {
             const SetRates& replay = tables.rate(RateSet::Replay, slot);
             const int limit = tables.ShiftLimit[at(slot)];
             const double f = isDefenseman(p) ? .006 : .003;
-            ChargeFacts& facts = chargeFacts_[at(side)][at(slot)];
+            ManFacts& facts = manFacts_[at(side)][at(slot)];
+            facts.pullBelow = p.PullWhenFatigueBelow > 0 ? p.PullWhenFatigueBelow : 80;
+            const int year = p.PlayerYear;
+            facts.longerStint = (year <= 1969 ? 15 : 0) + (year <= 1964 ? 15 : 0) + (year <= 1959 ? 15 : 0);
             facts.paceYear = p.PlayerYear < 1900 || p.PlayerYear > 2050 ? 2014 : p.PlayerYear;
             facts.realMinutes = real.AverageMinutes;
             facts.minutesRatio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;

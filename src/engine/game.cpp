@@ -95,7 +95,7 @@ void Game::InitGame() {
     initNarration();
     coachInit();
     initChances();
-    layChargeFacts();
+    layManFacts();
     fatigueTracked_ = {};
     trackFatigue();
 }
@@ -606,7 +606,7 @@ double Game::eraPace(double pt) {
     // when they all share one, no draw is needed to find it.
     auto yearAt = [&](int side, int pos) {
         int slot = s_.onIce[at(side)].slot[at(pos)];
-        return slot == kNoSlot ? 2014 : chargeFacts_[at(side)][at(slot)].paceYear;
+        return slot == kNoSlot ? 2014 : manFacts_[at(side)][at(slot)].paceYear;
     };
     int year = yearAt(kVisitor, 3);
     bool shared = true;

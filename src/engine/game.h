@@ -682,12 +682,14 @@ private:
     // by side and slot, with the rate it was worked out from.
     std::array<BySlot<double>, 2> assistRateKey_{};
     std::array<BySlot<double>, 2> assistRateFifth_{};
-    // What the fatigue charge of a man on the ice reads of his record and
-    // rates, by side and slot, kept together so a charge reads one small
-    // entry: the record and rates hold through a game. Laid down as a game
-    // starts.
-    struct ChargeFacts {
+    // What the fatigue charge, the line change and the pace of play read of
+    // a man's record and rates every step, by side and slot, kept together
+    // so they read one small entry: the record and rates hold through a
+    // game. Laid down as a game starts.
+    struct ManFacts {
         int paceYear = 2014;      // the year of his era's pace
+        int pullBelow = 80;       // the coach pulls him at this energy and a little above
+        int longerStint = 0;      // seconds a man of an early era stays out past the usual
         double realMinutes = 0;   // real minutes a game
         double minutesRatio = 1;  // replay minutes a game against real ones
         double limitFactor = 1;   // on the rate of a man with a long shift limit
@@ -697,8 +699,8 @@ private:
         bool minutes10 = false;  // real minutes a game of 10 or more
         bool minutes18 = false;  // of 18 or more
     };
-    std::array<BySlot<ChargeFacts>, 2> chargeFacts_{};
-    void layChargeFacts();
+    std::array<BySlot<ManFacts>, 2> manFacts_{};
+    void layManFacts();
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.
