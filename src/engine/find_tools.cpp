@@ -115,12 +115,9 @@ std::int32_t Game::carrierWeight(int pos, int unitPPG) {
     const bool point = pos == 3 || pos == 4;
     // A man with a broken stick isn't picked: nothing else about him counts.
     if (stickBroken(side, slot)) return 0;
-    double q = .25;
-    if (unitPPG > 0 && real.Goals > 0) q = static_cast<double>(real.PPG) / real.Goals;
-
-    std::int32_t w = whole(S * 10 * (1 - q));
-    w = whole(w - A * 5);
-    if (w < S * .1) w = whole(S * .1);
+    const CarrierBase& base = carrierBase_[at(side)][at(slot)];
+    const double q = base.share[unitPPG > 0 ? 1 : 0];
+    std::int32_t w = base.weight[unitPPG > 0 ? 1 : 0];
     if (rng_.over(S, 6, 3) && rng_.under(A, 1.5, 1)) times(w, .6);
     if (rng_.over(A, 2, 2) && rng_.over(A, 1.8, .4, G)) times(w, 3);
     if (point) times(w, .65);
@@ -184,14 +181,35 @@ std::int32_t Game::carrierWeight(int pos, int unitPPG) {
 
 // The steering of shot rates runs only where the replay is meant to follow
 // the real season: a real team against one of its own season.
-bool Game::shotSteering() {
+bool Game::workOutShotSteering() {
     int& known = shotSteeringMemo_[at(s_.PuckTeam)];
-    if (known < 0) {
-        const SideTables& puck = session_.side(s_.PuckTeam);
-        const SideTables& opp = session_.side(s_.OtherTeam());
-        known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
-    }
+    const SideTables& puck = session_.side(s_.PuckTeam);
+    const SideTables& opp = session_.side(s_.OtherTeam());
+    known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
     return known == 1;
+}
+
+// The start of each man's weight as a carrier: his real figures hold
+// through a game.
+void Game::layCarrierBase() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& t = session_.side(side);
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            const StatLine& real = statLine(t.player(slot), StatLineIndex::Real);
+            const SetRates& rr = t.rate(RateSet::Real, slot);
+            const double S = rr.ShotsPer60, A = rr.AssistsPer60;
+            CarrierBase& base = carrierBase_[at(side)][at(slot)];
+            for (std::size_t scorers = 0; scorers < 2; ++scorers) {
+                double q = .25;
+                if (scorers == 1 && real.Goals > 0) q = static_cast<double>(real.PPG) / real.Goals;
+                std::int32_t w = whole(S * 10 * (1 - q));
+                w = whole(w - A * 5);
+                if (w < S * .1) w = whole(S * .1);
+                base.share[scorers] = q;
+                base.weight[scorers] = w;
+            }
+        }
+    }
 }
 
 void Game::FindCarrier() {

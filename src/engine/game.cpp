@@ -96,6 +96,7 @@ void Game::InitGame() {
     coachInit();
     initChances();
     layManFacts();
+    layCarrierBase();
     fatigueTracked_ = {};
     trackFatigue();
 }

@@ -485,7 +485,11 @@ private:
     }
     // Asked every step; the teams and rules behind it hold through a game,
     // so each side's answer is kept once worked out (cleared at InitGame).
-    [[nodiscard]] bool shotSteering();
+    [[nodiscard]] bool shotSteering() {
+        const int known = shotSteeringMemo_[static_cast<std::size_t>(s_.PuckTeam)];
+        return known >= 0 ? known == 1 : workOutShotSteering();
+    }
+    bool workOutShotSteering();
     [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
     int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows);
     std::int32_t carrierWeight(int pos, int unitPPG);
@@ -700,6 +704,16 @@ private:
         bool minutes18 = false;  // of 18 or more
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
+    // The start of a man's weight as a carrier, by side and slot: his share
+    // of power-play goals and the weight from his shots less his set-up
+    // play, without and with power-play scorers on his unit. Laid down with
+    // the facts above.
+    struct CarrierBase {
+        std::array<double, 2> share{.25, .25};
+        std::array<std::int32_t, 2> weight{};
+    };
+    std::array<BySlot<CarrierBase>, 2> carrierBase_{};
+    void layCarrierBase();
     void layManFacts();
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and one whose fatigue has settled on the bench
