@@ -189,9 +189,9 @@ bool Game::workOutShotSteering() {
     return known == 1;
 }
 
-// The start of each man's weight as a carrier: his real figures hold
-// through a game.
-void Game::layCarrierBase() {
+// The start of each man's weight as a carrier and as a passer: his real
+// figures hold through a game.
+void Game::layPickBase() {
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session_.side(side);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
@@ -208,6 +208,14 @@ void Game::layCarrierBase() {
                 base.share[scorers] = q;
                 base.weight[scorers] = w;
             }
+            PasserBase& passer = passerBase_[at(side)][at(slot)];
+            passer.assists = std::min(A, 7.0);
+            passer.goals = rr.GoalsPer60;
+            passer.shots = S;
+            passer.replayAssists = t.rate(RateSet::Replay, slot).AssistsPer60;
+            passer.loneWeight = whole(passer.assists * passer.assists) + 1;
+            passer.weight = whole(std::pow(passer.assists, 5)) + 1;
+            passer.replayGames2 = statLine(t.player(slot), StatLineIndex::Replay).GP >= 2;
         }
     }
 }
@@ -278,21 +286,14 @@ std::int32_t Game::passerWeight(int pos, bool second) {
     const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
     const PlayerRecord& p = t.player(slot);
-    const SetRates& rr = t.rate(RateSet::Real, slot);
-    const double A = std::min(rr.AssistsPer60, 7.0), G = rr.GoalsPer60, S = rr.ShotsPer60;
-    const double R = t.rate(RateSet::Replay, slot).AssistsPer60;
-    const StatLine& replay = statLine(p, StatLineIndex::Replay);
+    const PasserBase& base = passerBase_[at(side)][at(slot)];
+    const double A = base.assists, G = base.goals, S = base.shots;
+    const double R = base.replayAssists;
     const bool pp = powerPlay(side);
     // A man with a broken stick isn't picked: nothing else about him counts.
     if (stickBroken(side, slot)) return 0;
 
-    double& key = assistRateKey_[at(side)][at(slot)];
-    double& fifth = assistRateFifth_[at(side)][at(slot)];
-    if (key != A) {
-        key = A;
-        fifth = std::pow(A, 5);
-    }
-    std::int32_t w = f.Carrier == kNoSlot ? whole(A * A) + 1 : whole(fifth) + 1;
+    std::int32_t w = f.Carrier == kNoSlot ? base.loneWeight : base.weight;
     if (!second) {
         if (rng_.over(A, 2.5, 1.5)) times(w, 5);
         if (rng_.over(A, 1.6, .6, G)) times(w, 5);
@@ -301,11 +302,11 @@ std::int32_t Game::passerWeight(int pos, bool second) {
         if (rng_.over(S, 8, 4) && rng_.over(A, 3, 1)) times(w, 5);
         bool topThere = false;
         if (f.TopPlaymaker != kNoSlot) {
-            double top = std::min(t.rate(RateSet::Real, f.TopPlaymaker).AssistsPer60, 7.0);
+            double top = passerBase_[at(side)][at(f.TopPlaymaker)].assists;
             topThere = rng_.over(top, 2.5, 1.5);
             if (slot != f.TopPlaymaker && topThere) times(w, .5);
         }
-        if (replay.GP >= 2) {
+        if (base.replayGames2) {
             if (rng_.over(R, 1.05, .05, A)) times(w, .5);
             if (rng_.over(R, 1, .05, A)) times(w, rng_.rnd());
             if (rng_.under(R, 1, -.05, A)) times(w, 1 + rng_.rnd());
@@ -321,7 +322,7 @@ std::int32_t Game::passerWeight(int pos, bool second) {
         }
     } else {
         if (rng_.randAtMost(2, statLine(p, StatLineIndex::Game).Assists - 2)) times(w, .5);
-        if (replay.GP >= 2) {
+        if (base.replayGames2) {
             if (rng_.over(R, 1, .1, A)) times(w, rng_.rnd() * rng_.rnd());
             if (rng_.under(R, 1, -.1, A)) times(w, 1 + rng_.rnd());
         }

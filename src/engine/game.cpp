@@ -67,7 +67,6 @@ void Game::InitGame() {
     rosterSpecialGoals_ = {};
     shotSteeringMemo_ = {-1, -1};
     eraFiguresMemo_ = {};
-    for (auto& side : assistRateKey_) side.fill(std::numeric_limits<double>::quiet_NaN());
     fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;
     s_.Clock = periodSeconds();
@@ -96,7 +95,7 @@ void Game::InitGame() {
     coachInit();
     initChances();
     layManFacts();
-    layCarrierBase();
+    layPickBase();
     fatigueTracked_ = {};
     trackFatigue();
 }

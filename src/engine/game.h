@@ -682,10 +682,6 @@ private:
     };
     std::array<SpecialGoals, 2> rosterSpecialGoals_{};
     const SpecialGoals& rosterSpecialGoals(int side);
-    // A man's real assist rate to the fifth power, for the passer's weight,
-    // by side and slot, with the rate it was worked out from.
-    std::array<BySlot<double>, 2> assistRateKey_{};
-    std::array<BySlot<double>, 2> assistRateFifth_{};
     // What the fatigue charge, the line change and the pace of play read of
     // a man's record and rates every step, by side and slot, kept together
     // so they read one small entry: the record and rates hold through a
@@ -713,7 +709,22 @@ private:
         std::array<std::int32_t, 2> weight{};
     };
     std::array<BySlot<CarrierBase>, 2> carrierBase_{};
-    void layCarrierBase();
+    // What a man's weight as a passer starts from, by side and slot: his
+    // real assists (at most 7), goals and shots a 60 minutes, his replay
+    // assists, the weight from his assists with nobody on the puck and
+    // with a carrier (their fifth power), and whether he has two games in
+    // the replay.
+    struct PasserBase {
+        double assists = 0;
+        double goals = 0;
+        double shots = 0;
+        double replayAssists = 0;
+        std::int32_t loneWeight = 1;
+        std::int32_t weight = 1;
+        bool replayGames2 = false;
+    };
+    std::array<BySlot<PasserBase>, 2> passerBase_{};
+    void layPickBase();
     void layManFacts();
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and one whose fatigue has settled on the bench
