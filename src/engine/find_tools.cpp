@@ -70,7 +70,7 @@ bool Game::alternateReality() const { return session_.league().rules.AlternateRe
 // reaches the draw wins. No weight at all gives kNoPos, for the caller's
 // default; a single row with weight wins without a draw.
 int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows) {
-    std::array<std::int64_t, kIcePositions> running{};
+    std::array<std::int64_t, kIcePositions> running;  // the first `rows` are set
     std::int64_t total = 0;
     int weighted = 0;
     int only = kNoPos;
@@ -78,14 +78,16 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
         if (w[at(i)] > 0) {
             ++weighted;
             only = i;
+            total += w[at(i)];
         }
-        total += std::max(0, w[at(i)]);
         running[at(i)] = total;
     }
     if (weighted <= 1) return only;
     if (total > 30000) {
+        // The scaled totals are whole already: the cast only changes the type.
         double f = 30000.0 / static_cast<double>(total);
-        for (int i = 0; i < rows; ++i) running[at(i)] = std::llround(roundHalfEven(running[at(i)] * f));
+        for (int i = 0; i < rows; ++i)
+            running[at(i)] = static_cast<std::int64_t>(roundHalfEven(static_cast<double>(running[at(i)]) * f));
         total = running[at(rows - 1)];
         if (total <= 0) return kNoPos;
     }
@@ -208,6 +210,7 @@ void Game::layPickBase() {
                 base.share[scorers] = q;
                 base.weight[scorers] = w;
             }
+            base.realPPG = real.PPG;
             PasserBase& passer = passerBase_[at(side)][at(slot)];
             passer.assists = std::min(A, 7.0);
             passer.goals = rr.GoalsPer60;
@@ -228,7 +231,7 @@ void Game::FindCarrier() {
     int unitPPG = 0;
     for (int pos = 0; pos < rows; ++pos) {
         int slot = slotAt(side, pos);
-        if (slot != kNoSlot) unitPPG += statLine(session_.side(side).player(slot), StatLineIndex::Real).PPG;
+        if (slot != kNoSlot) unitPPG += carrierBase_[at(side)][at(slot)].realPPG;
     }
     std::array<std::int32_t, kIcePositions> w{};
     for (int pos = 0; pos < rows; ++pos) {
@@ -373,8 +376,8 @@ void Game::FindPassers() {
     double best = -1;
     for (int pos = 0; pos < positionsInPlay(side); ++pos) {
         int slot = slotAt(side, pos);
-        if (slot == kNoSlot || isGoalie(t.player(slot))) continue;
-        double a = std::min(t.rate(RateSet::Real, slot).AssistsPer60, 7.0);
+        if (slot == kNoSlot || manFacts_[at(side)][at(slot)].goalie) continue;
+        double a = passerBase_[at(side)][at(slot)].assists;
         if (a > best) {
             best = a;
             f.TopPlaymaker = slot;

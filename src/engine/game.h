@@ -707,6 +707,7 @@ private:
     struct CarrierBase {
         std::array<double, 2> share{.25, .25};
         std::array<std::int32_t, 2> weight{};
+        int realPPG = 0;  // his real power-play goals
     };
     std::array<BySlot<CarrierBase>, 2> carrierBase_{};
     // What a man's weight as a passer starts from, by side and slot: his
