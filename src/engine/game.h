@@ -206,9 +206,14 @@ public:
     void playToEnd();
 
     [[nodiscard]] const GameState& state() const { return s_; }
-    // Whatever an edit touches, every slot's fatigue is charged from then on.
+    // Whatever an edit touches, every slot's fatigue is charged from then on,
+    // and what the game keeps of the session's records and rates is laid
+    // down again, for an edit of those made since the last call.
     GameState& editState() {
         fatigueTracked_.fill(~std::uint64_t{0} >> (64 - kRosterSlots));
+        layManFacts();
+        layPickBase();
+        unitMemo_ = {};
         return s_;
     }
     [[nodiscard]] const GameSession& session() const { return session_; }
