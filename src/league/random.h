@@ -39,22 +39,9 @@ private:
         return far ^ (y >> 1) ^ ((0 - (y & 1)) & kMatrix);
     }
 
-    // Once every kN draws: kept out of line so each draw stays small where
-    // it is inlined.
-    [[gnu::noinline]] void refill() {
-        for (std::size_t i = 0; i < kN - kM; ++i) mt_[i] = twist(mt_[i], mt_[i + 1], mt_[i + kM]);
-        for (std::size_t i = kN - kM; i < kN - 1; ++i) mt_[i] = twist(mt_[i], mt_[i + 1], mt_[i + kM - kN]);
-        mt_[kN - 1] = twist(mt_[kN - 1], mt_[0], mt_[kM - 1]);
-        for (std::size_t i = 0; i < kN; ++i) {
-            std::uint64_t y = mt_[i];
-            y ^= (y >> 29) & 0x5555555555555555ULL;
-            y ^= (y << 17) & 0x71D67FFFEDA60000ULL;
-            y ^= (y << 37) & 0xFFF7EEE000000000ULL;
-            y ^= y >> 43;
-            out_[i] = y;
-        }
-        next_ = 0;
-    }
+    // Once every kN draws, out of line so each draw stays small where it is
+    // inlined (random.cpp).
+    void refill();
 
     std::array<std::uint64_t, kN> mt_{};
     std::array<std::uint64_t, kN> out_{};  // the tempered outputs of the state as refilled
