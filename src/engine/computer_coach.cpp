@@ -136,6 +136,7 @@ void Game::SetPlayBox() {
     if (driverRunning_) return;
     driverRunning_ = true;
     coachInPlayKey_.valid = false;
+    placementMemo_ = {};
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {

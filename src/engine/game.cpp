@@ -62,6 +62,7 @@ void Game::InitGame() {
     s_ = GameState{};
     unitMemo_ = {};
     eraMemo_ = {};
+    placementMemo_ = {};
     eraPaceMemo_ = {};
     basePctMemo_ = {};
     rosterSpecialGoals_ = {};
@@ -775,12 +776,28 @@ void Game::putUnitOnIce(int side) {
     req.pair = even ? s_.defensePair[at(side)] : 0;
     req.goalie = s_.goalie[at(side)];
     req.goaliePulled = s_.GoaliePulled[at(side)];
-    IcePlacement placed = PutLinesOnIce(teams_[at(side)], req, &rng_);
+    IcePlacement placed = placeUnit(side, req);
     OnIce before = s_.onIce[at(side)];
     s_.onIce[at(side)] = placed.onIce;
     if (placed.goalie != kNoSlot) s_.goalie[at(side)] = placed.goalie;
     for (int slot : placed.onIce.slot)
         if (slot != kNoSlot && !before.holds(slot)) s_.stint[at(side)][at(slot)] = 0;
+}
+
+IcePlacement Game::placeUnit(int side, const IceRequest& req) {
+    // The extra attacker is drawn; with a screen a person may change lines
+    // while the driver waits on him. Otherwise nothing but the request and
+    // the men fit to play moves the placement while the driver runs.
+    const LineupTeam& team = teams_[at(side)];
+    if (!driverRunning_ || !s_.NoDisplay || req.goaliePulled) return PutLinesOnIce(team, req, &rng_);
+    const PlacementKey key{req.own, req.opponent, req.unit, req.pair, req.goalie, req.threeSkaterFormation};
+    auto& kept = placementMemo_[at(side)];
+    for (const KeptPlacement& k : kept)
+        if (k.valid && k.key == key && k.fit == team.candidate) return k.placed;
+    KeptPlacement& next = kept[placementMemoNext_[at(side)]];
+    placementMemoNext_[at(side)] = (placementMemoNext_[at(side)] + 1) % kept.size();
+    next = {true, key, team.candidate, PutLinesOnIce(team, req, &rng_)};
+    return next.placed;
 }
 
 // On a screen a command or a step hands back to the driver, which asks for

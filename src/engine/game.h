@@ -214,6 +214,7 @@ public:
         layManFacts();
         layPickBase();
         unitMemo_ = {};
+        placementMemo_ = {};
         return s_;
     }
     [[nodiscard]] const GameSession& session() const { return session_; }
@@ -541,6 +542,27 @@ private:
 
     // Lines and the ice.
     void putUnitOnIce(int side);
+    // The placement of a request, kept while the driver runs without a
+    // screen for the few requests and fit lists a game keeps making; forgotten
+    // when the driver starts, at an edit and when a game starts.
+    IcePlacement placeUnit(int side, const IceRequest& req);
+    struct PlacementKey {
+        int own = 0;
+        int opponent = 0;
+        int unit = 0;
+        int pair = 0;
+        int goalie = 0;
+        int threeSkaterFormation = 0;
+        bool operator==(const PlacementKey&) const = default;
+    };
+    struct KeptPlacement {
+        bool valid = false;
+        PlacementKey key{};
+        BySlot<bool> fit{};
+        IcePlacement placed{};
+    };
+    std::array<std::array<KeptPlacement, 16>, 2> placementMemo_{};
+    std::array<std::size_t, 2> placementMemoNext_{};
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
     // What the pace takes from a year's era figures (rated: the figures
