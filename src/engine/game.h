@@ -680,7 +680,7 @@ private:
         std::uint64_t key = 0;
         UnitRatings out{};
     };
-    mutable std::array<UnitMemo, 8> unitMemo_{};
+    mutable std::array<UnitMemo, 16> unitMemo_{};
     mutable std::size_t unitMemoNext_ = 0;
     // The era factors and the base shooting percentage last worked out for
     // each side with the puck, with the goalies' years they rest on: they
