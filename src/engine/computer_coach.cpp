@@ -804,38 +804,39 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         // everyone) has nothing to charge: he has no seconds to recover and
         // no stint, and his bench rate can't push him above zero.
         const bool restful = t >= 0;
-        for (std::uint64_t left = tracked; left != 0; left &= left - 1) {
+        // The bench first: recovery only, from the small per-slot tables,
+        // and no draws, so the men on the ice still draw in slot order after
+        // it; each loop's tests then run one way for most of its men.
+        for (std::uint64_t left = tracked & ~onIce; left != 0; left &= left - 1) {
             const int slot = std::countr_zero(left);
-            const bool on = (onIce >> slot) & 1;
-            if (!on && restful && s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
-                !s_.coach.wasOn[at(side)][at(slot)] &&
-                (tables.ShiftLimit[at(slot)] <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
-                const bool settled = tables.ShiftLimit[at(slot)] <= 0 ||
-                                     s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
+            double& secs = s_.ShiftSecs[at(side)][at(slot)];
+            const int limit = tables.ShiftLimit[at(slot)];
+            if (restful && secs == 0 && s_.stint[at(side)][at(slot)] == 0 && !s_.coach.wasOn[at(side)][at(slot)] &&
+                (limit <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
+                const bool settled =
+                    limit <= 0 || s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
                 rested[at(side)] |= std::uint64_t{settled} << slot;
                 // Settled, he stays so until he is sent out again, and the
                 // ice is added to the visited slots at every charge.
                 if (settled) tracked &= ~(std::uint64_t{1} << slot);
                 continue;
             }
+            s_.coach.wasOn[at(side)][at(slot)] = false;
+            if (limit <= 0) continue;
+            // Worked in a local: the stores to the tables can't then hold
+            // up the sums.
+            double recovered = secs;
+            if (faceoff) recovered -= 7;
+            if (afterPenalty) recovered -= 2;
+            recovered -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
+            s_.stint[at(side)][at(slot)] = 0;
+            recovered = std::max(recovered, 0.0);
+            secs = timeout ? 0 : recovered;
+        }
+        for (std::uint64_t left = tracked & onIce; left != 0; left &= left - 1) {
+            const int slot = std::countr_zero(left);
             double& secs = s_.ShiftSecs[at(side)][at(slot)];
             const int limit = tables.ShiftLimit[at(slot)];
-            if (!on) {
-                // The bench: recovery only, from the small per-slot tables;
-                // the man's record isn't needed.
-                s_.coach.wasOn[at(side)][at(slot)] = false;
-                if (limit <= 0) continue;
-                // Worked in a local: the stores to the tables can't then
-                // hold up the sums.
-                double left = secs;
-                if (faceoff) left -= 7;
-                if (afterPenalty) left -= 2;
-                left -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
-                s_.stint[at(side)][at(slot)] = 0;
-                left = std::max(left, 0.0);
-                secs = timeout ? 0 : left;
-                continue;
-            }
             PlayerRecord& p = tables.player(slot);
             const ManFacts& facts = manFacts_[at(side)][at(slot)];
             const bool goalie = facts.goalie && slot == s_.goalie[at(side)];
