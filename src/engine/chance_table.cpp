@@ -288,35 +288,45 @@ void Game::chooseCarrier() {
     if (f.CarrierPos == kNoPos) f.Carrier = kNoSlot;
 }
 
-namespace {
-
-bool sameMan(const UnitPlayer& a, const UnitPlayer& b) {
-    return a.record == b.record && a.averageMinutes == b.averageMinutes && a.fatigueCount == b.fatigueCount &&
-           a.fatigued == b.fatigued && a.brokenStick == b.brokenStick && a.usageBand == b.usageBand;
-}
-
-bool sameSituation(const UnitSituation& a, const UnitSituation& b) {
-    return a.skaters == b.skaters && a.opponentSkaters == b.opponentSkaters && a.extraAttacker == b.extraAttacker &&
-           a.insideDefense == b.insideDefense;
-}
-
-}  // namespace
-
-UnitRatings Game::unitRatings(const std::array<UnitPlayer, 6>& men, const UnitSituation& sit) const {
-    for (const UnitMemo& m : unitMemo_) {
-        if (!m.used || !sameSituation(m.sit, sit)) continue;
-        bool same = true;
-        for (std::size_t i = 0; i < men.size() && same; ++i) same = sameMan(m.men[i], men[i]);
-        if (same) return m.out;
+UnitRatings Game::unitRatings(int side, bool sticks, const UnitSituation& sit) const {
+    static_assert(kRosterSlots < 64, "a slot and its two marks fit a byte of the key");
+    const OnIce& ice = s_.onIce[at(side)];
+    // Only the places the ratings count: the sixth holds an extra attacker
+    // or a goalie, who doesn't count.
+    const int places = sit.extraAttacker ? 6 : 5;
+    const bool keyed = sit.skaters >= 0 && sit.skaters < 8 && sit.opponentSkaters >= 0 && sit.opponentSkaters < 8;
+    std::uint64_t key = 1 | std::uint64_t(side & 1) << 1 | std::uint64_t{sit.extraAttacker} << 2 |
+                        std::uint64_t{sit.insideDefense} << 3 | std::uint64_t(sit.skaters & 7) << 4 |
+                        std::uint64_t(sit.opponentSkaters & 7) << 7;
+    for (int pos = 0; pos < places; ++pos) {
+        const int slot = ice.slot[at(pos)];
+        if (slot == kNoSlot) continue;
+        const std::uint64_t man = std::uint64_t(slot + 1) | std::uint64_t{s_.Energy[at(side)][at(slot)] < 80} << 6 |
+                                  std::uint64_t{sticks && stickBroken(side, slot)} << 7;
+        key |= man << (10 + 8 * pos);
     }
-    UnitMemo& m = unitMemo_[unitMemoNext_];
-    unitMemoNext_ = (unitMemoNext_ + 1) % unitMemo_.size();
-    m.men = men;
-    m.sit = sit;
-    m.out = UnitRatings{};
-    onIceRatings(men, sit, *session_.league().era, m.out);
-    m.used = true;
-    return m.out;
+    if (keyed)
+        for (const UnitMemo& m : unitMemo_)
+            if (m.key == key) return m.out;
+
+    std::array<UnitPlayer, 6> men{};
+    const SideTables& t = session_.side(side);
+    for (int pos = 0; pos < places; ++pos) {
+        const int slot = ice.slot[at(pos)];
+        if (slot == kNoSlot) continue;
+        UnitPlayer& u = men[at(pos)];
+        u.record = &t.player(slot);
+        u.averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
+        u.brokenStick = sticks && stickBroken(side, slot);
+        u.fatigued = s_.Energy[at(side)][at(slot)] < 80;
+    }
+    UnitRatings out{};
+    onIceRatings(men, sit, *session_.league().era, out);
+    if (keyed) {
+        unitMemo_[unitMemoNext_] = {key, out};
+        unitMemoNext_ = (unitMemoNext_ + 1) % unitMemo_.size();
+    }
+    return out;
 }
 
 // The era's penalties against its shots, at the head of every step.
@@ -325,13 +335,14 @@ void Game::eraFactors() {
     const int side = s_.PuckTeam;
     // The same goalies and the same side with the puck give the same factors.
     const std::array<int, 2> years{goalieYear(kVisitor), goalieYear(kHome)};
-    if (eraMemo_.side == side && eraMemo_.years == years) {
-        f.EraShotsPerGame = eraMemo_.shotsPerGame;
-        f.EraPenaltyFactor = eraMemo_.penaltyFactor;
+    EraFactorsMemo& memo = eraMemo_[at(side)];
+    if (memo.side == side && memo.years == years) {
+        f.EraShotsPerGame = memo.shotsPerGame;
+        f.EraPenaltyFactor = memo.penaltyFactor;
         return;
     }
     eraFactorsFor(side);
-    eraMemo_ = {side, years, f.EraShotsPerGame, f.EraPenaltyFactor};
+    memo = {side, years, f.EraShotsPerGame, f.EraPenaltyFactor};
 }
 
 void Game::eraFactorsFor(int side) {
@@ -676,22 +687,12 @@ PlayChances Game::ChanceTable() {
         // chance in this band is weighed by.
         std::array<UnitRatings, 2> unit{};
         for (int s : {kVisitor, kHome}) {
-            std::array<UnitPlayer, 6> men{};
-            const SideTables& st = session_.side(s);
-            for (int pos = 0; pos < 6; ++pos) {
-                int slot = slotAt(s, pos);
-                if (slot == kNoSlot) continue;
-                men[at(pos)].record = &st.player(slot);
-                men[at(pos)].averageMinutes = st.rate(RateSet::Real, slot).AverageMinutes;
-                men[at(pos)].brokenStick = stickBroken(s, slot);
-                men[at(pos)].fatigued = s_.Energy[at(s)][at(slot)] <= 79;
-            }
             UnitSituation sit;
             sit.skaters = s_.Skaters[at(s)];
             sit.opponentSkaters = s_.Skaters[at(other(s))];
             sit.extraAttacker = s_.GoaliePulled[at(s)];
             sit.insideDefense = (z == Zone::OffenseZone || z == Zone::OffenseShooter) && s != side;
-            unit[at(s)] = unitRatings(men, sit);
+            unit[at(s)] = unitRatings(s, true, sit);
         }
         // A unit with no ratings at all (players never rated) plays as an
         // average one rather than as one that can't shoot.

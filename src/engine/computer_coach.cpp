@@ -136,6 +136,7 @@ void Game::SetPlayBox() {
     if (driverRunning_) return;
     driverRunning_ = true;
     coachInPlayKey_.valid = false;
+    placementMemo_ = {};
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
@@ -492,37 +493,19 @@ void Game::coachInPlayOnChange() {
 }
 
 double Game::onIceOffense(int side) const {
-    std::array<UnitPlayer, 6> men{};
-    const SideTables& t = session_.side(side);
-    for (std::size_t pos = 0; pos < men.size(); ++pos) {
-        int slot = s_.onIce[at(side)].slot[pos];
-        if (slot == kNoSlot) continue;
-        men[pos].record = &t.player(slot);
-        men[pos].averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
-        men[pos].fatigued = s_.Energy[at(side)][at(slot)] < 80;
-    }
     UnitSituation situation;
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    return unitRatings(men, situation).onIceOffense;
+    return unitRatings(side, false, situation).onIceOffense;
 }
 
 double Game::onIceDefense(int side) const {
-    std::array<UnitPlayer, 6> men{};
-    const SideTables& t = session_.side(side);
-    for (std::size_t pos = 0; pos < men.size(); ++pos) {
-        int slot = s_.onIce[at(side)].slot[pos];
-        if (slot == kNoSlot) continue;
-        men[pos].record = &t.player(slot);
-        men[pos].averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
-        men[pos].fatigued = s_.Energy[at(side)][at(slot)] < 80;
-    }
     UnitSituation situation;
     situation.skaters = s_.Skaters[at(side)];
     situation.opponentSkaters = s_.Skaters[at(other(side))];
     situation.extraAttacker = s_.GoaliePulled[at(side)];
-    return unitRatings(men, situation).onIceDefense;
+    return unitRatings(side, false, situation).onIceDefense;
 }
 
 // ---- Lines -------------------------------------------------------------------------------
@@ -580,7 +563,6 @@ bool Game::unitRested(int side, int line, bool forwards) const {
 }
 
 int Game::lineChangeDue(int side) {
-    const SideTables& tables = session_.side(side);
     int margin = std::abs(leadOf(side));
     if (margin >= 2 && rng_.underRand(s_.Clock, 30, 10)) return kNoChange;
     if (s_.coach.pendingChange[at(side)]) return kTiredChange;
@@ -588,13 +570,10 @@ int Game::lineChangeDue(int side) {
     for (std::size_t pos = 0; pos < 5; ++pos) {
         int slot = ice.slot[pos];
         if (slot == kNoSlot) continue;
-        const PlayerRecord& p = tables.player(slot);
+        const ManFacts& facts = manFacts_[at(side)][at(slot)];
         int energy = s_.Energy[at(side)][at(slot)];
-        int pullBelow = p.PullWhenFatigueBelow > 0 ? p.PullWhenFatigueBelow : 80;
-        if (energy <= 60 || energy <= pullBelow + 7) return kTiredChange;
-        int limit = isForwardPos(pos) ? 60 : 70;
-        int year = p.PlayerYear;
-        limit += (year <= 1969 ? 15 : 0) + (year <= 1964 ? 15 : 0) + (year <= 1959 ? 15 : 0);
+        if (energy <= 60 || energy <= facts.pullBelow + 7) return kTiredChange;
+        int limit = (isForwardPos(pos) ? 60 : 70) + facts.longerStint;
         if (s_.stint[at(side)][at(slot)] > limit) return kTiredChange;
     }
     // The last minutes of a close game: the coach wants his lines for it.
@@ -805,7 +784,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         bool topLine = false;
         for (std::size_t pos = 0; pos < 3; ++pos) {
             int slot = ice.slot[pos];
-            if (!topLine && slot != kNoSlot && rng_.over(tables.rate(RateSet::Real, slot).AverageMinutes, 22, 4))
+            if (!topLine && slot != kNoSlot && rng_.over(manFacts_[at(side)][at(slot)].realMinutes, 22, 4))
                 topLine = true;
         }
         // Who is on, by slot: one pass over the six places instead of a
@@ -825,37 +804,42 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         // everyone) has nothing to charge: he has no seconds to recover and
         // no stint, and his bench rate can't push him above zero.
         const bool restful = t >= 0;
-        for (std::uint64_t left = tracked; left != 0; left &= left - 1) {
+        // The bench first: recovery only, from the small per-slot tables,
+        // and no draws, so the men on the ice still draw in slot order after
+        // it; each loop's tests then run one way for most of its men.
+        for (std::uint64_t left = tracked & ~onIce; left != 0; left &= left - 1) {
             const int slot = std::countr_zero(left);
-            const bool on = (onIce >> slot) & 1;
-            if (!on && restful && s_.ShiftSecs[at(side)][at(slot)] == 0 && s_.stint[at(side)][at(slot)] == 0 &&
-                !s_.coach.wasOn[at(side)][at(slot)] &&
-                (tables.ShiftLimit[at(slot)] <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
-                const bool settled = tables.ShiftLimit[at(slot)] <= 0 ||
-                                     s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
+            double& secs = s_.ShiftSecs[at(side)][at(slot)];
+            const int limit = tables.ShiftLimit[at(slot)];
+            if (restful && secs == 0 && s_.stint[at(side)][at(slot)] == 0 && !s_.coach.wasOn[at(side)][at(slot)] &&
+                (limit <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
+                const bool settled =
+                    limit <= 0 || s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
                 rested[at(side)] |= std::uint64_t{settled} << slot;
                 // Settled, he stays so until he is sent out again, and the
                 // ice is added to the visited slots at every charge.
                 if (settled) tracked &= ~(std::uint64_t{1} << slot);
                 continue;
             }
+            s_.coach.wasOn[at(side)][at(slot)] = false;
+            if (limit <= 0) continue;
+            // Worked in a local: the stores to the tables can't then hold
+            // up the sums.
+            double recovered = secs;
+            if (faceoff) recovered -= 7;
+            if (afterPenalty) recovered -= 2;
+            recovered -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
+            s_.stint[at(side)][at(slot)] = 0;
+            recovered = std::max(recovered, 0.0);
+            secs = timeout ? 0 : recovered;
+        }
+        for (std::uint64_t left = tracked & onIce; left != 0; left &= left - 1) {
+            const int slot = std::countr_zero(left);
             double& secs = s_.ShiftSecs[at(side)][at(slot)];
             const int limit = tables.ShiftLimit[at(slot)];
-            if (!on) {
-                // The bench: recovery only, from the small per-slot tables;
-                // the man's record isn't needed.
-                s_.coach.wasOn[at(side)][at(slot)] = false;
-                if (limit <= 0) continue;
-                if (faceoff) secs -= 7;
-                if (afterPenalty) secs -= 2;
-                secs -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
-                s_.stint[at(side)][at(slot)] = 0;
-                secs = std::max(secs, 0.0);
-                if (timeout) secs = 0;
-                continue;
-            }
             PlayerRecord& p = tables.player(slot);
-            const bool goalie = isGoalie(p) && slot == s_.goalie[at(side)];
+            const ManFacts& facts = manFacts_[at(side)][at(slot)];
+            const bool goalie = facts.goalie && slot == s_.goalie[at(side)];
             {
                 StatLine& game = statLine(p, StatLineIndex::Game);
                 game.Toi += seconds;
@@ -872,35 +856,30 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             s_.coach.wasOn[at(side)][at(slot)] = true;
 
             if (limit <= 0) continue;
-            if (faceoff) secs -= 4.9;
-            if (afterPenalty) secs -= 2;
+            double sum = secs;
+            if (faceoff) sum -= 4.9;
+            if (afterPenalty) sum -= 2;
             int e = s_.Energy[at(side)][at(slot)];
             double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
-            if (rng_.over(limit, 90, 20)) {
-                double f = isDefenseman(p) ? .006 : .003;
-                rate *= std::clamp(1 - (limit - 90) * f, .5, .9);
-            }
-            if (topLine && !isDefenseman(p)) rate *= .9;
+            if (rng_.over(limit, 90, 20)) rate *= facts.limitFactor;
+            if (topLine && !facts.defenseman) rate *= .9;
             // A player running ahead of his real minutes tires sooner.
-            const SetRates& real = tables.rate(RateSet::Real, slot);
-            const SetRates& replay = tables.rate(RateSet::Replay, slot);
-            double ratio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
-            if (real.AverageMinutes >= 10 && rng_.under(ratio, .92, .05)) rate *= .95;
-            int replayGames = statLine(p, StatLineIndex::Replay).GP;
-            if (real.AverageMinutes >= 18 && rng_.randAtMost(10, replayGames - 10) && rng_.under(ratio, .95, .04))
+            const double ratio = facts.minutesRatio;
+            if (facts.minutes10 && rng_.under(ratio, .92, .05)) rate *= .95;
+            if (facts.minutes18 && rng_.randAtMost(10, facts.replayGames - 10) && rng_.under(ratio, .95, .04))
                 rate *= .9;
-            secs += t * rate;
+            sum += t * rate;
             s_.stint[at(side)][at(slot)] += t;
-            if (secs >= 5 && t >= 5) {
+            if (sum >= 5 && t >= 5) {
                 if (!rng_.under(ratio, 1, .07))
-                    secs += 1;
+                    sum += 1;
                 else if (!rng_.over(ratio, .98, -.03))
-                    secs -= 2;
+                    sum -= 2;
                 else if (!rng_.over(ratio, 1, -.07))
-                    secs -= 1;
+                    sum -= 1;
             }
-            secs = std::max(secs, 0.0);
-            if (timeout) secs = 0;
+            sum = std::max(sum, 0.0);
+            secs = timeout ? 0 : sum;
         }
         // The units' share of the game's time.
         auto& units = s_.coach.unitSecs[at(side)];
@@ -915,6 +894,32 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     s_.coach.tvTimeoutThisStep = false;
     s_.coach.coachTimeoutThisStep = false;
     return rested;
+}
+
+void Game::layManFacts() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& tables = session_.side(side);
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            const PlayerRecord& p = tables.player(slot);
+            const SetRates& real = tables.rate(RateSet::Real, slot);
+            const SetRates& replay = tables.rate(RateSet::Replay, slot);
+            const int limit = tables.ShiftLimit[at(slot)];
+            const double f = isDefenseman(p) ? .006 : .003;
+            ManFacts& facts = manFacts_[at(side)][at(slot)];
+            facts.pullBelow = p.PullWhenFatigueBelow > 0 ? p.PullWhenFatigueBelow : 80;
+            const int year = p.PlayerYear;
+            facts.longerStint = (year <= 1969 ? 15 : 0) + (year <= 1964 ? 15 : 0) + (year <= 1959 ? 15 : 0);
+            facts.paceYear = p.PlayerYear < 1900 || p.PlayerYear > 2050 ? 2014 : p.PlayerYear;
+            facts.realMinutes = real.AverageMinutes;
+            facts.minutesRatio = real.AverageMinutes > 0 ? replay.AverageMinutes / real.AverageMinutes : 1;
+            facts.limitFactor = std::clamp(1 - (limit - 90) * f, .5, .9);
+            facts.replayGames = statLine(p, StatLineIndex::Replay).GP;
+            facts.goalie = isGoalie(p);
+            facts.defenseman = isDefenseman(p);
+            facts.minutes10 = real.AverageMinutes >= 10;
+            facts.minutes18 = real.AverageMinutes >= 18;
+        }
+    }
 }
 
 void Game::trackFatigue() {

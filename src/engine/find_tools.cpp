@@ -70,7 +70,7 @@ bool Game::alternateReality() const { return session_.league().rules.AlternateRe
 // reaches the draw wins. No weight at all gives kNoPos, for the caller's
 // default; a single row with weight wins without a draw.
 int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows) {
-    std::array<std::int64_t, kIcePositions> running{};
+    std::array<std::int64_t, kIcePositions> running;  // the first `rows` are set
     std::int64_t total = 0;
     int weighted = 0;
     int only = kNoPos;
@@ -78,14 +78,16 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
         if (w[at(i)] > 0) {
             ++weighted;
             only = i;
+            total += w[at(i)];
         }
-        total += std::max(0, w[at(i)]);
         running[at(i)] = total;
     }
     if (weighted <= 1) return only;
     if (total > 30000) {
+        // The scaled totals are whole already: the cast only changes the type.
         double f = 30000.0 / static_cast<double>(total);
-        for (int i = 0; i < rows; ++i) running[at(i)] = std::llround(roundHalfEven(running[at(i)] * f));
+        for (int i = 0; i < rows; ++i)
+            running[at(i)] = static_cast<std::int64_t>(roundHalfEven(static_cast<double>(running[at(i)]) * f));
         total = running[at(rows - 1)];
         if (total <= 0) return kNoPos;
     }
@@ -115,12 +117,9 @@ std::int32_t Game::carrierWeight(int pos, int unitPPG) {
     const bool point = pos == 3 || pos == 4;
     // A man with a broken stick isn't picked: nothing else about him counts.
     if (stickBroken(side, slot)) return 0;
-    double q = .25;
-    if (unitPPG > 0 && real.Goals > 0) q = static_cast<double>(real.PPG) / real.Goals;
-
-    std::int32_t w = whole(S * 10 * (1 - q));
-    w = whole(w - A * 5);
-    if (w < S * .1) w = whole(S * .1);
+    const CarrierBase& base = carrierBase_[at(side)][at(slot)];
+    const double q = base.share[unitPPG > 0 ? 1 : 0];
+    std::int32_t w = base.weight[unitPPG > 0 ? 1 : 0];
     if (rng_.over(S, 6, 3) && rng_.under(A, 1.5, 1)) times(w, .6);
     if (rng_.over(A, 2, 2) && rng_.over(A, 1.8, .4, G)) times(w, 3);
     if (point) times(w, .65);
@@ -184,14 +183,44 @@ std::int32_t Game::carrierWeight(int pos, int unitPPG) {
 
 // The steering of shot rates runs only where the replay is meant to follow
 // the real season: a real team against one of its own season.
-bool Game::shotSteering() {
+bool Game::workOutShotSteering() {
     int& known = shotSteeringMemo_[at(s_.PuckTeam)];
-    if (known < 0) {
-        const SideTables& puck = session_.side(s_.PuckTeam);
-        const SideTables& opp = session_.side(s_.OtherTeam());
-        known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
-    }
+    const SideTables& puck = session_.side(s_.PuckTeam);
+    const SideTables& opp = session_.side(s_.OtherTeam());
+    known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
     return known == 1;
+}
+
+// The start of each man's weight as a carrier and as a passer: his real
+// figures hold through a game.
+void Game::layPickBase() {
+    for (int side : {kVisitor, kHome}) {
+        const SideTables& t = session_.side(side);
+        for (int slot = 0; slot < kRosterSlots; ++slot) {
+            const StatLine& real = statLine(t.player(slot), StatLineIndex::Real);
+            const SetRates& rr = t.rate(RateSet::Real, slot);
+            const double S = rr.ShotsPer60, A = rr.AssistsPer60;
+            CarrierBase& base = carrierBase_[at(side)][at(slot)];
+            for (std::size_t scorers = 0; scorers < 2; ++scorers) {
+                double q = .25;
+                if (scorers == 1 && real.Goals > 0) q = static_cast<double>(real.PPG) / real.Goals;
+                std::int32_t w = whole(S * 10 * (1 - q));
+                w = whole(w - A * 5);
+                if (w < S * .1) w = whole(S * .1);
+                base.share[scorers] = q;
+                base.weight[scorers] = w;
+            }
+            base.realPPG = real.PPG;
+            PasserBase& passer = passerBase_[at(side)][at(slot)];
+            passer.assists = std::min(A, 7.0);
+            passer.goals = rr.GoalsPer60;
+            passer.shots = S;
+            passer.replayAssists = t.rate(RateSet::Replay, slot).AssistsPer60;
+            passer.loneWeight = whole(passer.assists * passer.assists) + 1;
+            passer.weight = whole(std::pow(passer.assists, 5)) + 1;
+            passer.replayGames2 = statLine(t.player(slot), StatLineIndex::Replay).GP >= 2;
+        }
+    }
 }
 
 void Game::FindCarrier() {
@@ -202,7 +231,7 @@ void Game::FindCarrier() {
     int unitPPG = 0;
     for (int pos = 0; pos < rows; ++pos) {
         int slot = slotAt(side, pos);
-        if (slot != kNoSlot) unitPPG += statLine(session_.side(side).player(slot), StatLineIndex::Real).PPG;
+        if (slot != kNoSlot) unitPPG += carrierBase_[at(side)][at(slot)].realPPG;
     }
     std::array<std::int32_t, kIcePositions> w{};
     for (int pos = 0; pos < rows; ++pos) {
@@ -260,21 +289,14 @@ std::int32_t Game::passerWeight(int pos, bool second) {
     const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
     const PlayerRecord& p = t.player(slot);
-    const SetRates& rr = t.rate(RateSet::Real, slot);
-    const double A = std::min(rr.AssistsPer60, 7.0), G = rr.GoalsPer60, S = rr.ShotsPer60;
-    const double R = t.rate(RateSet::Replay, slot).AssistsPer60;
-    const StatLine& replay = statLine(p, StatLineIndex::Replay);
+    const PasserBase& base = passerBase_[at(side)][at(slot)];
+    const double A = base.assists, G = base.goals, S = base.shots;
+    const double R = base.replayAssists;
     const bool pp = powerPlay(side);
     // A man with a broken stick isn't picked: nothing else about him counts.
     if (stickBroken(side, slot)) return 0;
 
-    double& key = assistRateKey_[at(side)][at(slot)];
-    double& fifth = assistRateFifth_[at(side)][at(slot)];
-    if (key != A) {
-        key = A;
-        fifth = std::pow(A, 5);
-    }
-    std::int32_t w = f.Carrier == kNoSlot ? whole(A * A) + 1 : whole(fifth) + 1;
+    std::int32_t w = f.Carrier == kNoSlot ? base.loneWeight : base.weight;
     if (!second) {
         if (rng_.over(A, 2.5, 1.5)) times(w, 5);
         if (rng_.over(A, 1.6, .6, G)) times(w, 5);
@@ -283,11 +305,11 @@ std::int32_t Game::passerWeight(int pos, bool second) {
         if (rng_.over(S, 8, 4) && rng_.over(A, 3, 1)) times(w, 5);
         bool topThere = false;
         if (f.TopPlaymaker != kNoSlot) {
-            double top = std::min(t.rate(RateSet::Real, f.TopPlaymaker).AssistsPer60, 7.0);
+            double top = passerBase_[at(side)][at(f.TopPlaymaker)].assists;
             topThere = rng_.over(top, 2.5, 1.5);
             if (slot != f.TopPlaymaker && topThere) times(w, .5);
         }
-        if (replay.GP >= 2) {
+        if (base.replayGames2) {
             if (rng_.over(R, 1.05, .05, A)) times(w, .5);
             if (rng_.over(R, 1, .05, A)) times(w, rng_.rnd());
             if (rng_.under(R, 1, -.05, A)) times(w, 1 + rng_.rnd());
@@ -303,7 +325,7 @@ std::int32_t Game::passerWeight(int pos, bool second) {
         }
     } else {
         if (rng_.randAtMost(2, statLine(p, StatLineIndex::Game).Assists - 2)) times(w, .5);
-        if (replay.GP >= 2) {
+        if (base.replayGames2) {
             if (rng_.over(R, 1, .1, A)) times(w, rng_.rnd() * rng_.rnd());
             if (rng_.under(R, 1, -.1, A)) times(w, 1 + rng_.rnd());
         }
@@ -354,8 +376,8 @@ void Game::FindPassers() {
     double best = -1;
     for (int pos = 0; pos < positionsInPlay(side); ++pos) {
         int slot = slotAt(side, pos);
-        if (slot == kNoSlot || isGoalie(t.player(slot))) continue;
-        double a = std::min(t.rate(RateSet::Real, slot).AssistsPer60, 7.0);
+        if (slot == kNoSlot || manFacts_[at(side)][at(slot)].goalie) continue;
+        double a = passerBase_[at(side)][at(slot)].assists;
         if (a > best) {
             best = a;
             f.TopPlaymaker = slot;

@@ -62,10 +62,12 @@ void Game::InitGame() {
     s_ = GameState{};
     unitMemo_ = {};
     eraMemo_ = {};
+    placementMemo_ = {};
+    eraPaceMemo_ = {};
+    basePctMemo_ = {};
     rosterSpecialGoals_ = {};
     shotSteeringMemo_ = {-1, -1};
     eraFiguresMemo_ = {};
-    for (auto& side : assistRateKey_) side.fill(std::numeric_limits<double>::quiet_NaN());
     fightCounts_ = false;
     s_.NoDisplay = options_.noDisplay;
     s_.Clock = periodSeconds();
@@ -93,6 +95,8 @@ void Game::InitGame() {
     initNarration();
     coachInit();
     initChances();
+    layManFacts();
+    layPickBase();
     fatigueTracked_ = {};
     trackFatigue();
 }
@@ -603,8 +607,7 @@ double Game::eraPace(double pt) {
     // when they all share one, no draw is needed to find it.
     auto yearAt = [&](int side, int pos) {
         int slot = s_.onIce[at(side)].slot[at(pos)];
-        int year = slot == kNoSlot ? 0 : session_.side(side).player(slot).PlayerYear;
-        return year < 1900 || year > 2050 ? 2014 : year;
+        return slot == kNoSlot ? 2014 : manFacts_[at(side)][at(slot)].paceYear;
     };
     int year = yearAt(kVisitor, 3);
     bool shared = true;
@@ -614,22 +617,40 @@ double Game::eraPace(double pt) {
         int side = rng_.rand(2) - 1;
         year = yearAt(side, 2 + rng_.rand(3));
     }
+    const EraPace& era = eraPaceOf(year);
+    if (!era.rated) return pt;
+    if (era.events > 0) pt *= era.factor;
+    if (rng_.over(era.penalties, 5.5, 2)) pt = (pt + 1) * 1.2;  // many whistles: longer stops
+    if (rng_.under(era.pim / 2, 7, 5)) pt *= .93;
+    if (rng_.over(era.pim / 2, 12, 7)) pt *= 1.1;
+    return pt;
+}
+
+// The figures of a year hold through a game, so the few years a game sees
+// are kept.
+const Game::EraPace& Game::eraPaceOf(int year) {
+    for (const EraPace& kept : eraPaceMemo_)
+        if (kept.year == year) return kept;
+    EraPace& out = eraPaceMemo_[eraPaceMemoNext_];
+    eraPaceMemoNext_ = (eraPaceMemoNext_ + 1) % eraPaceMemo_.size();
+    out = EraPace{.year = year};
     const EraRecord& era = session_.eraRow(year, 2014);
     bool college = session_.side(kHome).team.TeamType.view() == "C";
     double savePct = college ? era.CollegeSavePct : era.SavePct;
     double goals = college ? era.CollegeGoalsPerTeam : era.GoalsPerTeam;
     double pim = college ? era.CollegePim : era.PimPerGame;
-    if (savePct <= 0 || savePct >= 100 || goals <= 0) return pt;
+    if (savePct <= 0 || savePct >= 100 || goals <= 0) return out;
     double shots = goals / (100 - savePct) * 100;
     double fights = college ? 0 : era.FightsPerGame;
     double penalties = ((pim - fights * 5 * 1.3) / 2) / 2.52;
     double events = penalties + shots + fights;
     if (year <= 2003) events -= std::min(.005 * (2003 - year), .2) * shots;
-    if (events > 0) pt *= std::clamp((34 / events) * (34 / events), .7, 1.3);
-    if (rng_.over(penalties, 5.5, 2)) pt = (pt + 1) * 1.2;  // many whistles: longer stops
-    if (rng_.under(pim / 2, 7, 5)) pt *= .93;
-    if (rng_.over(pim / 2, 12, 7)) pt *= 1.1;
-    return pt;
+    out.rated = true;
+    out.events = events;
+    out.factor = events > 0 ? std::clamp((34 / events) * (34 / events), .7, 1.3) : 1;
+    out.penalties = penalties;
+    out.pim = pim;
+    return out;
 }
 
 void Game::RunClock() {
@@ -755,12 +776,28 @@ void Game::putUnitOnIce(int side) {
     req.pair = even ? s_.defensePair[at(side)] : 0;
     req.goalie = s_.goalie[at(side)];
     req.goaliePulled = s_.GoaliePulled[at(side)];
-    IcePlacement placed = PutLinesOnIce(teams_[at(side)], req, &rng_);
+    IcePlacement placed = placeUnit(side, req);
     OnIce before = s_.onIce[at(side)];
     s_.onIce[at(side)] = placed.onIce;
     if (placed.goalie != kNoSlot) s_.goalie[at(side)] = placed.goalie;
     for (int slot : placed.onIce.slot)
         if (slot != kNoSlot && !before.holds(slot)) s_.stint[at(side)][at(slot)] = 0;
+}
+
+IcePlacement Game::placeUnit(int side, const IceRequest& req) {
+    // The extra attacker is drawn; with a screen a person may change lines
+    // while the driver waits on him. Otherwise nothing but the request and
+    // the men fit to play moves the placement while the driver runs.
+    const LineupTeam& team = teams_[at(side)];
+    if (!driverRunning_ || !s_.NoDisplay || req.goaliePulled) return PutLinesOnIce(team, req, &rng_);
+    const PlacementKey key{req.own, req.opponent, req.unit, req.pair, req.goalie, req.threeSkaterFormation};
+    auto& kept = placementMemo_[at(side)];
+    for (const KeptPlacement& k : kept)
+        if (k.valid && k.key == key && k.fit == team.candidate) return k.placed;
+    KeptPlacement& next = kept[placementMemoNext_[at(side)]];
+    placementMemoNext_[at(side)] = (placementMemoNext_[at(side)] + 1) % kept.size();
+    next = {true, key, team.candidate, PutLinesOnIce(team, req, &rng_)};
+    return next.placed;
 }
 
 // On a screen a command or a step hands back to the driver, which asks for

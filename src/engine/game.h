@@ -206,9 +206,15 @@ public:
     void playToEnd();
 
     [[nodiscard]] const GameState& state() const { return s_; }
-    // Whatever an edit touches, every slot's fatigue is charged from then on.
+    // Whatever an edit touches, every slot's fatigue is charged from then on,
+    // and what the game keeps of the session's records and rates is laid
+    // down again, for an edit of those made since the last call.
     GameState& editState() {
         fatigueTracked_.fill(~std::uint64_t{0} >> (64 - kRosterSlots));
+        layManFacts();
+        layPickBase();
+        unitMemo_ = {};
+        placementMemo_ = {};
         return s_;
     }
     [[nodiscard]] const GameSession& session() const { return session_; }
@@ -485,7 +491,11 @@ private:
     }
     // Asked every step; the teams and rules behind it hold through a game,
     // so each side's answer is kept once worked out (cleared at InitGame).
-    [[nodiscard]] bool shotSteering();
+    [[nodiscard]] bool shotSteering() {
+        const int known = shotSteeringMemo_[static_cast<std::size_t>(s_.PuckTeam)];
+        return known >= 0 ? known == 1 : workOutShotSteering();
+    }
+    bool workOutShotSteering();
     [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
     int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows);
     std::int32_t carrierWeight(int pos, int unitPPG);
@@ -532,8 +542,43 @@ private:
 
     // Lines and the ice.
     void putUnitOnIce(int side);
+    // The placement of a request, kept while the driver runs without a
+    // screen for the few requests and fit lists a game keeps making; forgotten
+    // when the driver starts, at an edit and when a game starts.
+    IcePlacement placeUnit(int side, const IceRequest& req);
+    struct PlacementKey {
+        int own = 0;
+        int opponent = 0;
+        int unit = 0;
+        int pair = 0;
+        int goalie = 0;
+        int threeSkaterFormation = 0;
+        bool operator==(const PlacementKey&) const = default;
+    };
+    struct KeptPlacement {
+        bool valid = false;
+        PlacementKey key{};
+        BySlot<bool> fit{};
+        IcePlacement placed{};
+    };
+    std::array<std::array<KeptPlacement, 16>, 2> placementMemo_{};
+    std::array<std::size_t, 2> placementMemoNext_{};
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
+    // What the pace takes from a year's era figures (rated: the figures
+    // can rate a pace at all), kept for the last few years asked about;
+    // cleared when a game starts.
+    struct EraPace {
+        int year = 0;
+        bool rated = false;
+        double events = 0;
+        double factor = 1;
+        double penalties = 0;
+        double pim = 0;
+    };
+    std::array<EraPace, 4> eraPaceMemo_{};
+    std::size_t eraPaceMemoNext_ = 0;
+    const EraPace& eraPaceOf(int year);
     [[nodiscard]] bool powerPlay(int side) const { return strength(side) > strength(side == 0 ? 1 : 0); }
     void resumeDriver();
     void tell(std::string line);
@@ -585,11 +630,13 @@ private:
     [[nodiscard]] bool autoCallForHuman(int side);
     [[nodiscard]] int leadOf(int side) const;
     [[nodiscard]] double onIceOffense(int side) const;
-    // The ratings of a unit on the ice, remembered for the few units and
+    // The ratings of the men of `side` on the ice in `sit`, their broken
+    // sticks counted when `sticks`, remembered for the few units and
     // situations a stretch of play keeps asking about. A man's ratings and
-    // real figures don't change during a game, so the men, their minutes,
-    // fatigue and sticks and the situation decide the answer.
-    [[nodiscard]] UnitRatings unitRatings(const std::array<UnitPlayer, 6>& men, const UnitSituation& sit) const;
+    // real figures don't change during a game, so the slots on the ice, who
+    // of them is tired or without a stick and the situation decide the
+    // answer.
+    [[nodiscard]] UnitRatings unitRatings(int side, bool sticks, const UnitSituation& sit) const;
     [[nodiscard]] double onIceDefense(int side) const;
     [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
     // 0 no change due, 1 the late game asks for its lines, 2 men tired or
@@ -627,23 +674,31 @@ private:
         false;  // the rosters carry real fight counts  // skaters of each side when the step's result was drawn
     bool driverRunning_ = false;
 
-    // Answers kept for unitRatings; cleared when a game starts.
+    // Answers kept for unitRatings by the key of what they rest on (0: none
+    // kept); cleared when a game starts.
     struct UnitMemo {
-        std::array<UnitPlayer, 6> men{};
-        UnitSituation sit{};
+        std::uint64_t key = 0;
         UnitRatings out{};
-        bool used = false;
     };
-    mutable std::array<UnitMemo, 6> unitMemo_{};
+    mutable std::array<UnitMemo, 16> unitMemo_{};
     mutable std::size_t unitMemoNext_ = 0;
-    // The era factors of the last step and the goalies' years they were
-    // worked out for: they change only with a goalie or the side with the puck.
+    // The era factors and the base shooting percentage last worked out for
+    // each side with the puck, with the goalies' years they rest on: they
+    // change only with a goalie. The puck goes back and forth, so each side
+    // keeps its own.
     struct EraFactorsMemo {
         int side = -1;
         std::array<int, 2> years{};
         double shotsPerGame = 0;
         double penaltyFactor = 0;
-    } eraMemo_;
+    };
+    std::array<EraFactorsMemo, 2> eraMemo_{};
+    struct BasePctMemo {
+        bool known = false;
+        std::array<int, 2> years{};
+        double pct = 0;
+    };
+    mutable std::array<BasePctMemo, 2> basePctMemo_{};
     // The real power-play and short-handed goals of each side's roster: the
     // real lines and the rosters hold still through a game. Worked out at
     // the first step that asks; cleared when a game starts.
@@ -654,10 +709,51 @@ private:
     };
     std::array<SpecialGoals, 2> rosterSpecialGoals_{};
     const SpecialGoals& rosterSpecialGoals(int side);
-    // A man's real assist rate to the fifth power, for the passer's weight,
-    // by side and slot, with the rate it was worked out from.
-    std::array<BySlot<double>, 2> assistRateKey_{};
-    std::array<BySlot<double>, 2> assistRateFifth_{};
+    // What the fatigue charge, the line change and the pace of play read of
+    // a man's record and rates every step, by side and slot, kept together
+    // so they read one small entry: the record and rates hold through a
+    // game. Laid down as a game starts.
+    struct ManFacts {
+        int paceYear = 2014;      // the year of his era's pace
+        int pullBelow = 80;       // the coach pulls him at this energy and a little above
+        int longerStint = 0;      // seconds a man of an early era stays out past the usual
+        double realMinutes = 0;   // real minutes a game
+        double minutesRatio = 1;  // replay minutes a game against real ones
+        double limitFactor = 1;   // on the rate of a man with a long shift limit
+        int replayGames = 0;
+        bool goalie = false;
+        bool defenseman = false;
+        bool minutes10 = false;  // real minutes a game of 10 or more
+        bool minutes18 = false;  // of 18 or more
+    };
+    std::array<BySlot<ManFacts>, 2> manFacts_{};
+    // The start of a man's weight as a carrier, by side and slot: his share
+    // of power-play goals and the weight from his shots less his set-up
+    // play, without and with power-play scorers on his unit. Laid down with
+    // the facts above.
+    struct CarrierBase {
+        std::array<double, 2> share{.25, .25};
+        std::array<std::int32_t, 2> weight{};
+        int realPPG = 0;  // his real power-play goals
+    };
+    std::array<BySlot<CarrierBase>, 2> carrierBase_{};
+    // What a man's weight as a passer starts from, by side and slot: his
+    // real assists (at most 7), goals and shots a 60 minutes, his replay
+    // assists, the weight from his assists with nobody on the puck and
+    // with a carrier (their fifth power), and whether he has two games in
+    // the replay.
+    struct PasserBase {
+        double assists = 0;
+        double goals = 0;
+        double shots = 0;
+        double replayAssists = 0;
+        std::int32_t loneWeight = 1;
+        std::int32_t weight = 1;
+        bool replayGames2 = false;
+    };
+    std::array<BySlot<PasserBase>, 2> passerBase_{};
+    void layPickBase();
+    void layManFacts();
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.

@@ -120,9 +120,15 @@ double Game::basePct() const {
     const int side = s_.PuckTeam;
     if (rules.GameEraList == 1) return 0.094;
     if (rules.GameEraList >= 2) return 1 - eraFiguresOf(rules.GameEraList + 1948, side).savePct / 100;
-    double a = 1 - eraFiguresOf(goalieYear(kVisitor), side).savePct / 100;
-    double b = 1 - eraFiguresOf(goalieYear(kHome), side).savePct / 100;
-    return (a + b) / 2;
+    // The era table and the teams' levels hold through a game: the goalies'
+    // years and the side decide the answer.
+    const std::array<int, 2> years{goalieYear(kVisitor), goalieYear(kHome)};
+    BasePctMemo& memo = basePctMemo_[at(side)];
+    if (memo.known && memo.years == years) return memo.pct;
+    double a = 1 - eraFiguresOf(years[0], side).savePct / 100;
+    double b = 1 - eraFiguresOf(years[1], side).savePct / 100;
+    memo = {true, years, (a + b) / 2};
+    return memo.pct;
 }
 
 void Game::GoalPct(PlayChances& c) {

@@ -10,7 +10,9 @@ namespace tallyrink {
 
 // The 64-bit Mersenne Twister, the same sequence as std::mt19937_64 for the
 // same seed. The engine draws a few hundred numbers a step, so the refill of
-// the state is written to let the compiler work on two words at a time.
+// the state is written to let the compiler work on two words at a time, and
+// the refill tempers the whole block of outputs at once the same way: a draw
+// is then a read of the next one.
 class Twister64 {
 public:
     explicit Twister64(std::uint64_t seed) {
@@ -20,13 +22,9 @@ public:
     }
 
     std::uint64_t operator()() {
-        if (next_ >= kN) refill();
-        std::uint64_t y = mt_[next_++];
-        y ^= (y >> 29) & 0x5555555555555555ULL;
-        y ^= (y << 17) & 0x71D67FFFEDA60000ULL;
-        y ^= (y << 37) & 0xFFF7EEE000000000ULL;
-        y ^= y >> 43;
-        return y;
+        if (next_ >= kN) [[unlikely]]
+            refill();
+        return out_[next_++];
     }
 
 private:
@@ -41,14 +39,12 @@ private:
         return far ^ (y >> 1) ^ ((0 - (y & 1)) & kMatrix);
     }
 
-    void refill() {
-        for (std::size_t i = 0; i < kN - kM; ++i) mt_[i] = twist(mt_[i], mt_[i + 1], mt_[i + kM]);
-        for (std::size_t i = kN - kM; i < kN - 1; ++i) mt_[i] = twist(mt_[i], mt_[i + 1], mt_[i + kM - kN]);
-        mt_[kN - 1] = twist(mt_[kN - 1], mt_[0], mt_[kM - 1]);
-        next_ = 0;
-    }
+    // Once every kN draws, out of line so each draw stays small where it is
+    // inlined (random.cpp).
+    void refill();
 
     std::array<std::uint64_t, kN> mt_{};
+    std::array<std::uint64_t, kN> out_{};  // the tempered outputs of the state as refilled
     std::size_t next_ = kN;
 };
 

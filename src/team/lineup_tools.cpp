@@ -81,6 +81,16 @@ std::uint64_t roleWord(const BySlot<std::uint8_t>& roles, int first) {
     return word >> (8 * (from + 8 - roles.size()));
 }
 
+// A one in the low bit of each byte of `word` that isn't zero, nothing
+// elsewhere.
+std::uint64_t nonzeroBytes(std::uint64_t word) {
+    constexpr std::uint64_t kLow = 0x0101010101010101ULL;
+    constexpr std::uint64_t kSeven = 0x7F7F7F7F7F7F7F7FULL;
+    // The low seven bits of a byte plus 127 reach its top bit, without a
+    // carry into the next byte, when any of them is set.
+    return ((((word & kSeven) + kSeven) | word) >> 7) & kLow;
+}
+
 // The line that gives a place its players: the line asked for when a fit
 // player holds a role of that kind on it, else the first line behind it in
 // the chain of stand-ins that has one; 0 when none has.
@@ -88,13 +98,35 @@ int sourceLine(const LineupTeam& t, int line, bool forwards) {
     for (int hops = 0; line > 0 && hops < kLineSets; ++hops, line = fallbackLine(line)) {
         const BySlot<std::uint8_t>& roles = lineRoles(t, line, forwards);
         for (int first = 0; first < kRosterSlots; first += 8) {
-            if (roleWord(roles, first) == 0) continue;
-            const int last = std::min(first + 8, kRosterSlots);
-            for (int s = first; s < last; ++s)
-                if (roles[static_cast<std::size_t>(s)] != 0 && t.candidate[static_cast<std::size_t>(s)]) return line;
+            for (std::uint64_t held = nonzeroBytes(roleWord(roles, first)); held != 0; held &= held - 1)
+                if (t.candidate[static_cast<std::size_t>(first + std::countr_zero(held) / 8)]) return line;
         }
     }
     return 0;
+}
+
+// The holder of `role` at slot `s` goes to his place when it is wanted and
+// open, else among the spares.
+void placeHolder(const LineupTeam& t, int s, std::uint8_t role, bool forwards, const PositionList& wanted, int goalie,
+                 IceSource source, IcePlacement& out, std::array<int, kRosterSlots>& spare, std::size_t& spareCount) {
+    IcePos pos;
+    if (forwards) {
+        auto r = static_cast<ForwardRole>(role);
+        pos = r == ForwardRole::LeftWing ? IcePos::LeftWing
+              : r == ForwardRole::Center ? IcePos::Center
+                                         : IcePos::RightWing;
+    } else {
+        auto r = static_cast<PairRole>(role);
+        pos = r == PairRole::Left ? IcePos::LeftDefense : IcePos::RightDefense;
+    }
+    if (!freeSkater(t, out.onIce, goalie, s)) return;
+    bool open = wanted.contains(pos) && out.onIce[pos] == kNoSlot;
+    if (open) {
+        out.onIce[pos] = s;
+        out.source[at(pos)] = source;
+    } else {
+        spare[spareCount++] = s;
+    }
 }
 
 // Puts the fit holders of a line's roles on their places; holders whose
@@ -109,30 +141,12 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionL
     // The role is the cheap test and most slots hold none on the line, so it
     // comes before the question of whether the man is free.
     const BySlot<std::uint8_t>& roles = lineRoles(t, line, forwards);
-    for (int s = 0; s < kRosterSlots; ++s) {
-        if ((s & 7) == 0 && roleWord(roles, s) == 0) {
-            s += 7;
-            continue;
-        }
-        const std::uint8_t role = roles[static_cast<std::size_t>(s)];
-        if (role == 0) continue;
-        IcePos pos;
-        if (forwards) {
-            auto r = static_cast<ForwardRole>(role);
-            pos = r == ForwardRole::LeftWing ? IcePos::LeftWing
-                  : r == ForwardRole::Center ? IcePos::Center
-                                             : IcePos::RightWing;
-        } else {
-            auto r = static_cast<PairRole>(role);
-            pos = r == PairRole::Left ? IcePos::LeftDefense : IcePos::RightDefense;
-        }
-        if (!freeSkater(t, out.onIce, goalie, s)) continue;
-        bool open = wanted.contains(pos) && out.onIce[pos] == kNoSlot;
-        if (open) {
-            out.onIce[pos] = s;
-            out.source[at(pos)] = source;
-        } else {
-            spare[spareCount++] = s;
+    for (int first = 0; first < kRosterSlots; first += 8) {
+        // Only the slots of the block that hold a role, lowest first.
+        for (std::uint64_t held = nonzeroBytes(roleWord(roles, first)); held != 0; held &= held - 1) {
+            const int s = first + std::countr_zero(held) / 8;
+            placeHolder(t, s, roles[static_cast<std::size_t>(s)], forwards, wanted, goalie, source, out, spare,
+                        spareCount);
         }
     }
     for (IcePos pos : wanted) {

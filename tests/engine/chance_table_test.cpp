@@ -311,6 +311,49 @@ TEST_F(Table, ACarrierAheadOfHisRealShotRateIsPickedLessOften) {
     }
 }
 
+// What a game keeps of its men between steps (the ratings of the units on
+// the ice, the figures the carrier's weight starts from) follows an edit
+// made during the game just as one made before it: the same draws then
+// give the same table and the same carriers.
+TEST_F(Table, KeptFiguresFollowAnEditMadeDuringTheGame) {
+    const int winger = s().onIce[kVisitor].slot[0];
+    SideTables& t = session->side(kVisitor);
+    auto edit = [&] {
+        t.player(winger).RatingOffense = 99;
+        t.rates[std::size_t(winger)][RateSet::Real].ShotsPer60 = 25;
+    };
+    // Two probes, then the picks of a run of carriers.
+    struct Run {
+        PlayChances second;
+        std::vector<int> carriers;
+    };
+    auto play = [&](bool editBefore, bool editBetween) {
+        if (editBefore) edit();
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 9});
+        game->InitGame();
+        probe(Zone::NeutralZone, Call::Balanced);
+        if (editBetween) edit();
+        Run run{probe(Zone::NeutralZone, Call::Balanced), {}};
+        s().PlayZone = Zone::OffenseZone;
+        for (int i = 0; i < 300; ++i) {
+            s().find.LastPasser = kNoSlot;
+            game->FindCarrier();
+            run.carriers.push_back(s().find.Carrier);
+        }
+        return run;
+    };
+    const Run plain = play(false, false);
+    const Run during = play(false, true);
+    const Run before = play(true, false);
+
+    EXPECT_EQ(during.second.ShootChance(), before.second.ShootChance());
+    EXPECT_EQ(during.second.EntryChance, before.second.EntryChance);
+    EXPECT_EQ(during.carriers, before.carriers);
+    // The edit matters to both, so the agreement isn't one of no effect.
+    EXPECT_NE(plain.second.ShootChance(), before.second.ShootChance());
+    EXPECT_NE(plain.carriers, before.carriers);
+}
+
 // A shadow pair of the defending side's plan: the shadow plays the man he
 // is told to as a rule, and a shadowed man on the ice gives his mates room.
 TEST_F(Table, AShadowPlaysHisManAndLeavesTheOthersRoom) {

@@ -563,6 +563,27 @@ TEST(WholeGames, TheSameSeedPlaysTheSameGame) {
     EXPECT_TRUE(differs);
 }
 
+// A game the driver plays through with nobody watching keeps the lines it
+// put on the ice for each request and fit list; a game on a screen works
+// every one out afresh. The two must play alike through the penalties,
+// fights and injuries that change who is fit to play.
+TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
+    int penalties = 0;
+    for (std::uint64_t seed : {4u, 17u, 23u}) {
+        std::array<Outcome, 2> outcome;
+        for (bool watched : {false, true}) {
+            auto session = loaded(defaultRules(2017), seed);
+            Game game(*session, GameOptions{.seed = seed, .noDisplay = !watched});
+            game.playToEnd();
+            outcome[watched ? 1 : 0] = {game.finalScore(), game.state().Shots, game.state().steps,
+                                        game.state().endedBy};
+            if (!watched) penalties += int(game.state().penalties.size());
+        }
+        EXPECT_EQ(outcome[0], outcome[1]) << "seed " << seed;
+    }
+    EXPECT_GT(penalties, 6);
+}
+
 // Checks that a finished game ended in a way its rules allow.
 void expectLegalEnd(const Game& game) {
     const GameState& s = game.state();
