@@ -899,6 +899,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
 void Game::layManFacts() {
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = session_.side(side);
+        sideFacts_[at(side)] = {tables.team.TeamType.view() == "C", tables.team.TeamType.view() == "D"};
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const PlayerRecord& p = tables.player(slot);
             const SetRates& real = tables.rate(RateSet::Real, slot);
@@ -918,6 +919,7 @@ void Game::layManFacts() {
             facts.defenseman = isDefenseman(p);
             facts.minutes10 = real.AverageMinutes >= 10;
             facts.minutes18 = real.AverageMinutes >= 18;
+            facts.college = p.PlayerType.view() == "C";
         }
     }
 }

@@ -725,8 +725,15 @@ private:
         bool defenseman = false;
         bool minutes10 = false;  // real minutes a game of 10 or more
         bool minutes18 = false;  // of 18 or more
+        bool college = false;    // a college player
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
+    // What kind of team each side is, read from its record with the men's facts.
+    struct SideFacts {
+        bool college = false;
+        bool typeD = false;
+    };
+    std::array<SideFacts, 2> sideFacts_{};
     // The start of a man's weight as a carrier, by side and slot: his share
     // of power-play goals and the weight from his shots less his set-up
     // play, without and with power-play scorers on his unit. Laid down with

@@ -803,7 +803,7 @@ void Game::PenaltyChances(PlayChances& c) {
     if (session_.side(opp).team.TeamYear <= 1969) o = per(o * 1.3);
     for (double step : {1.1, 1.4, 1.8, 2.1})
         if (era > step) o = per(o * 1.2);
-    if (session_.side(kHome).team.TeamType.view() == "C") o = per(o * .7);
+    if (sideFacts_[at(kHome)].college) o = per(o * .7);
     o = per(o * penaltySteering());
     o += rules.DoubleMinorcheck * 3;
     // Referees even up the calls.
