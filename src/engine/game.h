@@ -726,14 +726,20 @@ private:
         bool minutes10 = false;  // real minutes a game of 10 or more
         bool minutes18 = false;  // of 18 or more
         bool college = false;    // a college player
+        bool enforcer = false;
+        double fightsPer1000 = 0;  // his real fights a thousand minutes
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
     // What kind of team each side is, read from its record with the men's facts.
     struct SideFacts {
         bool college = false;
         bool typeD = false;
+        bool year2017 = false;  // the team plays in 2017 or later
     };
     std::array<SideFacts, 2> sideFacts_{};
+    // The teams' era on the rate of fights: it rests on the years of the
+    // two teams alone. Laid down with the facts above.
+    double fightEraFactor_ = 1;
     // The start of a man's weight as a carrier, by side and slot: his share
     // of power-play goals and the weight from his shots less his set-up
     // play, without and with power-play scorers on his unit. Laid down with

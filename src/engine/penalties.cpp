@@ -883,12 +883,12 @@ double Game::fightRate() const {
     std::array<double, 2> top{};
     std::array<double, 2> sum{};
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
         for (std::size_t pos = 0; pos < 5; ++pos) {
             int slot = s_.onIce[at(side)].slot[pos];
             if (slot == kNoSlot) continue;
-            double v = t.rate(RateSet::Real, slot).FightsPer1000;
-            if (t.player(slot).Enforcer == 1 && s_.pen.TensionFlag) v *= 1.5;
+            const ManFacts& facts = manFacts_[at(side)][at(slot)];
+            double v = facts.fightsPer1000;
+            if (facts.enforcer && s_.pen.TensionFlag) v *= 1.5;
             top[at(side)] = std::max(top[at(side)], v);
             sum[at(side)] += v;
         }
@@ -900,14 +900,8 @@ double Game::fightRate() const {
     if (s_.pen.TensionFlag) n *= 2;
     if (s_.pen.rousedGame) n *= 3;
     n *= .6;
-    if (session_.side(s_.OtherTeam()).team.TeamYear >= 2017) n *= .8;
-    double eraFights = 0;
-    for (int side : {kVisitor, kHome}) {
-        int year = session_.side(side).team.TeamYear;
-        if (year >= EraTable::kFirstYear && year <= EraTable::kLastYear)
-            eraFights = session_.eraRow(year, 2008).FightsPerGame;
-    }
-    if (eraFights > 0) n *= std::clamp(eraFights / .6, .1, 10.0);
+    if (sideFacts_[at(s_.OtherTeam())].year2017) n *= .8;
+    n *= fightEraFactor_;
     n /= std::max(s_.find.FightCalibration, .01);
     n *= rules.FightFrequencyList / 3.0;
     if (session_.PlayoffGame) n *= .3;
