@@ -405,8 +405,8 @@ private:
     [[nodiscard]] int shooterDepth() const;
     [[nodiscard]] bool goalieBeaten(int side, int goalie) const;
     [[nodiscard]] const std::string& nameOf(int side, int slot) const;
-    [[nodiscard]] std::string teamName(int side) const;
-    [[nodiscard]] std::string cityOf(int side) const;
+    [[nodiscard]] std::string_view teamName(int side) const;
+    [[nodiscard]] std::string_view cityOf(int side) const;
     void DescribeOpening();
     void DescribeNewGoalie(int side);
     void DescribeCircleChange(int side, int out, int in);

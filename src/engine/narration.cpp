@@ -219,9 +219,9 @@ const std::string& Game::nameOf(int side, int slot) const {
     return n;
 }
 
-std::string Game::teamName(int side) const { return session_.side(side).team.Nickname.str(); }
+std::string_view Game::teamName(int side) const { return session_.side(side).team.Nickname.view(); }
 
-std::string Game::cityOf(int side) const { return session_.side(side).team.City.str(); }
+std::string_view Game::cityOf(int side) const { return session_.side(side).team.City.view(); }
 
 void Game::sayPossession(int side, int slot) {
     NamedMan who{side, slot};
@@ -350,7 +350,7 @@ void Game::DescribeShot() {
         m.shotVideo = true;
         m.shotTeam = static_cast<std::int16_t>(side + 1);
         if (!rebound) {
-            m.shotQuality = static_cast<std::int16_t>(std::lround(quality * 100));
+            m.shotQuality = static_cast<std::int16_t>(roundHalfAway(quality * 100));
             m.icon = kIconShot;
         }
         return m;

@@ -340,7 +340,7 @@ void Game::endPenalty(int side, std::size_t index, bool told) {
 }
 
 void Game::runPenaltyClock(double seconds, bool sinceLastRun) {
-    int t = static_cast<int>(std::lround(seconds));
+    int t = static_cast<int>(roundHalfAway(seconds));
     // A penalty called in this play starts its time at the whistle.
     int fresh = sinceLastRun ? s_.pen.clockedUpTo : s_.pen.nextOrder;
     s_.pen.clockedUpTo = s_.pen.nextOrder;
