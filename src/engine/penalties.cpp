@@ -248,13 +248,17 @@ bool Game::heldAsKeptOff(int side) const {
     const auto& hurt = s_.pen.InjuryKind[at(side)];
     const auto& held = s_.pen.heldOff[at(side)];
     const BySlot<bool>& candidate = teams_[at(side)].candidate;
+    std::uint64_t anyOff = 0;
     for (std::size_t first = 0; first < kRosterSlots; first += 8) {
         // A one in each byte whose man is out or hurt (hurt is any nonzero byte).
         const std::uint64_t off = slotWord(out, first) | nonzeroBytes(slotWord(hurt, first));
         if ((off & slotWord(candidate, first)) != 0 || (slotWord(held, first) & ~off) != 0) return false;
+        anyOff |= off;
     }
-    for (int slot : s_.onIce[at(side)].slot)
-        if (slot >= 0 && slot < kRosterSlots && (out[at(slot)] || hurt[at(slot)] > 0)) return false;
+    // Most steps nobody at all is out or hurt, and then nobody on the ice is.
+    if (anyOff != 0)
+        for (int slot : s_.onIce[at(side)].slot)
+            if (slot >= 0 && slot < kRosterSlots && (out[at(slot)] || hurt[at(slot)] > 0)) return false;
     const int goalie = s_.goalie[at(side)];
     return goalie == kNoSlot || candidate[at(goalie)];
 }
