@@ -396,8 +396,8 @@ private:
     // Builds a sentence from its parts only when the game is told.
     template <class... P>
     std::string words(const P&... parts) const;
-    LineMarks& say(std::string text, NamedMan opens = {}, NamedMan ends = {});
-    LineMarks& sayFor(int side, std::string text, NamedMan opens = {}, NamedMan ends = {});
+    LineMarks& say(std::string&& text, NamedMan opens = {}, NamedMan ends = {});
+    LineMarks& sayFor(int side, std::string&& text, NamedMan opens = {}, NamedMan ends = {});
     void sayPossession(int side, int slot);
     void sayPass(int side, int from, int to);
     void sayShotResult();

@@ -193,11 +193,11 @@ std::string Game::words(const P&... parts) const {
     return out;
 }
 
-LineMarks& Game::say(std::string text, NamedMan opens, NamedMan ends) {
+LineMarks& Game::say(std::string&& text, NamedMan opens, NamedMan ends) {
     return play_.add(std::move(text), opens, ends);
 }
 
-LineMarks& Game::sayFor(int side, std::string text, NamedMan opens, NamedMan ends) {
+LineMarks& Game::sayFor(int side, std::string&& text, NamedMan opens, NamedMan ends) {
     // After a pause the telling picks the play up again with the man who
     // has the puck.
     int carrier = s_.find.Carrier;
@@ -344,7 +344,7 @@ void Game::DescribeShot() {
     bool rebound = ev.Kind == ShotKind::Rebound || ev.Kind == ShotKind::ReboundShot;
     told_.shotWord = " shot";
 
-    auto shotLine = [&](std::string text, NamedMan opens) -> LineMarks& {
+    auto shotLine = [&](std::string&& text, NamedMan opens) -> LineMarks& {
         LineMarks& m = sayFor(side, std::move(text), opens, who);
         m.sound = kSoundShot;
         m.shotVideo = true;

@@ -39,7 +39,7 @@ void PlayLines::startPlay() {
     lastComposed_ = texts_.empty() ? -1 : static_cast<int>(texts_.size()) - 1;
 }
 
-LineMarks& PlayLines::add(std::string text, NamedMan opens, NamedMan ends) {
+LineMarks& PlayLines::add(std::string&& text, NamedMan opens, NamedMan ends) {
     if (full()) {
         scratch_ = {};
         return scratch_;
@@ -56,7 +56,7 @@ LineMarks& PlayLines::add(std::string text, NamedMan opens, NamedMan ends) {
     return marks_.back();
 }
 
-void PlayLines::rewrite(std::string text, NamedMan opens, NamedMan ends) {
+void PlayLines::rewrite(std::string&& text, NamedMan opens, NamedMan ends) {
     if (count_ == 0 || full()) return;
     memory_[at(count_ - 1)] = {text == kPause, opens, ends};
     if (telling_ && lastComposed_ >= 0) texts_[at(lastComposed_)] = std::move(text);

@@ -88,9 +88,9 @@ public:
 
     // A composed line. Past the fiftieth line of a play nothing more is
     // kept; the returned marks then belong to a scratch line.
-    LineMarks& add(std::string text, NamedMan opens = {}, NamedMan ends = {});
+    LineMarks& add(std::string&& text, NamedMan opens = {}, NamedMan ends = {});
     // The last writer wins: a variant put over the line just added.
-    void rewrite(std::string text, NamedMan opens = {}, NamedMan ends = {});
+    void rewrite(std::string&& text, NamedMan opens = {}, NamedMan ends = {});
     // Adds `mark` to the last told line that isn't a pause.
     void markLastLine(std::string_view mark);
     // A pause line: the play breaks off for a beat.
