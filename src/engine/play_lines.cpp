@@ -39,17 +39,7 @@ void PlayLines::startPlay() {
     lastComposed_ = texts_.empty() ? -1 : static_cast<int>(texts_.size()) - 1;
 }
 
-LineMarks& PlayLines::add(std::string&& text, NamedMan opens, NamedMan ends) {
-    if (full()) {
-        scratch_ = {};
-        return scratch_;
-    }
-    memory_[at(count_)] = {text == kPause, opens, ends};
-    ++count_;
-    if (!telling_) {
-        scratch_ = {};
-        return scratch_;
-    }
+LineMarks& PlayLines::keep(std::string&& text) {
     lastComposed_ = static_cast<int>(texts_.size());
     texts_.push_back(std::move(text));
     marks_.emplace_back();
