@@ -1014,7 +1014,7 @@ PlayChances Game::ChanceTable() {
         int own = slotAt(side, 5);
         if (!emptyNetOwn && own != kNoSlot) {
             const PlayerRecord& g = t.player(own);
-            if (g.PlayerType.view() != "C" && g.PlayerYear >= 1931 && g.PlayerYear <= 2099) {
+            if (!manFacts_[at(side)][at(own)].college && g.PlayerYear >= 1931 && g.PlayerYear <= 2099) {
                 double k = powerPlayEraFactor(eraFiguresOf(g.PlayerYear, side).powerPlayPct);
                 scale(shoot, k);
                 scale(c.EntryChance, k);

@@ -897,8 +897,17 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
 }
 
 void Game::layManFacts() {
+    double eraFights = 0;
+    for (int side : {kVisitor, kHome}) {
+        int year = session_.side(side).team.TeamYear;
+        if (year >= EraTable::kFirstYear && year <= EraTable::kLastYear)
+            eraFights = session_.eraRow(year, 2008).FightsPerGame;
+    }
+    fightEraFactor_ = eraFights > 0 ? std::clamp(eraFights / .6, .1, 10.0) : 1;
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = session_.side(side);
+        sideFacts_[at(side)] = {tables.team.TeamType.view() == "C", tables.team.TeamType.view() == "D",
+                                tables.team.TeamYear >= 2017};
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const PlayerRecord& p = tables.player(slot);
             const SetRates& real = tables.rate(RateSet::Real, slot);
@@ -918,6 +927,9 @@ void Game::layManFacts() {
             facts.defenseman = isDefenseman(p);
             facts.minutes10 = real.AverageMinutes >= 10;
             facts.minutes18 = real.AverageMinutes >= 18;
+            facts.college = p.PlayerType.view() == "C";
+            facts.enforcer = p.Enforcer == 1;
+            facts.fightsPer1000 = real.FightsPer1000;
         }
     }
 }

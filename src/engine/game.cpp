@@ -535,12 +535,12 @@ void Game::SetPlayTime() {
     // The league's overtime rules set the pace of all its games.
     if (rules.OTLengthlist > 0) pt *= 1 + rules.OTLengthlist * .07;
     if (rules.OTTypelist == 1) pt *= 1.05;
-    if (session_.side(kHome).team.TeamType.view() == "C") pt *= .9;
+    if (sideFacts_[at(kHome)].college) pt *= .9;
     if (pt > 40 && rng_.underRand(s_.Clock, 30, 30)) pt = 30 + rng_.rand(10);
     if (s_.LastPlayResult == Result::Clear && pt <= 3) pt = 3 + rng_.rand(2);
     if (s_.PlayResult == Result::Penalty && pt >= 15) pt = 13 + rng_.rand(5);
     pt = std::max(pt, z == Zone::DefenseZone ? 5.0 : z == Zone::NeutralZone ? 4.0 : 3.0);
-    if (t.team.TeamType.view() == "D") pt *= 1.1;
+    if (sideFacts_[at(puck)].typeD) pt *= 1.1;
     const bool quickPlay = s_.events.ForcedEntry && !(lastPeriod && s_.Clock <= 90);
     s_.events.ForcedEntry = false;
     if (quickPlay) {

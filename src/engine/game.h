@@ -396,8 +396,8 @@ private:
     // Builds a sentence from its parts only when the game is told.
     template <class... P>
     std::string words(const P&... parts) const;
-    LineMarks& say(std::string text, NamedMan opens = {}, NamedMan ends = {});
-    LineMarks& sayFor(int side, std::string text, NamedMan opens = {}, NamedMan ends = {});
+    LineMarks& say(std::string&& text, NamedMan opens = {}, NamedMan ends = {});
+    LineMarks& sayFor(int side, std::string&& text, NamedMan opens = {}, NamedMan ends = {});
     void sayPossession(int side, int slot);
     void sayPass(int side, int from, int to);
     void sayShotResult();
@@ -405,8 +405,8 @@ private:
     [[nodiscard]] int shooterDepth() const;
     [[nodiscard]] bool goalieBeaten(int side, int goalie) const;
     [[nodiscard]] const std::string& nameOf(int side, int slot) const;
-    [[nodiscard]] std::string teamName(int side) const;
-    [[nodiscard]] std::string cityOf(int side) const;
+    [[nodiscard]] std::string_view teamName(int side) const;
+    [[nodiscard]] std::string_view cityOf(int side) const;
     void DescribeOpening();
     void DescribeNewGoalie(int side);
     void DescribeCircleChange(int side, int out, int in);
@@ -725,8 +725,21 @@ private:
         bool defenseman = false;
         bool minutes10 = false;  // real minutes a game of 10 or more
         bool minutes18 = false;  // of 18 or more
+        bool college = false;    // a college player
+        bool enforcer = false;
+        double fightsPer1000 = 0;  // his real fights a thousand minutes
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
+    // What kind of team each side is, read from its record with the men's facts.
+    struct SideFacts {
+        bool college = false;
+        bool typeD = false;
+        bool year2017 = false;  // the team plays in 2017 or later
+    };
+    std::array<SideFacts, 2> sideFacts_{};
+    // The teams' era on the rate of fights: it rests on the years of the
+    // two teams alone. Laid down with the facts above.
+    double fightEraFactor_ = 1;
     // The start of a man's weight as a carrier, by side and slot: his share
     // of power-play goals and the weight from his shots less his set-up
     // play, without and with power-play scorers on his unit. Laid down with

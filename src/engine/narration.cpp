@@ -193,11 +193,11 @@ std::string Game::words(const P&... parts) const {
     return out;
 }
 
-LineMarks& Game::say(std::string text, NamedMan opens, NamedMan ends) {
+LineMarks& Game::say(std::string&& text, NamedMan opens, NamedMan ends) {
     return play_.add(std::move(text), opens, ends);
 }
 
-LineMarks& Game::sayFor(int side, std::string text, NamedMan opens, NamedMan ends) {
+LineMarks& Game::sayFor(int side, std::string&& text, NamedMan opens, NamedMan ends) {
     // After a pause the telling picks the play up again with the man who
     // has the puck.
     int carrier = s_.find.Carrier;
@@ -219,9 +219,9 @@ const std::string& Game::nameOf(int side, int slot) const {
     return n;
 }
 
-std::string Game::teamName(int side) const { return session_.side(side).team.Nickname.str(); }
+std::string_view Game::teamName(int side) const { return session_.side(side).team.Nickname.view(); }
 
-std::string Game::cityOf(int side) const { return session_.side(side).team.City.str(); }
+std::string_view Game::cityOf(int side) const { return session_.side(side).team.City.view(); }
 
 void Game::sayPossession(int side, int slot) {
     NamedMan who{side, slot};
@@ -344,13 +344,13 @@ void Game::DescribeShot() {
     bool rebound = ev.Kind == ShotKind::Rebound || ev.Kind == ShotKind::ReboundShot;
     told_.shotWord = " shot";
 
-    auto shotLine = [&](std::string text, NamedMan opens) -> LineMarks& {
+    auto shotLine = [&](std::string&& text, NamedMan opens) -> LineMarks& {
         LineMarks& m = sayFor(side, std::move(text), opens, who);
         m.sound = kSoundShot;
         m.shotVideo = true;
         m.shotTeam = static_cast<std::int16_t>(side + 1);
         if (!rebound) {
-            m.shotQuality = static_cast<std::int16_t>(std::lround(quality * 100));
+            m.shotQuality = static_cast<std::int16_t>(roundHalfAway(quality * 100));
             m.icon = kIconShot;
         }
         return m;
@@ -996,8 +996,9 @@ void Game::DescribeGoalClose(int scorer) {
             // The replay line is credited as the game goes: it holds the
             // earlier goals of this game already.
             int season = statLine(p, StatLineIndex::Replay).Goals + 1;
-            sayFor(side, session_.PlayoffGame ? words(fmt::format("goal #{}", season), "of the playoffs for", name)
-                                              : words(fmt::format("goal #{}", season), "on the year for", name));
+            const std::string number = telling() ? fmt::format("goal #{}", season) : std::string{};
+            sayFor(side, session_.PlayoffGame ? words(number, "of the playoffs for", name)
+                                              : words(number, "on the year for", name));
         }
     }
     int margin = s_.Score[at(side)] + 1 - s_.Score[at(against)];
@@ -1538,7 +1539,7 @@ void Game::DescribeGameSituation() {
         else {
             int leader = a > b ? side : against;
             sayFor(leader, words(roll(3) == 1 ? teamName(leader) : cityOf(leader), "leads",
-                                 fmt::format("{}-{}", std::max(a, b), std::min(a, b))));
+                                 telling() ? fmt::format("{}-{}", std::max(a, b), std::min(a, b)) : std::string{}));
         }
     }
     if (roll(4) == 1 && netminder(against) != kNoSlot && strength(side) != strength(against)) {
@@ -1559,7 +1560,8 @@ void Game::DescribeGameSituation() {
         say(v == 1   ? words(s_.Clock, "seconds remaining")
             : v == 2 ? words("under a minute remaining")
             : v == 3 ? words("nearing the end of the period")
-                     : words(fmt::format("{}:{:02}", s_.Clock / 60, s_.Clock % 60), "until the horn sounds"));
+                     : words(telling() ? fmt::format("{}:{:02}", s_.Clock / 60, s_.Clock % 60) : std::string{},
+                             "until the horn sounds"));
     }
     if (told) {
         told_.situationPeriod = s_.Period;

@@ -248,13 +248,17 @@ bool Game::heldAsKeptOff(int side) const {
     const auto& hurt = s_.pen.InjuryKind[at(side)];
     const auto& held = s_.pen.heldOff[at(side)];
     const BySlot<bool>& candidate = teams_[at(side)].candidate;
+    std::uint64_t anyOff = 0;
     for (std::size_t first = 0; first < kRosterSlots; first += 8) {
         // A one in each byte whose man is out or hurt (hurt is any nonzero byte).
         const std::uint64_t off = slotWord(out, first) | nonzeroBytes(slotWord(hurt, first));
         if ((off & slotWord(candidate, first)) != 0 || (slotWord(held, first) & ~off) != 0) return false;
+        anyOff |= off;
     }
-    for (int slot : s_.onIce[at(side)].slot)
-        if (slot >= 0 && slot < kRosterSlots && (out[at(slot)] || hurt[at(slot)] > 0)) return false;
+    // Most steps nobody at all is out or hurt, and then nobody on the ice is.
+    if (anyOff != 0)
+        for (int slot : s_.onIce[at(side)].slot)
+            if (slot >= 0 && slot < kRosterSlots && (out[at(slot)] || hurt[at(slot)] > 0)) return false;
     const int goalie = s_.goalie[at(side)];
     return goalie == kNoSlot || candidate[at(goalie)];
 }
@@ -340,7 +344,7 @@ void Game::endPenalty(int side, std::size_t index, bool told) {
 }
 
 void Game::runPenaltyClock(double seconds, bool sinceLastRun) {
-    int t = static_cast<int>(std::lround(seconds));
+    int t = static_cast<int>(roundHalfAway(seconds));
     // A penalty called in this play starts its time at the whistle.
     int fresh = sinceLastRun ? s_.pen.clockedUpTo : s_.pen.nextOrder;
     s_.pen.clockedUpTo = s_.pen.nextOrder;
@@ -803,7 +807,7 @@ void Game::PenaltyChances(PlayChances& c) {
     if (session_.side(opp).team.TeamYear <= 1969) o = per(o * 1.3);
     for (double step : {1.1, 1.4, 1.8, 2.1})
         if (era > step) o = per(o * 1.2);
-    if (session_.side(kHome).team.TeamType.view() == "C") o = per(o * .7);
+    if (sideFacts_[at(kHome)].college) o = per(o * .7);
     o = per(o * penaltySteering());
     o += rules.DoubleMinorcheck * 3;
     // Referees even up the calls.
@@ -883,12 +887,12 @@ double Game::fightRate() const {
     std::array<double, 2> top{};
     std::array<double, 2> sum{};
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
         for (std::size_t pos = 0; pos < 5; ++pos) {
             int slot = s_.onIce[at(side)].slot[pos];
             if (slot == kNoSlot) continue;
-            double v = t.rate(RateSet::Real, slot).FightsPer1000;
-            if (t.player(slot).Enforcer == 1 && s_.pen.TensionFlag) v *= 1.5;
+            const ManFacts& facts = manFacts_[at(side)][at(slot)];
+            double v = facts.fightsPer1000;
+            if (facts.enforcer && s_.pen.TensionFlag) v *= 1.5;
             top[at(side)] = std::max(top[at(side)], v);
             sum[at(side)] += v;
         }
@@ -900,14 +904,8 @@ double Game::fightRate() const {
     if (s_.pen.TensionFlag) n *= 2;
     if (s_.pen.rousedGame) n *= 3;
     n *= .6;
-    if (session_.side(s_.OtherTeam()).team.TeamYear >= 2017) n *= .8;
-    double eraFights = 0;
-    for (int side : {kVisitor, kHome}) {
-        int year = session_.side(side).team.TeamYear;
-        if (year >= EraTable::kFirstYear && year <= EraTable::kLastYear)
-            eraFights = session_.eraRow(year, 2008).FightsPerGame;
-    }
-    if (eraFights > 0) n *= std::clamp(eraFights / .6, .1, 10.0);
+    if (sideFacts_[at(s_.OtherTeam())].year2017) n *= .8;
+    n *= fightEraFactor_;
     n /= std::max(s_.find.FightCalibration, .01);
     n *= rules.FightFrequencyList / 3.0;
     if (session_.PlayoffGame) n *= .3;

@@ -39,24 +39,14 @@ void PlayLines::startPlay() {
     lastComposed_ = texts_.empty() ? -1 : static_cast<int>(texts_.size()) - 1;
 }
 
-LineMarks& PlayLines::add(std::string text, NamedMan opens, NamedMan ends) {
-    if (full()) {
-        scratch_ = {};
-        return scratch_;
-    }
-    memory_[at(count_)] = {text == kPause, opens, ends};
-    ++count_;
-    if (!telling_) {
-        scratch_ = {};
-        return scratch_;
-    }
+LineMarks& PlayLines::keep(std::string&& text) {
     lastComposed_ = static_cast<int>(texts_.size());
     texts_.push_back(std::move(text));
     marks_.emplace_back();
     return marks_.back();
 }
 
-void PlayLines::rewrite(std::string text, NamedMan opens, NamedMan ends) {
+void PlayLines::rewrite(std::string&& text, NamedMan opens, NamedMan ends) {
     if (count_ == 0 || full()) return;
     memory_[at(count_ - 1)] = {text == kPause, opens, ends};
     if (telling_ && lastComposed_ >= 0) texts_[at(lastComposed_)] = std::move(text);

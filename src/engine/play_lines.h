@@ -88,9 +88,23 @@ public:
 
     // A composed line. Past the fiftieth line of a play nothing more is
     // kept; the returned marks then belong to a scratch line.
-    LineMarks& add(std::string text, NamedMan opens = {}, NamedMan ends = {});
+    // Inline: most lines are added while nobody watches, and then only the
+    // memory changes.
+    LineMarks& add(std::string&& text, NamedMan opens = {}, NamedMan ends = {}) {
+        if (full()) {
+            scratch_ = {};
+            return scratch_;
+        }
+        memory_[at(count_)] = {text == kPause, opens, ends};
+        ++count_;
+        if (!telling_) {
+            scratch_ = {};
+            return scratch_;
+        }
+        return keep(std::move(text));
+    }
     // The last writer wins: a variant put over the line just added.
-    void rewrite(std::string text, NamedMan opens = {}, NamedMan ends = {});
+    void rewrite(std::string&& text, NamedMan opens = {}, NamedMan ends = {});
     // Adds `mark` to the last told line that isn't a pause.
     void markLastLine(std::string_view mark);
     // A pause line: the play breaks off for a beat.
@@ -129,6 +143,8 @@ private:
         NamedMan ends;
     };
     static std::size_t at(int i) { return static_cast<std::size_t>(i); }
+    // The text and marks of a line just added while it is told.
+    LineMarks& keep(std::string&& text);
 
     bool telling_ = false;
     int count_ = 0;

@@ -146,12 +146,14 @@ void Game::GoalPct(PlayChances& c) {
     const double shootingPct = rates ? rates->ShootingPct : 0;
 
     // Steps 1 to 3: the shooter against his era, on the goalies' era.
-    double savePart = 1 - eraFiguresOf(year, side).savePct / 100;
+    // The shooter's era is asked about twice: its save percentage is kept.
+    const double eraSavePct = eraFiguresOf(year, side).savePct;
+    double savePart = 1 - eraSavePct / 100;
     double rel = 0;
     if (p && savePart > 0) rel = hasForwardFlag(*p) ? shootingPct / (savePart * 1.15) : shootingPct / (savePart * 0.57);
     const double base = basePct();
     double g = base * rel;
-    if (session_.side(kHome).team.TeamType.view() == "C") g *= 1.2;
+    if (sideFacts_[at(kHome)].college) g *= 1.2;
 
     // Step 4: the defenseman on his side of the ice.
     if (s_.PlayZone == Zone::OffenseZone && pos >= 0 && pos <= 2) {
@@ -219,7 +221,7 @@ void Game::GoalPct(PlayChances& c) {
         if (y == 0) y = goalieYearOnIce(opp);
         if (y == 0) y = 2010;
         double pp = (100 - eraFiguresOf(y, side).savePct) / 100;
-        if (t.team.TeamType.view() == "C") {
+        if (sideFacts_[at(side)].college) {
             if (pp > 0.11) g *= 1.07;
         } else {
             if (pp > 0.11) g *= 1.07;
@@ -228,8 +230,8 @@ void Game::GoalPct(PlayChances& c) {
     }
     // Step 13: a finisher keeps a little of his edge over the era.
     double playerPct = 0.09;
-    if (p && p->PlayerType.view() != "C" && p->PlayerYear >= 1921 && p->PlayerYear <= 2099)
-        playerPct = (100 - eraFiguresOf(year, side).savePct) / 100;
+    if (p && !manFacts_[at(side)][at(carrier)].college && p->PlayerYear >= 1921 && p->PlayerYear <= 2099)
+        playerPct = (100 - eraSavePct) / 100;
     if (p) {
         const StatLine& real = statLine(*p, StatLineIndex::Real);
         double s = real.Goals / (real.Sog + 1.0);

@@ -128,4 +128,18 @@ inline double roundHalfEven(double x) {
     return std::copysign((a + kTwo52) - kTwo52, x);
 }
 
+// Rounds halves away from zero, as std::lround does, without the call into
+// the maths library: below 2^52 the fraction left by truncation is exact, so
+// the test of it against a half is too. Beyond that (and for NaN) the
+// library answers.
+inline long roundHalfAway(double x) {
+    constexpr double kTwo52 = 4503599627370496.0;
+    if (!(std::fabs(x) < kTwo52)) return std::lround(x);
+    auto whole = static_cast<long>(x);
+    const double fraction = x - static_cast<double>(whole);
+    if (fraction >= .5) ++whole;
+    if (fraction <= -.5) --whole;
+    return whole;
+}
+
 }  // namespace tallyrink

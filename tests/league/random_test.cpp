@@ -149,5 +149,20 @@ TEST(RoundHalfEven, AgreesWithRoundingByHalves) {
     }
 }
 
+TEST(RoundHalfAway, AgreesWithTheLibrary) {
+    const double big = 4503599627370496.0;
+    for (double x : {0.0, -0.0, 0.5, -0.5, 1.5, -2.5, 0.49999999999999994, -0.49999999999999994, 2.4999, 2.5000001,
+                     big - 0.5, -(big - 0.5), big, big + 2, 1e15 + 0.5})
+        EXPECT_EQ(roundHalfAway(x), std::lround(x)) << x;
+    std::mt19937_64 gen(5);
+    std::uniform_real_distribution<double> wide(-1e5, 1e5);
+    for (int i = 0; i < 200000; ++i) {
+        double x = wide(gen);
+        double h = std::floor(x) + 0.5;
+        ASSERT_EQ(roundHalfAway(x), std::lround(x)) << x;
+        ASSERT_EQ(roundHalfAway(h), std::lround(h)) << h;
+    }
+}
+
 }  // namespace
 }  // namespace tallyrink
