@@ -1,6 +1,7 @@
 #include "engine/chance_table.h"
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cmath>
 #include <string>
@@ -305,9 +306,12 @@ UnitRatings Game::unitRatings(int side, bool sticks, const UnitSituation& sit) c
                                   std::uint64_t{sticks && stickBroken(side, slot)} << 7;
         key |= man << (10 + 8 * pos);
     }
-    if (keyed)
-        for (const UnitMemo& m : unitMemo_)
-            if (m.key == key) return m.out;
+    // A place by a hash of the key: a step asks about a dozen or so units
+    // in turn, and a search of a ring of them costs more than a rating.
+    constexpr std::size_t kPlaces = std::tuple_size_v<decltype(unitMemo_)>;
+    static_assert(std::has_single_bit(kPlaces), "the hash picks a place by its top bits");
+    UnitMemo& kept = unitMemo_[(key * 0x9E3779B97F4A7C15ULL) >> (64 - std::countr_zero(kPlaces))];
+    if (keyed && kept.key == key) return kept.out;
 
     std::array<UnitPlayer, 6> men{};
     const SideTables& t = session_.side(side);
@@ -322,10 +326,7 @@ UnitRatings Game::unitRatings(int side, bool sticks, const UnitSituation& sit) c
     }
     UnitRatings out{};
     onIceRatings(men, sit, *session_.league().era, out);
-    if (keyed) {
-        unitMemo_[unitMemoNext_] = {key, out};
-        unitMemoNext_ = (unitMemoNext_ + 1) % unitMemo_.size();
-    }
+    if (keyed) kept = {key, out};
     return out;
 }
 

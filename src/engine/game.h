@@ -675,13 +675,13 @@ private:
     bool driverRunning_ = false;
 
     // Answers kept for unitRatings by the key of what they rest on (0: none
-    // kept); cleared when a game starts.
+    // kept), each at a place picked by a hash of its key; cleared when a
+    // game starts.
     struct UnitMemo {
         std::uint64_t key = 0;
         UnitRatings out{};
     };
-    mutable std::array<UnitMemo, 16> unitMemo_{};
-    mutable std::size_t unitMemoNext_ = 0;
+    mutable std::array<UnitMemo, 64> unitMemo_{};
     // The era factors and the base shooting percentage last worked out for
     // each side with the puck, with the goalies' years they rest on: they
     // change only with a goalie. The puck goes back and forth, so each side
