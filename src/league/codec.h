@@ -321,6 +321,24 @@ std::vector<std::uint8_t> toSlot(const R& r) {
     return buf;
 }
 
+// The slot's bytes held by value: comparing a record with what was read
+// needs no heap buffer.
+template <Record R>
+std::array<std::uint8_t, slotWidth<R>()> slotArray(const R& r) {
+    std::array<std::uint8_t, slotWidth<R>()> buf{};
+    putSlot(r, buf.data());
+    return buf;
+}
+
+// The record part of a slot only, for a write that leaves the slot's tail on
+// disk as it is.
+template <Record R>
+std::vector<std::uint8_t> recordBytes(const R& r) {
+    std::vector<std::uint8_t> buf(Layout<R>::size);
+    encode(r, buf.data());
+    return buf;
+}
+
 // True when the fields follow one another without gap or overlap and end at
 // the record's size: a mistyped offset or width fails to compile.
 template <Record R>

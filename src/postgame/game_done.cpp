@@ -37,9 +37,8 @@ void addTo(T& field, long long v) {
 
 template <codec::Record R>
 FileChange slotChange(const std::string& name, std::size_t slot, std::size_t r, const R& rec) {
-    auto bytes = codec::toSlot(rec);
-    bytes.resize(codec::Layout<R>::size);  // the rest of the slot stays as it is on disk
-    return {name, false, static_cast<std::uint64_t>(r - 1) * slot, std::move(bytes)};
+    // The rest of the slot stays as it is on disk.
+    return {name, false, static_cast<std::uint64_t>(r - 1) * slot, codec::recordBytes(rec)};
 }
 
 FileChange appendLines(FileImages* images, const fs::path& file, const std::string& name,
