@@ -299,6 +299,38 @@ void decodeSlot(std::span<const std::uint8_t> bytes, R& r) {
     if constexpr (tailWidth<R>() > 0) std::memcpy(r.SlotTail.data(), buf.data() + Layout<R>::size, tailWidth<R>());
 }
 
+// Where a member lies in the record's bytes: a reader that needs a few
+// fields of many records decodes just those.
+template <Record R, class T>
+std::size_t offsetOf(T R::*member) {
+    std::size_t at = Layout<R>::size;
+    std::apply(
+        [&](const auto&... f) {
+            (
+                [&] {
+                    if constexpr (std::is_same_v<std::remove_cvref_t<decltype(f.member)>, T R::*>)
+                        if (f.member == member) at = f.offset;
+                }(),
+                ...);
+        },
+        FieldTable<R>::fields);
+    return at;
+}
+
+// Decodes the member at `offset` (from offsetOf) of a slot's bytes; what a
+// short slot lacks reads as zero.
+template <Record R, class T>
+void decodeMember(std::span<const std::uint8_t> bytes, std::size_t offset, R& r, T R::*member) {
+    constexpr std::size_t width = Wire<T>::width;
+    if (bytes.size() >= offset + width) {
+        Wire<T>::get(bytes.data() + offset, r.*member);
+        return;
+    }
+    std::array<std::uint8_t, width> buf{};
+    if (bytes.size() > offset) std::memcpy(buf.data(), bytes.data() + offset, bytes.size() - offset);
+    Wire<T>::get(buf.data(), r.*member);
+}
+
 template <Record R>
 R fromSlot(std::span<const std::uint8_t> bytes) {
     R r{};
