@@ -317,18 +317,24 @@ std::size_t offsetOf(T R::*member) {
     return at;
 }
 
-// Decodes the member at `offset` (from offsetOf) of a slot's bytes; what a
-// short slot lacks reads as zero.
-template <Record R, class T>
-void decodeMember(std::span<const std::uint8_t> bytes, std::size_t offset, R& r, T R::*member) {
+// Decodes the value at `offset` of a slot's bytes; what a short slot lacks
+// reads as zero.
+template <class T>
+void decodeAt(std::span<const std::uint8_t> bytes, std::size_t offset, T& v) {
     constexpr std::size_t width = Wire<T>::width;
     if (bytes.size() >= offset + width) {
-        Wire<T>::get(bytes.data() + offset, r.*member);
+        Wire<T>::get(bytes.data() + offset, v);
         return;
     }
     std::array<std::uint8_t, width> buf{};
     if (bytes.size() > offset) std::memcpy(buf.data(), bytes.data() + offset, bytes.size() - offset);
-    Wire<T>::get(buf.data(), r.*member);
+    Wire<T>::get(buf.data(), v);
+}
+
+// The member at `offset` (from offsetOf) of a slot's bytes.
+template <Record R, class T>
+void decodeMember(std::span<const std::uint8_t> bytes, std::size_t offset, R& r, T R::*member) {
+    decodeAt(bytes, offset, r.*member);
 }
 
 template <Record R>

@@ -18,7 +18,7 @@ const ScheduleGamesOptions& recovered(const ScheduleGamesOptions& options) {
 }
 
 // The fields of a man the calibration reads: who he is, his team, the year
-// he plays by and his replay games. The rest of the row is left as made.
+// he plays by and his replay line. The rest of the row is left as made.
 void decodeCalibrationFields(std::span<const std::uint8_t> bytes, PlayerRecord& p) {
     static const std::size_t idAt = codec::offsetOf(&PlayerRecord::PlayerId);
     static const std::size_t teamAt = codec::offsetOf(&PlayerRecord::TeamId);
@@ -27,7 +27,10 @@ void decodeCalibrationFields(std::span<const std::uint8_t> bytes, PlayerRecord& 
     codec::decodeMember(bytes, idAt, p, &PlayerRecord::PlayerId);
     codec::decodeMember(bytes, teamAt, p, &PlayerRecord::TeamId);
     codec::decodeMember(bytes, yearAt, p, &PlayerRecord::PlayerYear);
-    codec::decodeMember(bytes, statsAt, p, &PlayerRecord::Stats);
+    // The replay line alone, decoded as a whole record (block copies) rather
+    // than walked with the rest of the lines.
+    constexpr auto replay = static_cast<std::size_t>(StatLineIndex::Replay);
+    codec::decodeAt(bytes, statsAt + replay * codec::Layout<StatLine>::size, statLine(p, StatLineIndex::Replay));
 }
 
 }  // namespace
