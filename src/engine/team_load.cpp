@@ -45,7 +45,7 @@ bool endsWithNoCase(const std::string& text, std::string_view tail) {
 
 template <class R>
 bool sameBytes(const R& a, const R& b) {
-    return codec::toSlot(a) == codec::toSlot(b);
+    return codec::slotArray(a) == codec::slotArray(b);
 }
 
 // The bytes of slot r: the run's image where it lies (short where the file
@@ -61,7 +61,7 @@ std::span<const std::uint8_t> slotVia(FileImages* images, const fs::path& path, 
 
 template <class R>
 bool sameBytes(const R& record, std::span<const std::uint8_t> bytes) {
-    auto mine = codec::toSlot(record);
+    const auto mine = codec::slotArray(record);
     return std::equal(mine.begin(), mine.end(), bytes.begin(), bytes.end());
 }
 
@@ -883,11 +883,10 @@ void GameSession::SaveTeam(int sideIndex) {
     auto team = static_cast<std::size_t>(s.TeamId);
     // The run's images, when it keeps them, follow each write.
     auto save = [&](const RandomFile& file, std::size_t r, const auto& rec) {
-        writeRecord(file, r, rec);
-        if (!league_.files) return;
-        auto bytes = codec::toSlot(rec);
-        bytes.resize(codec::Layout<std::decay_t<decltype(rec)>>::size);
-        league_.files->writeAt(file.path(), static_cast<std::uint64_t>(r - 1) * file.slot(), bytes);
+        // The record part only: the slot's tail on disk stays as it was.
+        const auto bytes = codec::recordBytes(rec);
+        file.writeSlot(r, bytes);
+        if (league_.files) league_.files->writeAt(file.path(), static_cast<std::uint64_t>(r - 1) * file.slot(), bytes);
     };
     save(RandomFile(leagueFile(kTeamFile), kTeamSlot), team, s.team);
     save(RandomFile(leagueFile(kGamePlanFile), kGamePlanSlot), team, s.plan);
@@ -896,10 +895,10 @@ void GameSession::SaveTeam(int sideIndex) {
         if (!s.onTeam(slot)) continue;
         const PlayerRecord& p = s.player(slot);
         save(players, static_cast<std::size_t>(p.PlayerId), p);
-        s.setPlayerAsRead(slot, codec::toSlot(p));
+        s.setPlayerAsRead(slot, codec::slotArray(p));
     }
     s.teamAsRead = s.team;
-    s.setPlanAsRead(codec::toSlot(s.plan));
+    s.setPlanAsRead(codec::slotArray(s.plan));
 }
 
 }  // namespace tallyrink

@@ -299,6 +299,44 @@ void decodeSlot(std::span<const std::uint8_t> bytes, R& r) {
     if constexpr (tailWidth<R>() > 0) std::memcpy(r.SlotTail.data(), buf.data() + Layout<R>::size, tailWidth<R>());
 }
 
+// Where a member lies in the record's bytes: a reader that needs a few
+// fields of many records decodes just those.
+template <Record R, class T>
+std::size_t offsetOf(T R::*member) {
+    std::size_t at = Layout<R>::size;
+    std::apply(
+        [&](const auto&... f) {
+            (
+                [&] {
+                    if constexpr (std::is_same_v<std::remove_cvref_t<decltype(f.member)>, T R::*>)
+                        if (f.member == member) at = f.offset;
+                }(),
+                ...);
+        },
+        FieldTable<R>::fields);
+    return at;
+}
+
+// Decodes the value at `offset` of a slot's bytes; what a short slot lacks
+// reads as zero.
+template <class T>
+void decodeAt(std::span<const std::uint8_t> bytes, std::size_t offset, T& v) {
+    constexpr std::size_t width = Wire<T>::width;
+    if (bytes.size() >= offset + width) {
+        Wire<T>::get(bytes.data() + offset, v);
+        return;
+    }
+    std::array<std::uint8_t, width> buf{};
+    if (bytes.size() > offset) std::memcpy(buf.data(), bytes.data() + offset, bytes.size() - offset);
+    Wire<T>::get(buf.data(), v);
+}
+
+// The member at `offset` (from offsetOf) of a slot's bytes.
+template <Record R, class T>
+void decodeMember(std::span<const std::uint8_t> bytes, std::size_t offset, R& r, T R::*member) {
+    decodeAt(bytes, offset, r.*member);
+}
+
 template <Record R>
 R fromSlot(std::span<const std::uint8_t> bytes) {
     R r{};
@@ -318,6 +356,24 @@ template <Record R>
 std::vector<std::uint8_t> toSlot(const R& r) {
     std::vector<std::uint8_t> buf(slotWidth<R>());
     putSlot(r, buf.data());
+    return buf;
+}
+
+// The slot's bytes held by value: comparing a record with what was read
+// needs no heap buffer.
+template <Record R>
+std::array<std::uint8_t, slotWidth<R>()> slotArray(const R& r) {
+    std::array<std::uint8_t, slotWidth<R>()> buf{};
+    putSlot(r, buf.data());
+    return buf;
+}
+
+// The record part of a slot only, for a write that leaves the slot's tail on
+// disk as it is.
+template <Record R>
+std::vector<std::uint8_t> recordBytes(const R& r) {
+    std::vector<std::uint8_t> buf(Layout<R>::size);
+    encode(r, buf.data());
     return buf;
 }
 

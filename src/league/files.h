@@ -131,8 +131,7 @@ R readRecord(const RandomFile& f, std::size_t r) {
 // was; the tail kept in memory is written only by a whole-file rewrite.
 template <codec::Record R>
 void writeRecord(const RandomFile& f, std::size_t r, const R& rec) {
-    auto bytes = codec::toSlot(rec);
-    f.writeSlot(r, std::span(bytes).first(codec::Layout<R>::size));
+    f.writeSlot(r, codec::recordBytes(rec));
 }
 
 template <codec::Record R>

@@ -37,9 +37,8 @@ void addTo(T& field, long long v) {
 
 template <codec::Record R>
 FileChange slotChange(const std::string& name, std::size_t slot, std::size_t r, const R& rec) {
-    auto bytes = codec::toSlot(rec);
-    bytes.resize(codec::Layout<R>::size);  // the rest of the slot stays as it is on disk
-    return {name, false, static_cast<std::uint64_t>(r - 1) * slot, std::move(bytes)};
+    // The rest of the slot stays as it is on disk.
+    return {name, false, static_cast<std::uint64_t>(r - 1) * slot, codec::recordBytes(rec)};
 }
 
 FileChange appendLines(FileImages* images, const fs::path& file, const std::string& name,
@@ -74,8 +73,8 @@ std::unique_ptr<R> readTable(FileImages* images, const fs::path& file, KeptTable
 }
 
 template <class R>
-void keepTable(KeptTable<R>& kept, const std::vector<std::uint8_t>& bytes, std::unique_ptr<R> record) {
-    kept.bytes = bytes;
+void keepTable(KeptTable<R>& kept, std::vector<std::uint8_t>&& bytes, std::unique_ptr<R> record) {
+    kept.bytes = std::move(bytes);
     kept.record = std::move(record);
 }
 
@@ -1008,9 +1007,10 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     if (leagueGame) writer.replace(locate(res.boxFile), boxBytes(*box));
 
     journal.commit(changes, writer);
+    // The journal is done with the changes: the tables take their bytes rather than a copy.
     if (o.tables) {
-        if (leaders) keepTable(o.tables->leaders, changes[leadersChange].bytes, std::move(leaders));
-        if (top) keepTable(o.tables->top, changes[topChange].bytes, std::move(top));
+        if (leaders) keepTable(o.tables->leaders, std::move(changes[leadersChange].bytes), std::move(leaders));
+        if (top) keepTable(o.tables->top, std::move(changes[topChange].bytes), std::move(top));
     }
     if (o.books) o.books->written();
     keptBooks.written = true;

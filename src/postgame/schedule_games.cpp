@@ -4,6 +4,7 @@
 
 #include "engine/game.h"
 #include "league/files.h"
+#include "league/record_fields.h"
 #include "postgame/game_summary.h"
 
 namespace tallyrink {
@@ -14,6 +15,22 @@ namespace {
 const ScheduleGamesOptions& recovered(const ScheduleGamesOptions& options) {
     recoverPosting(options.leagueDir);
     return options;
+}
+
+// The fields of a man the calibration reads: who he is, his team, the year
+// he plays by and his replay line. The rest of the row is left as made.
+void decodeCalibrationFields(std::span<const std::uint8_t> bytes, PlayerRecord& p) {
+    static const std::size_t idAt = codec::offsetOf(&PlayerRecord::PlayerId);
+    static const std::size_t teamAt = codec::offsetOf(&PlayerRecord::TeamId);
+    static const std::size_t yearAt = codec::offsetOf(&PlayerRecord::PlayerYear);
+    static const std::size_t statsAt = codec::offsetOf(&PlayerRecord::Stats);
+    codec::decodeMember(bytes, idAt, p, &PlayerRecord::PlayerId);
+    codec::decodeMember(bytes, teamAt, p, &PlayerRecord::TeamId);
+    codec::decodeMember(bytes, yearAt, p, &PlayerRecord::PlayerYear);
+    // The replay line alone, decoded as a whole record (block copies) rather
+    // than walked with the rest of the lines.
+    constexpr auto replay = static_cast<std::size_t>(StatLineIndex::Replay);
+    codec::decodeAt(bytes, statsAt + replay * codec::Layout<StatLine>::size, statLine(p, StatLineIndex::Replay));
 }
 
 }  // namespace
@@ -52,7 +69,7 @@ void ScheduleGames::refreshPlayers() {
         rows.assign(count, PlayerRow{});
         const auto& image = images_.bytes(path);
         for (std::size_t r = 0; r < count; ++r) {
-            rows[r].player = codec::fromSlot<PlayerRecord>(FileImages::slotIn(image, kPlayerSlot, r + 1));
+            decodeCalibrationFields(FileImages::slotIn(image, kPlayerSlot, r + 1), rows[r].player);
             rows[r].recordNumber = static_cast<std::int32_t>(r + 1);
         }
         playersRead_ = true;
@@ -68,8 +85,7 @@ void ScheduleGames::refreshPlayers() {
     std::sort(slots.begin(), slots.end());
     slots.erase(std::unique(slots.begin(), slots.end()), slots.end());
     const auto& image = images_.bytes(path);
-    // Decoded over the row's older copy: every field and the tail are written anew.
-    for (std::size_t r : slots) codec::decodeSlot(FileImages::slotIn(image, kPlayerSlot, r), rows[r - 1].player);
+    for (std::size_t r : slots) decodeCalibrationFields(FileImages::slotIn(image, kPlayerSlot, r), rows[r - 1].player);
 }
 
 SeasonCalibration ScheduleGames::calibrationSoFar(const GameRecord& r, Random& draws) {

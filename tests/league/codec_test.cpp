@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "league/codec.h"
+#include "league/record_fields.h"
 #include "league/records.h"
 
 namespace tallyrink {
@@ -197,6 +198,30 @@ TEST(RecordCodec, SlotTailAndShortSlot) {
     EXPECT_EQ(p.PlayerId, 5);
     EXPECT_EQ(p.TeamId, 9);
     EXPECT_EQ(p.HiddenSalary, 0);
+}
+
+// A reader of a few members gets what the whole decode gives for them, also
+// from a slot cut short in the middle of a member.
+TEST(RecordCodec, SingleMembersMatchTheWholeDecode) {
+    std::mt19937 gen(11);
+    std::vector<std::uint8_t> slot(codec::slotWidth<PlayerRecord>());
+    for (auto& b : slot) b = static_cast<std::uint8_t>(gen());
+    const auto statsAt = codec::offsetOf(&PlayerRecord::Stats);
+    EXPECT_EQ(statsAt, findField<PlayerRecord>("Stats")->offset);
+    EXPECT_EQ(codec::offsetOf(&PlayerRecord::PlayerYear), findField<PlayerRecord>("PlayerYear")->offset);
+
+    for (std::size_t length : {slot.size(), statsAt + 7, std::size_t{1}}) {
+        std::span<const std::uint8_t> bytes(slot.data(), length);
+        const auto whole = codec::fromSlot<PlayerRecord>(bytes);
+        PlayerRecord some{};
+        codec::decodeMember(bytes, codec::offsetOf(&PlayerRecord::PlayerId), some, &PlayerRecord::PlayerId);
+        codec::decodeMember(bytes, codec::offsetOf(&PlayerRecord::PlayerYear), some, &PlayerRecord::PlayerYear);
+        codec::decodeMember(bytes, statsAt, some, &PlayerRecord::Stats);
+        EXPECT_EQ(some.PlayerId, whole.PlayerId) << length;
+        EXPECT_EQ(some.PlayerYear, whole.PlayerYear) << length;
+        EXPECT_EQ(codec::toSlot(some.Stats[1]), codec::toSlot(whole.Stats[1])) << length;
+        EXPECT_EQ(codec::toSlot(some.Stats.back()), codec::toSlot(whole.Stats.back())) << length;
+    }
 }
 
 TEST(FixedText, TrimsPadsAndCuts) {
