@@ -659,78 +659,14 @@ LineupTeam GameSession::lineupTeam(int sideIndex) {
     return t;
 }
 
-namespace {
-
-// Everything the fills read of a team whose depth charts and lines were
-// cleared, as bytes: equal bytes, equal fills.
-void remakeInputs(const LineupTeam& t, const BySlot<std::string>& names, std::vector<std::uint8_t>& out) {
-    out.clear();
-    auto put = [&](const void* from, std::size_t n) {
-        const auto* b = static_cast<const std::uint8_t*>(from);
-        out.insert(out.end(), b, b + n);
-    };
-    std::array<std::uint8_t, codec::Layout<StatLine>::size> real{};
-    for (int slot = 0; slot < kRosterSlots; ++slot) {
-        auto i = static_cast<std::size_t>(slot);
-        const PlayerRecord& p = t.player(slot);
-        const LineupRatings& r = t.ratings[i];
-        const std::array<double, 6> figures{t.minutes[i], r.offense, r.defense, r.penaltyKill, r.goalie, r.penaltyShot};
-        const std::array<std::uint8_t, 3> marks{t.candidate[i] ? std::uint8_t{1} : std::uint8_t{0},
-                                                r.standIn ? std::uint8_t{1} : std::uint8_t{0}, p.PreferredSide};
-        put(figures.data(), sizeof figures);
-        put(marks.data(), marks.size());
-        put(p.PositionFlags.data(), p.PositionFlags.size());
-        put(&p.PlayerYear, sizeof p.PlayerYear);
-        codec::encode(statLine(p, StatLineIndex::Real), real.data());
-        put(real.data(), real.size());
-        auto length = static_cast<std::uint32_t>(names[i].size());
-        put(&length, sizeof length);
-        put(names[i].data(), names[i].size());
-    }
-}
-
-}  // namespace
-
 std::vector<std::string> GameSession::remakeDepthAndLines(int sideIndex) {
     SideTables& s = side(sideIndex);
     for (auto& p : s.GameRoster) clearDepth(p);
     s.lines.clear();
     LineupTeam team = lineupTeam(sideIndex);
-    if (!isTeamNumber(s.TeamId)) {
-        HkAutofillDepth(team);
-        HkAutofillLines(team);
-        return completeLines(team, s.DisplayName);
-    }
-    remakeInputs(team, s.DisplayName, remakeInputs_);
-    if (remade_.empty()) remade_.resize(kMaxTeams + 1);
-    auto& kept = remade_[static_cast<std::size_t>(s.TeamId)];
-    if (kept && kept->inputs == remakeInputs_) {
-        for (int slot = 0; slot < kRosterSlots; ++slot) {
-            PlayerRecord& p = s.player(slot);
-            const RemadeLines::Depth& d = kept->depth[static_cast<std::size_t>(slot)];
-            p.DepthEven = d.even;
-            p.DepthPowerPlay = d.powerPlay;
-            p.DepthPenaltyKill = d.penaltyKill;
-            p.DepthGoalie = d.goalie;
-            p.DepthExtraAttacker = d.extraAttacker;
-            p.DepthShootout = d.shootout;
-        }
-        s.lines = kept->lines;
-        return kept->notes;
-    }
     HkAutofillDepth(team);
     HkAutofillLines(team);
-    auto notes = completeLines(team, s.DisplayName);
-    if (!kept) kept = std::make_unique<RemadeLines>();
-    kept->inputs.swap(remakeInputs_);
-    for (int slot = 0; slot < kRosterSlots; ++slot) {
-        const PlayerRecord& p = s.player(slot);
-        kept->depth[static_cast<std::size_t>(slot)] = {p.DepthEven,   p.DepthPowerPlay,     p.DepthPenaltyKill,
-                                                       p.DepthGoalie, p.DepthExtraAttacker, p.DepthShootout};
-    }
-    kept->lines = s.lines;
-    kept->notes = notes;
-    return notes;
+    return completeLines(team, s.DisplayName);
 }
 
 // The third hook, then a plan never set up gets the default coach, and its

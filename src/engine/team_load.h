@@ -253,24 +253,6 @@ private:
     };
     std::vector<std::unique_ptr<KeptPlan>> keptPlans_;
     bool plansWatched_ = false;
-    // Depth charts and lines remade from a roster, by team: a plan never set
-    // up is remade at every load, and the fills come out the same while what
-    // they read of the team (its candidates, their minutes, ratings,
-    // positions, real lines and names) stays the same.
-    struct RemadeLines {
-        std::vector<std::uint8_t> inputs;
-        struct Depth {
-            std::array<std::uint8_t, 4> even;
-            std::array<std::uint8_t, 4> powerPlay;
-            std::array<std::uint8_t, 3> penaltyKill;
-            std::uint8_t goalie, extraAttacker, shootout;
-        };
-        BySlot<Depth> depth;
-        LineTables lines;
-        std::vector<std::string> notes;
-    };
-    std::vector<std::unique_ptr<RemadeLines>> remade_;
-    std::vector<std::uint8_t> remakeInputs_;
 };
 
 // The day after a date of the season (season month, day); the 13th month is
