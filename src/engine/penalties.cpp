@@ -312,18 +312,18 @@ void Game::recountSkaters() {
     countPowerPlay();
 }
 
-// A power play is counted for each man a side gains on the other, the way
-// the league's books count them: five on four is one, five on three a
-// second; what is left of a two-man edge when one penalty ends is none.
+// A power play starts when a side gains an edge it didn't have. A second
+// man up (five on four to five on three) is the same power play, and so is
+// what is left of a two-man edge when one penalty ends.
 void Game::countPowerPlay() {
     PenaltyState& pen = s_.pen;
     for (int side : {kVisitor, kHome}) {
         int o = other(side);
-        int edge = s_.Skaters[at(side)] - s_.Skaters[at(o)];
-        int was = std::max(0, pen.lastSkaters[at(side)] - pen.lastSkaters[at(o)]);
-        if (edge > was) {
-            pen.PowerPlays[at(side)] += edge - was;
-            pen.PenaltyKills[at(o)] += edge - was;
+        bool stronger = s_.Skaters[at(side)] > s_.Skaters[at(o)];
+        bool was = pen.lastSkaters[at(side)] > pen.lastSkaters[at(o)];
+        if (stronger && !was) {
+            ++pen.PowerPlays[at(side)];
+            ++pen.PenaltyKills[at(o)];
         }
     }
     pen.lastSkaters = s_.Skaters;

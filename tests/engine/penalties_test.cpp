@@ -222,10 +222,10 @@ TEST_F(PenaltyGame, AGoalEndsTheEarliestMinorButNotAMajor) {
     game->penaltyGoal(kVisitor);  // then b's
     EXPECT_FALSE(game->offIce(kHome, b));
     EXPECT_EQ(skaters()[kHome], 4);
-    // Five on four and then five on three are two power plays; back to
+    // Five on four and then five on three are one power play; back to
     // five on four is none.
-    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 2);
-    EXPECT_EQ(s().pen.PenaltyKills[kHome], 2);
+    EXPECT_EQ(s().pen.PowerPlays[kVisitor], 1);
+    EXPECT_EQ(s().pen.PenaltyKills[kHome], 1);
     EXPECT_EQ(s().pen.PowerPlayGoals[kVisitor], 3);
 }
 
@@ -407,19 +407,19 @@ TEST_F(PenaltyGame, APowerPlayIsCountedWhenASideGainsTheEdge) {
     EXPECT_EQ(pp, (std::array<int, 2>{1, 1}));
     game->runPenaltyClock(30);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
-    // Two at once, a man each: two power plays, and none more as they end.
+    // Two at once, a man each: one power play, and none more as they end.
     game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor);
     game->assessPenalty(kHome, skater(kHome, 1), PenaltyType::Minor);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 3}));
     game->runPenaltyClock(120);
     EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
-    EXPECT_EQ(pp, (std::array<int, 2>{3, 1}));
-    EXPECT_EQ(s().pen.PenaltyKills, (std::array<int, 2>{1, 3}));
+    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
+    EXPECT_EQ(s().pen.PenaltyKills, (std::array<int, 2>{1, 2}));
     // A pulled goalie is no power play.
     GameState& e = game->editState();
     e.GoaliePulled[kHome] = true;
     game->runPenaltyClock(1);
-    EXPECT_EQ(pp, (std::array<int, 2>{3, 1}));
+    EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
 }
 
 TEST_F(PenaltyGame, APenaltyShotIsTakenAndCounted) {
