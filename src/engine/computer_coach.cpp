@@ -777,8 +777,8 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     for (int side : {kVisitor, kHome}) {
         SideTables& tables = session_.side(side);
         const OnIce& ice = s_.onIce[at(side)];
-        int own = s_.Skaters[at(side)];
-        int opp = s_.Skaters[at(other(side))];
+        int own = stepSkaters_[at(side)];
+        int opp = stepSkaters_[at(other(side))];
         int dressed = slotsSet(teams_[at(side)].candidate);
         double benchRate = .5 + (dressed <= 17 ? .05 : 0) + (dressed <= 16 ? .05 : 0);
         bool topLine = false;

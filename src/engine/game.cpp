@@ -244,6 +244,7 @@ void Game::PlayStep() {
     const Result drawn = s_.PlayResult;
     const int edge = strengthEdge();
     stepStrength_ = {strength(kVisitor), strength(kHome)};
+    stepSkaters_ = s_.Skaters;
     ApplyPlay();
     countStep(startZone, drawn, edge);
     if (rng_.rand(35) == 1) s_.find.LooseInClose = true;

@@ -669,9 +669,11 @@ private:
     NarrationState told_;
     PlayChances chances_{};
     PlayTally tally_{};
-    std::array<int, 2> stepStrength_{5, 5};
-    bool fightCounts_ =
-        false;  // the rosters carry real fight counts  // skaters of each side when the step's result was drawn
+    std::array<int, 2> stepStrength_{5, 5};  // skaters of each side when the step's result was drawn
+    // Manpower as the step began: its time is power-play or short-handed
+    // time by these counts, whatever the play itself called or ended.
+    std::array<int, 2> stepSkaters_{5, 5};
+    bool fightCounts_ = false;  // the rosters carry real fight counts
     bool driverRunning_ = false;
 
     // Answers kept for unitRatings by the key of what they rest on (0: none

@@ -513,6 +513,43 @@ TEST(IceTime, EveryDressedSkaterPlaysAndTheTimesAddUp) {
     }
 }
 
+// A step's time is power-play or short-handed time by the manpower the step
+// began with: the play that draws a penalty was played at even strength, and
+// the one in which a penalty runs out was still played a man up.
+TEST(IceTime, AStepCountsByTheManpowerItBeganWith) {
+    int manpowerChanges = 0;
+    for (std::uint64_t seed : {7u, 8u, 9u}) {
+        auto session = loaded(seed);
+        Game game(*session, GameOptions{.seed = seed});
+        game.InitGame();
+        while (!game.state().GameOverFlag) {
+            const std::array<int, 2> before = game.state().Skaters;
+            std::array<BySlot<std::pair<int, int>>, 2> times{};
+            for (int side : {kVisitor, kHome})
+                for (int slot = 0; slot < kRosterSlots; ++slot) {
+                    const StatLine& g = statLine(session->side(side).player(slot), StatLineIndex::Game);
+                    times[std::size_t(side)][std::size_t(slot)] = {g.ToiPP, g.ToiSH};
+                }
+            game.PlayStep();
+            if (game.state().Skaters != before) ++manpowerChanges;
+            for (int side : {kVisitor, kHome}) {
+                const int own = before[std::size_t(side)], opp = before[std::size_t(1 - side)];
+                for (int slot = 0; slot < kRosterSlots; ++slot) {
+                    const StatLine& g = statLine(session->side(side).player(slot), StatLineIndex::Game);
+                    const auto [pp, sh] = times[std::size_t(side)][std::size_t(slot)];
+                    if (own <= opp) {
+                        EXPECT_EQ(g.ToiPP, pp) << "seed " << seed << " side " << side;
+                    }
+                    if (own >= opp) {
+                        EXPECT_EQ(g.ToiSH, sh) << "seed " << seed << " side " << side;
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_GT(manpowerChanges, 10);  // the games had penalties called and served
+}
+
 // The bench: a man who hasn't played is at his full energy whatever was set
 // before the step, and a man of little stamina loses ground even sitting.
 TEST(IceTime, TheBenchRestsMenAsTheirStaminaAllows) {
