@@ -807,10 +807,21 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         // The bench first: recovery only, from the small per-slot tables,
         // and no draws, so the men on the ice still draw in slot order after
         // it; each loop's tests then run one way for most of its men.
+        // The box is a full rest: a man comes out of it fresh.
+        std::uint64_t boxed = 0;
+        for (const BoxPenalty& p : s_.pen.box[at(side)])
+            if (p.server >= 0 && p.server < kRosterSlots) boxed |= std::uint64_t{1} << p.server;
         for (std::uint64_t left = tracked & ~onIce; left != 0; left &= left - 1) {
             const int slot = std::countr_zero(left);
             double& secs = s_.ShiftSecs[at(side)][at(slot)];
             const int limit = tables.ShiftLimit[at(slot)];
+            if (boxed >> slot & 1) {
+                secs = 0;
+                s_.stint[at(side)][at(slot)] = 0;
+                s_.coach.wasOn[at(side)][at(slot)] = false;
+                s_.Energy[at(side)][at(slot)] = tables.MaxEnergy[at(slot)];
+                continue;
+            }
             if (restful && secs == 0 && s_.stint[at(side)][at(slot)] == 0 && !s_.coach.wasOn[at(side)][at(slot)] &&
                 (limit <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
                 const bool settled =

@@ -395,6 +395,21 @@ TEST_F(PenaltyGame, ADelayedPenaltyIsCalledWhenTheOffendersTouchThePuck) {
     }
 }
 
+// The box rests a man in full: whatever he had played, he comes out fresh.
+TEST_F(PenaltyGame, AManInTheBoxIsRestedInFull) {
+    const int tired = skater(kVisitor, 0);
+    const auto i = std::size_t(tired);
+    ASSERT_TRUE(s().onIce[kVisitor].holds(tired));
+    GameState& e = game->editState();
+    e.ShiftSecs[kVisitor][i] = 80;
+    e.Energy[kVisitor][i] = 55;
+    game->assessPenalty(kVisitor, tired, PenaltyType::Minor);
+    game->PlayStep();
+    ASSERT_TRUE(game->offIce(kVisitor, tired));
+    EXPECT_EQ(s().ShiftSecs[kVisitor][i], 0);
+    EXPECT_EQ(s().Energy[kVisitor][i], std::min(100, int(session->side(kVisitor).MaxEnergy[i])));
+}
+
 TEST_F(PenaltyGame, APowerPlayIsCountedWhenASideGainsTheEdge) {
     auto& pp = s().pen.PowerPlays;
     game->assessPenalty(kVisitor, skater(kVisitor, 0), PenaltyType::Minor);
