@@ -36,13 +36,15 @@ inline constexpr const char* kHighlightsFile = "HkHighlights.txt";
 inline constexpr const char* kInjuryHistoryFile = "HkInjuryHistory";
 
 // A whole-file table (the leaders, the top single games) as a run last
-// read or wrote it: the file's bytes and the record they decode to. While
-// the run's image of the file holds those bytes, the record is taken as it
-// stands instead of decoded again.
+// wrote it: the record and the mark its image took from that write
+// (FileImages::stamp). While the image keeps the mark, the record is taken
+// as it stands instead of decoded again. `spare` is the room its bytes were
+// written from, to be written into again rather than made anew.
 template <class R>
 struct KeptTable {
-    std::vector<std::uint8_t> bytes;
+    std::uint64_t stamp = 0;
     std::unique_ptr<R> record;
+    std::vector<std::uint8_t> spare;
 };
 
 struct KeptTables {
