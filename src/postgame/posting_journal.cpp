@@ -3,6 +3,9 @@
 #include <fmt/core.h>
 
 #include <fcntl.h>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <unistd.h>
 #include <algorithm>
 #include <array>
@@ -129,7 +132,27 @@ void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset,
 std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
     // Long equal stretches (a table that barely changed) in blocks, then words.
     constexpr std::size_t kBlock = 64;
+#if defined(__SSE2__)
+    // Sixteen bytes to a compare, four compares to a test, no call: a
+    // posting compares a few hundred kilobytes, nearly all of them equal.
+    auto equalMask = [&](std::size_t at) {
+        __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + at));
+        __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + at));
+        return _mm_cmpeq_epi8(x, y);
+    };
+    while (from + kBlock <= n) {
+        __m128i all = _mm_and_si128(_mm_and_si128(equalMask(from), equalMask(from + 16)),
+                                    _mm_and_si128(equalMask(from + 32), equalMask(from + 48)));
+        if (_mm_movemask_epi8(all) != 0xFFFF) break;
+        from += kBlock;
+    }
+    for (; from + 16 <= n; from += 16) {
+        auto equal = static_cast<unsigned>(_mm_movemask_epi8(equalMask(from)));
+        if (equal != 0xFFFFu) return from + static_cast<std::size_t>(std::countr_one(equal));
+    }
+#else
     while (from + kBlock <= n && std::memcmp(a + from, b + from, kBlock) == 0) from += kBlock;
+#endif
     for (; from + 8 <= n; from += 8) {
         std::uint64_t x = 0, y = 0;
         std::memcpy(&x, a + from, 8);
