@@ -204,8 +204,9 @@ void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
 void GameSession::scanSchedule(SideTables& s) {
     int count = 0;
     if (league_.schedule) {
+        // The team first: it plays in few of the rows, and the status is asked out of line.
         for (const GameRecord& g : league_.schedule->rows()) {
-            if (statusOf(g) == kDeleted || (g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId)) continue;
+            if ((g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId) || statusOf(g) == kDeleted) continue;
             ++count;
             s.scheduleOpen = s.scheduleOpen || isOpen(g);
         }
@@ -221,7 +222,7 @@ void GameSession::setLeagueDay(const SideTables& s) {
     int next = 0, last = 0;
     if (league_.schedule) {
         for (const GameRecord& g : league_.schedule->rows()) {
-            if (statusOf(g) == kDeleted || (g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId)) continue;
+            if ((g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId) || statusOf(g) == kDeleted) continue;
             int key = dateKey(g.Month, g.Day);
             if (isOpen(g) && (next == 0 || key < next)) next = key;
             if (statusOf(g) == kPlayed && key > last) last = key;
