@@ -41,6 +41,20 @@ FileChange slotChange(const std::string& name, std::size_t slot, std::size_t r, 
     return {name, false, static_cast<std::uint64_t>(r - 1) * slot, codec::recordBytes(rec)};
 }
 
+// A player's record change, written into a kept room when there is one:
+// every byte of the record is written over.
+FileChange playerChange(std::vector<std::vector<std::uint8_t>>* rooms, const PlayerRecord& p) {
+    std::vector<std::uint8_t> bytes;
+    if (rooms && !rooms->empty()) {
+        bytes = std::move(rooms->back());
+        rooms->pop_back();
+    }
+    bytes.resize(codec::Layout<PlayerRecord>::size);
+    codec::encode(p, bytes.data());
+    return {std::string(kPlayerFile), false, static_cast<std::uint64_t>(p.PlayerId - 1) * kPlayerSlot,
+            std::move(bytes)};
+}
+
 FileChange appendLines(FileImages* images, const fs::path& file, const std::string& name,
                        const std::vector<std::string>& lines) {
     std::string text;
@@ -914,8 +928,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             changes.push_back(slotChange(std::string(kTeamFile), kTeamSlot, at(t.TeamId), t.team));
             for (int slot = 0; slot < kRosterSlots; ++slot)
                 if (t.onTeam(slot))
-                    changes.push_back(
-                        slotChange(std::string(kPlayerFile), kPlayerSlot, at(t.player(slot).PlayerId), t.player(slot)));
+                    changes.push_back(playerChange(o.tables ? &o.tables->playerRooms : nullptr, t.player(slot)));
         }
         if (!game.playoff) {
             auto* kept = o.tables && o.images ? &o.tables->leaders : nullptr;
@@ -1029,6 +1042,10 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
 
     journal.commit(changes, writer);
     // The journal is done with the changes: the tables take their bytes rather than a copy.
+    if (o.tables) {
+        for (FileChange& c : changes)
+            if (!c.whole && c.name == kPlayerFile) o.tables->playerRooms.push_back(std::move(c.bytes));
+    }
     if (o.tables && o.images) {
         if (leaders)
             keepTable(o.tables->leaders, *o.images, locate(kLeadersFile), std::move(changes[leadersChange].bytes),

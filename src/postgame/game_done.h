@@ -50,6 +50,9 @@ struct KeptTable {
 struct KeptTables {
     KeptTable<LeadersRecord> leaders;
     KeptTable<Top40Record> top;
+    // The rooms the last posting's player records were written from, to be
+    // written into again rather than made anew for some seventy men a game.
+    std::vector<std::vector<std::uint8_t>> playerRooms;
 };
 
 struct PostingOptions {
