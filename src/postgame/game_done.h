@@ -72,7 +72,8 @@ struct PostingOptions {
     // The record books as a run keeps them decoded. Null: read at each posting.
     KeptRecordBooks* books = nullptr;
     // The leaders and top single games as a run keeps them; null: decoded
-    // from the file at each posting. Needs `images`.
+    // from the file at each posting. Needs `images`, the same at every
+    // posting: the marks the tables keep are those images' own.
     KeptTables* tables = nullptr;
 };
 
