@@ -204,8 +204,9 @@ void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
 void GameSession::scanSchedule(SideTables& s) {
     int count = 0;
     if (league_.schedule) {
+        // The team first: it plays in few of the rows, and the status is asked out of line.
         for (const GameRecord& g : league_.schedule->rows()) {
-            if (statusOf(g) == kDeleted || (g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId)) continue;
+            if ((g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId) || statusOf(g) == kDeleted) continue;
             ++count;
             s.scheduleOpen = s.scheduleOpen || isOpen(g);
         }
@@ -221,7 +222,7 @@ void GameSession::setLeagueDay(const SideTables& s) {
     int next = 0, last = 0;
     if (league_.schedule) {
         for (const GameRecord& g : league_.schedule->rows()) {
-            if (statusOf(g) == kDeleted || (g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId)) continue;
+            if ((g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId) || statusOf(g) == kDeleted) continue;
             int key = dateKey(g.Month, g.Day);
             if (isOpen(g) && (next == 0 || key < next)) next = key;
             if (statusOf(g) == kPlayed && key > last) last = key;
@@ -533,13 +534,18 @@ RateContext GameSession::rateContext(const SideTables& s, const PlayerRecord& p)
 
 void GameSession::computeRates(SideTables& s, Random& rng) {
     playerIndex();
+    // Each man's context once for all the work below: none of it changes
+    // what the context is made of (the flag set here isn't).
+    BySlot<RateContext> contexts{};
+    for (int slot = 0; slot < kRosterSlots; ++slot)
+        if (s.onTeam(slot)) contexts[static_cast<std::size_t>(slot)] = rateContext(s, s.player(slot));
     // Enforcers first: the fight and shift work reads the flag.
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         PlayerRecord& p = s.player(slot);
         const StatLine& real = realOf(p);
         if (!s.onTeam(slot) || real.GP < 1 || p.EnforcerStamp == kEnforcerStamp) continue;
         p.EnforcerStamp = kEnforcerStamp;
-        RateContext ctx = rateContext(s, p);
+        const RateContext& ctx = contexts[static_cast<std::size_t>(slot)];
         double am = realAverageMinutes(p, ctx);
         double hits60 = real.Hits / (real.GP * am + 0.1) * 60;
         p.Enforcer = enforcerByRecord(p, am, hits60, ctx.era.pimPerGame) ? 1 : 0;
@@ -547,7 +553,7 @@ void GameSession::computeRates(SideTables& s, Random& rng) {
     for (RateSet set : kRateSets)
         for (int slot = 0; slot < kRosterSlots; ++slot)
             if (s.onTeam(slot))
-                computeSetRates(set, s.player(slot), rateContext(s, s.player(slot)), rng,
+                computeSetRates(set, s.player(slot), contexts[static_cast<std::size_t>(slot)], rng,
                                 s.rates[static_cast<std::size_t>(slot)]);
 
     ShiftContext shift;

@@ -235,23 +235,34 @@ const std::vector<Run>& runsOf() {
     return runs;
 }
 
-// Most stretches are one value: a copy of a known width stays inline.
+// A long stretch, out of line: inlined where the record is small, the
+// compiler would take its copy for one past the record's end.
+[[gnu::noinline]] inline void copyLongRun(unsigned char* to, const unsigned char* from, std::size_t length) {
+    std::memcpy(to, from, length);
+}
+
+// Most stretches are short: up to 32 bytes they are copied inline, as two
+// copies of a fixed width that meet or overlap in the middle, rather than
+// through a call. The record and its bytes never overlap each other.
 inline void copyRun(unsigned char* to, const unsigned char* from, std::size_t length) {
-    switch (length) {
-        case 1:
-            *to = *from;
-            break;
-        case 2:
-            std::memcpy(to, from, 2);
-            break;
-        case 4:
-            std::memcpy(to, from, 4);
-            break;
-        case 8:
-            std::memcpy(to, from, 8);
-            break;
-        default:
-            std::memcpy(to, from, length);
+    auto ends = [&](auto width) {
+        constexpr std::size_t w = decltype(width)::value;
+        std::memcpy(to, from, w);
+        std::memcpy(to + length - w, from + length - w, w);
+    };
+    if (length >= 16) {
+        if (length <= 32)
+            ends(std::integral_constant<std::size_t, 16>{});
+        else
+            copyLongRun(to, from, length);
+    } else if (length >= 8) {
+        ends(std::integral_constant<std::size_t, 8>{});
+    } else if (length >= 4) {
+        ends(std::integral_constant<std::size_t, 4>{});
+    } else if (length >= 2) {
+        ends(std::integral_constant<std::size_t, 2>{});
+    } else if (length == 1) {
+        *to = *from;
     }
 }
 

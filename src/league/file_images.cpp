@@ -6,12 +6,17 @@
 
 namespace tallyrink {
 
-const std::vector<std::uint8_t>& FileImages::bytes(const std::filesystem::path& path) {
+FileImages::Image& FileImages::imageRead(const std::filesystem::path& path) {
     auto key = path.string();
     auto it = images_.find(key);
-    if (it == images_.end()) it = images_.emplace(std::move(key), Image{readBytes(path), false, {}}).first;
-    return it->second.bytes;
+    if (it == images_.end())
+        it = images_.emplace(std::move(key), Image{readBytes(path), false, {}, ++lastStamp_}).first;
+    return it->second;
 }
+
+const std::vector<std::uint8_t>& FileImages::bytes(const std::filesystem::path& path) { return imageRead(path).bytes; }
+
+std::uint64_t FileImages::stamp(const std::filesystem::path& path) { return imageRead(path).stamp; }
 
 std::vector<std::uint8_t> FileImages::readSlot(const std::filesystem::path& path, std::size_t slot, std::size_t r) {
     std::vector<std::uint8_t> out(slot, 0);
@@ -52,6 +57,7 @@ void FileImages::writeAt(const std::filesystem::path& path, std::uint64_t offset
 }
 
 void FileImages::put(Image& image, std::uint64_t offset, std::span<const std::uint8_t> bytes) {
+    image.stamp = ++lastStamp_;
     if (image.watched) note(image, offset, offset + bytes.size());
     auto& held = image.bytes;
     auto end = static_cast<std::size_t>(offset) + bytes.size();
@@ -64,6 +70,7 @@ void FileImages::replace(const std::filesystem::path& path, std::span<const std:
     auto it = images_.find(path.string());
     if (it == images_.end()) return;
     it->second.bytes.assign(bytes.begin(), bytes.end());
+    it->second.stamp = ++lastStamp_;
     if (it->second.watched) {
         it->second.written.whole = true;
         it->second.written.ranges.clear();
@@ -88,8 +95,7 @@ void FileImages::note(Image& image, std::uint64_t begin, std::uint64_t end) {
 }
 
 void FileImages::watch(const std::filesystem::path& path) {
-    bytes(path);
-    Image& image = images_.find(path.string())->second;
+    Image& image = imageRead(path);
     image.watched = true;
     image.written = {};
 }

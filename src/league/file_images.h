@@ -58,6 +58,13 @@ public:
     void replace(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
     void forget(const std::filesystem::path& path) { images_.erase(path.string()); }
 
+    // A mark of the image as it stands (reading it if need be): any write,
+    // replacement, or a forgetting and reading again gives it a new one, never
+    // one it or another image had before. A reader that keeps what it decoded
+    // from an image knows it still holds while the mark is the same, without
+    // comparing the bytes.
+    [[nodiscard]] std::uint64_t stamp(const std::filesystem::path& path);
+
     // What was written to a watched file since it was last asked.
     struct Written {
         bool whole = false;  // replaced, forgotten or written too often to list: read it all again
@@ -81,12 +88,15 @@ private:
         std::vector<std::uint8_t> bytes;
         bool watched = false;
         Written written;
+        std::uint64_t stamp = 0;
     };
     static void note(Image& image, std::uint64_t begin, std::uint64_t end);
     Image* imageOf(const std::filesystem::path& path);
-    static void put(Image& image, std::uint64_t offset, std::span<const std::uint8_t> bytes);
+    Image& imageRead(const std::filesystem::path& path);
+    void put(Image& image, std::uint64_t offset, std::span<const std::uint8_t> bytes);
 
     std::unordered_map<std::string, Image> images_;
+    std::uint64_t lastStamp_ = 0;  // the last mark given out, to any image
 };
 
 // Reads of a league file through the run's images when there are any, else

@@ -63,38 +63,37 @@ int unmarkGames(Schedule& schedule) {
 }
 
 std::optional<std::size_t> PlayCommandChosen(const Schedule& schedule) {
-    const auto& rows = schedule.rows();
-    int firstHumanKey = kNoGameKey;
-    for (const auto& g : rows)
-        if (statusOf(g) == kMarked && !bothComputer(g)) firstHumanKey = std::min(firstHumanKey, keyOf(g));
-
-    std::optional<std::size_t> chosen;
-    int chosenKey = kNoGameKey;
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        const GameRecord& g = rows[i];
-        if (statusOf(g) != kMarked || !bothComputer(g)) continue;
-        int key = keyOf(g);
-        if (key <= firstHumanKey && key < chosenKey) {
-            chosen = i + 1;
-            chosenKey = key;
-        }
-    }
-    // A game of an earlier date, whoever coaches it, goes first.
-    bool earlier = false;
-    for (const auto& g : rows)
-        if (statusOf(g) == kMarked && keyOf(g) < chosenKey) earlier = true;
-    if (earlier || !chosen) {
-        chosen.reset();
-        chosenKey = kNoGameKey + 1;
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            const GameRecord& g = rows[i];
-            if (statusOf(g) == kMarked && keyOf(g) < chosenKey) {
-                chosen = i + 1;
-                chosenKey = keyOf(g);
+    // One look at each row, as the run asks before every game: the earliest
+    // date of a human game, the first computer game of the earliest date and
+    // the first game of the earliest date whoever coaches it.
+    struct First {
+        int key = kNoGameKey + 1;
+        std::size_t row = 0;
+        void offer(int k, std::size_t r) {
+            if (k < key) {
+                key = k;
+                row = r;
             }
         }
+    };
+    int firstHumanKey = kNoGameKey;
+    First computer, any;
+    const auto& rows = schedule.rows();
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const GameRecord& g = rows[i];
+        if (statusOf(g) != kMarked) continue;
+        int key = keyOf(g);
+        any.offer(key, i + 1);
+        if (!bothComputer(g))
+            firstHumanKey = std::min(firstHumanKey, key);
+        else if (key < kNoGameKey)
+            computer.offer(key, i + 1);
     }
-    return chosen;
+    // A computer game goes first on a day that has human games too, but a
+    // game of an earlier date, whoever coaches it, goes before it.
+    if (computer.row != 0 && computer.key <= firstHumanKey && !(any.key < computer.key)) return computer.row;
+    if (any.row != 0) return any.row;
+    return std::nullopt;
 }
 
 AutoplayResult runAutoplay(Schedule& schedule, const ActiveTeams& active, GameRunner& runner,

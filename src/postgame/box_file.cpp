@@ -283,15 +283,20 @@ std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame
     return box;
 }
 
-std::vector<std::uint8_t> boxBytes(const BoxFile& box) {
+void putBoxBytes(const BoxFile& box, std::uint8_t* out) {
     // Each record straight into its slot of the image.
     constexpr std::size_t r1 = codec::slotWidth<BoxRecord1>(), r2 = codec::slotWidth<BoxRecord2>(),
                           play = codec::slotWidth<BoxPlayRecord>();
-    std::vector<std::uint8_t> out(r1 + r2 + 2 * play);
-    codec::putSlot(box.r1, out.data());
-    codec::putSlot(box.r2, out.data() + r1);
-    codec::putSlot(box.plays[0], out.data() + r1 + r2);
-    codec::putSlot(box.plays[1], out.data() + r1 + r2 + play);
+    static_assert(r1 + r2 + 2 * play == kBoxFileBytes);
+    codec::putSlot(box.r1, out);
+    codec::putSlot(box.r2, out + r1);
+    codec::putSlot(box.plays[0], out + r1 + r2);
+    codec::putSlot(box.plays[1], out + r1 + r2 + play);
+}
+
+std::vector<std::uint8_t> boxBytes(const BoxFile& box) {
+    std::vector<std::uint8_t> out(kBoxFileBytes);
+    putBoxBytes(box, out.data());
     return out;
 }
 

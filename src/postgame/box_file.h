@@ -50,6 +50,9 @@ std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame
 
 // The file image: four slots of 30,000 bytes.
 std::vector<std::uint8_t> boxBytes(const BoxFile& box);
+inline constexpr std::size_t kBoxFileBytes = 4 * kBoxSlot;
+// The same into the kBoxFileBytes at `out`, every one of them written.
+void putBoxBytes(const BoxFile& box, std::uint8_t* out);
 
 // Reads a box file; a file shorter than four records is read as far as it
 // goes. Throws FileError when the file is missing or holds less than a

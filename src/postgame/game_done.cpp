@@ -41,6 +41,20 @@ FileChange slotChange(const std::string& name, std::size_t slot, std::size_t r, 
     return {name, false, static_cast<std::uint64_t>(r - 1) * slot, codec::recordBytes(rec)};
 }
 
+// A player's record change, written into a kept room when there is one:
+// every byte of the record is written over.
+FileChange playerChange(std::vector<std::vector<std::uint8_t>>* rooms, const PlayerRecord& p) {
+    std::vector<std::uint8_t> bytes;
+    if (rooms && !rooms->empty()) {
+        bytes = std::move(rooms->back());
+        rooms->pop_back();
+    }
+    bytes.resize(codec::Layout<PlayerRecord>::size);
+    codec::encode(p, bytes.data());
+    return {std::string(kPlayerFile), false, static_cast<std::uint64_t>(p.PlayerId - 1) * kPlayerSlot,
+            std::move(bytes)};
+}
+
 FileChange appendLines(FileImages* images, const fs::path& file, const std::string& name,
                        const std::vector<std::string>& lines) {
     std::string text;
@@ -63,19 +77,33 @@ int teamPim(const SideTables& t) {
     return pim;
 }
 
-// A whole-file table: the run's kept record while the image holds the bytes
-// it came from (it is handed over, and kept again once the posting stands),
-// else decoded from the file.
+// A whole-file table: the run's kept record while the image is as the
+// run's last posting left it (the record is handed over, and kept again
+// once the posting stands), else decoded from the file.
 template <codec::Record R>
 std::unique_ptr<R> readTable(FileImages* images, const fs::path& file, KeptTable<R>* kept) {
-    if (images && kept && kept->record && images->bytes(file) == kept->bytes) return std::move(kept->record);
+    if (images && kept && kept->record && images->stamp(file) == kept->stamp) return std::move(kept->record);
+    if (kept) kept->record.reset();
     return std::make_unique<R>(readRecordVia<R>(images, file, kBoxSlot, 1));
 }
 
+// The table's whole-file bytes, written into the kept room when there is one.
+template <codec::Record R>
+std::vector<std::uint8_t> tableBytes(const R& record, KeptTable<R>* kept) {
+    if (!kept) return codec::toSlot(record);
+    std::vector<std::uint8_t> bytes = std::move(kept->spare);
+    // Every byte of the slot is written over: its old bytes needn't be cleared.
+    bytes.resize(codec::slotWidth<R>());
+    codec::putSlot(record, bytes.data());
+    return bytes;
+}
+
 template <class R>
-void keepTable(KeptTable<R>& kept, std::vector<std::uint8_t>&& bytes, std::unique_ptr<R> record) {
-    kept.bytes = std::move(bytes);
+void keepTable(KeptTable<R>& kept, FileImages& images, const fs::path& file, std::vector<std::uint8_t>&& bytes,
+               std::unique_ptr<R> record) {
+    kept.stamp = images.stamp(file);
     kept.record = std::move(record);
+    kept.spare = std::move(bytes);
 }
 
 std::string monthAbbrev(int calendarMonth) { return std::string(monthName(calendarMonth)).substr(0, 3); }
@@ -900,19 +928,20 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             changes.push_back(slotChange(std::string(kTeamFile), kTeamSlot, at(t.TeamId), t.team));
             for (int slot = 0; slot < kRosterSlots; ++slot)
                 if (t.onTeam(slot))
-                    changes.push_back(
-                        slotChange(std::string(kPlayerFile), kPlayerSlot, at(t.player(slot).PlayerId), t.player(slot)));
+                    changes.push_back(playerChange(o.tables ? &o.tables->playerRooms : nullptr, t.player(slot)));
         }
         if (!game.playoff) {
-            leaders = readTable(o.images, locate(kLeadersFile), o.tables ? &o.tables->leaders : nullptr);
+            auto* kept = o.tables && o.images ? &o.tables->leaders : nullptr;
+            leaders = readTable(o.images, locate(kLeadersFile), kept);
             postLeaders(*leaders, session);
             leadersChange = changes.size();
-            changes.push_back({kLeadersFile, true, 0, codec::toSlot(*leaders)});
+            changes.push_back({kLeadersFile, true, 0, tableBytes(*leaders, kept)});
         }
-        top = readTable(o.images, locate(kTop40File), o.tables ? &o.tables->top : nullptr);
+        auto* kept = o.tables && o.images ? &o.tables->top : nullptr;
+        top = readTable(o.images, locate(kTop40File), kept);
         postTop40(*top, session, game, res.boxFile);
         topChange = changes.size();
-        changes.push_back({kTop40File, true, 0, codec::toSlot(*top)});
+        changes.push_back({kTop40File, true, 0, tableBytes(*top, kept)});
     }
 
     // The schedule row and SCORES.
@@ -1004,13 +1033,26 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // outside the journal, which it would more than double: a failure before
     // the journal leaves it unnamed, and the game's next posting writes it
     // again under the same name.
-    if (leagueGame) writer.replace(locate(res.boxFile), boxBytes(*box));
+    if (leagueGame) {
+        // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
+        auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
+        putBoxBytes(*box, bytes.get());
+        writer.replace(locate(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+    }
 
     journal.commit(changes, writer);
     // The journal is done with the changes: the tables take their bytes rather than a copy.
     if (o.tables) {
-        if (leaders) keepTable(o.tables->leaders, std::move(changes[leadersChange].bytes), std::move(leaders));
-        if (top) keepTable(o.tables->top, std::move(changes[topChange].bytes), std::move(top));
+        for (FileChange& c : changes)
+            if (!c.whole && c.name == kPlayerFile) o.tables->playerRooms.push_back(std::move(c.bytes));
+    }
+    if (o.tables && o.images) {
+        if (leaders)
+            keepTable(o.tables->leaders, *o.images, locate(kLeadersFile), std::move(changes[leadersChange].bytes),
+                      std::move(leaders));
+        if (top)
+            keepTable(o.tables->top, *o.images, locate(kTop40File), std::move(changes[topChange].bytes),
+                      std::move(top));
     }
     if (o.books) o.books->written();
     keptBooks.written = true;

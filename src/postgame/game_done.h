@@ -36,18 +36,23 @@ inline constexpr const char* kHighlightsFile = "HkHighlights.txt";
 inline constexpr const char* kInjuryHistoryFile = "HkInjuryHistory";
 
 // A whole-file table (the leaders, the top single games) as a run last
-// read or wrote it: the file's bytes and the record they decode to. While
-// the run's image of the file holds those bytes, the record is taken as it
-// stands instead of decoded again.
+// wrote it: the record and the mark its image took from that write
+// (FileImages::stamp). While the image keeps the mark, the record is taken
+// as it stands instead of decoded again. `spare` is the room its bytes were
+// written from, to be written into again rather than made anew.
 template <class R>
 struct KeptTable {
-    std::vector<std::uint8_t> bytes;
+    std::uint64_t stamp = 0;
     std::unique_ptr<R> record;
+    std::vector<std::uint8_t> spare;
 };
 
 struct KeptTables {
     KeptTable<LeadersRecord> leaders;
     KeptTable<Top40Record> top;
+    // The rooms the last posting's player records were written from, to be
+    // written into again rather than made anew for some seventy men a game.
+    std::vector<std::vector<std::uint8_t>> playerRooms;
 };
 
 struct PostingOptions {
@@ -67,7 +72,8 @@ struct PostingOptions {
     // The record books as a run keeps them decoded. Null: read at each posting.
     KeptRecordBooks* books = nullptr;
     // The leaders and top single games as a run keeps them; null: decoded
-    // from the file at each posting. Needs `images`.
+    // from the file at each posting. Needs `images`, the same at every
+    // posting: the marks the tables keep are those images' own.
     KeptTables* tables = nullptr;
 };
 

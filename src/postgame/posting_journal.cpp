@@ -3,6 +3,9 @@
 #include <fmt/core.h>
 
 #include <fcntl.h>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <unistd.h>
 #include <algorithm>
 #include <array>
@@ -129,7 +132,27 @@ void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset,
 std::size_t firstDifference(const std::uint8_t* a, const std::uint8_t* b, std::size_t from, std::size_t n) {
     // Long equal stretches (a table that barely changed) in blocks, then words.
     constexpr std::size_t kBlock = 64;
+#if defined(__SSE2__)
+    // Sixteen bytes to a compare, four compares to a test, no call: a
+    // posting compares a few hundred kilobytes, nearly all of them equal.
+    auto equalMask = [&](std::size_t at) {
+        __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + at));
+        __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + at));
+        return _mm_cmpeq_epi8(x, y);
+    };
+    while (from + kBlock <= n) {
+        __m128i all = _mm_and_si128(_mm_and_si128(equalMask(from), equalMask(from + 16)),
+                                    _mm_and_si128(equalMask(from + 32), equalMask(from + 48)));
+        if (_mm_movemask_epi8(all) != 0xFFFF) break;
+        from += kBlock;
+    }
+    for (; from + 16 <= n; from += 16) {
+        auto equal = static_cast<unsigned>(_mm_movemask_epi8(equalMask(from)));
+        if (equal != 0xFFFFu) return from + static_cast<std::size_t>(std::countr_one(equal));
+    }
+#else
     while (from + kBlock <= n && std::memcmp(a + from, b + from, kBlock) == 0) from += kBlock;
+#endif
     for (; from + 8 <= n; from += 8) {
         std::uint64_t x = 0, y = 0;
         std::memcpy(&x, a + from, 8);
@@ -429,7 +452,17 @@ bool PostingJournal::pending() const {
     return got != static_cast<ssize_t>(head.size()) || std::string_view(head.data(), head.size()) != kDoneJournal;
 }
 
-std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes) const {
+const std::filesystem::path& PostingJournal::Targets::of(const std::string& name) {
+    for (const auto& [known, path] : known_)
+        if (known == name) return path;
+    // A change outside the league folder (the all-time records) carries its whole path.
+    std::filesystem::path named(name);
+    known_.emplace_back(name, named.is_absolute() ? std::move(named) : journal_.locate(name));
+    return known_.back().second;
+}
+
+std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes,
+                                                            Targets& targets) const {
     std::vector<Piece> out;
     out.reserve(changes.size());
     // Ranges this posting has changed already, by file: a later change over
@@ -447,8 +480,7 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         touched.emplace_back(&c.name, begin, end);
         // Changes of one file come in a row: its name is looked up once.
         if (lastName == nullptr || c.name != *lastName) {
-            std::filesystem::path named(c.name);
-            image = images_->held(named.is_absolute() ? named : locate(c.name));
+            image = images_->held(targets.of(c.name));
             lastName = &c.name;
         }
         if (image == nullptr || overlaps || (c.whole && image->size() != c.bytes.size())) {
@@ -508,19 +540,11 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
     return out;
 }
 
-void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer) const {
+void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer, Targets& targets) const {
     std::vector<FileWriter::At> run;
-    // Pieces of one file come in a row: its path is worked out once.
-    const std::string* lastName = nullptr;
-    std::filesystem::path target;
     for (std::size_t i = 0; i < pieces.size();) {
         const Piece& c = pieces[i];
-        if (lastName == nullptr || *c.name != *lastName) {
-            // A change outside the league folder (the all-time records) carries its whole path.
-            std::filesystem::path named(*c.name);
-            target = named.is_absolute() ? std::move(named) : locate(*c.name);
-            lastName = c.name;
-        }
+        const std::filesystem::path& target = targets.of(*c.name);
         if (c.whole) {
             writer.replace(target, c.bytes);
             ++i;
@@ -536,9 +560,10 @@ void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer) co
 }
 
 void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& writer) const {
-    auto pieces = images_ != nullptr ? narrowed(changes) : piecesOf(changes);
+    Targets targets(*this);
+    auto pieces = images_ != nullptr ? narrowed(changes, targets) : piecesOf(changes);
     writer.writeJournal(path(), encode(pieces));
-    apply(pieces, writer);
+    apply(pieces, writer, targets);
 }
 
 bool PostingJournal::recover(FileWriter& writer) const {
@@ -546,7 +571,8 @@ bool PostingJournal::recover(FileWriter& writer) const {
     if (own ? !*own : !pending()) return false;
     auto p = path();
     auto changes = decode(readBytes(p), p.string());
-    apply(piecesOf(changes), writer);
+    Targets targets(*this);
+    apply(piecesOf(changes), writer, targets);
     return true;
 }
 

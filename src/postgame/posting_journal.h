@@ -12,6 +12,7 @@
 // that finishes the posting.
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <optional>
 #include <span>
@@ -157,12 +158,24 @@ private:
     static std::vector<Piece> piecesOf(const std::vector<FileChange>& changes);
     static std::vector<std::uint8_t> encode(std::span<const Piece> pieces);
 
-    void apply(std::span<const Piece> pieces, FileWriter& writer) const;
+    // The files of one commit by the names its changes give, each looked up
+    // once for the narrowing and the writes both.
+    class Targets {
+    public:
+        explicit Targets(const PostingJournal& journal) : journal_(journal) {}
+        const std::filesystem::path& of(const std::string& name);
+
+    private:
+        const PostingJournal& journal_;
+        std::deque<std::pair<std::string, std::filesystem::path>> known_;  // deque: a path found stays put
+    };
+
+    void apply(std::span<const Piece> pieces, FileWriter& writer, Targets& targets) const;
     [[nodiscard]] std::filesystem::path path() const;
 
     [[nodiscard]] std::filesystem::path locate(std::string_view name) const;
 
-    [[nodiscard]] std::vector<Piece> narrowed(const std::vector<FileChange>& changes) const;
+    [[nodiscard]] std::vector<Piece> narrowed(const std::vector<FileChange>& changes, Targets& targets) const;
 
     std::filesystem::path dir_;
     FolderNames* names_;

@@ -445,6 +445,9 @@ std::optional<int> playerRecordValue(int category, RecordScope scope, const Play
 
 namespace {
 
+// Past any key: a code's length, its lowest byte, is at most three.
+constexpr std::uint32_t kNoTeamKey = 0xFFFFFFFF;
+
 // A team code as the places compare it (trimmed), in one word: its length
 // and up to three characters.
 std::uint32_t teamKey(std::string_view code) {
@@ -490,7 +493,7 @@ void RecordBook::noteEntry(std::size_t r) {
     Places& p = places_[r];
     for (std::size_t k = 0; k < kRecordPlaces; ++k) {
         p.held[k] = !e.RecordName[k].blank();
-        p.teamKey[k] = teamKey(e.RecordTeam[k].view());
+        p.heldTeamKey[k] = p.held[k] ? teamKey(e.RecordTeam[k].view()) : kNoTeamKey;
     }
     p.lastValue = e.RecordValue[kRecordPlaces - 1];
 }
@@ -499,7 +502,7 @@ bool RecordBook::turnedAway(int category, RecordScope scope, int value, const Ho
     const Places& p = places_[recordNumber(category, scope)];
     if (scope == RecordScope::Season)
         for (std::size_t k = 0; k < kRecordPlaces; ++k)
-            if (p.held[k] && p.teamKey[k] == who.teamKey) return false;
+            if (p.heldTeamKey[k] == who.teamKey) return false;
     constexpr std::size_t last = kRecordPlaces - 1;
     // A fifth place nobody holds takes any value but nothing at all.
     return p.held[last] ? !better(category, value, p.lastValue) : !(lowerIsBetter(category) || value > 0);
@@ -532,7 +535,7 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     if (scope == RecordScope::Season) {
         const Places& places = places_[r];
         for (std::size_t k = 0; k < kRecordPlaces && !own; ++k) {
-            if (!places.held[k] || places.teamKey[k] != who.teamKey) continue;
+            if (places.heldTeamKey[k] != who.teamKey) continue;
             if (!who.name) who.name.emplace().assign(who.who.name);
             if (e.RecordName[k].view() == who.name->view()) own = k;
         }

@@ -126,7 +126,9 @@ private:
     // Of one record, what insert asks of every place before it touches it.
     struct Places {
         std::array<bool, kRecordPlaces> held{};
-        std::array<std::uint32_t, kRecordPlaces> teamKey{};
+        // The team key of each place held, and for a place nobody holds a
+        // key no team has: one compare finds his team's places.
+        std::array<std::uint32_t, kRecordPlaces> heldTeamKey{};
         std::int16_t lastValue = 0;  // the fifth place's value
     };
     // True when `value` can't enter nor move his own season place: most of

@@ -160,6 +160,19 @@ TEST(RecordCodec, BlockCopiesMatchTheFieldWalk) {
     expectCopiesMatchFieldWalk<GameRecord>();
 }
 
+TEST(RecordCodec, AStretchCopiesItsBytesAndNoOthersWhateverItsLength) {
+    std::vector<unsigned char> from(80);
+    for (std::size_t i = 0; i < from.size(); ++i) from[i] = static_cast<unsigned char>(i + 1);
+    for (std::size_t length = 0; length <= 70; ++length) {
+        std::vector<unsigned char> to(80, 0);
+        codec::copyRun(to.data() + 3, from.data() + 5, length);
+        for (std::size_t i = 0; i < to.size(); ++i) {
+            bool inside = i >= 3 && i < 3 + length;
+            ASSERT_EQ(to[i], inside ? from[i + 2] : 0) << "length " << length << ", byte " << i;
+        }
+    }
+}
+
 TEST(RecordCodec, LittleEndianValuesLandAtTheirOffsets) {
     PlayerRecord p{};
     p.PlayerId = 0x0102;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "support/temp_dir.h"
 
 namespace tallyrink {
@@ -58,6 +60,43 @@ TEST(AutoplayChoice, EqualDatesGoByRowAndNothingMarkedIsNone) {
     EXPECT_FALSE(PlayCommandChosen(s));
     markGames(s, MarkScope::All, {});
     EXPECT_EQ(PlayCommandChosen(s), 1u);
+}
+
+// The choice told step by step: the computer games of the earliest day
+// that has any human game or of an earlier one, the first of the earliest
+// of them; unless a game of an earlier date waits, which goes first.
+std::optional<std::size_t> chosenStepByStep(const Schedule& s) {
+    auto marked = [&](std::size_t r) { return statusOf(s.row(r)) == kMarked; };
+    auto computer = [&](std::size_t r) { return s.row(r).Coach[0].raw[0] == 'C' && s.row(r).Coach[1].raw[0] == 'C'; };
+    auto key = [&](std::size_t r) { return dateKey(s.row(r).Month, s.row(r).Day); };
+    auto first = [&](auto wanted) {
+        std::optional<std::size_t> best;
+        for (std::size_t r = 1; r <= s.size(); ++r)
+            if (marked(r) && wanted(r) && (!best || key(r) < key(*best))) best = r;
+        return best;
+    };
+    auto human = first([&](std::size_t r) { return !computer(r); });
+    auto chosen = first([&](std::size_t r) { return computer(r) && (!human || key(r) <= key(*human)); });
+    auto any = first([](std::size_t) { return true; });
+    if (chosen && key(*any) == key(*chosen)) return chosen;
+    return any;
+}
+
+TEST(AutoplayChoice, EveryMixOfDatesCoachesAndMarksChoosesAsToldStepByStep) {
+    TempDir dir;
+    std::mt19937 draws(11);
+    for (int round = 0; round < 300; ++round) {
+        std::vector<Game> games;
+        int n = 1 + static_cast<int>(draws() % 8);
+        for (int k = 0; k < n; ++k)
+            games.push_back({1 + k % 3, 4 + k % 3, draws() % 2 ? 10 : 1, 1 + static_cast<int>(draws() % 3),
+                             draws() % 3 == 0 ? 'H' : 'C'});
+        Schedule s = scheduleOf(dir, games);
+        markGames(s, MarkScope::All, {});
+        for (std::size_t r = 1; r <= s.size(); ++r)
+            if (draws() % 4 == 0) s.row(r).Status.raw[0] = kPlayed;
+        ASSERT_EQ(PlayCommandChosen(s), chosenStepByStep(s)) << "round " << round;
+    }
 }
 
 TEST(AutoplayMarking, ScopesMeasureFromTheDateAndAugustOpensTheSeason) {

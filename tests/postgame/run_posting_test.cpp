@@ -510,5 +510,39 @@ TEST(RunPosting, AWatchedImageTellsWhatWasWrittenSinceTheLastLook) {
     EXPECT_TRUE(images.takeWritten(dir / "A").whole);
 }
 
+TEST(RunPosting, AnImagesMarkChangesAtEveryWriteAndNeverComesBack) {
+    TempDir dir;
+    writeFileAtomic(dir / "A", std::string("abcdef"));
+    writeFileAtomic(dir / "B", std::string("ghijkl"));
+    FileImages images;
+    std::vector<std::uint64_t> seen{images.stamp(dir / "A"), images.stamp(dir / "B")};
+    EXPECT_EQ(images.stamp(dir / "A"), seen[0]);  // reading is no change
+    images.bytes(dir / "A");
+    EXPECT_EQ(images.stamp(dir / "A"), seen[0]);
+    std::vector<std::uint8_t> same{'a'};
+    auto changed = [&](const char* name) {
+        std::uint64_t now = images.stamp(dir / name);
+        bool fresh = std::find(seen.begin(), seen.end(), now) == seen.end();
+        seen.push_back(now);
+        return fresh;
+    };
+    images.writeAt(dir / "A", 0, same);  // the same byte over itself still counts
+    EXPECT_TRUE(changed("A"));
+    struct W {
+        std::uint64_t offset;
+        std::span<const std::uint8_t> bytes;
+    };
+    images.writeEach(dir / "A", std::vector<W>{{2, same}, {9, same}});
+    EXPECT_TRUE(changed("A"));
+    images.writeAt(dir / "B", 0, same);
+    EXPECT_TRUE(changed("B"));
+    images.replace(dir / "A", same);
+    EXPECT_TRUE(changed("A"));
+    // Read again from the disk after being forgotten: a mark never given.
+    images.forget(dir / "A");
+    EXPECT_TRUE(changed("A"));
+    EXPECT_EQ(images.stamp(dir / "A"), seen.back());
+}
+
 }  // namespace
 }  // namespace tallyrink
