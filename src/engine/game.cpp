@@ -60,6 +60,7 @@ Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
 
 void Game::InitGame() {
     s_ = GameState{};
+    keptOffChanged();
     unitMemo_ = {};
     eraMemo_ = {};
     placementMemo_ = {};

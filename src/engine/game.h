@@ -215,6 +215,7 @@ public:
         layPickBase();
         unitMemo_ = {};
         placementMemo_ = {};
+        keptOffChanged();
         return s_;
     }
     [[nodiscard]] const GameSession& session() const { return session_; }
@@ -325,7 +326,16 @@ private:
     void endPenalty(int side, std::size_t index, bool told = true);
     void startWaitingPenalties(int side);
     void recountSkaters();
-    [[nodiscard]] bool heldAsKeptOff(int side) const;
+    [[nodiscard]] bool heldAsKeptOff(int side, bool* anyOff = nullptr) const;
+    // heldAsKeptOff for the quiet step, from what was found when nobody was
+    // out, hurt or held, while that still stands.
+    [[nodiscard]] bool keptOffQuiet(int side);
+    // Who is out, hurt, held or fit to play has changed: the kept answer of
+    // keptOffQuiet is asked again.
+    void keptOffChanged() {
+        keptOffQuiet_[0].goalie = kNoSlot - 1;
+        keptOffQuiet_[1].goalie = kNoSlot - 1;
+    }
     // Skaters a side dresses on the ice at full strength: five, or in
     // overtime four or three by the league's overtime rule.
     [[nodiscard]] int fullStrength() const;
@@ -771,6 +781,16 @@ private:
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.
     std::array<std::uint64_t, 2> fatigueTracked_{};
+    // By side, what heldAsKeptOff read besides the tables keptOffChanged
+    // watches, when it last found the side as keepPenalizedOff would leave
+    // it: the goalie's slot (no slot can hold kNoSlot - 1, which says
+    // nothing is kept) and, when anyone is out or hurt, who was on the ice.
+    struct KeptOffQuiet {
+        int goalie = kNoSlot - 1;
+        bool anyOff = false;
+        OnIce ice;
+    };
+    std::array<KeptOffQuiet, 2> keptOffQuiet_{};
     // Answers kept for eraFiguresOf: the era table and the teams' levels
     // hold through a game. Cleared when a game starts.
     struct EraFiguresMemo {
