@@ -492,7 +492,7 @@ PlayChances Game::ChanceTable() {
         }
         RushGoalPct(c);
     } else {
-        c.EntryChance = ratedPlay ? static_cast<int>(roundHalfEven(s_.PlayRating * 30)) : 30;
+        c.EntryChance = ratedPlay ? roundToInt(s_.PlayRating * 30) : 30;
         if (shorthanded) c.EntryChance = 0;
         if (stronger) c.EntryChance += strength(side) - strength(opp) > 1 ? 300 : 200;
         c.EntryChance = std::min(c.EntryChance, 500);
@@ -1078,9 +1078,9 @@ PlayChances Game::ChanceTable() {
     gp = std::max(gp, 0.005);
 
     // Step 35: the endings of a shot.
-    c.GoalChance = static_cast<int>(roundHalfEven(shoot * c.OnNetShare * gp));
-    c.SaveChance = static_cast<int>(roundHalfEven((c.OnNetShare - gp) * shoot));
-    c.MissChance = static_cast<int>(roundHalfEven((shoot - c.GoalChance - c.SaveChance) * c.MissShare));
+    c.GoalChance = roundToInt(shoot * c.OnNetShare * gp);
+    c.SaveChance = roundToInt((c.OnNetShare - gp) * shoot);
+    c.MissChance = roundToInt((shoot - c.GoalChance - c.SaveChance) * c.MissShare);
     if (emptyNetOpp) {
         c.MissChance += c.SaveChance;
         c.SaveChance = 0;
@@ -1134,9 +1134,9 @@ PlayChances Game::ChanceTable() {
     if (emptyNetOpp && ownHalf) {
         if (call == Call::Shoot) {
             shoot = z == Zone::NeutralZone ? 900 : 800;
-            c.GoalChance = static_cast<int>(roundHalfEven(shoot * gp));
+            c.GoalChance = roundToInt(shoot * gp);
             if (z == Zone::DefenseZone) scale(c.GoalChance, 0.4);
-            c.BlockChance = static_cast<int>(roundHalfEven((shoot - c.GoalChance) * 0.2));
+            c.BlockChance = roundToInt((shoot - c.GoalChance) * 0.2);
             c.MissChance = shoot - c.GoalChance - c.BlockChance;
             c.SaveChance = 0;
             c.EntryChance = c.PassChance = c.ClearChance = 0;

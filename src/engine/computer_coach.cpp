@@ -773,7 +773,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     bool timeout = s_.coach.tvTimeoutThisStep || s_.coach.coachTimeoutThisStep;
     bool counted = session_.GameType != 'E';
     // The whole seconds the clock will lose, so a game's times add up.
-    int seconds = s_.Clock - static_cast<int>(roundHalfEven(s_.Clock - t));
+    int seconds = s_.Clock - roundToInt(s_.Clock - t);
     for (int side : {kVisitor, kHome}) {
         SideTables& tables = session_.side(side);
         const OnIce& ice = s_.onIce[at(side)];
@@ -967,10 +967,10 @@ void Game::SetEnergy(const std::array<std::uint64_t, 2>& rested) {
             if (limit <= 0) continue;
             int e = maxEnergy;
             if (secs > limit) {
-                e = std::clamp(static_cast<int>(roundHalfEven(80 - (secs - limit) * .3)), 0, 79);
+                e = std::clamp(roundToInt(80 - (secs - limit) * .3), 0, 79);
                 if (energy >= 80 && energy - e > 10) e = energy - 2 + rng_.rand(5) - rng_.rand(5);
             } else if (secs > 0) {
-                e = static_cast<int>(roundHalfEven(maxEnergy - (secs / limit) * 20));
+                e = roundToInt(maxEnergy - (secs / limit) * 20);
                 e = std::max(e, 80);
             }
             energy = std::clamp(e, 0, 100);

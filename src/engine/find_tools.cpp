@@ -14,8 +14,8 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 int other(int side) { return side == 0 ? 1 : 0; }
 
 // Weights are whole numbers: every factor is applied and rounded at once.
-void times(std::int32_t& w, double f) { w = static_cast<std::int32_t>(roundHalfEven(w * f)); }
-std::int32_t whole(double x) { return static_cast<std::int32_t>(roundHalfEven(x)); }
+void times(std::int32_t& w, double f) { w = roundToInt(w * f); }
+std::int32_t whole(double x) { return roundToInt(x); }
 
 constexpr int kMaxTries = 500;
 

@@ -34,7 +34,7 @@ constexpr double kFightDivisorWithoutCounts = kFightDivisor * 2 / 3;
 
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
-int per(double x) { return static_cast<int>(roundHalfEven(x)); }
+int per(double x) { return roundToInt(x); }
 
 }  // namespace
 
