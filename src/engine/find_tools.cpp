@@ -56,15 +56,6 @@ std::string_view text(RushType r) {
 
 // ---- Shared pieces ---------------------------------------------------------------
 
-int Game::positionOf(int side, int slot) const {
-    if (slot == kNoSlot) return kNoPos;
-    for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos)
-        if (s_.onIce[at(side)].slot[at(pos)] == slot) return pos;
-    return kNoPos;
-}
-
-bool Game::alternateReality() const { return session_.league().rules.AlternateRealityCheck == 1; }
-
 // The weighted draw: running totals over the rows, scaled down to 30000
 // when larger, a pick by Rand(total); the first row whose running total
 // reaches the draw wins. No weight at all gives kNoPos, for the caller's

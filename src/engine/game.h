@@ -487,12 +487,18 @@ private:
     [[nodiscard]] int positionsInPlay(int side) const {
         return s_.GoaliePulled[static_cast<std::size_t>(side)] ? 6 : 5;
     }
-    [[nodiscard]] int positionOf(int side, int slot) const;
+    [[nodiscard]] int positionOf(int side, int slot) const {
+        if (slot == kNoSlot) return kNoPos;
+        const OnIce& ice = s_.onIce[static_cast<std::size_t>(side)];
+        for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos)
+            if (ice.slot[static_cast<std::size_t>(pos)] == slot) return pos;
+        return kNoPos;
+    }
     [[nodiscard]] int firstOccupied(int side) const;
     // The man of `side` who shadows the other team's `target`, when the
     // side's plan pairs them and both are on the ice; kNoSlot otherwise.
     [[nodiscard]] int shadowOf(int side, int target) const;
-    [[nodiscard]] bool alternateReality() const;
+    [[nodiscard]] bool alternateReality() const { return session_.league().rules.AlternateRealityCheck == 1; }
     [[nodiscard]] bool available(int side, int slot) const {
         return slot != kNoSlot && !s_.find.PlayerOut[static_cast<std::size_t>(side)][static_cast<std::size_t>(slot)];
     }
