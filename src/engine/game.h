@@ -652,7 +652,9 @@ private:
     // real figures don't change during a game, so the slots on the ice, who
     // of them is tired or without a stick and the situation decide the
     // answer.
-    [[nodiscard]] UnitRatings unitRatings(int side, bool sticks, const UnitSituation& sit) const;
+    // The answer stays good only until the next question: a caller keeps a
+    // copy of what it needs.
+    [[nodiscard]] const UnitRatings& unitRatings(int side, bool sticks, const UnitSituation& sit) const;
     [[nodiscard]] double onIceDefense(int side) const;
     [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
     // 0 no change due, 1 the late game asks for its lines, 2 men tired or
@@ -698,6 +700,10 @@ private:
         UnitRatings out{};
     };
     mutable std::array<UnitMemo, 64> unitMemo_{};
+    // unitRatings without a kept answer: out of line, so the frequent look-up
+    // carries none of its stack. Keeps the answer under `key` (0 keeps none).
+    const UnitRatings& rateUnit(int side, bool sticks, const UnitSituation& sit, std::uint64_t key,
+                                UnitMemo& kept) const;
     // The era factors and the base shooting percentage last worked out for
     // each side with the puck, with the goalies' years they rest on: they
     // change only with a goalie. The puck goes back and forth, so each side
