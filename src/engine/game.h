@@ -475,7 +475,13 @@ private:
     // Carrier, passers and spots for the zone a result left the puck in.
     void prepareZone();
     [[nodiscard]] double goalieFatigue(int side, int goalie, bool rush) const;
-    [[nodiscard]] int goalieYear(int side) const;       // of the side's goalie, pulled or not; 2008 unknown
+    // Of the side's goalie, pulled or not; 2008 unknown. Inline: the era
+    // memos ask it for both sides at every step.
+    [[nodiscard]] int goalieYear(int side) const {
+        const int g = s_.goalie[static_cast<std::size_t>(side)];
+        const int year = g == kNoSlot ? 0 : session_.side(side).player(g).PlayerYear;
+        return year < 1910 || year > 2050 ? 2008 : year;
+    }
     [[nodiscard]] int goalieYearOnIce(int side) const;  // 0 with nobody in net
     [[nodiscard]] double basePct() const;
     bool trailingLate();
