@@ -289,7 +289,7 @@ void Game::chooseCarrier() {
     if (f.CarrierPos == kNoPos) f.Carrier = kNoSlot;
 }
 
-UnitRatings Game::unitRatings(int side, bool sticks, const UnitSituation& sit) const {
+const UnitRatings& Game::unitRatings(int side, bool sticks, const UnitSituation& sit) const {
     static_assert(kRosterSlots < 64, "a slot and its two marks fit a byte of the key");
     const OnIce& ice = s_.onIce[at(side)];
     // Only the places the ratings count: the sixth holds an extra attacker
@@ -311,8 +311,15 @@ UnitRatings Game::unitRatings(int side, bool sticks, const UnitSituation& sit) c
     constexpr std::size_t kPlaces = std::tuple_size_v<decltype(unitMemo_)>;
     static_assert(std::has_single_bit(kPlaces), "the hash picks a place by its top bits");
     UnitMemo& kept = unitMemo_[(key * 0x9E3779B97F4A7C15ULL) >> (64 - std::countr_zero(kPlaces))];
-    if (keyed && kept.key == key) return kept.out;
+    if (keyed && kept.key == key) [[likely]]
+        return kept.out;
+    return rateUnit(side, sticks, sit, keyed ? key : 0, kept);
+}
 
+[[gnu::noinline]] const UnitRatings& Game::rateUnit(int side, bool sticks, const UnitSituation& sit, std::uint64_t key,
+                                                    UnitMemo& kept) const {
+    const OnIce& ice = s_.onIce[at(side)];
+    const int places = sit.extraAttacker ? 6 : 5;
     std::array<UnitPlayer, 6> men{};
     const SideTables& t = session_.side(side);
     for (int pos = 0; pos < places; ++pos) {
@@ -324,10 +331,10 @@ UnitRatings Game::unitRatings(int side, bool sticks, const UnitSituation& sit) c
         u.brokenStick = sticks && stickBroken(side, slot);
         u.fatigued = s_.Energy[at(side)][at(slot)] < 80;
     }
-    UnitRatings out{};
-    onIceRatings(men, sit, *session_.league().era, out);
-    if (keyed) kept = {key, out};
-    return out;
+    kept.out = {};
+    onIceRatings(men, sit, *session_.league().era, kept.out);
+    kept.key = key;
+    return kept.out;
 }
 
 // The era's penalties against its shots, at the head of every step.
@@ -492,7 +499,7 @@ PlayChances Game::ChanceTable() {
         }
         RushGoalPct(c);
     } else {
-        c.EntryChance = ratedPlay ? static_cast<int>(roundHalfEven(s_.PlayRating * 30)) : 30;
+        c.EntryChance = ratedPlay ? roundToInt(s_.PlayRating * 30) : 30;
         if (shorthanded) c.EntryChance = 0;
         if (stronger) c.EntryChance += strength(side) - strength(opp) > 1 ? 300 : 200;
         c.EntryChance = std::min(c.EntryChance, 500);
@@ -1078,9 +1085,9 @@ PlayChances Game::ChanceTable() {
     gp = std::max(gp, 0.005);
 
     // Step 35: the endings of a shot.
-    c.GoalChance = static_cast<int>(roundHalfEven(shoot * c.OnNetShare * gp));
-    c.SaveChance = static_cast<int>(roundHalfEven((c.OnNetShare - gp) * shoot));
-    c.MissChance = static_cast<int>(roundHalfEven((shoot - c.GoalChance - c.SaveChance) * c.MissShare));
+    c.GoalChance = roundToInt(shoot * c.OnNetShare * gp);
+    c.SaveChance = roundToInt((c.OnNetShare - gp) * shoot);
+    c.MissChance = roundToInt((shoot - c.GoalChance - c.SaveChance) * c.MissShare);
     if (emptyNetOpp) {
         c.MissChance += c.SaveChance;
         c.SaveChance = 0;
@@ -1134,9 +1141,9 @@ PlayChances Game::ChanceTable() {
     if (emptyNetOpp && ownHalf) {
         if (call == Call::Shoot) {
             shoot = z == Zone::NeutralZone ? 900 : 800;
-            c.GoalChance = static_cast<int>(roundHalfEven(shoot * gp));
+            c.GoalChance = roundToInt(shoot * gp);
             if (z == Zone::DefenseZone) scale(c.GoalChance, 0.4);
-            c.BlockChance = static_cast<int>(roundHalfEven((shoot - c.GoalChance) * 0.2));
+            c.BlockChance = roundToInt((shoot - c.GoalChance) * 0.2);
             c.MissChance = shoot - c.GoalChance - c.BlockChance;
             c.SaveChance = 0;
             c.EntryChance = c.PassChance = c.ClearChance = 0;

@@ -35,9 +35,9 @@ SeasonCalibration seasonCalibration(const League& league, const EraTable& era, c
 
 // Every chance is a whole number out of 1000; a factor on one is applied
 // and rounded at once, halves to even, so a small chance can vanish.
-inline int scaled(int chance, double factor) { return static_cast<int>(roundHalfEven(chance * factor)); }
+inline int scaled(int chance, double factor) { return roundToInt(chance * factor); }
 inline void scale(int& chance, double factor) { chance = scaled(chance, factor); }
-inline void add(int& chance, double amount) { chance = static_cast<int>(roundHalfEven(chance + amount)); }
+inline void add(int& chance, double amount) { chance = roundToInt(chance + amount); }
 
 // Penalties of an era against its shots, relative to 2008's, to the power
 // 1.4: `pim` and `shots` are the sums (or values) of the goalies' years,

@@ -763,6 +763,22 @@ void Game::CoachTimeout() {
     }
 }
 
+namespace {
+
+// The rate a man on the ice tires at, by his energy from 79 (and below) to
+// 100 (and above): a table, as the bands of energy a branch would test
+// change from man to man.
+constexpr double tireRate(int e) {
+    return e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
+}
+constexpr auto kTireRate = [] {
+    std::array<double, 22> rates{};
+    for (int e = 79; e <= 100; ++e) rates[static_cast<std::size_t>(e - 79)] = tireRate(e);
+    return rates;
+}();
+
+}  // namespace
+
 // The clock's charge to the players: fatigue seconds on the ice and
 // recovery on the bench, and the time and shifts of the game's line.
 std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
@@ -773,7 +789,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     bool timeout = s_.coach.tvTimeoutThisStep || s_.coach.coachTimeoutThisStep;
     bool counted = session_.GameType != 'E';
     // The whole seconds the clock will lose, so a game's times add up.
-    int seconds = s_.Clock - static_cast<int>(roundHalfEven(s_.Clock - t));
+    int seconds = s_.Clock - roundToInt(s_.Clock - t);
     for (int side : {kVisitor, kHome}) {
         SideTables& tables = session_.side(side);
         const OnIce& ice = s_.onIce[at(side)];
@@ -789,9 +805,11 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         }
         // Who is on, by slot: one pass over the six places instead of a
         // search of them for each of the roster's slots.
+        // Worked without a test per place: which places are filled varies
+        // from step to step more than a branch can guess.
         std::uint64_t onIce = 0;
         for (int slot : ice.slot)
-            if (slot >= 0 && slot < kRosterSlots) onIce |= std::uint64_t{1} << slot;
+            onIce |= std::uint64_t{static_cast<unsigned>(slot) < static_cast<unsigned>(kRosterSlots)} << (slot & 63);
         // Only the men who could have anything to charge are visited; the
         // rest sit as they were and SetEnergy passes them over too. A man
         // sent out joins them until he has sat long enough to settle.
@@ -836,9 +854,11 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             if (limit <= 0) continue;
             // Worked in a local: the stores to the tables can't then hold
             // up the sums.
+            // The stoppages' allowances as sums of nothing when they don't
+            // apply (taking away zero leaves any value as it was).
             double recovered = secs;
-            if (faceoff) recovered -= 7;
-            if (afterPenalty) recovered -= 2;
+            recovered -= faceoff ? 7.0 : 0.0;
+            recovered -= afterPenalty ? 2.0 : 0.0;
             recovered -= t * (benchRate - (100 - tables.MaxEnergy[at(slot)]) * .01);
             s_.stint[at(side)][at(slot)] = 0;
             recovered = std::max(recovered, 0.0);
@@ -850,28 +870,28 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             const int limit = tables.ShiftLimit[at(slot)];
             PlayerRecord& p = tables.player(slot);
             const ManFacts& facts = manFacts_[at(side)][at(slot)];
-            const bool goalie = facts.goalie && slot == s_.goalie[at(side)];
+            const bool goalie = facts.goalie & (slot == s_.goalie[at(side)]);
             {
+                // Added as counts of nothing rather than tested: the men
+                // visited alternate in kind too often for a branch to follow.
                 StatLine& game = statLine(p, StatLineIndex::Game);
                 game.Toi += seconds;
                 if (counted) game.GP = 1;
-                if (!goalie) {
-                    if (own > opp) game.ToiPP += seconds;
-                    if (own < opp) game.ToiSH += seconds;
-                    if (!s_.coach.wasOn[at(side)][at(slot)]) {
-                        ++game.Shifts;
-                        ++statLine(p, StatLineIndex::Replay).Shifts;
-                    }
-                }
+                const bool skater = !goalie;
+                game.ToiPP += (skater & (own > opp)) ? seconds : 0;
+                game.ToiSH += (skater & (own < opp)) ? seconds : 0;
+                const int newShift = (skater & !s_.coach.wasOn[at(side)][at(slot)]) ? 1 : 0;
+                game.Shifts = static_cast<std::int16_t>(game.Shifts + newShift);
+                StatLine& replay = statLine(p, StatLineIndex::Replay);
+                replay.Shifts = static_cast<std::int16_t>(replay.Shifts + newShift);
             }
             s_.coach.wasOn[at(side)][at(slot)] = true;
 
             if (limit <= 0) continue;
             double sum = secs;
-            if (faceoff) sum -= 4.9;
-            if (afterPenalty) sum -= 2;
-            int e = s_.Energy[at(side)][at(slot)];
-            double rate = e >= 100 ? .5 : e >= 90 ? 1.1 - (e - 90) * .05 : e >= 80 ? 1.6 - (e - 80) * .04 : 1.7;
+            sum -= faceoff ? 4.9 : 0.0;
+            sum -= afterPenalty ? 2.0 : 0.0;
+            double rate = kTireRate[static_cast<std::size_t>(std::clamp(s_.Energy[at(side)][at(slot)], 79, 100) - 79)];
             if (rng_.over(limit, 90, 20)) rate *= facts.limitFactor;
             if (topLine && !facts.defenseman) rate *= .9;
             // A player running ahead of his real minutes tires sooner.
@@ -978,10 +998,10 @@ void Game::SetEnergy(const std::array<std::uint64_t, 2>& rested) {
             if (limit <= 0) continue;
             int e = maxEnergy;
             if (secs > limit) {
-                e = std::clamp(static_cast<int>(roundHalfEven(80 - (secs - limit) * .3)), 0, 79);
+                e = std::clamp(roundToInt(80 - (secs - limit) * .3), 0, 79);
                 if (energy >= 80 && energy - e > 10) e = energy - 2 + rng_.rand(5) - rng_.rand(5);
             } else if (secs > 0) {
-                e = static_cast<int>(roundHalfEven(maxEnergy - (secs / limit) * 20));
+                e = roundToInt(maxEnergy - (secs / limit) * 20);
                 e = std::max(e, 80);
             }
             energy = std::clamp(e, 0, 100);

@@ -39,7 +39,7 @@ std::array<double, 2> faceoffChances(const DrawSide& visitor, const DrawSide& ho
 }
 
 int faceoffWinner(const std::array<double, 2>& c, Random& rng) {
-    int total = static_cast<int>(roundHalfEven(c[0] + c[1]));
+    int total = roundToInt(c[0] + c[1]);
     return rng.rand(total) <= c[0] ? 0 : 1;
 }
 

@@ -14,8 +14,8 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 int other(int side) { return side == 0 ? 1 : 0; }
 
 // Weights are whole numbers: every factor is applied and rounded at once.
-void times(std::int32_t& w, double f) { w = static_cast<std::int32_t>(roundHalfEven(w * f)); }
-std::int32_t whole(double x) { return static_cast<std::int32_t>(roundHalfEven(x)); }
+void times(std::int32_t& w, double f) { w = roundToInt(w * f); }
+std::int32_t whole(double x) { return roundToInt(x); }
 
 constexpr int kMaxTries = 500;
 
@@ -55,15 +55,6 @@ std::string_view text(RushType r) {
 }
 
 // ---- Shared pieces ---------------------------------------------------------------
-
-int Game::positionOf(int side, int slot) const {
-    if (slot == kNoSlot) return kNoPos;
-    for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos)
-        if (s_.onIce[at(side)].slot[at(pos)] == slot) return pos;
-    return kNoPos;
-}
-
-bool Game::alternateReality() const { return session_.league().rules.AlternateRealityCheck == 1; }
 
 // The weighted draw: running totals over the rows, scaled down to 30000
 // when larger, a pick by Rand(total); the first row whose running total

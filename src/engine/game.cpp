@@ -60,6 +60,7 @@ Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
 
 void Game::InitGame() {
     s_ = GameState{};
+    keptOffChanged();
     unitMemo_ = {};
     eraMemo_ = {};
     placementMemo_ = {};
@@ -658,7 +659,7 @@ void Game::RunClock() {
     double t = s_.PlayTime;
     const auto rested = chargePlayers(t);
     runPenaltyClock(t, true);
-    s_.Clock = static_cast<int>(roundHalfEven(s_.Clock - t));
+    s_.Clock = roundToInt(s_.Clock - t);
     // A goal is timed at the end of its play.
     if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())
         s_.goals.back().clock = s_.Clock;

@@ -215,6 +215,7 @@ public:
         layPickBase();
         unitMemo_ = {};
         placementMemo_ = {};
+        keptOffChanged();
         return s_;
     }
     [[nodiscard]] const GameSession& session() const { return session_; }
@@ -325,7 +326,16 @@ private:
     void endPenalty(int side, std::size_t index, bool told = true);
     void startWaitingPenalties(int side);
     void recountSkaters();
-    [[nodiscard]] bool heldAsKeptOff(int side) const;
+    [[nodiscard]] bool heldAsKeptOff(int side, bool* anyOff = nullptr) const;
+    // heldAsKeptOff for the quiet step, from what was found when nobody was
+    // out, hurt or held, while that still stands.
+    [[nodiscard]] bool keptOffQuiet(int side);
+    // Who is out, hurt, held or fit to play has changed: the kept answer of
+    // keptOffQuiet is asked again.
+    void keptOffChanged() {
+        keptOffQuiet_[0].goalie = kNoSlot - 1;
+        keptOffQuiet_[1].goalie = kNoSlot - 1;
+    }
     // Skaters a side dresses on the ice at full strength: five, or in
     // overtime four or three by the league's overtime rule.
     [[nodiscard]] int fullStrength() const;
@@ -465,7 +475,13 @@ private:
     // Carrier, passers and spots for the zone a result left the puck in.
     void prepareZone();
     [[nodiscard]] double goalieFatigue(int side, int goalie, bool rush) const;
-    [[nodiscard]] int goalieYear(int side) const;       // of the side's goalie, pulled or not; 2008 unknown
+    // Of the side's goalie, pulled or not; 2008 unknown. Inline: the era
+    // memos ask it for both sides at every step.
+    [[nodiscard]] int goalieYear(int side) const {
+        const int g = s_.goalie[static_cast<std::size_t>(side)];
+        const int year = g == kNoSlot ? 0 : session_.side(side).player(g).PlayerYear;
+        return year < 1910 || year > 2050 ? 2008 : year;
+    }
     [[nodiscard]] int goalieYearOnIce(int side) const;  // 0 with nobody in net
     [[nodiscard]] double basePct() const;
     bool trailingLate();
@@ -477,12 +493,18 @@ private:
     [[nodiscard]] int positionsInPlay(int side) const {
         return s_.GoaliePulled[static_cast<std::size_t>(side)] ? 6 : 5;
     }
-    [[nodiscard]] int positionOf(int side, int slot) const;
+    [[nodiscard]] int positionOf(int side, int slot) const {
+        if (slot == kNoSlot) return kNoPos;
+        const OnIce& ice = s_.onIce[static_cast<std::size_t>(side)];
+        for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos)
+            if (ice.slot[static_cast<std::size_t>(pos)] == slot) return pos;
+        return kNoPos;
+    }
     [[nodiscard]] int firstOccupied(int side) const;
     // The man of `side` who shadows the other team's `target`, when the
     // side's plan pairs them and both are on the ice; kNoSlot otherwise.
     [[nodiscard]] int shadowOf(int side, int target) const;
-    [[nodiscard]] bool alternateReality() const;
+    [[nodiscard]] bool alternateReality() const { return session_.league().rules.AlternateRealityCheck == 1; }
     [[nodiscard]] bool available(int side, int slot) const {
         return slot != kNoSlot && !s_.find.PlayerOut[static_cast<std::size_t>(side)][static_cast<std::size_t>(slot)];
     }
@@ -636,7 +658,9 @@ private:
     // real figures don't change during a game, so the slots on the ice, who
     // of them is tired or without a stick and the situation decide the
     // answer.
-    [[nodiscard]] UnitRatings unitRatings(int side, bool sticks, const UnitSituation& sit) const;
+    // The answer stays good only until the next question: a caller keeps a
+    // copy of what it needs.
+    [[nodiscard]] const UnitRatings& unitRatings(int side, bool sticks, const UnitSituation& sit) const;
     [[nodiscard]] double onIceDefense(int side) const;
     [[nodiscard]] std::array<TargetRow, 6> offenseTargetRows(int side) const;
     // 0 no change due, 1 the late game asks for its lines, 2 men tired or
@@ -684,6 +708,10 @@ private:
         UnitRatings out{};
     };
     mutable std::array<UnitMemo, 64> unitMemo_{};
+    // unitRatings without a kept answer: out of line, so the frequent look-up
+    // carries none of its stack. Keeps the answer under `key` (0 keeps none).
+    const UnitRatings& rateUnit(int side, bool sticks, const UnitSituation& sit, std::uint64_t key,
+                                UnitMemo& kept) const;
     // The era factors and the base shooting percentage last worked out for
     // each side with the puck, with the goalies' years they rest on: they
     // change only with a goalie. The puck goes back and forth, so each side
@@ -773,6 +801,16 @@ private:
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.
     std::array<std::uint64_t, 2> fatigueTracked_{};
+    // By side, what heldAsKeptOff read besides the tables keptOffChanged
+    // watches, when it last found the side as keepPenalizedOff would leave
+    // it: the goalie's slot (no slot can hold kNoSlot - 1, which says
+    // nothing is kept) and, when anyone is out or hurt, who was on the ice.
+    struct KeptOffQuiet {
+        int goalie = kNoSlot - 1;
+        bool anyOff = false;
+        OnIce ice;
+    };
+    std::array<KeptOffQuiet, 2> keptOffQuiet_{};
     // Answers kept for eraFiguresOf: the era table and the teams' levels
     // hold through a game. Cleared when a game starts.
     struct EraFiguresMemo {

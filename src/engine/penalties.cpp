@@ -34,7 +34,7 @@ constexpr double kFightDivisorWithoutCounts = kFightDivisor * 2 / 3;
 
 int other(int side) { return side == 0 ? 1 : 0; }
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
-int per(double x) { return static_cast<int>(roundHalfEven(x)); }
+int per(double x) { return roundToInt(x); }
 
 }  // namespace
 
@@ -201,9 +201,11 @@ void Game::keepPenalizedOff(int side) {
             if (off && team.candidate[at(slot)]) {
                 team.candidate[at(slot)] = false;
                 held[at(slot)] = true;
+                keptOffChanged();
             } else if (!off && held[at(slot)]) {
                 team.candidate[at(slot)] = true;
                 held[at(slot)] = false;
+                keptOffChanged();
             }
         }
     }
@@ -243,7 +245,7 @@ int Game::fullStrength() const {
 // is and nobody kept off is on the ice: every man out or hurt is held and no
 // longer a candidate, every held man is still out or hurt, and the goalie
 // is one of the candidates.
-bool Game::heldAsKeptOff(int side) const {
+bool Game::heldAsKeptOff(int side, bool* anyOffOut) const {
     const auto& out = s_.find.PlayerOut[at(side)];
     const auto& hurt = s_.pen.InjuryKind[at(side)];
     const auto& held = s_.pen.heldOff[at(side)];
@@ -255,12 +257,29 @@ bool Game::heldAsKeptOff(int side) const {
         if ((off & slotWord(candidate, first)) != 0 || (slotWord(held, first) & ~off) != 0) return false;
         anyOff |= off;
     }
+    if (anyOffOut != nullptr) *anyOffOut = anyOff != 0;
     // Most steps nobody at all is out or hurt, and then nobody on the ice is.
     if (anyOff != 0)
         for (int slot : s_.onIce[at(side)].slot)
             if (slot >= 0 && slot < kRosterSlots && (out[at(slot)] || hurt[at(slot)] > 0)) return false;
     const int goalie = s_.goalie[at(side)];
     return goalie == kNoSlot || candidate[at(goalie)];
+}
+
+bool Game::keptOffQuiet(int side) {
+    KeptOffQuiet& kept = keptOffQuiet_[at(side)];
+    const int goalie = s_.goalie[at(side)];
+    const OnIce& ice = s_.onIce[at(side)];
+    // The answer rests on the tables that keptOffChanged watches, on the
+    // goalie and, when anyone is out or hurt, on who is on the ice: those
+    // two are kept with it.
+    if (kept.goalie == goalie && (!kept.anyOff || kept.ice.slot == ice.slot)) return true;
+    bool anyOff = true;
+    const bool quiet = heldAsKeptOff(side, &anyOff);
+    kept.goalie = quiet ? goalie : kNoSlot - 1;
+    kept.anyOff = anyOff;
+    kept.ice = ice;
+    return quiet;
 }
 
 void Game::recountSkaters() {
@@ -272,7 +291,7 @@ void Game::recountSkaters() {
         bool quiet = s_.Skaters[0] == full && s_.Skaters[1] == full;
         for (int side : {kVisitor, kHome}) {
             if (!quiet) break;
-            quiet = heldAsKeptOff(side);
+            quiet = keptOffQuiet(side);
         }
         if (quiet) {
             s_.pen.lastSkaters = s_.Skaters;
@@ -338,6 +357,7 @@ void Game::endPenalty(int side, std::size_t index, bool told) {
     if (p.server == kNoSlot) return;
     if (!p.MayReturn) {
         s_.find.PlayerOut[at(side)][at(p.server)] = true;
+        keptOffChanged();
         return;
     }
     if (told && p.shortHanded) DescribeBackOnIce(side, p.server);
@@ -560,6 +580,7 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
             if (type == PenaltyType::Match) {
                 // The man is gone; a teammate sits out the major.
                 s_.find.PlayerOut[at(side)][at(offender)] = true;
+                keptOffChanged();
                 server = penaltyServer(side);
                 minutes = kMisconductSeconds / 60;
             }
@@ -589,6 +610,7 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
         case PenaltyType::GameMisconduct: {
             minutes = kMisconductSeconds / 60;
             if (offender != kNoSlot) s_.find.PlayerOut[at(side)][at(offender)] = true;
+            keptOffChanged();
             break;
         }
     }
@@ -1133,6 +1155,7 @@ void Game::injure(int side, int slot, int owed) {
     pen.InjuredInGame[at(side)][at(slot)] = static_cast<std::int16_t>(games);
     pen.InjuryKind[at(side)][at(slot)] = static_cast<std::uint8_t>(games > 0 ? 4 : rng_.rand(4));
     if (pen.InjuryKind[at(side)][at(slot)] > 3) s_.find.PlayerOut[at(side)][at(slot)] = true;
+    keptOffChanged();
     DescribeInjury(side, slot, games);
     recountSkaters();
 }
@@ -1143,6 +1166,7 @@ void Game::clearShortInjuries() {
             if (kind >= 1 && kind <= 3) kind = 0;
         s_.pen.periodPenalties[at(side)] = 0;
     }
+    keptOffChanged();
     s_.pen.DelayedState = 0;
     s_.pen.delayedSide = s_.pen.delayedOffender = -1;
     recountSkaters();

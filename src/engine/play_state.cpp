@@ -102,13 +102,6 @@ std::string_view text(AutoStop a) { return kAutoStopText.at(static_cast<std::siz
 std::optional<AutoStop> autoStopFromText(std::string_view s) { return lookUp<AutoStop>(kAutoStopText, s); }
 AutoStopPoint pointOf(AutoStop a) { return kAutoStopPoint.at(static_cast<std::size_t>(a)); }
 
-bool isFaceoff(Zone z) { return static_cast<int>(z) <= static_cast<int>(Zone::FaceoffNeutral22); }
-
-int faceoffStage(Zone z) {
-    if (!isFaceoff(z)) return 0;
-    return static_cast<int>(z) % 2 == 0 ? 1 : 2;
-}
-
 FaceoffSpot faceoffSpot(Zone z) {
     if (z <= Zone::FaceoffCenter2) return FaceoffSpot::Center;
     if (z <= Zone::FaceoffDefense22) return FaceoffSpot::Defense;

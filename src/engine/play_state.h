@@ -133,9 +133,13 @@ AutoStopPoint pointOf(AutoStop a);
 
 enum class FaceoffSpot : std::uint8_t { Center, Defense, Neutral };
 
-[[nodiscard]] bool isFaceoff(Zone z);
+// Inline, as the two below: every step asks them many times over.
+[[nodiscard]] inline bool isFaceoff(Zone z) { return static_cast<int>(z) <= static_cast<int>(Zone::FaceoffNeutral22); }
 // 1 while the visitor confirms, 2 while the home team does; 0 outside a faceoff.
-[[nodiscard]] int faceoffStage(Zone z);
+[[nodiscard]] inline int faceoffStage(Zone z) {
+    if (!isFaceoff(z)) return 0;
+    return static_cast<int>(z) % 2 == 0 ? 1 : 2;
+}
 [[nodiscard]] FaceoffSpot faceoffSpot(Zone z);
 // The side (0 visitor, 1 home) in whose end or before whose blue line the
 // draw is; -1 at centre ice.

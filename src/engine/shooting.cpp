@@ -109,12 +109,6 @@ double Game::goalieFatigue(int side, int goalie, bool rush) const {
     return d >= 11 ? .07 : d >= 7 ? .05 : d >= 4 ? .03 : d >= 1 ? .01 : 0;
 }
 
-int Game::goalieYear(int side) const {
-    int g = s_.goalie[at(side)];
-    int year = g == kNoSlot ? 0 : session_.side(side).player(g).PlayerYear;
-    return yearOr(year, 1910, 2050, 2008);
-}
-
 double Game::basePct() const {
     const RulesRecord& rules = session_.league().rules;
     const int side = s_.PuckTeam;

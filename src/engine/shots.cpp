@@ -494,8 +494,7 @@ void Game::reboundShot(bool afterSave) {
     PlayChances model;
     GoalPct(model);
     double pct = model.PctInside;
-    ev.ShootN = afterSave ? static_cast<int>(roundHalfEven(pct * 100 + 20))
-                          : std::clamp(static_cast<int>(roundHalfEven(pct * 15)), 1, 15);
+    ev.ShootN = afterSave ? roundToInt(pct * 100 + 20) : std::clamp(roundToInt(pct * 15), 1, 15);
     DescribeReboundShot(shooter);
     bool netEmpty = s_.GoaliePulled[at(defenders)];
     if (afterSave && !netEmpty && rng_.rand(200) == 1) DescribeGoalieDrops();

@@ -310,8 +310,8 @@ bool Game::joinsRush(int side, int pos) {
     if (rng_.over(real.ShotsPer60, 5, 15, u) && rng_.rand(2) == 1) joins = true;
     if (!joins && rng_.over(real.ShotsPer60, 8, 8)) joins = true;
     if (!joins && rng_.over(real.AssistsPer60, 1, 6, u) && rng_.rand(2) == 1) joins = true;
-    int forwardOdds = static_cast<int>(roundHalfEven(static_cast<int>(u * 3) + .5));
-    int defenseOdds = static_cast<int>(roundHalfEven(static_cast<int>(u * 6) + .5));
+    int forwardOdds = roundToInt(static_cast<int>(u * 3) + .5);
+    int defenseOdds = roundToInt(static_cast<int>(u * 6) + .5);
     if (!joins && !defenseman && rng_.rand(forwardOdds) == 1) joins = true;
     if (!joins && defenseman && rng_.rand(defenseOdds) == 1) joins = true;
     if (defenseman && joins && rng_.rand(2) == 1) {

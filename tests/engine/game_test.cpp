@@ -584,6 +584,53 @@ TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
     EXPECT_GT(penalties, 6);
 }
 
+// What a game keeps between steps (the fatigue it tracks, the unit ratings
+// and placements it has worked out, whether the men kept off are as they
+// were) must always be what it would work out afresh. A game that drops all
+// of it after every step, through the edit that would have changed it, must
+// play exactly as one that keeps it, through the penalties, fights and
+// injuries that change who may play.
+struct Forgetful final : NullPresenter {
+    Game* game = nullptr;
+    std::vector<std::string> told;
+    void ShowPlayLines(const Game&, const std::vector<std::string>& lines) override {
+        told.insert(told.end(), lines.begin(), lines.end());
+    }
+    void ShowClock(const Game&) override {
+        if (game != nullptr) (void)game->editState();
+    }
+};
+
+TEST(WholeGames, KeptAnswersDroppedAfterEveryStepPlayTheSame) {
+    int penalties = 0, injuries = 0;
+    for (std::uint64_t seed : {4u, 9u, 23u, 41u}) {
+        std::array<Outcome, 2> outcome;
+        std::array<std::vector<std::string>, 2> told;
+        std::array<std::array<BySlot<int>, 2>, 2> energy{};
+        for (bool forget : {false, true}) {
+            auto session = loaded(defaultRules(2017), seed, int(seed % 3), 3 + int(seed % 2));
+            Forgetful presenter;
+            Game game(*session, GameOptions{.seed = seed, .noDisplay = false}, &presenter);
+            if (forget) presenter.game = &game;
+            game.playToEnd();
+            const GameState& s = game.state();
+            const std::size_t i = forget ? 1 : 0;
+            outcome[i] = {game.finalScore(), s.Shots, s.steps, s.endedBy};
+            told[i] = presenter.told;
+            energy[i] = s.Energy;
+            if (!forget) {
+                penalties += int(s.penalties.size());
+                injuries += s.pen.injuries;
+            }
+        }
+        EXPECT_EQ(outcome[0], outcome[1]) << "seed " << seed;
+        EXPECT_EQ(energy[0], energy[1]) << "seed " << seed;
+        EXPECT_TRUE(told[0] == told[1]) << "seed " << seed;
+    }
+    EXPECT_GT(penalties, 10);
+    EXPECT_GT(injuries, 0);
+}
+
 // Checks that a finished game ended in a way its rules allow.
 void expectLegalEnd(const Game& game) {
     const GameState& s = game.state();

@@ -190,7 +190,7 @@ TEST_F(PenaltyGame, TheClockKeepsHurtAndOutMenOffOnlyWhileTheyAre) {
     EXPECT_TRUE(held(kVisitor, hurt));
 
     // Fit again: back on the list, and no one else held.
-    e.pen.InjuryKind[kVisitor][std::size_t(hurt)] = 0;
+    game->editState().pen.InjuryKind[kVisitor][std::size_t(hurt)] = 0;
     game->runPenaltyClock(10);
     EXPECT_FALSE(held(kVisitor, hurt));
     EXPECT_TRUE(held(kHome, out));

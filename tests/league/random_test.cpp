@@ -149,6 +149,23 @@ TEST(RoundHalfEven, AgreesWithRoundingByHalves) {
     }
 }
 
+// The whole-number form must give what the rounded double converts to,
+// halves and all, across the range of the chances and weights it serves.
+TEST(RoundHalfEven, TheIntFormAgreesWithTheDouble) {
+    for (double x : {0.0, -0.0, 0.5, -0.5, 1.5, -1.5, 2.5, -2.5, 0.49999999999999994, -0.49999999999999994, 1e-300,
+                     2147483646.5, 2147483647.0, -2147483647.5, -2147483648.0, 1e9 + 0.5})
+        EXPECT_EQ(roundToInt(x), static_cast<int>(roundHalfEven(x))) << x;
+    std::mt19937_64 gen(7);
+    std::uniform_real_distribution<double> wide(-1e6, 1e6);
+    for (int i = 0; i < 200000; ++i) {
+        double x = wide(gen);
+        double h = std::floor(x) + 0.5;
+        ASSERT_EQ(roundToInt(x), static_cast<int>(roundHalfEven(x))) << x;
+        ASSERT_EQ(roundToInt(h), static_cast<int>(roundHalfEven(h))) << h;
+        ASSERT_EQ(roundToInt(x / 1000), static_cast<int>(roundHalfEven(x / 1000))) << x / 1000;
+    }
+}
+
 TEST(RoundHalfAway, AgreesWithTheLibrary) {
     const double big = 4503599627370496.0;
     for (double x : {0.0, -0.0, 0.5, -0.5, 1.5, -2.5, 0.49999999999999994, -0.49999999999999994, 2.4999, 2.5000001,
