@@ -822,13 +822,13 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         // everyone) has nothing to charge: he has no seconds to recover and
         // no stint, and his bench rate can't push him above zero.
         const bool restful = t >= 0;
-        // The bench first: recovery only, from the small per-slot tables,
-        // and no draws, so the men on the ice still draw in slot order after
-        // it; each loop's tests then run one way for most of its men.
         // The box is a full rest: a man comes out of it fresh.
         std::uint64_t boxed = 0;
         for (const BoxPenalty& p : s_.pen.box[at(side)])
             if (p.server >= 0 && p.server < kRosterSlots) boxed |= std::uint64_t{1} << p.server;
+        // The bench first: recovery only, from the small per-slot tables,
+        // and no draws, so the men on the ice still draw in slot order after
+        // it; each loop's tests then run one way for most of its men.
         for (std::uint64_t left = tracked & ~onIce; left != 0; left &= left - 1) {
             const int slot = std::countr_zero(left);
             double& secs = s_.ShiftSecs[at(side)][at(slot)];
