@@ -94,7 +94,10 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // power-play or short-handed scoring, his coach's usage, fatigue, and the
 // comparison of his replay shot rate with his real one (a man who shoots
 // more than he did in real life is picked less).
-std::int32_t Game::carrierWeight(int pos, int unitPPG) {
+// Worked in the loop that asks it, one man after another, several times a
+// step: built into that loop, the call's saving and restoring of registers
+// goes.
+[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int unitPPG) {
     const int side = s_.PuckTeam;
     const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
@@ -274,7 +277,8 @@ int Game::firstOccupied(int side) const {
 
 // ---- The passers -------------------------------------------------------------------
 
-std::int32_t Game::passerWeight(int pos, bool second) {
+// Built into the draw that asks it, as the carrier's weight is.
+[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, bool second) {
     const FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const int slot = slotAt(side, pos);
