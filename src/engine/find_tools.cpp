@@ -75,10 +75,9 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
     }
     if (weighted <= 1) return only;
     if (total > 30000) {
-        // The scaled totals are whole already: the cast only changes the type.
+        // The scaled totals are at most 30000, well inside an int.
         double f = 30000.0 / static_cast<double>(total);
-        for (int i = 0; i < rows; ++i)
-            running[at(i)] = static_cast<std::int64_t>(roundHalfEven(static_cast<double>(running[at(i)]) * f));
+        for (int i = 0; i < rows; ++i) running[at(i)] = roundToInt(static_cast<double>(running[at(i)]) * f);
         total = running[at(rows - 1)];
         if (total <= 0) return kNoPos;
     }
@@ -343,7 +342,7 @@ int Game::passerStickFallback(int pos) const {
     return to;
 }
 
-int Game::drawPasser(bool second) {
+[[gnu::always_inline]] inline int Game::drawPasser(bool second) {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const int rows = positionsInPlay(side);
