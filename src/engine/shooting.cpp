@@ -122,7 +122,9 @@ double Game::basePct() const {
     return memo.pct;
 }
 
-void Game::GoalPct(PlayChances& c) {
+// Asked at every step, with a handful of small helpers each asked once:
+// they are built into it.
+[[gnu::flatten]] void Game::GoalPct(PlayChances& c) {
     const int side = s_.PuckTeam;
     const int opp = s_.OtherTeam();
     const SideTables& t = session_.side(side);
