@@ -541,7 +541,9 @@ void Game::loadMatchingPairs() {
     }
 }
 
-bool Game::unitRested(int side, int line, bool forwards) const {
+// Asked for each unit in turn by the coach's choices: built into those loops,
+// the call and its set-up go.
+[[gnu::always_inline]] inline bool Game::unitRested(int side, int line, bool forwards) const {
     const LineTables& lines = session_.side(side).lines;
     const BySlot<std::uint8_t>& roles =
         forwards ? lines.LineRoleLive.at(at(line - 1)) : lines.LineFlagLive.at(at(line - 1));
@@ -562,7 +564,8 @@ bool Game::unitRested(int side, int line, bool forwards) const {
     return true;
 }
 
-int Game::lineChangeDue(int side) {
+// Asked once a side at every stop; built into its one caller.
+[[gnu::always_inline]] inline int Game::lineChangeDue(int side) {
     int margin = std::abs(leadOf(side));
     if (margin >= 2 && rng_.underRand(s_.Clock, 30, 10)) return kNoChange;
     if (s_.coach.pendingChange[at(side)]) return kTiredChange;

@@ -75,10 +75,9 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
     }
     if (weighted <= 1) return only;
     if (total > 30000) {
-        // The scaled totals are whole already: the cast only changes the type.
+        // The scaled totals are at most 30000, well inside an int.
         double f = 30000.0 / static_cast<double>(total);
-        for (int i = 0; i < rows; ++i)
-            running[at(i)] = static_cast<std::int64_t>(roundHalfEven(static_cast<double>(running[at(i)]) * f));
+        for (int i = 0; i < rows; ++i) running[at(i)] = roundToInt(static_cast<double>(running[at(i)]) * f);
         total = running[at(rows - 1)];
         if (total <= 0) return kNoPos;
     }
@@ -94,7 +93,10 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // power-play or short-handed scoring, his coach's usage, fatigue, and the
 // comparison of his replay shot rate with his real one (a man who shoots
 // more than he did in real life is picked less).
-std::int32_t Game::carrierWeight(int pos, int unitPPG) {
+// Worked in the loop that asks it, one man after another, several times a
+// step: built into that loop, the call's saving and restoring of registers
+// goes.
+[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int unitPPG) {
     const int side = s_.PuckTeam;
     const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
@@ -274,7 +276,8 @@ int Game::firstOccupied(int side) const {
 
 // ---- The passers -------------------------------------------------------------------
 
-std::int32_t Game::passerWeight(int pos, bool second) {
+// Built into the draw that asks it, as the carrier's weight is.
+[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, bool second) {
     const FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const int slot = slotAt(side, pos);
@@ -339,7 +342,7 @@ int Game::passerStickFallback(int pos) const {
     return to;
 }
 
-int Game::drawPasser(bool second) {
+[[gnu::always_inline]] inline int Game::drawPasser(bool second) {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const int rows = positionsInPlay(side);

@@ -508,7 +508,9 @@ void Game::SetPlayRating() {
 
 // ---- The clock -------------------------------------------------------------------
 
-void Game::SetPlayTime() {
+// Asked at every step; the era's pace and its other small helpers are built
+// into it.
+[[gnu::flatten]] void Game::SetPlayTime() {
     const Zone z = s_.LastZone;
     const bool lastPeriod = s_.Period == periods_;
     const int puck = s_.PuckTeam;

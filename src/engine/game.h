@@ -528,7 +528,19 @@ private:
     // Era figures of a year for a side's level (college columns for a
     // college team); a year outside the table takes `fallback`'s. The
     // answer is kept only until a later call: copy it to hold it longer.
-    [[nodiscard]] const EraFigures& eraFiguresOf(int year, int side, int fallback = 2008) const;
+    // A game asks about a handful of years, many times a step each: the kept
+    // answers are searched where the question is asked, and only a new one
+    // goes out to the era table.
+    [[nodiscard]] const EraFigures& eraFiguresOf(int year, int side, int fallback = 2008) const {
+        const std::uint64_t years = eraYearsKey(year, fallback);
+        for (const EraFiguresMemo& m : eraFiguresMemo_)
+            if (m.years == years && m.side == side) return m.figures;
+        return workOutEraFigures(year, side, fallback);
+    }
+    static std::uint64_t eraYearsKey(int year, int fallback) {
+        return std::uint64_t{static_cast<std::uint32_t>(year)} << 32 | static_cast<std::uint32_t>(fallback);
+    }
+    const EraFigures& workOutEraFigures(int year, int side, int fallback) const;
 
     // A step's parts, in the order PlayStep runs them.
     Result drawResult(const PlayChances& c);
@@ -814,10 +826,8 @@ private:
     // Answers kept for eraFiguresOf: the era table and the teams' levels
     // hold through a game. Cleared when a game starts.
     struct EraFiguresMemo {
-        bool used = false;
-        int year = 0;
-        int side = 0;
-        int fallback = 0;
+        std::uint64_t years = 0;  // the year and the fallback, as eraYearsKey packs them
+        int side = -1;            // no side: nothing kept here
         EraFigures figures{};
     };
     mutable std::array<EraFiguresMemo, 6> eraFiguresMemo_{};

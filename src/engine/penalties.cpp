@@ -811,7 +811,8 @@ double Game::penaltySteering() {
     return 1;
 }
 
-void Game::PenaltyChances(PlayChances& c) {
+// Asked at most steps; its small helpers are built into it.
+[[gnu::flatten]] void Game::PenaltyChances(PlayChances& c) {
     c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
     if (isOffenseState(s_.PlayZone) && !(s_.OffensiveDraw && s_.entryFromFaceoff)) return;
     const RulesRecord& rules = session_.league().rules;

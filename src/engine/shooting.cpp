@@ -75,14 +75,11 @@ double limitByClass(double goalPct, int shotClass, double playerPct) {
 
 // ---- In the game --------------------------------------------------------------------
 
-const EraFigures& Game::eraFiguresOf(int year, int side, int fallback) const {
-    // A game asks about a handful of years, many times a step each.
-    for (const EraFiguresMemo& m : eraFiguresMemo_)
-        if (m.used && m.year == year && m.side == side && m.fallback == fallback) return m.figures;
+[[gnu::noinline]] const EraFigures& Game::workOutEraFigures(int year, int side, int fallback) const {
     bool college = session_.side(side).team.TeamType.view() == "C";
     EraFiguresMemo& m = eraFiguresMemo_[eraFiguresMemoNext_];
     eraFiguresMemoNext_ = (eraFiguresMemoNext_ + 1) % eraFiguresMemo_.size();
-    m = {true, year, side, fallback,
+    m = {eraYearsKey(year, fallback), side,
          figuresOf(session_.eraRow(year, fallback), college ? EraLevel::College : EraLevel::Professional)};
     return m.figures;
 }
@@ -125,7 +122,9 @@ double Game::basePct() const {
     return memo.pct;
 }
 
-void Game::GoalPct(PlayChances& c) {
+// Asked at every step, with a handful of small helpers each asked once:
+// they are built into it.
+[[gnu::flatten]] void Game::GoalPct(PlayChances& c) {
     const int side = s_.PuckTeam;
     const int opp = s_.OtherTeam();
     const SideTables& t = session_.side(side);
