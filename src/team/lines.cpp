@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cmath>
 #include <initializer_list>
+#include <span>
 
 #include "team/positions.h"
 
@@ -448,16 +449,38 @@ Flag flagOf(ForwardRole r) {
     }
 }
 
-bool onAnyLine(const LineTables& lines, int first, int last, int slot, int except = 0) {
-    for (int line = first; line <= last; ++line)
-        if (line != except && lines.onLine(line, slot)) return true;
-    return false;
+// The men who can't take a place on `line`: those already on it, and those
+// holding a role (`pairsOnly`: a pair role) on another line of `others`.
+// Worked out once per line rather than for each man at each place; only
+// the man given a place changes it.
+BySlot<bool> takenFor(const LineTables& lines, int line, LineRange others, bool pairsOnly) {
+    BySlot<bool> taken{};
+    for (int s = 0; s < kRosterSlots; ++s) taken[static_cast<std::size_t>(s)] = lines.onLine(line, s);
+    for (int l = others.first; l <= others.last; ++l) {
+        if (l == line) continue;
+        const auto& pairs = lines.LineFlagLive[static_cast<std::size_t>(l - 1)];
+        const auto& roles = lines.LineRoleLive[static_cast<std::size_t>(l - 1)];
+        for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s)
+            if (pairs[s] != 0 || (!pairsOnly && roles[s] != 0)) taken[s] = true;
+    }
+    return taken;
 }
 
-bool onAnyPair(const LineTables& lines, int first, int last, int slot, int except = 0) {
-    for (int line = first; line <= last; ++line)
-        if (line != except && lines.pairRole(line, slot) != PairRole::None) return true;
-    return false;
+// The best candidate not taken; -1 when no score is above 0.
+template <class Score>
+int bestFor(const LineupTeam& t, const BySlot<bool>& taken, Score score) {
+    int best = -1;
+    double bestScore = 0;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        auto i = static_cast<std::size_t>(s);
+        if (!t.candidate[i] || taken[i]) continue;
+        double v = score(s);
+        if (v > bestScore) {
+            best = s;
+            bestScore = v;
+        }
+    }
+    return best;
 }
 
 // The best candidate without a role on the line; -1 when no score is above 0.
@@ -480,17 +503,15 @@ double evenForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0;
     if (role == ForwardRole::Center && !hasFlag(p, Flag::Center)) return 0;
-    if (onAnyLine(*t.lines, 1, 4, slot)) return 0;
     double score = (hasFlag(p, flagOf(role)) ? 100 : 0) + 1000.0 * p.DepthEven[depthIndexOf(role)];
     if (role != ForwardRole::Center && wrongHand(p, role == ForwardRole::LeftWing)) score *= 0.1;
     return score;
 }
 
-double powerPlayForwardScore(const LineupTeam& t, int slot, int line, ForwardRole role) {
+double powerPlayForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p)) return 0;
     if (role == ForwardRole::Center && !hasFlag(p, Flag::Center)) return 0;
-    if (onAnyLine(*t.lines, 7, 10, slot, line)) return 0;
     double score = t.ratings[static_cast<std::size_t>(slot)].offense / 10 + 100;
     if (hasFlag(p, flagOf(role))) score += 100;
     score += 1000.0 * p.DepthPowerPlay[depthIndexOf(role)];
@@ -499,10 +520,9 @@ double powerPlayForwardScore(const LineupTeam& t, int slot, int line, ForwardRol
     return score;
 }
 
-double killForwardScore(const LineupTeam& t, int slot, int line, ForwardRole role) {
+double killForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p)) return 0;
-    if (onAnyLine(*t.lines, 11, 14, slot, line)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     auto side = role == ForwardRole::LeftWing ? KillDepth::ForwardLeft : KillDepth::ForwardRight;
     double score = r.penaltyKill * 100 + (hasForwardFlag(p) ? 100 : 0) + 1000.0 * p.DepthPenaltyKill[idx(side)];
@@ -511,19 +531,25 @@ double killForwardScore(const LineupTeam& t, int slot, int line, ForwardRole rol
     return score;
 }
 
+// Men already on the line, or on another line of its group, are passed
+// over (the taken set); the scores only rank the rest.
 void fillForwardLine(LineupTeam& t, int line) {
     bool kill = line >= 11;
-    std::vector<ForwardRole> roles =
-        kill ? std::vector{ForwardRole::LeftWing, ForwardRole::RightWing}
-             : std::vector{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
+    static constexpr std::array kKillRoles{ForwardRole::LeftWing, ForwardRole::RightWing};
+    static constexpr std::array kRoles{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
+    std::span<const ForwardRole> roles = kill ? std::span<const ForwardRole>(kKillRoles) : kRoles;
+    LineRange group = line <= 4 ? LineRange{1, 4} : line <= 10 ? LineRange{7, 10} : LineRange{11, 14};
+    BySlot<bool> taken = takenFor(*t.lines, line, group, false);
     for (ForwardRole role : roles) {
         if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestFor(t, line, [&](int s) {
+        int best = bestFor(t, taken, [&](int s) {
             if (line <= 4) return evenForwardScore(t, s, role);
-            if (line <= 10) return powerPlayForwardScore(t, s, line, role);
-            return killForwardScore(t, s, line, role);
+            if (line <= 10) return powerPlayForwardScore(t, s, role);
+            return killForwardScore(t, s, role);
         });
-        if (best >= 0) t.lines->setLineRole(line, best, role);
+        if (best < 0) continue;
+        t.lines->setLineRole(line, best, role);
+        taken[static_cast<std::size_t>(best)] = true;
     }
 }
 
@@ -532,24 +558,30 @@ double pairScore(const LineupTeam& t, int slot, int line, PairRole role) {
     if (!isDefenseman(p)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     if (line <= 4) {
-        if (line >= 2 && onAnyPair(*t.lines, 1, 4, slot)) return 0;
         double score = 1000.0 * p.DepthEven[idx(EvenDepth::Defense)] + 100;
         if (wrongHand(p, role == PairRole::Left)) score *= 0.1;
         return score;
     }
     if (line <= 10) {
-        if (onAnyPair(*t.lines, 7, 10, slot, line)) return 0;
         return r.defense * 90 + 1001.0 * p.DepthPowerPlay[idx(EvenDepth::Defense)] + 10000;
     }
-    if (onAnyPair(*t.lines, 11, 14, slot, line)) return 0;
     return r.penaltyKill * 90 + 1001.0 * p.DepthPenaltyKill[idx(KillDepth::Defense)] + 10000;
 }
 
+// A man with a pair on another line of the group is passed over; the first
+// even pair is made before any other, so nobody is passed over there.
 void fillPair(LineupTeam& t, int line) {
+    LineRange group = line == 1    ? LineRange{1, 0}
+                      : line <= 4  ? LineRange{1, 4}
+                      : line <= 10 ? LineRange{7, 10}
+                                   : LineRange{11, 14};
+    BySlot<bool> taken = takenFor(*t.lines, line, group, true);
     for (PairRole role : {PairRole::Left, PairRole::Right}) {
         if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestFor(t, line, [&](int s) { return pairScore(t, s, line, role); });
-        if (best >= 0) t.lines->setPairRole(line, best, role);
+        int best = bestFor(t, taken, [&](int s) { return pairScore(t, s, line, role); });
+        if (best < 0) continue;
+        t.lines->setPairRole(line, best, role);
+        taken[static_cast<std::size_t>(best)] = true;
     }
 }
 
