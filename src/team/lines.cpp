@@ -176,6 +176,15 @@ double usageFactor(const LineupTeam& t, int slot) {
     return std::max(f, kUsageFloor);
 }
 
+// The usage factor of every candidate, worked out once for the charts of a
+// fill rather than once for each chart.
+BySlot<double> usageFactors(const LineupTeam& t) {
+    BySlot<double> usage{};
+    for (int s = 0; s < kRosterSlots; ++s)
+        if (t.candidate[static_cast<std::size_t>(s)]) usage[static_cast<std::size_t>(s)] = usageFactor(t, s);
+    return usage;
+}
+
 double drawsPer60(const LineupTeam& t, int slot) {
     const StatLine& real = realOf(t.player(slot));
     double minutes = real.GP * t.minutes[static_cast<std::size_t>(slot)];
@@ -238,17 +247,17 @@ void rankChart(LineupTeam& t, int top, int bottom, Score score, Field field) {
         field(t.player(ranked[k].second)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
 }
 
-double centerDepthScore(const LineupTeam& t, int slot, bool draws) {
+double centerDepthScore(const LineupTeam& t, int slot, bool draws, double usage) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p) || !hasFlag(p, Flag::Center)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     double score = 1000 + r.defense / 30 + r.offense / 7 + 100000;
-    return score * centerFactor(t, slot, draws) * usageFactor(t, slot);
+    return score * centerFactor(t, slot, draws) * usage;
 }
 
 // Defensemen aren't ranked at wing: the line fill never takes them there,
 // and a rank they held would be one a forward lacks.
-double wingDepthScore(const LineupTeam& t, int slot, bool left) {
+double wingDepthScore(const LineupTeam& t, int slot, bool left, double usage) {
     const PlayerRecord& p = t.player(slot);
     if (!isForward(p)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
@@ -258,7 +267,7 @@ double wingDepthScore(const LineupTeam& t, int slot, bool left) {
     else
         score *= 0.9;
     if (wrongHand(p, left)) score *= 0.1;
-    return score * usageFactor(t, slot);
+    return score * usage;
 }
 
 // Even-strength minutes a game as a whole number.
@@ -321,14 +330,16 @@ bool depthChartEmpty(const LineupTeam& t) {
 
 void FillForwardDepth(LineupTeam& t) {
     bool draws = teamHasDraws(t);
+    const BySlot<double> usage = usageFactors(t);
+    auto used = [&](int s) { return usage[static_cast<std::size_t>(s)]; };
     rankChart(
-        t, 10, 1, [&](int s) { return centerDepthScore(t, s, draws); },
+        t, 10, 1, [&](int s) { return centerDepthScore(t, s, draws, used(s)); },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; });
     rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, true); },
+        t, 10, 1, [&](int s) { return wingDepthScore(t, s, true, used(s)); },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; });
     rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, false); },
+        t, 10, 1, [&](int s) { return wingDepthScore(t, s, false, used(s)); },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; });
 }
 
@@ -358,6 +369,7 @@ void FillGoalieDepth(LineupTeam& t) {
 void FillPowerPlayDepth(LineupTeam& t) {
     bool draws = teamHasDraws(t);
     bool ppTime = anyoneHas(t, &StatLine::ToiPP);
+    const BySlot<double> usage = usageFactors(t);
     auto forwardScore = [&](int s, Flag position) {
         const PlayerRecord& p = t.player(s);
         if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
@@ -365,7 +377,7 @@ void FillPowerPlayDepth(LineupTeam& t) {
         if (position == Flag::Center && hasFlag(p, Flag::Center)) score *= centerFactor(t, s, draws);
         score *= powerPlayFactor(p, ppTime);
         if (!hasFlag(p, position) && realOf(p).ToiPP < 150) score *= 0.7;
-        return score * usageFactor(t, s);
+        return score * usage[static_cast<std::size_t>(s)];
     };
     rankChart(
         t, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
@@ -383,7 +395,7 @@ void FillPowerPlayDepth(LineupTeam& t) {
             const PlayerRecord& p = t.player(s);
             if (!isDefenseman(p)) return 0.0;
             double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
-            return score * powerPlayFactor(p, ppTime) * usageFactor(t, s);
+            return score * powerPlayFactor(p, ppTime) * usage[static_cast<std::size_t>(s)];
         },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; });
 }
@@ -407,10 +419,13 @@ void FillPenaltyKillDepth(LineupTeam& t) {
         double score = (100 + (r.penaltyKill * 3 + use) * 100 + r.offense / 5.5 + r.defense) * 10 + 10000;
         return score * killFactor(p, shTime) * usageFactor(t, s);
     };
+    // Both forward places rank by the same score, so they are ranked once.
     rankChart(t, 10, 1, forwardScore,
               [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; });
-    rankChart(t, 10, 1, forwardScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardRight)]; });
+    for (int s = 0; s < kRosterSlots; ++s) {
+        auto& depth = t.player(s).DepthPenaltyKill;
+        depth[idx(KillDepth::ForwardRight)] = depth[idx(KillDepth::ForwardLeft)];
+    }
     rankChart(t, 10, 1, defenseScore,
               [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; });
 }
