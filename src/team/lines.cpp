@@ -481,23 +481,6 @@ BySlot<bool> takenFor(const LineTables& lines, int line, LineRange others, bool 
     return taken;
 }
 
-// The best candidate not taken; -1 when no score is above 0.
-template <class Score>
-int bestFor(const LineupTeam& t, const BySlot<bool>& taken, Score score) {
-    int best = -1;
-    double bestScore = 0;
-    for (int s = 0; s < kRosterSlots; ++s) {
-        auto i = static_cast<std::size_t>(s);
-        if (!t.candidate[i] || taken[i]) continue;
-        double v = score(s);
-        if (v > bestScore) {
-            best = s;
-            bestScore = v;
-        }
-    }
-    return best;
-}
-
 // The best candidate without a role on the line; -1 when no score is above 0.
 template <class Score>
 int bestFor(const LineupTeam& t, int line, Score score) {
@@ -546,9 +529,48 @@ double killForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     return score;
 }
 
+// Each man's score at each forward place, by the kind of line (even, power
+// play, kill) and the role (ForwardRole less one). The scores read ratings,
+// flags and depth charts, which filling lines doesn't change, so a fill works
+// them out once for all its lines. Zero for a man who isn't a candidate.
+struct ForwardScores {
+    std::array<std::array<BySlot<double>, 3>, 3> byKind{};
+
+    explicit ForwardScores(const LineupTeam& t) {
+        for (ForwardRole role : {ForwardRole::LeftWing, ForwardRole::Center, ForwardRole::RightWing}) {
+            auto r = static_cast<std::size_t>(role) - 1;
+            for (int s = 0; s < kRosterSlots; ++s) {
+                auto i = static_cast<std::size_t>(s);
+                if (!t.candidate[i]) continue;
+                byKind[0][r][i] = evenForwardScore(t, s, role);
+                byKind[1][r][i] = powerPlayForwardScore(t, s, role);
+                if (role != ForwardRole::Center) byKind[2][r][i] = killForwardScore(t, s, role);
+            }
+        }
+    }
+    [[nodiscard]] const BySlot<double>& of(int line, ForwardRole role) const {
+        std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
+        return byKind[kind][static_cast<std::size_t>(role) - 1];
+    }
+};
+
+// The man not taken with the best score; -1 when no score is above 0.
+int bestOf(const BySlot<double>& score, const BySlot<bool>& taken) {
+    int best = -1;
+    double bestScore = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(kRosterSlots); ++i) {
+        if (taken[i]) continue;
+        if (score[i] > bestScore) {
+            best = static_cast<int>(i);
+            bestScore = score[i];
+        }
+    }
+    return best;
+}
+
 // Men already on the line, or on another line of its group, are passed
 // over (the taken set); the scores only rank the rest.
-void fillForwardLine(LineupTeam& t, int line) {
+void fillForwardLine(LineupTeam& t, int line, const ForwardScores& scores) {
     bool kill = line >= 11;
     static constexpr std::array kKillRoles{ForwardRole::LeftWing, ForwardRole::RightWing};
     static constexpr std::array kRoles{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
@@ -557,11 +579,7 @@ void fillForwardLine(LineupTeam& t, int line) {
     BySlot<bool> taken = takenFor(*t.lines, line, group, false);
     for (ForwardRole role : roles) {
         if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestFor(t, taken, [&](int s) {
-            if (line <= 4) return evenForwardScore(t, s, role);
-            if (line <= 10) return powerPlayForwardScore(t, s, role);
-            return killForwardScore(t, s, role);
-        });
+        int best = bestOf(scores.of(line, role), taken);
         if (best < 0) continue;
         t.lines->setLineRole(line, best, role);
         taken[static_cast<std::size_t>(best)] = true;
@@ -583,9 +601,32 @@ double pairScore(const LineupTeam& t, int slot, int line, PairRole role) {
     return r.penaltyKill * 90 + 1001.0 * p.DepthPenaltyKill[idx(KillDepth::Defense)] + 10000;
 }
 
-// A man with a pair on another line of the group is passed over; the first
-// even pair is made before any other, so nobody is passed over there.
-void fillPair(LineupTeam& t, int line) {
+// Each defenceman's score at each pair place, by the kind of line and the
+// role (PairRole less one), worked out once per fill as the forwards' are.
+struct PairScores {
+    std::array<std::array<BySlot<double>, 2>, 3> byKind{};
+
+    explicit PairScores(const LineupTeam& t) {
+        for (PairRole role : {PairRole::Left, PairRole::Right}) {
+            auto r = static_cast<std::size_t>(role) - 1;
+            for (int s = 0; s < kRosterSlots; ++s) {
+                auto i = static_cast<std::size_t>(s);
+                if (!t.candidate[i]) continue;
+                byKind[0][r][i] = pairScore(t, s, 1, role);
+                byKind[1][r][i] = pairScore(t, s, 7, role);
+                byKind[2][r][i] = pairScore(t, s, 11, role);
+            }
+        }
+    }
+    [[nodiscard]] const BySlot<double>& of(int line, PairRole role) const {
+        std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
+        return byKind[kind][static_cast<std::size_t>(role) - 1];
+    }
+};
+
+// A man with a pair on another line of the group is passed over, but for
+// the first even pair, which takes the best men whatever pair they are on.
+void fillPair(LineupTeam& t, int line, const PairScores& scores) {
     LineRange group = line == 1    ? LineRange{1, 0}
                       : line <= 4  ? LineRange{1, 4}
                       : line <= 10 ? LineRange{7, 10}
@@ -593,7 +634,7 @@ void fillPair(LineupTeam& t, int line) {
     BySlot<bool> taken = takenFor(*t.lines, line, group, true);
     for (PairRole role : {PairRole::Left, PairRole::Right}) {
         if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestFor(t, taken, [&](int s) { return pairScore(t, s, line, role); });
+        int best = bestOf(scores.of(line, role), taken);
         if (best < 0) continue;
         t.lines->setPairRole(line, best, role);
         taken[static_cast<std::size_t>(best)] = true;
@@ -605,11 +646,13 @@ constexpr std::array kFilledLines = {1, 2, 3, 4, 7, 8, 11, 12};
 }  // namespace
 
 void FillForwards(LineupTeam& t) {
-    for (int line : kFilledLines) fillForwardLine(t, line);
+    const ForwardScores scores(t);
+    for (int line : kFilledLines) fillForwardLine(t, line, scores);
 }
 
 void FillDefense(LineupTeam& t) {
-    for (int line : kFilledLines) fillPair(t, line);
+    const PairScores scores(t);
+    for (int line : kFilledLines) fillPair(t, line, scores);
 }
 
 void FillExtraAttacker(LineupTeam& t) {
