@@ -466,19 +466,32 @@ Flag flagOf(ForwardRole r) {
 
 // The men who can't take a place on `line`: those already on it, and those
 // holding a role (`pairsOnly`: a pair role) on another line of `others`.
-// Worked out once per line rather than for each man at each place; only
-// the man given a place changes it.
-BySlot<bool> takenFor(const LineTables& lines, int line, LineRange others, bool pairsOnly) {
+// Worked out once per line, with the places someone already holds, rather
+// than for each man at each place; only the man given a place changes it.
+struct LinePlaces {
     BySlot<bool> taken{};
-    for (int s = 0; s < kRosterSlots; ++s) taken[static_cast<std::size_t>(s)] = lines.onLine(line, s);
+    std::array<bool, 4> roleHeld{};  // by ForwardRole
+    std::array<bool, 3> pairHeld{};  // by PairRole
+};
+
+LinePlaces placesOf(const LineTables& lines, int line, LineRange others, bool pairsOnly) {
+    LinePlaces places;
+    const auto& ownRoles = lines.LineRoleLive.at(static_cast<std::size_t>(line - 1));
+    const auto& ownPairs = lines.LineFlagLive.at(static_cast<std::size_t>(line - 1));
+    for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s) {
+        places.taken[s] = (ownRoles[s] | ownPairs[s]) != 0;
+        // Values past the roles (a damaged table) hold no place the fills make.
+        if (ownRoles[s] < places.roleHeld.size()) places.roleHeld[ownRoles[s]] = true;
+        if (ownPairs[s] < places.pairHeld.size()) places.pairHeld[ownPairs[s]] = true;
+    }
     for (int l = others.first; l <= others.last; ++l) {
         if (l == line) continue;
         const auto& pairs = lines.LineFlagLive[static_cast<std::size_t>(l - 1)];
         const auto& roles = lines.LineRoleLive[static_cast<std::size_t>(l - 1)];
         for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s)
-            if (pairs[s] != 0 || (!pairsOnly && roles[s] != 0)) taken[s] = true;
+            if (pairs[s] != 0 || (!pairsOnly && roles[s] != 0)) places.taken[s] = true;
     }
-    return taken;
+    return places;
 }
 
 // The best candidate without a role on the line; -1 when no score is above 0.
@@ -569,20 +582,20 @@ int bestOf(const BySlot<double>& score, const BySlot<bool>& taken) {
 }
 
 // Men already on the line, or on another line of its group, are passed
-// over (the taken set); the scores only rank the rest.
+// over (the taken places); the scores only rank the rest.
 void fillForwardLine(LineupTeam& t, int line, const ForwardScores& scores) {
     bool kill = line >= 11;
     static constexpr std::array kKillRoles{ForwardRole::LeftWing, ForwardRole::RightWing};
     static constexpr std::array kRoles{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
     std::span<const ForwardRole> roles = kill ? std::span<const ForwardRole>(kKillRoles) : kRoles;
     LineRange group = line <= 4 ? LineRange{1, 4} : line <= 10 ? LineRange{7, 10} : LineRange{11, 14};
-    BySlot<bool> taken = takenFor(*t.lines, line, group, false);
+    LinePlaces places = placesOf(*t.lines, line, group, false);
     for (ForwardRole role : roles) {
-        if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestOf(scores.of(line, role), taken);
+        if (places.roleHeld[static_cast<std::size_t>(role)]) continue;
+        int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setLineRole(line, best, role);
-        taken[static_cast<std::size_t>(best)] = true;
+        places.taken[static_cast<std::size_t>(best)] = true;
     }
 }
 
@@ -631,13 +644,13 @@ void fillPair(LineupTeam& t, int line, const PairScores& scores) {
                       : line <= 4  ? LineRange{1, 4}
                       : line <= 10 ? LineRange{7, 10}
                                    : LineRange{11, 14};
-    BySlot<bool> taken = takenFor(*t.lines, line, group, true);
+    LinePlaces places = placesOf(*t.lines, line, group, true);
     for (PairRole role : {PairRole::Left, PairRole::Right}) {
-        if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestOf(scores.of(line, role), taken);
+        if (places.pairHeld[static_cast<std::size_t>(role)]) continue;
+        int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setPairRole(line, best, role);
-        taken[static_cast<std::size_t>(best)] = true;
+        places.taken[static_cast<std::size_t>(best)] = true;
     }
 }
 
