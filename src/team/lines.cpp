@@ -776,23 +776,10 @@ int otherLineOf(const LineTables& lines, int slot, LineRange group, int except) 
 
 std::vector<std::string> completeLines(LineupTeam& t, const BySlot<std::string>& nameOf) {
     std::vector<std::string> notes;
-    // Every load asks this of every place and nearly all are held: what each
-    // line holds is read in one pass over it. A place filled below is one
-    // no later need asks about, and the man who fills it held nothing on
-    // that line, so the passes stay true.
-    static const std::vector<Need> kNeeds = neededRoles();
-    std::array<LinePlaces, kLineSets + 1> held{};
-    std::array<bool, kLineSets + 1> read{};
-    for (const Need& n : kNeeds) {
-        auto line = static_cast<std::size_t>(n.line);
-        if (!read[line]) {
-            held[line] = placesOf(*t.lines, n.line, LineRange{1, 0}, false);
-            read[line] = true;
-        }
+    for (const Need& n : neededRoles()) {
         bool forwardRole = n.forward != ForwardRole::None;
-        if (forwardRole ? held[line].roleHeld[static_cast<std::size_t>(n.forward)]
-                        : held[line].pairHeld[static_cast<std::size_t>(n.pair)])
-            continue;
+        int holder = forwardRole ? t.lines->holderOf(n.line, n.forward) : t.lines->holderOf(n.line, n.pair);
+        if (holder >= 0) continue;
         LineRange group = groupOf(n.line);
         int best = bestFor(t, n.line, [&](int s) {
             const PlayerRecord& p = t.player(s);
