@@ -713,7 +713,8 @@ void GameSession::lastFixes(SideTables& s) {
         PlayerRecord& p = s.player(slot);
         SalaryContext ctx;
         int year = p.PlayerYear >= 1910 && p.PlayerYear <= 2050 ? p.PlayerYear : 2010;
-        ctx.era = figuresOf(eraRow(year, 2010), p.PlayerType.view() == "C" ? EraLevel::College : EraLevel::Professional);
+        ctx.era =
+            figuresOf(eraRow(year, 2010), p.PlayerType.view() == "C" ? EraLevel::College : EraLevel::Professional);
         bool known = EraTable::contains(p.PlayerYear) && league_.era->year(p.PlayerYear).Games > 0;
         ctx.eraGames = known ? league_.era->year(p.PlayerYear).Games : eraRow(2009, 2009).Games;
         ctx.scaleGames = p.PlayerYear >= 1900 && p.PlayerYear <= 2099;
