@@ -554,7 +554,7 @@ struct ForwardScores {
             auto r = static_cast<std::size_t>(role) - 1;
             for (int s = 0; s < kRosterSlots; ++s) {
                 auto i = static_cast<std::size_t>(s);
-                if (!t.candidate[i]) continue;
+                if (!t.candidate[i] || isGoalie(t.player(s))) continue;  // a goalie scores 0 everywhere
                 byKind[0][r][i] = evenForwardScore(t, s, role);
                 byKind[1][r][i] = powerPlayForwardScore(t, s, role);
                 if (role != ForwardRole::Center) byKind[2][r][i] = killForwardScore(t, s, role);
@@ -624,7 +624,7 @@ struct PairScores {
             auto r = static_cast<std::size_t>(role) - 1;
             for (int s = 0; s < kRosterSlots; ++s) {
                 auto i = static_cast<std::size_t>(s);
-                if (!t.candidate[i]) continue;
+                if (!t.candidate[i] || !isDefenseman(t.player(s))) continue;  // only defencemen score
                 byKind[0][r][i] = pairScore(t, s, 1, role);
                 byKind[1][r][i] = pairScore(t, s, 7, role);
                 byKind[2][r][i] = pairScore(t, s, 11, role);
