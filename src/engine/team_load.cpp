@@ -514,7 +514,7 @@ void GameSession::capsAndLines(SideTables& s) {
 RateContext GameSession::rateContext(const SideTables& s, const PlayerRecord& p) const {
     RateContext ctx;
     ctx.year = p.PlayerYear != 0 ? p.PlayerYear : s.team.TeamYear;
-    ctx.college = p.PlayerType.str() == "C";
+    ctx.college = p.PlayerType.view() == "C";
     ctx.era = figuresOf(eraRow(ctx.year, 2008), ctx.college ? EraLevel::College : EraLevel::Professional);
     ctx.gamesForScale = eraRow(ctx.year >= 1920 && ctx.year <= 2050 ? ctx.year : 2012, 2012).Games;
     ctx.leagueFightData =
@@ -619,7 +619,7 @@ void GameSession::remainingStamps(SideTables& s) {
         }
         // No table of historical ratings ships with the program: the stamp
         // only records that the look-up ran.
-        if (p.PlayerType.str() != "C" && p.PlayerYear <= 2013) p.SportsmanshipStamp = kSportsmanshipStamp;
+        if (p.PlayerType.view() != "C" && p.PlayerYear <= 2013) p.SportsmanshipStamp = kSportsmanshipStamp;
     }
     TeamRecord& t = s.team;
     if (t.OvertimeLosses > 100 || t.Ties > 100) t.Wins = t.Losses = t.Ties = t.OvertimeLosses = 0;
@@ -627,7 +627,7 @@ void GameSession::remainingStamps(SideTables& s) {
         t.TeamFor[0].Goals = 0;
         t.TeamAgainst[0].Goals = 0;
     }
-    if (t.Arena.str().size() <= 1) t.Arena = {};
+    if (t.Arena.view().size() <= 1) t.Arena = {};
 }
 
 void GameSession::availability(SideTables& s) {
@@ -658,7 +658,7 @@ LineupTeam GameSession::lineupTeam(int sideIndex) {
         t.minutes[i] = s.rates[i][RateSet::Real].AverageMinutes;
         int year = p.PlayerYear != 0 ? p.PlayerYear : s.team.TeamYear;
         double savePct =
-            figuresOf(eraRow(year, 2008), p.PlayerType.str() == "C" ? EraLevel::College : EraLevel::Professional)
+            figuresOf(eraRow(year, 2008), p.PlayerType.view() == "C" ? EraLevel::College : EraLevel::Professional)
                 .savePct;
         t.ratings[i] = lineupRatings(p, t.minutes[i], savePct);
     }
@@ -713,7 +713,8 @@ void GameSession::lastFixes(SideTables& s) {
         PlayerRecord& p = s.player(slot);
         SalaryContext ctx;
         int year = p.PlayerYear >= 1910 && p.PlayerYear <= 2050 ? p.PlayerYear : 2010;
-        ctx.era = figuresOf(eraRow(year, 2010), p.PlayerType.str() == "C" ? EraLevel::College : EraLevel::Professional);
+        ctx.era =
+            figuresOf(eraRow(year, 2010), p.PlayerType.view() == "C" ? EraLevel::College : EraLevel::Professional);
         bool known = EraTable::contains(p.PlayerYear) && league_.era->year(p.PlayerYear).Games > 0;
         ctx.eraGames = known ? league_.era->year(p.PlayerYear).Games : eraRow(2009, 2009).Games;
         ctx.scaleGames = p.PlayerYear >= 1900 && p.PlayerYear <= 2099;

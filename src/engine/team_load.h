@@ -233,7 +233,7 @@ private:
     [[nodiscard]] int eraGamesOf(int year) const;
     // The index of the context, or one read from the league at the first call.
     const LeaguePlayerIndex& playerIndex() const;
-    [[nodiscard]] bool collegeTeam(const SideTables& s) const { return s.team.TeamType.str() == "C"; }
+    [[nodiscard]] bool collegeTeam(const SideTables& s) const { return s.team.TeamType.view() == "C"; }
 
     LeagueContext league_;
     GeneralManagerHooks defaultManager_;

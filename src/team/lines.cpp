@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cmath>
 #include <initializer_list>
+#include <span>
 
 #include "team/positions.h"
 
@@ -175,6 +176,15 @@ double usageFactor(const LineupTeam& t, int slot) {
     return std::max(f, kUsageFloor);
 }
 
+// The usage factor of every candidate, worked out once for the charts of a
+// fill rather than once for each chart.
+BySlot<double> usageFactors(const LineupTeam& t) {
+    BySlot<double> usage{};
+    for (int s = 0; s < kRosterSlots; ++s)
+        if (t.candidate[static_cast<std::size_t>(s)]) usage[static_cast<std::size_t>(s)] = usageFactor(t, s);
+    return usage;
+}
+
 double drawsPer60(const LineupTeam& t, int slot) {
     const StatLine& real = realOf(t.player(slot));
     double minutes = real.GP * t.minutes[static_cast<std::size_t>(slot)];
@@ -237,17 +247,17 @@ void rankChart(LineupTeam& t, int top, int bottom, Score score, Field field) {
         field(t.player(ranked[k].second)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
 }
 
-double centerDepthScore(const LineupTeam& t, int slot, bool draws) {
+double centerDepthScore(const LineupTeam& t, int slot, bool draws, double usage) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p) || !hasFlag(p, Flag::Center)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     double score = 1000 + r.defense / 30 + r.offense / 7 + 100000;
-    return score * centerFactor(t, slot, draws) * usageFactor(t, slot);
+    return score * centerFactor(t, slot, draws) * usage;
 }
 
 // Defensemen aren't ranked at wing: the line fill never takes them there,
 // and a rank they held would be one a forward lacks.
-double wingDepthScore(const LineupTeam& t, int slot, bool left) {
+double wingDepthScore(const LineupTeam& t, int slot, bool left, double usage) {
     const PlayerRecord& p = t.player(slot);
     if (!isForward(p)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
@@ -257,7 +267,7 @@ double wingDepthScore(const LineupTeam& t, int slot, bool left) {
     else
         score *= 0.9;
     if (wrongHand(p, left)) score *= 0.1;
-    return score * usageFactor(t, slot);
+    return score * usage;
 }
 
 // Even-strength minutes a game as a whole number.
@@ -320,14 +330,16 @@ bool depthChartEmpty(const LineupTeam& t) {
 
 void FillForwardDepth(LineupTeam& t) {
     bool draws = teamHasDraws(t);
+    const BySlot<double> usage = usageFactors(t);
+    auto used = [&](int s) { return usage[static_cast<std::size_t>(s)]; };
     rankChart(
-        t, 10, 1, [&](int s) { return centerDepthScore(t, s, draws); },
+        t, 10, 1, [&](int s) { return centerDepthScore(t, s, draws, used(s)); },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; });
     rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, true); },
+        t, 10, 1, [&](int s) { return wingDepthScore(t, s, true, used(s)); },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; });
     rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, false); },
+        t, 10, 1, [&](int s) { return wingDepthScore(t, s, false, used(s)); },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; });
 }
 
@@ -357,6 +369,7 @@ void FillGoalieDepth(LineupTeam& t) {
 void FillPowerPlayDepth(LineupTeam& t) {
     bool draws = teamHasDraws(t);
     bool ppTime = anyoneHas(t, &StatLine::ToiPP);
+    const BySlot<double> usage = usageFactors(t);
     auto forwardScore = [&](int s, Flag position) {
         const PlayerRecord& p = t.player(s);
         if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
@@ -364,7 +377,7 @@ void FillPowerPlayDepth(LineupTeam& t) {
         if (position == Flag::Center && hasFlag(p, Flag::Center)) score *= centerFactor(t, s, draws);
         score *= powerPlayFactor(p, ppTime);
         if (!hasFlag(p, position) && realOf(p).ToiPP < 150) score *= 0.7;
-        return score * usageFactor(t, s);
+        return score * usage[static_cast<std::size_t>(s)];
     };
     rankChart(
         t, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
@@ -382,7 +395,7 @@ void FillPowerPlayDepth(LineupTeam& t) {
             const PlayerRecord& p = t.player(s);
             if (!isDefenseman(p)) return 0.0;
             double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
-            return score * powerPlayFactor(p, ppTime) * usageFactor(t, s);
+            return score * powerPlayFactor(p, ppTime) * usage[static_cast<std::size_t>(s)];
         },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; });
 }
@@ -406,10 +419,13 @@ void FillPenaltyKillDepth(LineupTeam& t) {
         double score = (100 + (r.penaltyKill * 3 + use) * 100 + r.offense / 5.5 + r.defense) * 10 + 10000;
         return score * killFactor(p, shTime) * usageFactor(t, s);
     };
+    // Both forward places rank by the same score, so they are ranked once.
     rankChart(t, 10, 1, forwardScore,
               [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; });
-    rankChart(t, 10, 1, forwardScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardRight)]; });
+    for (int s = 0; s < kRosterSlots; ++s) {
+        auto& depth = t.player(s).DepthPenaltyKill;
+        depth[idx(KillDepth::ForwardRight)] = depth[idx(KillDepth::ForwardLeft)];
+    }
     rankChart(t, 10, 1, defenseScore,
               [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; });
 }
@@ -448,16 +464,34 @@ Flag flagOf(ForwardRole r) {
     }
 }
 
-bool onAnyLine(const LineTables& lines, int first, int last, int slot, int except = 0) {
-    for (int line = first; line <= last; ++line)
-        if (line != except && lines.onLine(line, slot)) return true;
-    return false;
-}
+// The men who can't take a place on `line`: those already on it, and those
+// holding a role (`pairsOnly`: a pair role) on another line of `others`.
+// Worked out once per line, with the places someone already holds, rather
+// than for each man at each place; only the man given a place changes it.
+struct LinePlaces {
+    BySlot<bool> taken{};
+    std::array<bool, 4> roleHeld{};  // by ForwardRole
+    std::array<bool, 3> pairHeld{};  // by PairRole
+};
 
-bool onAnyPair(const LineTables& lines, int first, int last, int slot, int except = 0) {
-    for (int line = first; line <= last; ++line)
-        if (line != except && lines.pairRole(line, slot) != PairRole::None) return true;
-    return false;
+LinePlaces placesOf(const LineTables& lines, int line, LineRange others, bool pairsOnly) {
+    LinePlaces places;
+    const auto& ownRoles = lines.LineRoleLive.at(static_cast<std::size_t>(line - 1));
+    const auto& ownPairs = lines.LineFlagLive.at(static_cast<std::size_t>(line - 1));
+    for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s) {
+        places.taken[s] = (ownRoles[s] | ownPairs[s]) != 0;
+        // Values past the roles (a damaged table) hold no place the fills make.
+        if (ownRoles[s] < places.roleHeld.size()) places.roleHeld[ownRoles[s]] = true;
+        if (ownPairs[s] < places.pairHeld.size()) places.pairHeld[ownPairs[s]] = true;
+    }
+    for (int l = others.first; l <= others.last; ++l) {
+        if (l == line) continue;
+        const auto& pairs = lines.LineFlagLive[static_cast<std::size_t>(l - 1)];
+        const auto& roles = lines.LineRoleLive[static_cast<std::size_t>(l - 1)];
+        for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s)
+            if (pairs[s] != 0 || (!pairsOnly && roles[s] != 0)) places.taken[s] = true;
+    }
+    return places;
 }
 
 // The best candidate without a role on the line; -1 when no score is above 0.
@@ -480,17 +514,15 @@ double evenForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0;
     if (role == ForwardRole::Center && !hasFlag(p, Flag::Center)) return 0;
-    if (onAnyLine(*t.lines, 1, 4, slot)) return 0;
     double score = (hasFlag(p, flagOf(role)) ? 100 : 0) + 1000.0 * p.DepthEven[depthIndexOf(role)];
     if (role != ForwardRole::Center && wrongHand(p, role == ForwardRole::LeftWing)) score *= 0.1;
     return score;
 }
 
-double powerPlayForwardScore(const LineupTeam& t, int slot, int line, ForwardRole role) {
+double powerPlayForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p)) return 0;
     if (role == ForwardRole::Center && !hasFlag(p, Flag::Center)) return 0;
-    if (onAnyLine(*t.lines, 7, 10, slot, line)) return 0;
     double score = t.ratings[static_cast<std::size_t>(slot)].offense / 10 + 100;
     if (hasFlag(p, flagOf(role))) score += 100;
     score += 1000.0 * p.DepthPowerPlay[depthIndexOf(role)];
@@ -499,10 +531,9 @@ double powerPlayForwardScore(const LineupTeam& t, int slot, int line, ForwardRol
     return score;
 }
 
-double killForwardScore(const LineupTeam& t, int slot, int line, ForwardRole role) {
+double killForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p)) return 0;
-    if (onAnyLine(*t.lines, 11, 14, slot, line)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     auto side = role == ForwardRole::LeftWing ? KillDepth::ForwardLeft : KillDepth::ForwardRight;
     double score = r.penaltyKill * 100 + (hasForwardFlag(p) ? 100 : 0) + 1000.0 * p.DepthPenaltyKill[idx(side)];
@@ -511,19 +542,60 @@ double killForwardScore(const LineupTeam& t, int slot, int line, ForwardRole rol
     return score;
 }
 
-void fillForwardLine(LineupTeam& t, int line) {
+// Each man's score at each forward place, by the kind of line (even, power
+// play, kill) and the role (ForwardRole less one). The scores read ratings,
+// flags and depth charts, which filling lines doesn't change, so a fill works
+// them out once for all its lines. Zero for a man who isn't a candidate.
+struct ForwardScores {
+    std::array<std::array<BySlot<double>, 3>, 3> byKind{};
+
+    explicit ForwardScores(const LineupTeam& t) {
+        for (ForwardRole role : {ForwardRole::LeftWing, ForwardRole::Center, ForwardRole::RightWing}) {
+            auto r = static_cast<std::size_t>(role) - 1;
+            for (int s = 0; s < kRosterSlots; ++s) {
+                auto i = static_cast<std::size_t>(s);
+                if (!t.candidate[i] || isGoalie(t.player(s))) continue;  // a goalie scores 0 everywhere
+                byKind[0][r][i] = evenForwardScore(t, s, role);
+                byKind[1][r][i] = powerPlayForwardScore(t, s, role);
+                if (role != ForwardRole::Center) byKind[2][r][i] = killForwardScore(t, s, role);
+            }
+        }
+    }
+    [[nodiscard]] const BySlot<double>& of(int line, ForwardRole role) const {
+        std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
+        return byKind[kind][static_cast<std::size_t>(role) - 1];
+    }
+};
+
+// The man not taken with the best score; -1 when no score is above 0.
+int bestOf(const BySlot<double>& score, const BySlot<bool>& taken) {
+    int best = -1;
+    double bestScore = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(kRosterSlots); ++i) {
+        if (taken[i]) continue;
+        if (score[i] > bestScore) {
+            best = static_cast<int>(i);
+            bestScore = score[i];
+        }
+    }
+    return best;
+}
+
+// Men already on the line, or on another line of its group, are passed
+// over (the taken places); the scores only rank the rest.
+void fillForwardLine(LineupTeam& t, int line, const ForwardScores& scores) {
     bool kill = line >= 11;
-    std::vector<ForwardRole> roles =
-        kill ? std::vector{ForwardRole::LeftWing, ForwardRole::RightWing}
-             : std::vector{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
+    static constexpr std::array kKillRoles{ForwardRole::LeftWing, ForwardRole::RightWing};
+    static constexpr std::array kRoles{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
+    std::span<const ForwardRole> roles = kill ? std::span<const ForwardRole>(kKillRoles) : kRoles;
+    LineRange group = line <= 4 ? LineRange{1, 4} : line <= 10 ? LineRange{7, 10} : LineRange{11, 14};
+    LinePlaces places = placesOf(*t.lines, line, group, false);
     for (ForwardRole role : roles) {
-        if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestFor(t, line, [&](int s) {
-            if (line <= 4) return evenForwardScore(t, s, role);
-            if (line <= 10) return powerPlayForwardScore(t, s, line, role);
-            return killForwardScore(t, s, line, role);
-        });
-        if (best >= 0) t.lines->setLineRole(line, best, role);
+        if (places.roleHeld[static_cast<std::size_t>(role)]) continue;
+        int best = bestOf(scores.of(line, role), places.taken);
+        if (best < 0) continue;
+        t.lines->setLineRole(line, best, role);
+        places.taken[static_cast<std::size_t>(best)] = true;
     }
 }
 
@@ -532,24 +604,53 @@ double pairScore(const LineupTeam& t, int slot, int line, PairRole role) {
     if (!isDefenseman(p)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     if (line <= 4) {
-        if (line >= 2 && onAnyPair(*t.lines, 1, 4, slot)) return 0;
         double score = 1000.0 * p.DepthEven[idx(EvenDepth::Defense)] + 100;
         if (wrongHand(p, role == PairRole::Left)) score *= 0.1;
         return score;
     }
     if (line <= 10) {
-        if (onAnyPair(*t.lines, 7, 10, slot, line)) return 0;
         return r.defense * 90 + 1001.0 * p.DepthPowerPlay[idx(EvenDepth::Defense)] + 10000;
     }
-    if (onAnyPair(*t.lines, 11, 14, slot, line)) return 0;
     return r.penaltyKill * 90 + 1001.0 * p.DepthPenaltyKill[idx(KillDepth::Defense)] + 10000;
 }
 
-void fillPair(LineupTeam& t, int line) {
+// Each defenceman's score at each pair place, by the kind of line and the
+// role (PairRole less one), worked out once per fill as the forwards' are.
+struct PairScores {
+    std::array<std::array<BySlot<double>, 2>, 3> byKind{};
+
+    explicit PairScores(const LineupTeam& t) {
+        for (PairRole role : {PairRole::Left, PairRole::Right}) {
+            auto r = static_cast<std::size_t>(role) - 1;
+            for (int s = 0; s < kRosterSlots; ++s) {
+                auto i = static_cast<std::size_t>(s);
+                if (!t.candidate[i] || !isDefenseman(t.player(s))) continue;  // only defencemen score
+                byKind[0][r][i] = pairScore(t, s, 1, role);
+                byKind[1][r][i] = pairScore(t, s, 7, role);
+                byKind[2][r][i] = pairScore(t, s, 11, role);
+            }
+        }
+    }
+    [[nodiscard]] const BySlot<double>& of(int line, PairRole role) const {
+        std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
+        return byKind[kind][static_cast<std::size_t>(role) - 1];
+    }
+};
+
+// A man with a pair on another line of the group is passed over, but for
+// the first even pair, which takes the best men whatever pair they are on.
+void fillPair(LineupTeam& t, int line, const PairScores& scores) {
+    LineRange group = line == 1    ? LineRange{1, 0}
+                      : line <= 4  ? LineRange{1, 4}
+                      : line <= 10 ? LineRange{7, 10}
+                                   : LineRange{11, 14};
+    LinePlaces places = placesOf(*t.lines, line, group, true);
     for (PairRole role : {PairRole::Left, PairRole::Right}) {
-        if (t.lines->holderOf(line, role) >= 0) continue;
-        int best = bestFor(t, line, [&](int s) { return pairScore(t, s, line, role); });
-        if (best >= 0) t.lines->setPairRole(line, best, role);
+        if (places.pairHeld[static_cast<std::size_t>(role)]) continue;
+        int best = bestOf(scores.of(line, role), places.taken);
+        if (best < 0) continue;
+        t.lines->setPairRole(line, best, role);
+        places.taken[static_cast<std::size_t>(best)] = true;
     }
 }
 
@@ -558,11 +659,13 @@ constexpr std::array kFilledLines = {1, 2, 3, 4, 7, 8, 11, 12};
 }  // namespace
 
 void FillForwards(LineupTeam& t) {
-    for (int line : kFilledLines) fillForwardLine(t, line);
+    const ForwardScores scores(t);
+    for (int line : kFilledLines) fillForwardLine(t, line, scores);
 }
 
 void FillDefense(LineupTeam& t) {
-    for (int line : kFilledLines) fillPair(t, line);
+    const PairScores scores(t);
+    for (int line : kFilledLines) fillPair(t, line, scores);
 }
 
 void FillExtraAttacker(LineupTeam& t) {

@@ -177,6 +177,47 @@ TEST(Lines, APreferredSideKeepsAPlayerOffTheOtherSide) {
     EXPECT_LT(b.roster[std::size_t(lw)].DepthEven[kEvenLW], b.roster[17].DepthEven[kEvenLW]);  // below every left wing
 }
 
+// Filling around a coach's hand-made roles: a man placed on a line of a
+// group is passed over on the group's other lines but not on another
+// group's; the first even pair alone takes the best men whatever pair they
+// already hold.
+TEST(Lines, FillsPassOverMenPlacedInTheSameGroup) {
+    TeamBuilder b = TeamBuilder::of(1, 6, 12);
+    const int bestD = 1, secondD = 2, thirdD = 3;
+    const int bestC = 7, bestLW = 8, nextC = 10;
+    b.lines.setLineRole(2, bestC, ForwardRole::Center);
+    b.lines.setLineRole(8, bestLW, ForwardRole::LeftWing);
+    b.lines.setPairRole(2, bestD, PairRole::Left);
+    LineupTeam t = b.team();
+    HkAutofillDepth(t);
+    FillForwards(t);
+    FillDefense(t);
+
+    EXPECT_EQ(b.lines.holderOf(1, ForwardRole::Center), nextC);
+    EXPECT_EQ(b.lines.holderOf(2, ForwardRole::Center), bestC);
+    EXPECT_EQ(b.lines.holderOf(7, ForwardRole::Center), bestC);  // even lines don't hold back the power play
+    EXPECT_NE(b.lines.holderOf(7, ForwardRole::LeftWing), bestLW);
+    EXPECT_EQ(b.lines.holderOf(8, ForwardRole::LeftWing), bestLW);
+    for (int line = 1; line <= 4; ++line) {
+        std::set<int> forwards;
+        for (auto role : {ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing})
+            forwards.insert(b.lines.holderOf(line, role));
+        for (int other = line + 1; other <= 4; ++other)
+            for (auto role : {ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing})
+                EXPECT_FALSE(forwards.count(b.lines.holderOf(other, role))) << line << " " << other;
+    }
+
+    EXPECT_EQ(b.lines.holderOf(1, PairRole::Left), bestD);
+    EXPECT_EQ(b.lines.holderOf(1, PairRole::Right), secondD);
+    EXPECT_EQ(b.lines.holderOf(2, PairRole::Left), bestD);
+    EXPECT_EQ(b.lines.holderOf(2, PairRole::Right), thirdD);
+    for (auto role : {PairRole::Left, PairRole::Right}) {
+        int d = b.lines.holderOf(3, role);
+        EXPECT_GT(d, thirdD);
+        EXPECT_NE(b.lines.holderOf(7, role), -1);
+    }
+}
+
 TEST(Lines, ExtraAttackerAndShootoutRanksRunFromFifteen) {
     TeamBuilder b = TeamBuilder::of(1, 6, 12);
     b.fillAll();
