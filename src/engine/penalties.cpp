@@ -8,8 +8,8 @@
 #include <cmath>
 
 #include "engine/game.h"
-#include "engine/slot_scan.h"
 #include "team/positions.h"
+#include "team/slot_scan.h"
 
 namespace tallyrink {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 #include "team/positions.h"
+#include "team/slot_scan.h"
 
 namespace tallyrink {
 
@@ -65,32 +65,6 @@ const BySlot<std::uint8_t>& lineRoles(const LineupTeam& t, int line, bool forwar
     return forwards ? t.lines->LineRoleLive.at(i) : t.lines->LineFlagLive.at(i);
 }
 
-// The role bytes of slots first to first + 7 as one word (fewer at the end
-// of the roster): zero when none of them holds a role. Most of a line's
-// slots hold none, and a lineup is put on the ice many times a game.
-std::uint64_t roleWord(const BySlot<std::uint8_t>& roles, int first) {
-    static_assert(std::endian::native == std::endian::little && kRosterSlots >= 8);
-    const auto from = static_cast<std::size_t>(first);
-    std::uint64_t word = 0;
-    if (from + 8 <= roles.size()) {
-        std::memcpy(&word, roles.data() + from, 8);
-        return word;
-    }
-    // The short block at the end: the last eight bytes, those before `first` shifted out.
-    std::memcpy(&word, roles.data() + roles.size() - 8, 8);
-    return word >> (8 * (from + 8 - roles.size()));
-}
-
-// A one in the low bit of each byte of `word` that isn't zero, nothing
-// elsewhere.
-std::uint64_t nonzeroBytes(std::uint64_t word) {
-    constexpr std::uint64_t kLow = 0x0101010101010101ULL;
-    constexpr std::uint64_t kSeven = 0x7F7F7F7F7F7F7F7FULL;
-    // The low seven bits of a byte plus 127 reach its top bit, without a
-    // carry into the next byte, when any of them is set.
-    return ((((word & kSeven) + kSeven) | word) >> 7) & kLow;
-}
-
 // The line that gives a place its players: the line asked for when a fit
 // player holds a role of that kind on it, else the first line behind it in
 // the chain of stand-ins that has one; 0 when none has.
@@ -98,7 +72,8 @@ int sourceLine(const LineupTeam& t, int line, bool forwards) {
     for (int hops = 0; line > 0 && hops < kLineSets; ++hops, line = fallbackLine(line)) {
         const BySlot<std::uint8_t>& roles = lineRoles(t, line, forwards);
         for (int first = 0; first < kRosterSlots; first += 8) {
-            for (std::uint64_t held = nonzeroBytes(roleWord(roles, first)); held != 0; held &= held - 1)
+            for (std::uint64_t held = nonzeroBytes(slotWord(roles, static_cast<std::size_t>(first))); held != 0;
+                 held &= held - 1)
                 if (t.candidate[static_cast<std::size_t>(first + std::countr_zero(held) / 8)]) return line;
         }
     }
@@ -143,7 +118,8 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionL
     const BySlot<std::uint8_t>& roles = lineRoles(t, line, forwards);
     for (int first = 0; first < kRosterSlots; first += 8) {
         // Only the slots of the block that hold a role, lowest first.
-        for (std::uint64_t held = nonzeroBytes(roleWord(roles, first)); held != 0; held &= held - 1) {
+        for (std::uint64_t held = nonzeroBytes(slotWord(roles, static_cast<std::size_t>(first))); held != 0;
+             held &= held - 1) {
             const int s = first + std::countr_zero(held) / 8;
             placeHolder(t, s, roles[static_cast<std::size_t>(s)], forwards, wanted, goalie, source, out, spare,
                         spareCount);

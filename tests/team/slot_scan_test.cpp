@@ -1,4 +1,4 @@
-#include "engine/slot_scan.h"
+#include "team/slot_scan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 // Whole-roster questions about one-byte slot tables, asked eight slots at a
-// time: the engine asks them every step, and a slot at a time they cost more
-// than the work they decide on.
+// time: the engine and the lineup ask them many times a game, and a slot at
+// a time they cost more than the work they decide on.
 
 #include <bit>
 #include <cstdint>
