@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 #include "league/files.h"
@@ -396,14 +397,35 @@ inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerReco
 // the stat is known at each place, so none goes through the choice of kind.
 using PlayerStatValues = std::array<std::optional<int>, kPlayerStats>;
 
-template <std::size_t... I>
+template <std::size_t From, std::size_t... I>
 void fillStatValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out,
                     std::index_sequence<I...>) {
-    ((out[I] = valueOf(static_cast<PlayerStat>(I), season, p, shootoutGoals)), ...);
+    ((out[From + I] = valueOf(static_cast<PlayerStat>(From + I), season, p, shootoutGoals)), ...);
 }
 
-void statValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out) {
-    fillStatValues(season, p, shootoutGoals, out, std::make_index_sequence<kPlayerStats>{});
+// The stats a goalie's categories count lie from Saves to the goals-against
+// average; a skater's are the time on the ice and those from Goals on. Only
+// those of his kind are worked out (playerCategories holds to it).
+constexpr auto kFirstGoalieStat = static_cast<std::size_t>(PlayerStat::Saves);
+constexpr auto kLastGoalieStat = static_cast<std::size_t>(PlayerStat::GoalsAgainstAverage);
+constexpr auto kFirstSkaterStat = static_cast<std::size_t>(PlayerStat::Goals);
+constexpr auto kSkaterTimeStat = static_cast<std::size_t>(PlayerStat::Toi);
+
+bool statOfKind(PlayerStat stat, bool goalie) {
+    auto i = static_cast<std::size_t>(stat);
+    if (goalie) return i >= kFirstGoalieStat && i <= kLastGoalieStat;
+    return i == kSkaterTimeStat || (i >= kFirstSkaterStat && i < kPlayerStats);
+}
+
+void statValues(bool season, bool goalie, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out) {
+    if (goalie) {
+        fillStatValues<kFirstGoalieStat>(season, p, shootoutGoals, out,
+                                         std::make_index_sequence<kLastGoalieStat - kFirstGoalieStat + 1>{});
+        return;
+    }
+    out[kSkaterTimeStat] = valueOf(PlayerStat::Toi, season, p, shootoutGoals);
+    fillStatValues<kFirstSkaterStat>(season, p, shootoutGoals, out,
+                                     std::make_index_sequence<kPlayerStats - kFirstSkaterStat>{});
 }
 
 // The categories a player's game posts into, by kind of player and scope:
@@ -421,6 +443,8 @@ const std::vector<PlayerCategoryStat>& playerCategories(bool goalie, RecordScope
             const PlayerCategory& kind = playerCategory(c);
             if (kind.stat == PlayerStat::None) continue;
             bool goalieCategory = c >= kFirstGoalieCategory;
+            if (!statOfKind(kind.stat, goalieCategory))
+                throw std::logic_error(fmt::format("Record category {} counts a stat of the other kind", c));
             l[goalieCategory ? 2 : 0].push_back({c, kind.stat});
             if (!kind.seasonOnly) l[goalieCategory ? 3 : 1].push_back({c, kind.stat});
         }
@@ -457,10 +481,27 @@ std::uint32_t teamKey(std::string_view code) {
     return key;
 }
 
+// A team key's bit of a record's gate.
+std::uint64_t teamBit(std::uint32_t key) { return std::uint64_t{1} << ((key * 0x9E3779B1u) >> 26); }
+
+// A name trimmed as the places compare them, padded again to the width:
+// two are equal just when the trimmed names are, as a trimmed name neither
+// begins nor ends with a blank.
+FixedText<20> placeName(std::string_view trimmed) {
+    FixedText<20> n;
+    n.assign(trimmed);
+    return n;
+}
+
 }  // namespace
 
 RecordBook::RecordBook()
-    : entries_(kRecordsInFile + 1), places_(kRecordsInFile + 1), changed_(kRecordsInFile + 1, false) {}
+    : entries_(kRecordsInFile + 1),
+      places_(kRecordsInFile + 1),
+      gates_(kRecordsInFile + 1),
+      changed_(kRecordsInFile + 1, false) {
+    for (std::size_t r = 0; r < gates_.size(); ++r) noteEntry(r);
+}
 
 RecordBook RecordBook::load(const std::filesystem::path& folder) {
     RandomFile file(findFile(folder, kRecordsFile), kRecordSlot);
@@ -494,15 +535,29 @@ void RecordBook::noteEntry(std::size_t r) {
     for (std::size_t k = 0; k < kRecordPlaces; ++k) {
         p.held[k] = !e.RecordName[k].blank();
         p.heldTeamKey[k] = p.held[k] ? teamKey(e.RecordTeam[k].view()) : kNoTeamKey;
+        p.heldName[k] = p.held[k] ? placeName(e.RecordName[k].view()) : FixedText<20>{};
     }
     p.lastValue = e.RecordValue[kRecordPlaces - 1];
+    Gate& g = gates_[r];
+    g.teams = 0;
+    for (std::size_t k = 0; k < kRecordPlaces; ++k)
+        if (p.held[k]) g.teams |= teamBit(p.heldTeamKey[k]);
+    // Records 0 and 1 have no category: nothing asks them.
+    int category = r >= 2 ? static_cast<int>(r / 2) : 1;
+    g.lower = lowerIsBetter(category);
+    // A fifth place nobody holds takes any value above nothing.
+    g.bar = p.held[kRecordPlaces - 1] ? p.lastValue : 0;
 }
 
 bool RecordBook::turnedAway(int category, RecordScope scope, int value, const Holder& who) const {
-    const Places& p = places_[recordNumber(category, scope)];
+    std::size_t r = recordNumber(category, scope);
+    const Gate& g = gates_[r];
+    if (!g.lower && value <= g.bar && (scope != RecordScope::Season || (g.teams & who.teamBit) == 0)) return true;
+    const Places& p = places_[r];
+    // His own season place moves whatever his value.
     if (scope == RecordScope::Season)
         for (std::size_t k = 0; k < kRecordPlaces; ++k)
-            if (p.heldTeamKey[k] == who.teamKey) return false;
+            if (p.heldTeamKey[k] == who.teamKey && p.heldName[k] == who.placeName) return false;
     constexpr std::size_t last = kRecordPlaces - 1;
     // A fifth place nobody holds takes any value but nothing at all.
     return p.held[last] ? !better(category, value, p.lastValue) : !(lowerIsBetter(category) || value > 0);
@@ -513,9 +568,13 @@ const RecordEntry& RecordBook::entry(int category, RecordScope scope) const {
 }
 
 RecordBook::Holder RecordBook::holderOf(const RecordHolder& who) {
-    Holder h{who, {}, 0, std::nullopt};
+    Holder h{who, {}, 0, std::nullopt, {}, 0};
     h.team.assign(who.team);
     h.teamKey = teamKey(h.team.view());
+    h.teamBit = teamBit(h.teamKey);
+    FixedText<20> name;
+    name.assign(who.name);
+    h.placeName = placeName(name.view());
     return h;
 }
 
@@ -607,14 +666,13 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
             bool goalie = isGoalie(p);
             for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
-                statValues(scope == RecordScope::Season, p, shootout, stats);
+                statValues(scope == RecordScope::Season, goalie, p, shootout, stats);
                 for (const auto& [c, stat] : playerCategories(goalie, scope))
                     if (const auto& v = stats[static_cast<std::size_t>(stat)])
                         out.values.push_back({static_cast<std::int16_t>(c), scope, *v});
             }
-            out.players.push_back(
-                {{p.ShortName.str().empty() ? p.LastName.str() : p.ShortName.str(), own.code, opp.code, date},
-                 out.values.size()});
+            std::string_view name = p.ShortName.view().empty() ? p.LastName.view() : p.ShortName.view();
+            out.players.push_back({{std::string(name), own.code, opp.code, date}, out.values.size()});
         }
     }
     return out;

@@ -122,6 +122,10 @@ private:
         FixedText<3> team;
         std::uint32_t teamKey;
         std::optional<FixedText<20>> name;  // made at the first place his team holds
+        // His name as the places keep theirs (placeName): the test for his
+        // own season place is one compare of each place his team holds.
+        FixedText<20> placeName;
+        std::uint64_t teamBit;  // his team's bit of Gate::teams
     };
     // Of one record, what insert asks of every place before it touches it.
     struct Places {
@@ -130,6 +134,21 @@ private:
         // key no team has: one compare finds his team's places.
         std::array<std::uint32_t, kRecordPlaces> heldTeamKey{};
         std::int16_t lastValue = 0;  // the fifth place's value
+        // Each place's name trimmed and padded again: equal just when the
+        // names as insert compares them are.
+        std::array<FixedText<20>, kRecordPlaces> heldName{};
+    };
+    // Of one record, the little that turns most values away, kept apart
+    // from the places so that a posting's walk over the records stays in
+    // the cache.
+    struct Gate {
+        // A bit for each team that holds a place; teams may share a bit,
+        // so a set bit asks the places, a clear one tells.
+        std::uint64_t teams = 0;
+        // A value enters above it where more is better; where less is, the
+        // places are asked.
+        std::int32_t bar = 0;
+        bool lower = false;
     };
     // True when `value` can't enter nor move his own season place: most of
     // a posting's values, told from the places alone.
@@ -140,6 +159,7 @@ private:
 
     std::vector<RecordEntry> entries_;
     std::vector<Places> places_;
+    std::vector<Gate> gates_;
     std::vector<bool> changed_;
     std::vector<std::size_t> changedList_;  // the records of changed_, in order
     std::vector<std::uint8_t> raw_;         // the file as read
