@@ -295,7 +295,9 @@ bool seasonOnly(int category) {
 namespace {
 
 // A player's value of a category that applies to him and to the scope.
-inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, int shootoutGoals) {
+// Built into each place that asks for one stat, where the choice of kind falls away.
+[[gnu::always_inline]] inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p,
+                                                         int shootoutGoals) {
     const StatLine& s = statLine(p, season ? StatLineIndex::Replay : StatLineIndex::Game);
     std::size_t k = season ? 0 : 1;  // the replay and this game's entries of the counters
     int against = s.Saves + s.GoalsAllowed;
@@ -533,9 +535,10 @@ void RecordBook::noteEntry(std::size_t r) {
     const RecordEntry& e = entries_[r];
     Places& p = places_[r];
     for (std::size_t k = 0; k < kRecordPlaces; ++k) {
-        p.held[k] = !e.RecordName[k].blank();
+        std::string_view name = e.RecordName[k].view();  // empty just when the name is blank
+        p.held[k] = !name.empty();
         p.heldTeamKey[k] = p.held[k] ? teamKey(e.RecordTeam[k].view()) : kNoTeamKey;
-        p.heldName[k] = p.held[k] ? placeName(e.RecordName[k].view()) : FixedText<20>{};
+        p.heldName[k] = p.held[k] ? placeName(name) : FixedText<20>{};
     }
     p.lastValue = e.RecordValue[kRecordPlaces - 1];
     Gate& g = gates_[r];
@@ -727,18 +730,18 @@ void RecordBook::postTeams(const GameSession& session, const FinishedGame& game)
                                              f.EmptyNetGoals,
                                              season ? t.Wins : -1,
                                              -1};
+            // Most values are turned away at the gate, as the players' are.
+            auto post = [&](int category, int value) {
+                if (!turnedAway(category, scope, value, holder)) insert(category, scope, value, holder);
+            };
             for (std::size_t k = 0; k + 1 < values.size(); ++k)
-                if (values[k] >= 0) insert(kFirstTeamCategory + static_cast<int>(k), scope, values[k], holder);
-            if (!season && game.winnerSide() == side) {
-                int margin = game.finalScore(side) - game.finalScore(1 - side);
-                insert(kFirstQuarterCategory - 1, scope, margin, holder);
-            }
+                if (values[k] >= 0) post(kFirstTeamCategory + static_cast<int>(k), values[k]);
+            if (!season && game.winnerSide() == side)
+                post(kFirstQuarterCategory - 1, game.finalScore(side) - game.finalScore(1 - side));
             for (int q = 0; q < kQuarters; ++q) {
                 auto qi = static_cast<std::size_t>(q);
-                int goalsFor = season ? t.GoalsByPeriod[0][qi] : own.goalsByPeriod[qi];
-                int goalsAgainst = season ? t.GoalsByPeriod[1][qi] : opp.goalsByPeriod[qi];
-                insert(kFirstQuarterCategory + q, scope, goalsFor, holder);
-                insert(kFirstOppQuarterCategory + q, scope, goalsAgainst, holder);
+                post(kFirstQuarterCategory + q, season ? t.GoalsByPeriod[0][qi] : own.goalsByPeriod[qi]);
+                post(kFirstOppQuarterCategory + q, season ? t.GoalsByPeriod[1][qi] : opp.goalsByPeriod[qi]);
             }
         }
     }
@@ -750,16 +753,18 @@ std::vector<FileChange> RecordBook::changes(const std::string& file) const {
     constexpr std::size_t kGap = 8;
     std::vector<FileChange> out;
     auto write = [&](std::size_t first, std::size_t last) {
-        std::vector<std::uint8_t> bytes((last - first + 1) * kRecordSlot, 0);
+        // The last slot's unused end isn't written.
+        std::size_t size = (last - first) * kRecordSlot + codec::Layout<RecordEntry>::size;
         std::size_t base = (first - 1) * kRecordSlot;
+        // The bytes as read, and zeros past the file's end: copied, not cleared first.
+        std::vector<std::uint8_t> bytes;
+        bytes.reserve(size);
         if (base < raw_.size())
-            std::copy(raw_.begin() + static_cast<std::ptrdiff_t>(base),
-                      raw_.begin() + static_cast<std::ptrdiff_t>(std::min(raw_.size(), base + bytes.size())),
-                      bytes.begin());
+            bytes.assign(raw_.begin() + static_cast<std::ptrdiff_t>(base),
+                         raw_.begin() + static_cast<std::ptrdiff_t>(std::min(raw_.size(), base + size)));
+        bytes.resize(size, 0);
         for (std::size_t r = first; r <= last; ++r)
             if (changed_[r]) codec::encode(entries_[r], bytes.data() + (r - first) * kRecordSlot);
-        // The last slot's unused end isn't written.
-        bytes.resize(bytes.size() - kRecordSlot + codec::Layout<RecordEntry>::size);
         out.push_back({file, false, base, std::move(bytes)});
     };
     std::size_t first = 0, last = 0;
@@ -787,9 +792,14 @@ void RecordBook::written() {
     for (std::size_t r : changedList_) {
         // As the file reads back: a place without a name holds no value.
         RecordEntry& e = entries_[r];
-        for (std::size_t k = 0; k < kRecordPlaces; ++k)
-            if (e.RecordName[k].blank()) e.RecordValue[k] = 0;
-        noteEntry(r);
+        bool cleared = false;
+        for (std::size_t k = 0; k < kRecordPlaces; ++k) {
+            if (!e.RecordName[k].blank() || e.RecordValue[k] == 0) continue;
+            e.RecordValue[k] = 0;
+            cleared = true;
+        }
+        // Insert noted the entry as it left it: only a cleared value is new.
+        if (cleared) noteEntry(r);
         changed_[r] = false;
     }
     changedList_.clear();
