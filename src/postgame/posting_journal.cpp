@@ -357,15 +357,16 @@ std::vector<PostingJournal::Piece> PostingJournal::piecesOf(const std::vector<Fi
 }
 
 std::vector<std::uint8_t> PostingJournal::encode(const std::vector<FileChange>& changes) {
-    return encode(piecesOf(changes));
+    Encoded out = encode(piecesOf(changes));
+    return {out.bytes.get(), out.bytes.get() + out.size};
 }
 
-std::vector<std::uint8_t> PostingJournal::encode(std::span<const Piece> pieces) {
+PostingJournal::Encoded PostingJournal::encode(std::span<const Piece> pieces) {
     std::size_t size = kMagic.size() + 8 + 4 + kEnd.size();
     for (const Piece& c : pieces) size += 2 + c.name->size() + 1 + 8 + 4 + c.bytes.size();
     // Sized once and filled in place: a journal holds hundreds of pieces.
-    std::vector<std::uint8_t> out(size);
-    std::uint8_t* at = out.data();
+    Encoded out{std::make_unique_for_overwrite<std::uint8_t[]>(size), size};
+    std::uint8_t* at = out.bytes.get();
     auto put = [&](const void* p, std::size_t n) {
         if (n > 0) std::memcpy(at, p, n);
         at += n;
@@ -562,7 +563,7 @@ void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer, Ta
 void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& writer) const {
     Targets targets(*this);
     auto pieces = images_ != nullptr ? narrowed(changes, targets) : piecesOf(changes);
-    writer.writeJournal(path(), encode(pieces));
+    writer.writeJournal(path(), encode(pieces).view());
     apply(pieces, writer, targets);
 }
 

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -156,7 +157,13 @@ private:
         std::span<const std::uint8_t> bytes;
     };
     static std::vector<Piece> piecesOf(const std::vector<FileChange>& changes);
-    static std::vector<std::uint8_t> encode(std::span<const Piece> pieces);
+    // A journal's bytes, every one written by the encoding: none cleared first.
+    struct Encoded {
+        std::unique_ptr<std::uint8_t[]> bytes;
+        std::size_t size = 0;
+        [[nodiscard]] std::span<const std::uint8_t> view() const { return {bytes.get(), size}; }
+    };
+    static Encoded encode(std::span<const Piece> pieces);
 
     // The files of one commit by the names its changes give, each looked up
     // once for the narrowing and the writes both.
