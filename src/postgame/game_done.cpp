@@ -647,6 +647,8 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
     if (leaders.LeadersStamp != kLeadersStamp) leaders = LeadersRecord{};
     for (int category = 0; category < 8; ++category) {
         auto& table = leaders.Leaders[at(category)];
+        // Once put in order, a table stays so until a player changes it.
+        bool inOrder = false;
         for (int side : {kVisitor, kHome}) {
             const SideTables& t = session.side(side);
             int games = teamGames(t.team);
@@ -667,10 +669,14 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                 };
                 auto listed = std::find_if(table.begin(), table.end(),
                                            [&](const LeaderEntry& x) { return x.PlayerNumber == p.PlayerId; });
+                bool changed = true;
                 if (listed != table.end())
                     *listed = entry();
                 else if (table.back().PlayerNumber == 0 || value > table.back().Value)
                     table.back() = entry();
+                else
+                    changed = false;
+                if (inOrder && !changed) continue;
                 // Higher first; empty entries last. A table in order stays as
                 // it is, and most men change nothing.
                 auto before = [](const LeaderEntry& a, const LeaderEntry& b) {
@@ -679,6 +685,7 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                 };
                 if (!std::is_sorted(table.begin(), table.end(), before))
                     std::stable_sort(table.begin(), table.end(), before);
+                inOrder = true;
             }
         }
     }

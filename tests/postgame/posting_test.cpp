@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
@@ -335,6 +336,27 @@ TEST(Posting, LeadersKeepOneEntryAPlayerHighestFirst) {
     EXPECT_EQ(top.Top40Stamp, kTop40Stamp);
     EXPECT_GE(top.Top[0][1].Value, 1);
     EXPECT_EQ(top.Top[0][1].BoxFile.str(), "BOX1.BOX");
+}
+
+// A table read out of order is put in order at the next posting, even when
+// none of the game's men enters it.
+TEST(Posting, LeadersReadOutOfOrderAreOrderedWhenNobodyEnters) {
+    TempDir dir;
+    writeLeague(dir.path());
+    ScriptedGame g(dir.path(), {.row = 1, .visitorGoals = 5, .homeGoals = 1});
+    g.post();
+    LeadersRecord leaders{};
+    leaders.LeadersStamp = kLeadersStamp;
+    auto& goals = leaders.Leaders[1];
+    for (std::size_t r = 0; r < goals.size(); ++r) {
+        goals[r].Value = static_cast<std::int16_t>(500 + (r * 7) % goals.size());  // past anyone's goals
+        goals[r].PlayerNumber = static_cast<std::int16_t>(30000 + r);              // nobody in the game
+    }
+    auto expected = goals;
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const LeaderEntry& a, const LeaderEntry& b) { return a.Value > b.Value; });
+    postLeaders(leaders, *g.session);
+    for (std::size_t r = 0; r < goals.size(); ++r) EXPECT_EQ(goals[r].PlayerNumber, expected[r].PlayerNumber);
 }
 
 TEST(Posting, AManHurtInPlayIsOutUntilHisReturnAndInTheInjuryHistory) {
