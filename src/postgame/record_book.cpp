@@ -471,9 +471,6 @@ std::optional<int> playerRecordValue(int category, RecordScope scope, const Play
 
 namespace {
 
-// Past any key: a code's length, its lowest byte, is at most three.
-constexpr std::uint32_t kNoTeamKey = 0xFFFFFFFF;
-
 // A team code as the places compare it (trimmed), in one word: its length
 // and up to three characters.
 std::uint32_t teamKey(std::string_view code) {
@@ -502,7 +499,8 @@ RecordBook::RecordBook()
       places_(kRecordsInFile + 1),
       gates_(kRecordsInFile + 1),
       changed_(kRecordsInFile + 1, false) {
-    for (std::size_t r = 0; r < gates_.size(); ++r) noteEntry(r);
+    // Empty entries, as noteEntry would find them.
+    for (std::size_t r = 2; r < gates_.size(); ++r) gates_[r].lower = lowerIsBetter(static_cast<int>(r / 2));
 }
 
 RecordBook RecordBook::load(const std::filesystem::path& folder) {

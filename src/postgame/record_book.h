@@ -127,12 +127,15 @@ private:
         FixedText<20> placeName;
         std::uint64_t teamBit;  // his team's bit of Gate::teams
     };
+    // Past any team key: a code's length, its lowest byte, is at most three.
+    static constexpr std::uint32_t kNoTeamKey = 0xFFFFFFFF;
     // Of one record, what insert asks of every place before it touches it.
     struct Places {
         std::array<bool, kRecordPlaces> held{};
         // The team key of each place held, and for a place nobody holds a
         // key no team has: one compare finds his team's places.
-        std::array<std::uint32_t, kRecordPlaces> heldTeamKey{};
+        std::array<std::uint32_t, kRecordPlaces> heldTeamKey{kNoTeamKey, kNoTeamKey, kNoTeamKey, kNoTeamKey,
+                                                             kNoTeamKey};
         std::int16_t lastValue = 0;  // the fifth place's value
         // Each place's name trimmed and padded again: equal just when the
         // names as insert compares them are.
