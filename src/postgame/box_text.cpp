@@ -11,6 +11,7 @@
 #include "league/files.h"
 #include "league/schedule.h"
 #include "league/text.h"
+#include "postgame/padded_text.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -159,33 +160,6 @@ std::vector<TeamRow> teamRows(const BoxFile& box) {
     both("PP", [&](std::size_t i) { return fmt::format("{}/{}", r.BoxPowerPlayGoals[i], r.BoxPowerPlays[i]); });
     both("TOA", [&](std::size_t i) { return mmss(r.BoxTimeOfAttack[i]); });
     return rows;
-}
-
-bool ascii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// `text` as "{:<width.precision}" (left) or "{:>width}" puts it. Of ASCII
-// text a character is a byte and a column, so the cell is its text cut and
-// its blanks; other text goes through fmt, which counts code points and
-// columns. A box prints a hundred such cells.
-void appendLeft(std::string& out, std::string_view text, std::size_t width, std::size_t precision) {
-    if (!ascii(text)) {
-        fmt::format_to(std::back_inserter(out), "{:<{}.{}}", text, width, precision);
-        return;
-    }
-    text = text.substr(0, precision);
-    out.append(text);
-    if (text.size() < width) out.append(width - text.size(), ' ');
-}
-
-void appendRight(std::string& out, std::string_view text, std::size_t width) {
-    if (!ascii(text)) {
-        fmt::format_to(std::back_inserter(out), "{:>{}}", text, width);
-        return;
-    }
-    if (text.size() < width) out.append(width - text.size(), ' ');
-    out.append(text);
 }
 
 // Cells are ASCII: a right-aligned cell is its blanks and its text.
