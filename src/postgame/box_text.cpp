@@ -162,16 +162,20 @@ std::vector<TeamRow> teamRows(const BoxFile& box) {
     return rows;
 }
 
-// Cells are ASCII: a right-aligned cell is its blanks and its text.
+// Cells are ASCII: a right-aligned cell is its blanks and its text. The
+// row's cells are laid out in place and added to it at once.
 template <std::size_t N>
 void appendCells(std::string& row, const std::array<Cell, N>& cells, const std::array<int, N>& widths) {
-    std::array<char, 32> buf;
+    constexpr std::size_t kCellRoom = 32;  // cellText's room, more than a width
+    std::array<char, kCellRoom> buf;
+    std::array<char, N * 2 * kCellRoom> line;
+    char* at = line.data();
     for (std::size_t k = 0; k < N; ++k) {
         std::string_view text = cellText(cells[k], buf);
-        auto width = static_cast<std::size_t>(widths[k]);
-        if (text.size() < width) row.append(width - text.size(), ' ');
-        row.append(text);
+        for (auto pad = static_cast<std::size_t>(widths[k]); pad > text.size(); --pad) *at++ = ' ';
+        at = std::copy(text.begin(), text.end(), at);
     }
+    row.append(line.data(), at);
 }
 
 std::array<Cell, 22> skaterCells(const BoxFile& box, std::size_t at) {
@@ -206,6 +210,8 @@ std::array<Cell, 22> skaterCells(const BoxFile& box, std::size_t at) {
 }
 
 constexpr std::array<int, 22> kSkaterWidths{1, 2, 2, 4, 5, 3, 4, 3, 3, 4, 3, 3, 3, 4, 3, 6, 7, 5, 6, 7, 6, 7};
+// Room for a skater's row as it mostly comes out: one allocation, not one at each doubling.
+constexpr std::size_t kSkaterRow = 160;
 
 std::array<Cell, 6> goalieCells(const BoxFile& box, std::size_t at) {
     const BoxLine& b = box.r1.BoxLines[at];
@@ -359,6 +365,7 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
             std::size_t at = BoxFile::at(side, slot);
             if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
             std::string row;
+            row.reserve(kSkaterRow);
             appendLeft(row, names.player[at], kNameWidth, kNameWidth - 1);
             appendCells(row, skaterCells(box, at), kSkaterWidths);
             out.push_back(std::move(row));
