@@ -746,9 +746,11 @@ void RecordBook::postTeams(const GameSession& session, const FinishedGame& game)
 }
 
 std::vector<FileChange> RecordBook::changes(const std::string& file) const {
-    // A posting changes many categories at once: neighbouring changed slots
-    // go in one write, the slots between them as they were read.
-    constexpr std::size_t kGap = 8;
+    // Changed slots side by side go in one change, the unused ends between
+    // them as they were read. Slots apart go apart: a run's journal compares
+    // every byte of a change with the file's image, and a run's writer puts
+    // near changes in one write all the same.
+    constexpr std::size_t kGap = 1;
     std::vector<FileChange> out;
     auto write = [&](std::size_t first, std::size_t last) {
         // The last slot's unused end isn't written.
