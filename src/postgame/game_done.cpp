@@ -729,8 +729,16 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     FileWriter& writer = o.writer ? *o.writer : disk;
     const fs::path& dir = session.league().leagueDir;
     const RulesRecord& rules = session.league().rules;
-    auto locate = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
-    const PostingJournal journal(dir, o.names, o.images);
+    auto find = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
+    // The files every posting names: looked up once for a run. A game's box
+    // is a new name each time.
+    KnownFiles* known = o.names ? o.known : nullptr;
+    auto locate = [&](std::string_view name) -> fs::path {
+        if (known == nullptr) return find(name);
+        if (const fs::path* path = known->find(name)) return *path;
+        return known->keep(name, find(name));
+    };
+    const PostingJournal journal(dir, o.names, o.images, known);
     // The session was read from the files a pending posting would change.
     if (journal.recover(writer))
         throw FileError(
@@ -1044,7 +1052,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
         auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
         putBoxBytes(*box, bytes.get());
-        writer.replace(locate(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+        writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
     }
 
     journal.commit(changes, writer);

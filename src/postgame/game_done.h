@@ -63,6 +63,9 @@ struct PostingOptions {
     // ask for them; empty: nowhere.
     std::filesystem::path allTimeRecordsDir;
     FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: looked up each time
+    // The files of the league that a run's postings name, as found at its
+    // earlier postings; null: looked up at each. Only with `names`.
+    KnownFiles* known = nullptr;
     // The files as a run keeps them in memory; the writer must keep them in
     // step (RunWriter). Null: read from the disk.
     FileImages* images = nullptr;

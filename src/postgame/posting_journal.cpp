@@ -441,7 +441,11 @@ std::filesystem::path PostingJournal::locate(std::string_view name) const {
     return names_ ? names_->find(name) : findFile(dir_, name);
 }
 
-std::filesystem::path PostingJournal::path() const { return locate(kPostingJournal); }
+std::filesystem::path PostingJournal::path() const {
+    if (known_ == nullptr) return locate(kPostingJournal);
+    if (const std::filesystem::path* p = known_->find(kPostingJournal)) return *p;
+    return known_->keep(kPostingJournal, locate(kPostingJournal));
+}
 
 bool PostingJournal::pending() const {
     auto p = path();
@@ -454,12 +458,10 @@ bool PostingJournal::pending() const {
 }
 
 const std::filesystem::path& PostingJournal::Targets::of(const std::string& name) {
-    for (const auto& [known, path] : known_)
-        if (known == name) return path;
+    if (const std::filesystem::path* path = known_.find(name)) return *path;
     // A change outside the league folder (the all-time records) carries its whole path.
     std::filesystem::path named(name);
-    known_.emplace_back(name, named.is_absolute() ? std::move(named) : journal_.locate(name));
-    return known_.back().second;
+    return known_.keep(name, named.is_absolute() ? std::move(named) : journal_.locate(name));
 }
 
 std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes,
