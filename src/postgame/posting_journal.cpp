@@ -470,22 +470,32 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
     out.reserve(changes.size());
     // Ranges this posting has changed already, by file: a later change over
     // one of them is kept whole, as the images don't hold the earlier one yet.
-    std::vector<std::tuple<const std::string*, std::uint64_t, std::uint64_t>> touched;
-    touched.reserve(changes.size());
+    // A change past the end of all of a file's earlier ones (as most come)
+    // overlaps none of them.
+    struct Touched {
+        const std::string* name;
+        std::uint64_t end = 0;  // of all the ranges
+        std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges;
+    };
+    std::vector<Touched> touched;
+    Touched* file = nullptr;
     const std::string* lastName = nullptr;
     const std::vector<std::uint8_t>* image = nullptr;
     for (const FileChange& c : changes) {
         std::uint64_t begin = c.whole ? 0 : c.offset;
         std::uint64_t end = begin + c.bytes.size();
-        bool overlaps = std::any_of(touched.begin(), touched.end(), [&](const auto& t) {
-            return std::get<1>(t) < end && begin < std::get<2>(t) && *std::get<0>(t) == c.name;
-        });
-        touched.emplace_back(&c.name, begin, end);
         // Changes of one file come in a row: its name is looked up once.
         if (lastName == nullptr || c.name != *lastName) {
             image = images_->held(targets.of(c.name));
             lastName = &c.name;
+            auto it = std::find_if(touched.begin(), touched.end(), [&](const Touched& t) { return *t.name == c.name; });
+            file = it != touched.end() ? &*it : &touched.emplace_back(Touched{&c.name, 0, {}});
         }
+        bool overlaps = begin < file->end && std::any_of(file->ranges.begin(), file->ranges.end(), [&](const auto& r) {
+                            return r.first < end && begin < r.second;
+                        });
+        file->ranges.emplace_back(begin, end);
+        file->end = std::max(file->end, end);
         if (image == nullptr || overlaps || (c.whole && image->size() != c.bytes.size())) {
             out.push_back({&c.name, c.whole, c.offset, c.bytes});
             continue;
