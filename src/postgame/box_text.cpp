@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <iterator>
 
 #include "league/files.h"
@@ -164,16 +165,28 @@ std::vector<TeamRow> teamRows(const BoxFile& box) {
 
 // Cells are ASCII: a right-aligned cell is its blanks and its text. The
 // row's cells are laid out in place and added to it at once.
+// Blanks and cell texts go in as whole words of fixed size, the place moved
+// on by their true length: a copy of a few bytes that isn't a call.
 template <std::size_t N>
 void appendCells(std::string& row, const std::array<Cell, N>& cells, const std::array<int, N>& widths) {
-    constexpr std::size_t kCellRoom = 32;  // cellText's room, more than a width
-    std::array<char, kCellRoom> buf;
-    std::array<char, N * 2 * kCellRoom> line;
+    constexpr std::size_t kCellRoom = 32;  // cellText's room
+    constexpr std::size_t kPadRoom = 8;    // more than any width
+    constexpr std::array<char, kPadRoom> blanks{' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
+    std::array<char, kCellRoom> buf{};
+    // Each cell takes at most its blanks and its text, and is written whole past them.
+    std::array<char, N*(kPadRoom + kCellRoom) + kPadRoom + kCellRoom> line;
     char* at = line.data();
     for (std::size_t k = 0; k < N; ++k) {
         std::string_view text = cellText(cells[k], buf);
-        for (auto pad = static_cast<std::size_t>(widths[k]); pad > text.size(); --pad) *at++ = ' ';
-        at = std::copy(text.begin(), text.end(), at);
+        auto width = static_cast<std::size_t>(widths[k]);
+        std::size_t pad = std::min(width > text.size() ? width - text.size() : 0, kPadRoom);
+        std::memcpy(at, blanks.data(), kPadRoom);
+        at += pad;
+        if (text.data() == buf.data())
+            std::memcpy(at, buf.data(), kCellRoom);
+        else if (!text.empty())
+            std::memcpy(at, text.data(), text.size());
+        at += text.size();
     }
     row.append(line.data(), at);
 }
@@ -210,6 +223,7 @@ std::array<Cell, 22> skaterCells(const BoxFile& box, std::size_t at) {
 }
 
 constexpr std::array<int, 22> kSkaterWidths{1, 2, 2, 4, 5, 3, 4, 3, 3, 4, 3, 3, 3, 4, 3, 6, 7, 5, 6, 7, 6, 7};
+static_assert(std::ranges::max(kSkaterWidths) <= 8, "appendCells pads up to 8");
 // Room for a skater's row as it mostly comes out: one allocation, not one at each doubling.
 constexpr std::size_t kSkaterRow = 160;
 
@@ -226,6 +240,7 @@ std::array<Cell, 6> goalieCells(const BoxFile& box, std::size_t at) {
 
 const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "Dec"};
 constexpr std::array<int, 6> kGoalieWidths{4, 4, 4, 6, 7, 5};
+static_assert(std::ranges::max(kGoalieWidths) <= 8, "appendCells pads up to 8");
 
 std::vector<std::string> nonBlank(const auto& texts, int count) {
     std::vector<std::string> out;
