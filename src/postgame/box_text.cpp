@@ -328,16 +328,22 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     int periods = periodsShown(box);
     bool shootout = r.BoxShootoutState != 0;
-    std::string head = fmt::format("{:<8}", "");
-    for (int p = 1; p <= periods; ++p) head += fmt::format("{:>5}", periodHeading(p));
+    // A number right-aligned in `width`, as "{:>width}" puts it.
+    auto appendNumber = [](std::string& out, int v, std::size_t width) {
+        std::array<char, 16> digits;
+        appendRight(out, {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), v).ptr}, width);
+    };
+    std::string head(8, ' ');
+    for (int p = 1; p <= periods; ++p) appendRight(head, periodHeading(p), 5);
     if (shootout) head += "  SO";
     head += "     F";
     out.push_back(head);
     for (std::size_t i : {0u, 1u}) {
-        std::string row = fmt::format("{:<8}", r.BoxTeamCode[i].str());
-        for (int p = 0; p < periods; ++p) row += fmt::format("{:>5}", r.BoxPeriodGoals[i][std::size_t(p)]);
-        if (shootout) row += fmt::format("{:>4}", r.BoxShootoutScore[i]);
-        row += fmt::format("{:>6}", r.BoxScore[i]);
+        std::string row;
+        appendLeft(row, r.BoxTeamCode[i].str(), 8);
+        for (int p = 0; p < periods; ++p) appendNumber(row, r.BoxPeriodGoals[i][std::size_t(p)], 5);
+        if (shootout) appendNumber(row, r.BoxShootoutScore[i], 4);
+        appendNumber(row, r.BoxScore[i], 6);
         out.push_back(row);
     }
     out.push_back("");
@@ -374,8 +380,9 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     for (int side : {0, 1}) {
         out.push_back("");
-        out.push_back(
-            fmt::format("{:<{}.{}}{}", names.team[std::size_t(side)], kNameWidth, kNameWidth - 1, kSkaterHeader));
+        std::string heading;
+        appendLeft(heading, names.team[std::size_t(side)], kNameWidth, kNameWidth - 1);
+        out.push_back(heading + kSkaterHeader);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
             if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
