@@ -538,7 +538,12 @@ void RecordBook::noteEntry(std::size_t r) {
         p.heldTeamKey[k] = p.held[k] ? teamKey(e.RecordTeam[k].view()) : kNoTeamKey;
         p.heldName[k] = p.held[k] ? placeName(name) : FixedText<20>{};
     }
-    p.lastValue = e.RecordValue[kRecordPlaces - 1];
+    noteLast(r);
+}
+
+void RecordBook::noteLast(std::size_t r) {
+    Places& p = places_[r];
+    p.lastValue = entries_[r].RecordValue[kRecordPlaces - 1];
     Gate& g = gates_[r];
     g.teams = 0;
     for (std::size_t k = 0; k < kRecordPlaces; ++k)
@@ -569,13 +574,14 @@ const RecordEntry& RecordBook::entry(int category, RecordScope scope) const {
 }
 
 RecordBook::Holder RecordBook::holderOf(const RecordHolder& who) {
-    Holder h{who, {}, 0, std::nullopt, {}, 0};
+    Holder h{who, {}, 0, {}, false, 0};
     h.team.assign(who.team);
     h.teamKey = teamKey(h.team.view());
     h.teamBit = teamBit(h.teamKey);
     FixedText<20> name;
     name.assign(who.name);
     h.placeName = placeName(name.view());
+    h.named = !name.blank();
     return h;
 }
 
@@ -588,26 +594,23 @@ bool RecordBook::insert(int category, RecordScope scope, int value, const Record
 bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who) {
     std::size_t r = recordNumber(category, scope);
     RecordEntry& e = entries_[r];
+    // What is known of the places moves with them, as noteEntry would find it.
+    Places& p = places_[r];
     constexpr std::size_t last = kRecordPlaces - 1;
     // A season total holds one place: his older figure of the season leaves
-    // first. The team is the cheaper test, so it goes first.
+    // first.
     std::optional<std::size_t> own;
     if (scope == RecordScope::Season) {
-        const Places& places = places_[r];
-        for (std::size_t k = 0; k < kRecordPlaces && !own; ++k) {
-            if (places.heldTeamKey[k] != who.teamKey) continue;
-            if (!who.name) who.name.emplace().assign(who.who.name);
-            if (e.RecordName[k].view() == who.name->view()) own = k;
-        }
+        for (std::size_t k = 0; k < kRecordPlaces && !own; ++k)
+            if (p.heldTeamKey[k] == who.teamKey && p.heldName[k] == who.placeName) own = k;
     }
-    auto held = [&](std::size_t k) { return !e.RecordName[k].blank(); };
     // A fifth place nobody holds takes any value but nothing at all.
     auto beats = [&](std::size_t k, bool isHeld) {
         if (!isHeld) return lowerIsBetter(category) || value > 0;
         return better(category, value, e.RecordValue[k]);
     };
     // Most values enter nowhere: the fifth place turns them away untouched.
-    if (!own && !beats(last, places_[r].held[last])) return false;
+    if (!own && !beats(last, p.held[last])) return false;
 
     if (!changed_[r]) {
         changed_[r] = true;
@@ -620,14 +623,20 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
             e.RecordTeam[j] = e.RecordTeam[j + 1];
             e.RecordOpponent[j] = e.RecordOpponent[j + 1];
             e.RecordDate[j] = e.RecordDate[j + 1];
+            p.held[j] = p.held[j + 1];
+            p.heldTeamKey[j] = p.heldTeamKey[j + 1];
+            p.heldName[j] = p.heldName[j + 1];
         }
         e.RecordValue[last] = 0;
         e.RecordName[last] = {};
         e.RecordTeam[last] = {};
         e.RecordOpponent[last] = {};
         e.RecordDate[last] = {};
-        if (!beats(last, held(last))) {
-            noteEntry(r);
+        p.held[last] = false;
+        p.heldTeamKey[last] = kNoTeamKey;
+        p.heldName[last] = {};
+        if (!beats(last, false)) {
+            noteLast(r);
             return false;
         }
     }
@@ -636,16 +645,23 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     e.RecordTeam[last].assign(who.who.team);
     e.RecordOpponent[last].assign(who.who.opponent);
     e.RecordDate[last].assign(who.who.date);
+    // His name and team as the entry now holds them: those the holder was made with.
+    p.held[last] = who.named;
+    p.heldTeamKey[last] = who.named ? who.teamKey : kNoTeamKey;
+    p.heldName[last] = who.named ? who.placeName : FixedText<20>{};
     // Up the list while it beats the place above; a tie stays below the older entry.
     for (std::size_t k = last; k > 0; --k) {
-        if (held(k - 1) && !better(category, e.RecordValue[k], e.RecordValue[k - 1])) break;
+        if (p.held[k - 1] && !better(category, e.RecordValue[k], e.RecordValue[k - 1])) break;
         std::swap(e.RecordValue[k], e.RecordValue[k - 1]);
         std::swap(e.RecordName[k], e.RecordName[k - 1]);
         std::swap(e.RecordTeam[k], e.RecordTeam[k - 1]);
         std::swap(e.RecordOpponent[k], e.RecordOpponent[k - 1]);
         std::swap(e.RecordDate[k], e.RecordDate[k - 1]);
+        std::swap(p.held[k], p.held[k - 1]);
+        std::swap(p.heldTeamKey[k], p.heldTeamKey[k - 1]);
+        std::swap(p.heldName[k], p.heldName[k - 1]);
     }
-    noteEntry(r);
+    noteLast(r);
     return true;
 }
 

@@ -121,10 +121,10 @@ private:
         const RecordHolder& who;
         FixedText<3> team;
         std::uint32_t teamKey;
-        std::optional<FixedText<20>> name;  // made at the first place his team holds
         // His name as the places keep theirs (placeName): the test for his
         // own season place is one compare of each place his team holds.
         FixedText<20> placeName;
+        bool named;             // his name isn't blank: a place he takes is held
         std::uint64_t teamBit;  // his team's bit of Gate::teams
     };
     // Past any team key: a code's length, its lowest byte, is at most three.
@@ -158,7 +158,10 @@ private:
     [[nodiscard]] bool turnedAway(int category, RecordScope scope, int value, const Holder& who) const;
     static Holder holderOf(const RecordHolder& who);
     bool insert(int category, RecordScope scope, int value, Holder& who);
+    // What is kept of record r's places made again from its entry.
     void noteEntry(std::size_t r);
+    // The same of its fifth place and its gate, the places being known.
+    void noteLast(std::size_t r);
 
     std::vector<RecordEntry> entries_;
     std::vector<Places> places_;
