@@ -692,8 +692,9 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
     leaders.LeadersStamp = kLeadersStamp;
 }
 
-void postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile) {
-    if (top.Top40Stamp != kTop40Stamp) top = Top40Record{};
+bool postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile) {
+    bool changed = top.Top40Stamp != kTop40Stamp;
+    if (changed) top = Top40Record{};
     for (int category = 0; category < 10; ++category) {
         for (int side : {kVisitor, kHome}) {
             const SideTables& t = session.side(side);
@@ -703,6 +704,7 @@ void postTop40(Top40Record& top, const GameSession& session, const FinishedGame&
                 int v = top40Value(category, p);
                 Top40Entry& lowest = top.Top[kTop40Ranks - 1][at(category)];
                 if (v <= 0 || v <= lowest.Value) continue;
+                changed = true;
                 lowest.Value = v;
                 lowest.Name.assign(t.DisplayName[at(slot)]);
                 lowest.Text.assign(fmt::format("{} {} {} vs {}", monthAbbrev(game.calendarMonth), game.year,
@@ -715,6 +717,7 @@ void postTop40(Top40Record& top, const GameSession& session, const FinishedGame&
         }
     }
     top.Top40Stamp = kTop40Stamp;
+    return changed;
 }
 
 bool recoverPosting(const fs::path& leagueDir, FileWriter* writer) {
@@ -936,7 +939,8 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // Teams and players (what SaveTeam would write).
     std::unique_ptr<LeadersRecord> leaders;
     std::unique_ptr<Top40Record> top;
-    std::size_t leadersChange = 0, topChange = 0;
+    constexpr std::size_t kNoChange = static_cast<std::size_t>(-1);
+    std::size_t leadersChange = 0, topChange = kNoChange;
     if (leagueGame) {
         for (int side : {kVisitor, kHome}) {
             SideTables& t = session.side(side);
@@ -953,10 +957,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             changes.push_back({kLeadersFile, true, 0, tableBytes(*leaders, kept)});
         }
         auto* kept = o.tables && o.images ? &o.tables->top : nullptr;
-        top = readTable(o.images, locate(kTop40File), kept);
-        postTop40(*top, session, game, res.boxFile);
-        topChange = changes.size();
-        changes.push_back({kTop40File, true, 0, tableBytes(*top, kept)});
+        fs::path topFile = locate(kTop40File);
+        // The kept table is the file's bytes as the run wrote them: a game
+        // that changes none of it leaves the file be.
+        bool asWritten = kept && kept->record && o.images->stamp(topFile) == kept->stamp;
+        top = readTable(o.images, topFile, kept);
+        if (postTop40(*top, session, game, res.boxFile) || !asWritten) {
+            topChange = changes.size();
+            changes.push_back({kTop40File, true, 0, tableBytes(*top, kept)});
+        }
     }
 
     // The schedule row and SCORES.
@@ -1065,7 +1074,9 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         if (leaders)
             keepTable(o.tables->leaders, *o.images, locate(kLeadersFile), std::move(changes[leadersChange].bytes),
                       std::move(leaders));
-        if (top)
+        if (top && topChange == kNoChange)
+            o.tables->top.record = std::move(top);  // the file and its mark are as they were
+        else if (top)
             keepTable(o.tables->top, *o.images, locate(kTop40File), std::move(changes[topChange].bytes),
                       std::move(top));
     }

@@ -143,6 +143,7 @@ std::string recordText(const TeamRecord& team);
 std::array<std::pair<int, int>, 3> threeStars(const GameSession& session, const FinishedGame& game);
 
 void postLeaders(LeadersRecord& leaders, const GameSession& session);
-void postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile);
+// True when the table changed.
+bool postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile);
 
 }  // namespace tallyrink

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 
+#include "league/file_images.h"
 #include "league/files.h"
 #include "league/names.h"
 #include "league/rules.h"
@@ -357,6 +358,40 @@ TEST(Posting, LeadersReadOutOfOrderAreOrderedWhenNobodyEnters) {
                      [](const LeaderEntry& a, const LeaderEntry& b) { return a.Value > b.Value; });
     postLeaders(leaders, *g.session);
     for (std::size_t r = 0; r < goals.size(); ++r) EXPECT_EQ(goals[r].PlayerNumber, expected[r].PlayerNumber);
+}
+
+// A run keeps the top single games between postings; one that nobody
+// enters leaves the file as it was, and what the run keeps reads as the file.
+TEST(Posting, AKeptTopTableThatNobodyEntersStandsAsItsFile) {
+    TempDir dir;
+    writeLeague(dir.path());
+    Top40Record full{};
+    full.Top40Stamp = kTop40Stamp;
+    for (auto& rank : full.Top)
+        for (Top40Entry& e : rank) {
+            e.Value = 1000;
+            e.Name.assign("Old Hand");
+        }
+    fs::path file = findFile(dir.path(), kTop40File);
+    const std::vector<std::uint8_t> bytes = codec::toSlot(full);
+    writeFileAtomic(file, bytes);
+    FileImages images;
+    RunWriter run(images);
+    KeptTables tables;
+    for (std::size_t row : {1u, 2u}) {
+        ScriptedGame g(dir.path(), {.row = row});
+        Random draws(99);
+        PostingOptions o;
+        o.rng = &draws;
+        o.dateText = "10/10/2017";
+        o.writer = &run;
+        o.images = &images;
+        o.tables = &tables;
+        GameDone(*g.session, g.game, o);
+        EXPECT_EQ(readBytes(file), bytes) << "row " << row;
+        ASSERT_TRUE(tables.top.record);
+        EXPECT_EQ(codec::toSlot(*tables.top.record), bytes) << "row " << row;
+    }
 }
 
 TEST(Posting, AManHurtInPlayIsOutUntilHisReturnAndInTheInjuryHistory) {
