@@ -3,8 +3,11 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 
 #include "league/files.h"
+#include "postgame/padded_text.h"
 
 namespace tallyrink {
 
@@ -19,7 +22,21 @@ std::string periodLabel(int period, int periods) {
     return period == periods + 1 ? "OT" : fmt::format("OT{}", period - periods);
 }
 
-std::string clockText(int seconds) { return fmt::format("{}:{:02}", seconds / 60, seconds % 60); }
+// "{}:{:02}" of the minutes and seconds.
+std::string clockText(int seconds) {
+    if (seconds < 0) return fmt::format("{}:{:02}", seconds / 60, seconds % 60);
+    std::array<char, 16> buf;
+    char* end = std::to_chars(buf.data(), buf.data() + buf.size(), seconds / 60).ptr;
+    *end++ = ':';
+    *end++ = static_cast<char>('0' + seconds % 60 / 10);
+    *end++ = static_cast<char>('0' + seconds % 10);
+    return {buf.data(), end};
+}
+
+void appendNumber(std::string& out, int v) {
+    std::array<char, 16> buf;
+    out.append(buf.data(), std::to_chars(buf.data(), buf.data() + buf.size(), v).ptr);
+}
 
 std::string strengthText(const GoalSummary& g) {
     if (g.emptyNet) return "EN";
@@ -88,9 +105,14 @@ void writeEvents(BoxRecord2& r2, const GameSession& session, const FinishedGame&
     std::vector<Event> events;
     for (const GoalSummary& g : game.goals)
         events.push_back({g.period, g.clock, g.side, strengthText(g), "GOAL", nameOf(session, g.side, g.scorer)});
-    for (const PenaltySummary& p : game.penalties)
-        events.push_back({p.period, p.clock, p.side, "", "PENALTY",
-                          fmt::format("{} {} min {}", nameOf(session, p.side, p.slot), p.minutes, p.name)});
+    for (const PenaltySummary& p : game.penalties) {
+        std::string text = nameOf(session, p.side, p.slot);
+        text += ' ';
+        appendNumber(text, p.minutes);
+        text += " min ";
+        text += p.name;
+        events.push_back({p.period, p.clock, p.side, "", "PENALTY", std::move(text)});
+    }
     std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
         return a.period != b.period ? a.period < b.period : a.clock > b.clock;
     });
@@ -120,21 +142,47 @@ std::vector<std::string> scoringSummary(const GameSession& session, const Finish
                 if (!helpers.empty()) helpers += ", ";
                 helpers += nameOf(session, g.side, a);
             }
-        out.push_back(fmt::format("{:<3} {:>5} {:<3} {:<4} {}{}", periodLabel(g.period, game.periods),
-                                  clockText(g.clock), strengthText(g), game.side[std::size_t(g.side)].code,
-                                  nameOf(session, g.side, g.scorer),
-                                  helpers.empty() ? std::string(" (unassisted)") : fmt::format(" ({})", helpers)));
+        // "{:<3} {:>5} {:<3} {:<4} {} ({})"
+        std::string line;
+        appendLeft(line, periodLabel(g.period, game.periods), 3);
+        line += ' ';
+        appendRight(line, clockText(g.clock), 5);
+        line += ' ';
+        appendLeft(line, strengthText(g), 3);
+        line += ' ';
+        appendLeft(line, game.side[std::size_t(g.side)].code, 4);
+        line += ' ';
+        line += nameOf(session, g.side, g.scorer);
+        if (helpers.empty()) {
+            line += " (unassisted)";
+        } else {
+            line += " (";
+            line += helpers;
+            line += ')';
+        }
+        out.push_back(std::move(line));
     }
     return out;
 }
 
 std::vector<std::string> penaltySummary(const GameSession& session, const FinishedGame& game) {
     std::vector<std::string> out;
-    for (const PenaltySummary& p : game.penalties)
-        out.push_back(fmt::format("{:<3} {:>5} {:<4} {} {} min {}", periodLabel(p.period, game.periods),
-                                  clockText(p.clock), game.side[std::size_t(p.side)].code,
-                                  p.slot == kNoSlot ? std::string("Bench") : nameOf(session, p.side, p.slot), p.minutes,
-                                  p.name));
+    for (const PenaltySummary& p : game.penalties) {
+        // "{:<3} {:>5} {:<4} {} {} min {}"
+        std::string line;
+        appendLeft(line, periodLabel(p.period, game.periods), 3);
+        line += ' ';
+        appendRight(line, clockText(p.clock), 5);
+        line += ' ';
+        appendLeft(line, game.side[std::size_t(p.side)].code, 4);
+        line += ' ';
+        line += p.slot == kNoSlot ? std::string_view("Bench") : std::string_view(nameOf(session, p.side, p.slot));
+        line += ' ';
+        appendNumber(line, p.minutes);
+        line += " min ";
+        line += p.name;
+        out.push_back(std::move(line));
+    }
     return out;
 }
 

@@ -6,11 +6,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <iterator>
 
 #include "league/files.h"
 #include "league/schedule.h"
 #include "league/text.h"
+#include "postgame/padded_text.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -161,43 +163,32 @@ std::vector<TeamRow> teamRows(const BoxFile& box) {
     return rows;
 }
 
-bool ascii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// `text` as "{:<width.precision}" (left) or "{:>width}" puts it. Of ASCII
-// text a character is a byte and a column, so the cell is its text cut and
-// its blanks; other text goes through fmt, which counts code points and
-// columns. A box prints a hundred such cells.
-void appendLeft(std::string& out, std::string_view text, std::size_t width, std::size_t precision) {
-    if (!ascii(text)) {
-        fmt::format_to(std::back_inserter(out), "{:<{}.{}}", text, width, precision);
-        return;
-    }
-    text = text.substr(0, precision);
-    out.append(text);
-    if (text.size() < width) out.append(width - text.size(), ' ');
-}
-
-void appendRight(std::string& out, std::string_view text, std::size_t width) {
-    if (!ascii(text)) {
-        fmt::format_to(std::back_inserter(out), "{:>{}}", text, width);
-        return;
-    }
-    if (text.size() < width) out.append(width - text.size(), ' ');
-    out.append(text);
-}
-
-// Cells are ASCII: a right-aligned cell is its blanks and its text.
+// Cells are ASCII: a right-aligned cell is its blanks and its text. The
+// row's cells are laid out in place and added to it at once.
+// Blanks and cell texts go in as whole words of fixed size, the place moved
+// on by their true length: a copy of a few bytes that isn't a call.
 template <std::size_t N>
 void appendCells(std::string& row, const std::array<Cell, N>& cells, const std::array<int, N>& widths) {
-    std::array<char, 32> buf;
+    constexpr std::size_t kCellRoom = 32;  // cellText's room
+    constexpr std::size_t kPadRoom = 8;    // more than any width
+    constexpr std::array<char, kPadRoom> blanks{' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
+    std::array<char, kCellRoom> buf{};
+    // Each cell takes at most its blanks and its text, and is written whole past them.
+    std::array<char, N*(kPadRoom + kCellRoom) + kPadRoom + kCellRoom> line;
+    char* at = line.data();
     for (std::size_t k = 0; k < N; ++k) {
         std::string_view text = cellText(cells[k], buf);
         auto width = static_cast<std::size_t>(widths[k]);
-        if (text.size() < width) row.append(width - text.size(), ' ');
-        row.append(text);
+        std::size_t pad = std::min(width > text.size() ? width - text.size() : 0, kPadRoom);
+        std::memcpy(at, blanks.data(), kPadRoom);
+        at += pad;
+        if (text.data() == buf.data())
+            std::memcpy(at, buf.data(), kCellRoom);
+        else if (!text.empty())
+            std::memcpy(at, text.data(), text.size());
+        at += text.size();
     }
+    row.append(line.data(), at);
 }
 
 std::array<Cell, 22> skaterCells(const BoxFile& box, std::size_t at) {
@@ -232,6 +223,9 @@ std::array<Cell, 22> skaterCells(const BoxFile& box, std::size_t at) {
 }
 
 constexpr std::array<int, 22> kSkaterWidths{1, 2, 2, 4, 5, 3, 4, 3, 3, 4, 3, 3, 3, 4, 3, 6, 7, 5, 6, 7, 6, 7};
+static_assert(std::ranges::max(kSkaterWidths) <= 8, "appendCells pads up to 8");
+// Room for a skater's row as it mostly comes out: one allocation, not one at each doubling.
+constexpr std::size_t kSkaterRow = 160;
 
 std::array<Cell, 6> goalieCells(const BoxFile& box, std::size_t at) {
     const BoxLine& b = box.r1.BoxLines[at];
@@ -246,6 +240,7 @@ std::array<Cell, 6> goalieCells(const BoxFile& box, std::size_t at) {
 
 const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "Dec"};
 constexpr std::array<int, 6> kGoalieWidths{4, 4, 4, 6, 7, 5};
+static_assert(std::ranges::max(kGoalieWidths) <= 8, "appendCells pads up to 8");
 
 std::vector<std::string> nonBlank(const auto& texts, int count) {
     std::vector<std::string> out;
@@ -333,16 +328,22 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     int periods = periodsShown(box);
     bool shootout = r.BoxShootoutState != 0;
-    std::string head = fmt::format("{:<8}", "");
-    for (int p = 1; p <= periods; ++p) head += fmt::format("{:>5}", periodHeading(p));
+    // A number right-aligned in `width`, as "{:>width}" puts it.
+    auto appendNumber = [](std::string& out, int v, std::size_t width) {
+        std::array<char, 16> digits;
+        appendRight(out, {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), v).ptr}, width);
+    };
+    std::string head(8, ' ');
+    for (int p = 1; p <= periods; ++p) appendRight(head, periodHeading(p), 5);
     if (shootout) head += "  SO";
     head += "     F";
     out.push_back(head);
     for (std::size_t i : {0u, 1u}) {
-        std::string row = fmt::format("{:<8}", r.BoxTeamCode[i].str());
-        for (int p = 0; p < periods; ++p) row += fmt::format("{:>5}", r.BoxPeriodGoals[i][std::size_t(p)]);
-        if (shootout) row += fmt::format("{:>4}", r.BoxShootoutScore[i]);
-        row += fmt::format("{:>6}", r.BoxScore[i]);
+        std::string row;
+        appendLeft(row, r.BoxTeamCode[i].str(), 8);
+        for (int p = 0; p < periods; ++p) appendNumber(row, r.BoxPeriodGoals[i][std::size_t(p)], 5);
+        if (shootout) appendNumber(row, r.BoxShootoutScore[i], 4);
+        appendNumber(row, r.BoxScore[i], 6);
         out.push_back(row);
     }
     out.push_back("");
@@ -379,12 +380,14 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     for (int side : {0, 1}) {
         out.push_back("");
-        out.push_back(
-            fmt::format("{:<{}.{}}{}", names.team[std::size_t(side)], kNameWidth, kNameWidth - 1, kSkaterHeader));
+        std::string heading;
+        appendLeft(heading, names.team[std::size_t(side)], kNameWidth, kNameWidth - 1);
+        out.push_back(heading + kSkaterHeader);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             std::size_t at = BoxFile::at(side, slot);
             if (isGoalieEntry(box, names, at) || !listed(box, names, at, false)) continue;
             std::string row;
+            row.reserve(kSkaterRow);
             appendLeft(row, names.player[at], kNameWidth, kNameWidth - 1);
             appendCells(row, skaterCells(box, at), kSkaterWidths);
             out.push_back(std::move(row));

@@ -647,6 +647,8 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
     if (leaders.LeadersStamp != kLeadersStamp) leaders = LeadersRecord{};
     for (int category = 0; category < 8; ++category) {
         auto& table = leaders.Leaders[at(category)];
+        // Once put in order, a table stays so until a player changes it.
+        bool inOrder = false;
         for (int side : {kVisitor, kHome}) {
             const SideTables& t = session.side(side);
             int games = teamGames(t.team);
@@ -667,10 +669,14 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                 };
                 auto listed = std::find_if(table.begin(), table.end(),
                                            [&](const LeaderEntry& x) { return x.PlayerNumber == p.PlayerId; });
+                bool changed = true;
                 if (listed != table.end())
                     *listed = entry();
                 else if (table.back().PlayerNumber == 0 || value > table.back().Value)
                     table.back() = entry();
+                else
+                    changed = false;
+                if (inOrder && !changed) continue;
                 // Higher first; empty entries last. A table in order stays as
                 // it is, and most men change nothing.
                 auto before = [](const LeaderEntry& a, const LeaderEntry& b) {
@@ -679,14 +685,16 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                 };
                 if (!std::is_sorted(table.begin(), table.end(), before))
                     std::stable_sort(table.begin(), table.end(), before);
+                inOrder = true;
             }
         }
     }
     leaders.LeadersStamp = kLeadersStamp;
 }
 
-void postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile) {
-    if (top.Top40Stamp != kTop40Stamp) top = Top40Record{};
+bool postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile) {
+    bool changed = top.Top40Stamp != kTop40Stamp;
+    if (changed) top = Top40Record{};
     for (int category = 0; category < 10; ++category) {
         for (int side : {kVisitor, kHome}) {
             const SideTables& t = session.side(side);
@@ -696,6 +704,7 @@ void postTop40(Top40Record& top, const GameSession& session, const FinishedGame&
                 int v = top40Value(category, p);
                 Top40Entry& lowest = top.Top[kTop40Ranks - 1][at(category)];
                 if (v <= 0 || v <= lowest.Value) continue;
+                changed = true;
                 lowest.Value = v;
                 lowest.Name.assign(t.DisplayName[at(slot)]);
                 lowest.Text.assign(fmt::format("{} {} {} vs {}", monthAbbrev(game.calendarMonth), game.year,
@@ -708,6 +717,7 @@ void postTop40(Top40Record& top, const GameSession& session, const FinishedGame&
         }
     }
     top.Top40Stamp = kTop40Stamp;
+    return changed;
 }
 
 bool recoverPosting(const fs::path& leagueDir, FileWriter* writer) {
@@ -722,8 +732,16 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     FileWriter& writer = o.writer ? *o.writer : disk;
     const fs::path& dir = session.league().leagueDir;
     const RulesRecord& rules = session.league().rules;
-    auto locate = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
-    const PostingJournal journal(dir, o.names, o.images);
+    auto find = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
+    // The files every posting names: looked up once for a run. A game's box
+    // is a new name each time.
+    KnownFiles* known = o.names ? o.known : nullptr;
+    auto locate = [&](std::string_view name) -> fs::path {
+        if (known == nullptr) return find(name);
+        if (const fs::path* path = known->find(name)) return *path;
+        return known->keep(name, find(name));
+    };
+    const PostingJournal journal(dir, o.names, o.images, known);
     // The session was read from the files a pending posting would change.
     if (journal.recover(writer))
         throw FileError(
@@ -921,7 +939,8 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // Teams and players (what SaveTeam would write).
     std::unique_ptr<LeadersRecord> leaders;
     std::unique_ptr<Top40Record> top;
-    std::size_t leadersChange = 0, topChange = 0;
+    constexpr std::size_t kNoChange = static_cast<std::size_t>(-1);
+    std::size_t leadersChange = 0, topChange = kNoChange;
     if (leagueGame) {
         for (int side : {kVisitor, kHome}) {
             SideTables& t = session.side(side);
@@ -938,10 +957,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             changes.push_back({kLeadersFile, true, 0, tableBytes(*leaders, kept)});
         }
         auto* kept = o.tables && o.images ? &o.tables->top : nullptr;
-        top = readTable(o.images, locate(kTop40File), kept);
-        postTop40(*top, session, game, res.boxFile);
-        topChange = changes.size();
-        changes.push_back({kTop40File, true, 0, tableBytes(*top, kept)});
+        fs::path topFile = locate(kTop40File);
+        // The kept table is the file's bytes as the run wrote them: a game
+        // that changes none of it leaves the file be.
+        bool asWritten = kept && kept->record && o.images->stamp(topFile) == kept->stamp;
+        top = readTable(o.images, topFile, kept);
+        if (postTop40(*top, session, game, res.boxFile) || !asWritten) {
+            topChange = changes.size();
+            changes.push_back({kTop40File, true, 0, tableBytes(*top, kept)});
+        }
     }
 
     // The schedule row and SCORES.
@@ -1037,7 +1061,7 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
         auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
         putBoxBytes(*box, bytes.get());
-        writer.replace(locate(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+        writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
     }
 
     journal.commit(changes, writer);
@@ -1050,7 +1074,9 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         if (leaders)
             keepTable(o.tables->leaders, *o.images, locate(kLeadersFile), std::move(changes[leadersChange].bytes),
                       std::move(leaders));
-        if (top)
+        if (top && topChange == kNoChange)
+            o.tables->top.record = std::move(top);  // the file and its mark are as they were
+        else if (top)
             keepTable(o.tables->top, *o.images, locate(kTop40File), std::move(changes[topChange].bytes),
                       std::move(top));
     }

@@ -63,6 +63,9 @@ struct PostingOptions {
     // ask for them; empty: nowhere.
     std::filesystem::path allTimeRecordsDir;
     FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: looked up each time
+    // The files of the league that a run's postings name, as found at its
+    // earlier postings; null: looked up at each. Only with `names`.
+    KnownFiles* known = nullptr;
     // The files as a run keeps them in memory; the writer must keep them in
     // step (RunWriter). Null: read from the disk.
     FileImages* images = nullptr;
@@ -140,6 +143,7 @@ std::string recordText(const TeamRecord& team);
 std::array<std::pair<int, int>, 3> threeStars(const GameSession& session, const FinishedGame& game);
 
 void postLeaders(LeadersRecord& leaders, const GameSession& session);
-void postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile);
+// True when the table changed.
+bool postTop40(Top40Record& top, const GameSession& session, const FinishedGame& game, const std::string& boxFile);
 
 }  // namespace tallyrink

@@ -357,15 +357,16 @@ std::vector<PostingJournal::Piece> PostingJournal::piecesOf(const std::vector<Fi
 }
 
 std::vector<std::uint8_t> PostingJournal::encode(const std::vector<FileChange>& changes) {
-    return encode(piecesOf(changes));
+    Encoded out = encode(piecesOf(changes));
+    return {out.bytes.get(), out.bytes.get() + out.size};
 }
 
-std::vector<std::uint8_t> PostingJournal::encode(std::span<const Piece> pieces) {
+PostingJournal::Encoded PostingJournal::encode(std::span<const Piece> pieces) {
     std::size_t size = kMagic.size() + 8 + 4 + kEnd.size();
     for (const Piece& c : pieces) size += 2 + c.name->size() + 1 + 8 + 4 + c.bytes.size();
     // Sized once and filled in place: a journal holds hundreds of pieces.
-    std::vector<std::uint8_t> out(size);
-    std::uint8_t* at = out.data();
+    Encoded out{std::make_unique_for_overwrite<std::uint8_t[]>(size), size};
+    std::uint8_t* at = out.bytes.get();
     auto put = [&](const void* p, std::size_t n) {
         if (n > 0) std::memcpy(at, p, n);
         at += n;
@@ -440,7 +441,11 @@ std::filesystem::path PostingJournal::locate(std::string_view name) const {
     return names_ ? names_->find(name) : findFile(dir_, name);
 }
 
-std::filesystem::path PostingJournal::path() const { return locate(kPostingJournal); }
+std::filesystem::path PostingJournal::path() const {
+    if (known_ == nullptr) return locate(kPostingJournal);
+    if (const std::filesystem::path* p = known_->find(kPostingJournal)) return *p;
+    return known_->keep(kPostingJournal, locate(kPostingJournal));
+}
 
 bool PostingJournal::pending() const {
     auto p = path();
@@ -453,12 +458,10 @@ bool PostingJournal::pending() const {
 }
 
 const std::filesystem::path& PostingJournal::Targets::of(const std::string& name) {
-    for (const auto& [known, path] : known_)
-        if (known == name) return path;
+    if (const std::filesystem::path* path = known_.find(name)) return *path;
     // A change outside the league folder (the all-time records) carries its whole path.
     std::filesystem::path named(name);
-    known_.emplace_back(name, named.is_absolute() ? std::move(named) : journal_.locate(name));
-    return known_.back().second;
+    return known_.keep(name, named.is_absolute() ? std::move(named) : journal_.locate(name));
 }
 
 std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes,
@@ -467,22 +470,32 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
     out.reserve(changes.size());
     // Ranges this posting has changed already, by file: a later change over
     // one of them is kept whole, as the images don't hold the earlier one yet.
-    std::vector<std::tuple<const std::string*, std::uint64_t, std::uint64_t>> touched;
-    touched.reserve(changes.size());
+    // A change past the end of all of a file's earlier ones (as most come)
+    // overlaps none of them.
+    struct Touched {
+        const std::string* name;
+        std::uint64_t end = 0;  // of all the ranges
+        std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges;
+    };
+    std::vector<Touched> touched;
+    Touched* file = nullptr;
     const std::string* lastName = nullptr;
     const std::vector<std::uint8_t>* image = nullptr;
     for (const FileChange& c : changes) {
         std::uint64_t begin = c.whole ? 0 : c.offset;
         std::uint64_t end = begin + c.bytes.size();
-        bool overlaps = std::any_of(touched.begin(), touched.end(), [&](const auto& t) {
-            return std::get<1>(t) < end && begin < std::get<2>(t) && *std::get<0>(t) == c.name;
-        });
-        touched.emplace_back(&c.name, begin, end);
         // Changes of one file come in a row: its name is looked up once.
         if (lastName == nullptr || c.name != *lastName) {
             image = images_->held(targets.of(c.name));
             lastName = &c.name;
+            auto it = std::find_if(touched.begin(), touched.end(), [&](const Touched& t) { return *t.name == c.name; });
+            file = it != touched.end() ? &*it : &touched.emplace_back(Touched{&c.name, 0, {}});
         }
+        bool overlaps = begin < file->end && std::any_of(file->ranges.begin(), file->ranges.end(), [&](const auto& r) {
+                            return r.first < end && begin < r.second;
+                        });
+        file->ranges.emplace_back(begin, end);
+        file->end = std::max(file->end, end);
         if (image == nullptr || overlaps || (c.whole && image->size() != c.bytes.size())) {
             out.push_back({&c.name, c.whole, c.offset, c.bytes});
             continue;
@@ -562,7 +575,7 @@ void PostingJournal::apply(std::span<const Piece> pieces, FileWriter& writer, Ta
 void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& writer) const {
     Targets targets(*this);
     auto pieces = images_ != nullptr ? narrowed(changes, targets) : piecesOf(changes);
-    writer.writeJournal(path(), encode(pieces));
+    writer.writeJournal(path(), encode(pieces).view());
     apply(pieces, writer, targets);
 }
 

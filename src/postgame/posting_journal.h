@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -125,13 +126,35 @@ struct FileChange {
     std::vector<std::uint8_t> bytes;
 };
 
+// The files a run's postings name, each looked up once for the run rather
+// than at every posting: the run owns its folder, so a name finds the same
+// file at every game.
+class KnownFiles {
+public:
+    // The file of `name` as looked up before, or null.
+    [[nodiscard]] const std::filesystem::path* find(std::string_view name) const {
+        for (const auto& [known, path] : known_)
+            if (known == name) return &path;
+        return nullptr;
+    }
+    // Keeps the file found for `name`; it stays put as more are kept.
+    const std::filesystem::path& keep(std::string_view name, std::filesystem::path path) {
+        return known_.emplace_back(std::string(name), std::move(path)).second;
+    }
+
+private:
+    std::deque<std::pair<std::string, std::filesystem::path>> known_;
+};
+
 class PostingJournal {
 public:
     // `names`, when given, resolves the league's file names instead of the
     // disk. With `images` (the files as they stand) the journal keeps of a
-    // change only the bytes that differ from them.
-    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr, FileImages* images = nullptr)
-        : dir_(std::move(leagueDir)), names_(names), images_(images) {}
+    // change only the bytes that differ from them. `known`: the run's files
+    // as found at its earlier postings, and where this one's are kept.
+    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr, FileImages* images = nullptr,
+                            KnownFiles* known = nullptr)
+        : dir_(std::move(leagueDir)), names_(names), images_(images), known_(known) {}
 
     // Makes the changes in one step as told above.
     void commit(const std::vector<FileChange>& changes, FileWriter& writer) const;
@@ -156,18 +179,26 @@ private:
         std::span<const std::uint8_t> bytes;
     };
     static std::vector<Piece> piecesOf(const std::vector<FileChange>& changes);
-    static std::vector<std::uint8_t> encode(std::span<const Piece> pieces);
+    // A journal's bytes, every one written by the encoding: none cleared first.
+    struct Encoded {
+        std::unique_ptr<std::uint8_t[]> bytes;
+        std::size_t size = 0;
+        [[nodiscard]] std::span<const std::uint8_t> view() const { return {bytes.get(), size}; }
+    };
+    static Encoded encode(std::span<const Piece> pieces);
 
     // The files of one commit by the names its changes give, each looked up
     // once for the narrowing and the writes both.
     class Targets {
     public:
-        explicit Targets(const PostingJournal& journal) : journal_(journal) {}
+        explicit Targets(const PostingJournal& journal)
+            : journal_(journal), known_(journal.known_ ? *journal.known_ : own_) {}
         const std::filesystem::path& of(const std::string& name);
 
     private:
         const PostingJournal& journal_;
-        std::deque<std::pair<std::string, std::filesystem::path>> known_;  // deque: a path found stays put
+        KnownFiles own_;     // when the journal has no run's files
+        KnownFiles& known_;  // the run's, or own_
     };
 
     void apply(std::span<const Piece> pieces, FileWriter& writer, Targets& targets) const;
@@ -180,6 +211,7 @@ private:
     std::filesystem::path dir_;
     FolderNames* names_;
     FileImages* images_;
+    KnownFiles* known_;
 };
 
 }  // namespace tallyrink

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 #include "league/files.h"
@@ -294,7 +295,9 @@ bool seasonOnly(int category) {
 namespace {
 
 // A player's value of a category that applies to him and to the scope.
-inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p, int shootoutGoals) {
+// Built into each place that asks for one stat, where the choice of kind falls away.
+[[gnu::always_inline]] inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerRecord& p,
+                                                         int shootoutGoals) {
     const StatLine& s = statLine(p, season ? StatLineIndex::Replay : StatLineIndex::Game);
     std::size_t k = season ? 0 : 1;  // the replay and this game's entries of the counters
     int against = s.Saves + s.GoalsAllowed;
@@ -396,14 +399,35 @@ inline std::optional<int> valueOf(PlayerStat stat, bool season, const PlayerReco
 // the stat is known at each place, so none goes through the choice of kind.
 using PlayerStatValues = std::array<std::optional<int>, kPlayerStats>;
 
-template <std::size_t... I>
+template <std::size_t From, std::size_t... I>
 void fillStatValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out,
                     std::index_sequence<I...>) {
-    ((out[I] = valueOf(static_cast<PlayerStat>(I), season, p, shootoutGoals)), ...);
+    ((out[From + I] = valueOf(static_cast<PlayerStat>(From + I), season, p, shootoutGoals)), ...);
 }
 
-void statValues(bool season, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out) {
-    fillStatValues(season, p, shootoutGoals, out, std::make_index_sequence<kPlayerStats>{});
+// The stats a goalie's categories count lie from Saves to the goals-against
+// average; a skater's are the time on the ice and those from Goals on. Only
+// those of his kind are worked out (playerCategories holds to it).
+constexpr auto kFirstGoalieStat = static_cast<std::size_t>(PlayerStat::Saves);
+constexpr auto kLastGoalieStat = static_cast<std::size_t>(PlayerStat::GoalsAgainstAverage);
+constexpr auto kFirstSkaterStat = static_cast<std::size_t>(PlayerStat::Goals);
+constexpr auto kSkaterTimeStat = static_cast<std::size_t>(PlayerStat::Toi);
+
+bool statOfKind(PlayerStat stat, bool goalie) {
+    auto i = static_cast<std::size_t>(stat);
+    if (goalie) return i >= kFirstGoalieStat && i <= kLastGoalieStat;
+    return i == kSkaterTimeStat || (i >= kFirstSkaterStat && i < kPlayerStats);
+}
+
+void statValues(bool season, bool goalie, const PlayerRecord& p, int shootoutGoals, PlayerStatValues& out) {
+    if (goalie) {
+        fillStatValues<kFirstGoalieStat>(season, p, shootoutGoals, out,
+                                         std::make_index_sequence<kLastGoalieStat - kFirstGoalieStat + 1>{});
+        return;
+    }
+    out[kSkaterTimeStat] = valueOf(PlayerStat::Toi, season, p, shootoutGoals);
+    fillStatValues<kFirstSkaterStat>(season, p, shootoutGoals, out,
+                                     std::make_index_sequence<kPlayerStats - kFirstSkaterStat>{});
 }
 
 // The categories a player's game posts into, by kind of player and scope:
@@ -421,6 +445,8 @@ const std::vector<PlayerCategoryStat>& playerCategories(bool goalie, RecordScope
             const PlayerCategory& kind = playerCategory(c);
             if (kind.stat == PlayerStat::None) continue;
             bool goalieCategory = c >= kFirstGoalieCategory;
+            if (!statOfKind(kind.stat, goalieCategory))
+                throw std::logic_error(fmt::format("Record category {} counts a stat of the other kind", c));
             l[goalieCategory ? 2 : 0].push_back({c, kind.stat});
             if (!kind.seasonOnly) l[goalieCategory ? 3 : 1].push_back({c, kind.stat});
         }
@@ -445,9 +471,6 @@ std::optional<int> playerRecordValue(int category, RecordScope scope, const Play
 
 namespace {
 
-// Past any key: a code's length, its lowest byte, is at most three.
-constexpr std::uint32_t kNoTeamKey = 0xFFFFFFFF;
-
 // A team code as the places compare it (trimmed), in one word: its length
 // and up to three characters.
 std::uint32_t teamKey(std::string_view code) {
@@ -457,10 +480,28 @@ std::uint32_t teamKey(std::string_view code) {
     return key;
 }
 
+// A team key's bit of a record's gate.
+std::uint64_t teamBit(std::uint32_t key) { return std::uint64_t{1} << ((key * 0x9E3779B1u) >> 26); }
+
+// A name trimmed as the places compare them, padded again to the width:
+// two are equal just when the trimmed names are, as a trimmed name neither
+// begins nor ends with a blank.
+FixedText<20> placeName(std::string_view trimmed) {
+    FixedText<20> n;
+    n.assign(trimmed);
+    return n;
+}
+
 }  // namespace
 
 RecordBook::RecordBook()
-    : entries_(kRecordsInFile + 1), places_(kRecordsInFile + 1), changed_(kRecordsInFile + 1, false) {}
+    : entries_(kRecordsInFile + 1),
+      places_(kRecordsInFile + 1),
+      gates_(kRecordsInFile + 1),
+      changed_(kRecordsInFile + 1, false) {
+    // Empty entries, as noteEntry would find them.
+    for (std::size_t r = 2; r < gates_.size(); ++r) gates_[r].lower = lowerIsBetter(static_cast<int>(r / 2));
+}
 
 RecordBook RecordBook::load(const std::filesystem::path& folder) {
     RandomFile file(findFile(folder, kRecordsFile), kRecordSlot);
@@ -492,17 +533,37 @@ void RecordBook::noteEntry(std::size_t r) {
     const RecordEntry& e = entries_[r];
     Places& p = places_[r];
     for (std::size_t k = 0; k < kRecordPlaces; ++k) {
-        p.held[k] = !e.RecordName[k].blank();
+        std::string_view name = e.RecordName[k].view();  // empty just when the name is blank
+        p.held[k] = !name.empty();
         p.heldTeamKey[k] = p.held[k] ? teamKey(e.RecordTeam[k].view()) : kNoTeamKey;
+        p.heldName[k] = p.held[k] ? placeName(name) : FixedText<20>{};
     }
-    p.lastValue = e.RecordValue[kRecordPlaces - 1];
+    noteLast(r);
+}
+
+void RecordBook::noteLast(std::size_t r) {
+    Places& p = places_[r];
+    p.lastValue = entries_[r].RecordValue[kRecordPlaces - 1];
+    Gate& g = gates_[r];
+    g.teams = 0;
+    for (std::size_t k = 0; k < kRecordPlaces; ++k)
+        if (p.held[k]) g.teams |= teamBit(p.heldTeamKey[k]);
+    // Records 0 and 1 have no category: nothing asks them.
+    int category = r >= 2 ? static_cast<int>(r / 2) : 1;
+    g.lower = lowerIsBetter(category);
+    // A fifth place nobody holds takes any value above nothing.
+    g.bar = p.held[kRecordPlaces - 1] ? p.lastValue : 0;
 }
 
 bool RecordBook::turnedAway(int category, RecordScope scope, int value, const Holder& who) const {
-    const Places& p = places_[recordNumber(category, scope)];
+    std::size_t r = recordNumber(category, scope);
+    const Gate& g = gates_[r];
+    if (!g.lower && value <= g.bar && (scope != RecordScope::Season || (g.teams & who.teamBit) == 0)) return true;
+    const Places& p = places_[r];
+    // His own season place moves whatever his value.
     if (scope == RecordScope::Season)
         for (std::size_t k = 0; k < kRecordPlaces; ++k)
-            if (p.heldTeamKey[k] == who.teamKey) return false;
+            if (p.heldTeamKey[k] == who.teamKey && p.heldName[k] == who.placeName) return false;
     constexpr std::size_t last = kRecordPlaces - 1;
     // A fifth place nobody holds takes any value but nothing at all.
     return p.held[last] ? !better(category, value, p.lastValue) : !(lowerIsBetter(category) || value > 0);
@@ -513,9 +574,14 @@ const RecordEntry& RecordBook::entry(int category, RecordScope scope) const {
 }
 
 RecordBook::Holder RecordBook::holderOf(const RecordHolder& who) {
-    Holder h{who, {}, 0, std::nullopt};
+    Holder h{who, {}, 0, {}, false, 0};
     h.team.assign(who.team);
     h.teamKey = teamKey(h.team.view());
+    h.teamBit = teamBit(h.teamKey);
+    FixedText<20> name;
+    name.assign(who.name);
+    h.placeName = placeName(name.view());
+    h.named = !name.blank();
     return h;
 }
 
@@ -528,26 +594,23 @@ bool RecordBook::insert(int category, RecordScope scope, int value, const Record
 bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who) {
     std::size_t r = recordNumber(category, scope);
     RecordEntry& e = entries_[r];
+    // What is known of the places moves with them, as noteEntry would find it.
+    Places& p = places_[r];
     constexpr std::size_t last = kRecordPlaces - 1;
     // A season total holds one place: his older figure of the season leaves
-    // first. The team is the cheaper test, so it goes first.
+    // first.
     std::optional<std::size_t> own;
     if (scope == RecordScope::Season) {
-        const Places& places = places_[r];
-        for (std::size_t k = 0; k < kRecordPlaces && !own; ++k) {
-            if (places.heldTeamKey[k] != who.teamKey) continue;
-            if (!who.name) who.name.emplace().assign(who.who.name);
-            if (e.RecordName[k].view() == who.name->view()) own = k;
-        }
+        for (std::size_t k = 0; k < kRecordPlaces && !own; ++k)
+            if (p.heldTeamKey[k] == who.teamKey && p.heldName[k] == who.placeName) own = k;
     }
-    auto held = [&](std::size_t k) { return !e.RecordName[k].blank(); };
     // A fifth place nobody holds takes any value but nothing at all.
     auto beats = [&](std::size_t k, bool isHeld) {
         if (!isHeld) return lowerIsBetter(category) || value > 0;
         return better(category, value, e.RecordValue[k]);
     };
     // Most values enter nowhere: the fifth place turns them away untouched.
-    if (!own && !beats(last, places_[r].held[last])) return false;
+    if (!own && !beats(last, p.held[last])) return false;
 
     if (!changed_[r]) {
         changed_[r] = true;
@@ -560,14 +623,20 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
             e.RecordTeam[j] = e.RecordTeam[j + 1];
             e.RecordOpponent[j] = e.RecordOpponent[j + 1];
             e.RecordDate[j] = e.RecordDate[j + 1];
+            p.held[j] = p.held[j + 1];
+            p.heldTeamKey[j] = p.heldTeamKey[j + 1];
+            p.heldName[j] = p.heldName[j + 1];
         }
         e.RecordValue[last] = 0;
         e.RecordName[last] = {};
         e.RecordTeam[last] = {};
         e.RecordOpponent[last] = {};
         e.RecordDate[last] = {};
-        if (!beats(last, held(last))) {
-            noteEntry(r);
+        p.held[last] = false;
+        p.heldTeamKey[last] = kNoTeamKey;
+        p.heldName[last] = {};
+        if (!beats(last, false)) {
+            noteLast(r);
             return false;
         }
     }
@@ -576,16 +645,23 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     e.RecordTeam[last].assign(who.who.team);
     e.RecordOpponent[last].assign(who.who.opponent);
     e.RecordDate[last].assign(who.who.date);
+    // His name and team as the entry now holds them: those the holder was made with.
+    p.held[last] = who.named;
+    p.heldTeamKey[last] = who.named ? who.teamKey : kNoTeamKey;
+    p.heldName[last] = who.named ? who.placeName : FixedText<20>{};
     // Up the list while it beats the place above; a tie stays below the older entry.
     for (std::size_t k = last; k > 0; --k) {
-        if (held(k - 1) && !better(category, e.RecordValue[k], e.RecordValue[k - 1])) break;
+        if (p.held[k - 1] && !better(category, e.RecordValue[k], e.RecordValue[k - 1])) break;
         std::swap(e.RecordValue[k], e.RecordValue[k - 1]);
         std::swap(e.RecordName[k], e.RecordName[k - 1]);
         std::swap(e.RecordTeam[k], e.RecordTeam[k - 1]);
         std::swap(e.RecordOpponent[k], e.RecordOpponent[k - 1]);
         std::swap(e.RecordDate[k], e.RecordDate[k - 1]);
+        std::swap(p.held[k], p.held[k - 1]);
+        std::swap(p.heldTeamKey[k], p.heldTeamKey[k - 1]);
+        std::swap(p.heldName[k], p.heldName[k - 1]);
     }
-    noteEntry(r);
+    noteLast(r);
     return true;
 }
 
@@ -607,14 +683,13 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
             bool goalie = isGoalie(p);
             for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
-                statValues(scope == RecordScope::Season, p, shootout, stats);
+                statValues(scope == RecordScope::Season, goalie, p, shootout, stats);
                 for (const auto& [c, stat] : playerCategories(goalie, scope))
                     if (const auto& v = stats[static_cast<std::size_t>(stat)])
                         out.values.push_back({static_cast<std::int16_t>(c), scope, *v});
             }
-            out.players.push_back(
-                {{p.ShortName.str().empty() ? p.LastName.str() : p.ShortName.str(), own.code, opp.code, date},
-                 out.values.size()});
+            std::string_view name = p.ShortName.view().empty() ? p.LastName.view() : p.ShortName.view();
+            out.players.push_back({{std::string(name), own.code, opp.code, date}, out.values.size()});
         }
     }
     return out;
@@ -669,39 +744,43 @@ void RecordBook::postTeams(const GameSession& session, const FinishedGame& game)
                                              f.EmptyNetGoals,
                                              season ? t.Wins : -1,
                                              -1};
+            // Most values are turned away at the gate, as the players' are.
+            auto post = [&](int category, int value) {
+                if (!turnedAway(category, scope, value, holder)) insert(category, scope, value, holder);
+            };
             for (std::size_t k = 0; k + 1 < values.size(); ++k)
-                if (values[k] >= 0) insert(kFirstTeamCategory + static_cast<int>(k), scope, values[k], holder);
-            if (!season && game.winnerSide() == side) {
-                int margin = game.finalScore(side) - game.finalScore(1 - side);
-                insert(kFirstQuarterCategory - 1, scope, margin, holder);
-            }
+                if (values[k] >= 0) post(kFirstTeamCategory + static_cast<int>(k), values[k]);
+            if (!season && game.winnerSide() == side)
+                post(kFirstQuarterCategory - 1, game.finalScore(side) - game.finalScore(1 - side));
             for (int q = 0; q < kQuarters; ++q) {
                 auto qi = static_cast<std::size_t>(q);
-                int goalsFor = season ? t.GoalsByPeriod[0][qi] : own.goalsByPeriod[qi];
-                int goalsAgainst = season ? t.GoalsByPeriod[1][qi] : opp.goalsByPeriod[qi];
-                insert(kFirstQuarterCategory + q, scope, goalsFor, holder);
-                insert(kFirstOppQuarterCategory + q, scope, goalsAgainst, holder);
+                post(kFirstQuarterCategory + q, season ? t.GoalsByPeriod[0][qi] : own.goalsByPeriod[qi]);
+                post(kFirstOppQuarterCategory + q, season ? t.GoalsByPeriod[1][qi] : opp.goalsByPeriod[qi]);
             }
         }
     }
 }
 
 std::vector<FileChange> RecordBook::changes(const std::string& file) const {
-    // A posting changes many categories at once: neighbouring changed slots
-    // go in one write, the slots between them as they were read.
-    constexpr std::size_t kGap = 8;
+    // Changed slots side by side go in one change, the unused ends between
+    // them as they were read. Slots apart go apart: a run's journal compares
+    // every byte of a change with the file's image, and a run's writer puts
+    // near changes in one write all the same.
+    constexpr std::size_t kGap = 1;
     std::vector<FileChange> out;
     auto write = [&](std::size_t first, std::size_t last) {
-        std::vector<std::uint8_t> bytes((last - first + 1) * kRecordSlot, 0);
+        // The last slot's unused end isn't written.
+        std::size_t size = (last - first) * kRecordSlot + codec::Layout<RecordEntry>::size;
         std::size_t base = (first - 1) * kRecordSlot;
+        // The bytes as read, and zeros past the file's end: copied, not cleared first.
+        std::vector<std::uint8_t> bytes;
+        bytes.reserve(size);
         if (base < raw_.size())
-            std::copy(raw_.begin() + static_cast<std::ptrdiff_t>(base),
-                      raw_.begin() + static_cast<std::ptrdiff_t>(std::min(raw_.size(), base + bytes.size())),
-                      bytes.begin());
+            bytes.assign(raw_.begin() + static_cast<std::ptrdiff_t>(base),
+                         raw_.begin() + static_cast<std::ptrdiff_t>(std::min(raw_.size(), base + size)));
+        bytes.resize(size, 0);
         for (std::size_t r = first; r <= last; ++r)
             if (changed_[r]) codec::encode(entries_[r], bytes.data() + (r - first) * kRecordSlot);
-        // The last slot's unused end isn't written.
-        bytes.resize(bytes.size() - kRecordSlot + codec::Layout<RecordEntry>::size);
         out.push_back({file, false, base, std::move(bytes)});
     };
     std::size_t first = 0, last = 0;
@@ -729,9 +808,14 @@ void RecordBook::written() {
     for (std::size_t r : changedList_) {
         // As the file reads back: a place without a name holds no value.
         RecordEntry& e = entries_[r];
-        for (std::size_t k = 0; k < kRecordPlaces; ++k)
-            if (e.RecordName[k].blank()) e.RecordValue[k] = 0;
-        noteEntry(r);
+        bool cleared = false;
+        for (std::size_t k = 0; k < kRecordPlaces; ++k) {
+            if (!e.RecordName[k].blank() || e.RecordValue[k] == 0) continue;
+            e.RecordValue[k] = 0;
+            cleared = true;
+        }
+        // Insert noted the entry as it left it: only a cleared value is new.
+        if (cleared) noteEntry(r);
         changed_[r] = false;
     }
     changedList_.clear();

@@ -121,25 +121,51 @@ private:
         const RecordHolder& who;
         FixedText<3> team;
         std::uint32_t teamKey;
-        std::optional<FixedText<20>> name;  // made at the first place his team holds
+        // His name as the places keep theirs (placeName): the test for his
+        // own season place is one compare of each place his team holds.
+        FixedText<20> placeName;
+        bool named;             // his name isn't blank: a place he takes is held
+        std::uint64_t teamBit;  // his team's bit of Gate::teams
     };
+    // Past any team key: a code's length, its lowest byte, is at most three.
+    static constexpr std::uint32_t kNoTeamKey = 0xFFFFFFFF;
     // Of one record, what insert asks of every place before it touches it.
     struct Places {
         std::array<bool, kRecordPlaces> held{};
         // The team key of each place held, and for a place nobody holds a
         // key no team has: one compare finds his team's places.
-        std::array<std::uint32_t, kRecordPlaces> heldTeamKey{};
+        std::array<std::uint32_t, kRecordPlaces> heldTeamKey{kNoTeamKey, kNoTeamKey, kNoTeamKey, kNoTeamKey,
+                                                             kNoTeamKey};
         std::int16_t lastValue = 0;  // the fifth place's value
+        // Each place's name trimmed and padded again: equal just when the
+        // names as insert compares them are.
+        std::array<FixedText<20>, kRecordPlaces> heldName{};
+    };
+    // Of one record, the little that turns most values away, kept apart
+    // from the places so that a posting's walk over the records stays in
+    // the cache.
+    struct Gate {
+        // A bit for each team that holds a place; teams may share a bit,
+        // so a set bit asks the places, a clear one tells.
+        std::uint64_t teams = 0;
+        // A value enters above it where more is better; where less is, the
+        // places are asked.
+        std::int32_t bar = 0;
+        bool lower = false;
     };
     // True when `value` can't enter nor move his own season place: most of
     // a posting's values, told from the places alone.
     [[nodiscard]] bool turnedAway(int category, RecordScope scope, int value, const Holder& who) const;
     static Holder holderOf(const RecordHolder& who);
     bool insert(int category, RecordScope scope, int value, Holder& who);
+    // What is kept of record r's places made again from its entry.
     void noteEntry(std::size_t r);
+    // The same of its fifth place and its gate, the places being known.
+    void noteLast(std::size_t r);
 
     std::vector<RecordEntry> entries_;
     std::vector<Places> places_;
+    std::vector<Gate> gates_;
     std::vector<bool> changed_;
     std::vector<std::size_t> changedList_;  // the records of changed_, in order
     std::vector<std::uint8_t> raw_;         // the file as read

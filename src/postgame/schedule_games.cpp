@@ -123,6 +123,7 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     posting.dateText = options_.dateText;
     posting.allTimeRecordsDir = options_.allTimeRecordsDir;
     posting.names = &names_;
+    posting.known = &known_;
     posting.images = &images_;
     posting.writer = &writer_;
     posting.schedule = &schedule;

@@ -1,10 +1,12 @@
 // The box file's records: sizes and the offsets other readers depend on, a
-// write and read that keeps every value, and short or foreign files.
+// write and read that keeps every value, short or foreign files, and the
+// padding of the printed cells.
 
 #include <gtest/gtest.h>
 
 #include "league/files.h"
 #include "postgame/box_file.h"
+#include "postgame/padded_text.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink {
@@ -96,6 +98,33 @@ TEST(BoxRecords, AShortFileIsReadAsFarAsItGoesAndAForeignOneIsRefused) {
 
     writeFileAtomic(dir / "BOX3.BOX", std::string("not a box"));
     EXPECT_THROW(BoxRead(dir / "BOX3.BOX"), FileError);
+}
+
+// Cells are padded by columns: a name with letters of two bytes takes as
+// many blanks as its letters leave, and a cut counts letters too.
+TEST(BoxRecords, CellsArePaddedByColumnsWhateverTheirBytes) {
+    auto left = [](std::string_view text, std::size_t width) {
+        std::string out;
+        appendLeft(out, text, width);
+        return out;
+    };
+    auto cut = [](std::string_view text, std::size_t width, std::size_t precision) {
+        std::string out;
+        appendLeft(out, text, width, precision);
+        return out;
+    };
+    auto right = [](std::string_view text, std::size_t width) {
+        std::string out;
+        appendRight(out, text, width);
+        return out;
+    };
+    EXPECT_EQ(left("PP", 3), "PP ");
+    EXPECT_EQ(left("OT12", 3), "OT12");  // longer than the width: kept whole
+    EXPECT_EQ(right("5:07", 5), " 5:07");
+    EXPECT_EQ(cut("Vanderhoeven", 8, 6), "Vander  ");
+    EXPECT_EQ(left("G\xc3\xb6ta", 6), "G\xc3\xb6ta  ");     // four letters, five bytes
+    EXPECT_EQ(right("\xc3\x85re", 5), "  \xc3\x85re");      // three letters
+    EXPECT_EQ(cut("\xc3\x85keson", 5, 3), "\xc3\x85ke  ");  // cut after three letters
 }
 
 }  // namespace

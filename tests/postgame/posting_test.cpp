@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
+#include "league/file_images.h"
 #include "league/files.h"
 #include "league/names.h"
 #include "league/rules.h"
@@ -335,6 +337,61 @@ TEST(Posting, LeadersKeepOneEntryAPlayerHighestFirst) {
     EXPECT_EQ(top.Top40Stamp, kTop40Stamp);
     EXPECT_GE(top.Top[0][1].Value, 1);
     EXPECT_EQ(top.Top[0][1].BoxFile.str(), "BOX1.BOX");
+}
+
+// A table read out of order is put in order at the next posting, even when
+// none of the game's men enters it.
+TEST(Posting, LeadersReadOutOfOrderAreOrderedWhenNobodyEnters) {
+    TempDir dir;
+    writeLeague(dir.path());
+    ScriptedGame g(dir.path(), {.row = 1, .visitorGoals = 5, .homeGoals = 1});
+    g.post();
+    LeadersRecord leaders{};
+    leaders.LeadersStamp = kLeadersStamp;
+    auto& goals = leaders.Leaders[1];
+    for (std::size_t r = 0; r < goals.size(); ++r) {
+        goals[r].Value = static_cast<std::int16_t>(500 + (r * 7) % goals.size());  // past anyone's goals
+        goals[r].PlayerNumber = static_cast<std::int16_t>(30000 + r);              // nobody in the game
+    }
+    auto expected = goals;
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const LeaderEntry& a, const LeaderEntry& b) { return a.Value > b.Value; });
+    postLeaders(leaders, *g.session);
+    for (std::size_t r = 0; r < goals.size(); ++r) EXPECT_EQ(goals[r].PlayerNumber, expected[r].PlayerNumber);
+}
+
+// A run keeps the top single games between postings; one that nobody
+// enters leaves the file as it was, and what the run keeps reads as the file.
+TEST(Posting, AKeptTopTableThatNobodyEntersStandsAsItsFile) {
+    TempDir dir;
+    writeLeague(dir.path());
+    Top40Record full{};
+    full.Top40Stamp = kTop40Stamp;
+    for (auto& rank : full.Top)
+        for (Top40Entry& e : rank) {
+            e.Value = 1000;
+            e.Name.assign("Old Hand");
+        }
+    fs::path file = findFile(dir.path(), kTop40File);
+    const std::vector<std::uint8_t> bytes = codec::toSlot(full);
+    writeFileAtomic(file, bytes);
+    FileImages images;
+    RunWriter run(images);
+    KeptTables tables;
+    for (std::size_t row : {1u, 2u}) {
+        ScriptedGame g(dir.path(), {.row = row});
+        Random draws(99);
+        PostingOptions o;
+        o.rng = &draws;
+        o.dateText = "10/10/2017";
+        o.writer = &run;
+        o.images = &images;
+        o.tables = &tables;
+        GameDone(*g.session, g.game, o);
+        EXPECT_EQ(readBytes(file), bytes) << "row " << row;
+        ASSERT_TRUE(tables.top.record);
+        EXPECT_EQ(codec::toSlot(*tables.top.record), bytes) << "row " << row;
+    }
 }
 
 TEST(Posting, AManHurtInPlayIsOutUntilHisReturnAndInTheInjuryHistory) {

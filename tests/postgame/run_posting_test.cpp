@@ -318,6 +318,51 @@ TEST(RunPosting, TheJournalKeepsOnlyWhatDiffersFromTheImages) {
     EXPECT_FALSE(journal.pending());
 }
 
+// The files a run's journals found at its first posting are those a lookup
+// finds afresh, whatever the spelling a change names them by.
+TEST(RunPosting, TheFilesARunKeepsAreThoseALookupFinds) {
+    TempDir dir;
+    writeFileAtomic(dir / "TABLE", std::string(100, 'a'));
+    FolderNames names(dir.path());
+    KnownFiles known;
+    DiskWriter disk;
+    for (char mark : {'b', 'c'}) {
+        PostingJournal journal(dir.path(), &names, nullptr, &known);
+        journal.commit({{"table", false, 10, std::vector<std::uint8_t>(5, static_cast<std::uint8_t>(mark))}}, disk);
+        EXPECT_EQ(readBytes(dir / "TABLE")[12], mark);
+        EXPECT_FALSE(journal.pending());
+    }
+    ASSERT_NE(known.find("table"), nullptr);
+    EXPECT_EQ(*known.find("table"), findFile(dir.path(), "table"));
+    EXPECT_EQ(*known.find(kPostingJournal), findFile(dir.path(), kPostingJournal));
+    EXPECT_FALSE(fs::exists(dir / "table"));
+}
+
+// A change over bytes an earlier change of the same posting wrote is kept
+// whole, even where it equals the image, which doesn't hold the earlier
+// change yet; changes of another file between them don't hide it.
+TEST(RunPosting, AChangeOverAnEarlierOneOfTheSamePostingStands) {
+    TempDir dir;
+    writeFileAtomic(dir / "TABLE", std::string(100, 'a'));
+    writeFileAtomic(dir / "OTHER", std::string(20, 'a'));
+    FolderNames names(dir.path());
+    FileImages images;
+    images.bytes(dir / "TABLE");
+    images.bytes(dir / "OTHER");
+    RunWriter run(images);
+    auto text = [](std::string_view t) { return std::vector<std::uint8_t>(t.begin(), t.end()); };
+    PostingJournal(dir.path(), &names, &images)
+        .commit({{"TABLE", false, 10, text("bbbbb")},
+                 {"TABLE", false, 40, text("c")},
+                 {"OTHER", false, 2, text("aa")},
+                 {"TABLE", false, 12, text("aaa")}},
+                run);
+    std::vector<std::uint8_t> table = readBytes(dir / "TABLE");
+    EXPECT_EQ(std::string(table.begin() + 10, table.begin() + 15), "bbaaa");
+    EXPECT_EQ(table[40], 'c');
+    EXPECT_EQ(images.bytes(dir / "TABLE")[12], 'a');
+}
+
 // The changed stretches of `now` against `was` as the journal keeps them:
 // each from a changed byte to a changed byte, equal bytes inside it fewer
 // than 32 in a row. Bytes past the end of `was` are new, so changed.
