@@ -4,10 +4,12 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
 #include "team/positions.h"
+#include "team/slot_scan.h"
 
 namespace tallyrink {
 
@@ -788,20 +790,55 @@ void Game::putUnitOnIce(int side) {
         if (slot != kNoSlot && !before.holds(slot)) s_.stint[at(side)][at(slot)] = 0;
 }
 
+namespace {
+
+// The request as one word, a byte a field from -1 up, with the top bit set
+// so that no request packs to 0; 0 when a field won't fit its byte.
+std::uint64_t packedRequest(const IceRequest& req) {
+    std::uint64_t key = std::uint64_t{1} << 63;
+    int shift = 0;
+    for (int field : {req.own, req.opponent, req.unit, req.pair, req.goalie, req.threeSkaterFormation}) {
+        const auto byte = static_cast<unsigned>(field + 1);
+        if (byte > 0xFF) return 0;
+        key |= std::uint64_t{byte} << shift;
+        shift += 8;
+    }
+    return key;
+}
+
+// The men fit to play, a bit a slot. Each byte of a word of the table is 0
+// or 1, so the product gathers the eight of them in its top byte, the
+// first slot lowest, with no carry between the partial sums below it.
+std::uint64_t fitBits(const BySlot<bool>& fit) {
+    static_assert(kRosterSlots <= 64, "a side's slots fit one word of bits");
+    std::uint64_t bits = 0;
+    for (std::size_t first = 0; first < kRosterSlots; first += 8)
+        bits |= ((slotWord(fit, first) * 0x0102040810204080ULL) >> 56) << first;
+    return bits;
+}
+
+}  // namespace
+
 IcePlacement Game::placeUnit(int side, const IceRequest& req) {
     // The extra attacker is drawn; with a screen a person may change lines
     // while the driver waits on him. Otherwise nothing but the request and
     // the men fit to play moves the placement while the driver runs.
     const LineupTeam& team = teams_[at(side)];
     if (!driverRunning_ || !s_.NoDisplay || req.goaliePulled) return PutLinesOnIce(team, req, &rng_);
-    const PlacementKey key{req.own, req.opponent, req.unit, req.pair, req.goalie, req.threeSkaterFormation};
-    auto& kept = placementMemo_[at(side)];
-    for (const KeptPlacement& k : kept)
-        if (k.valid && k.key == key && k.fit == team.candidate) return k.placed;
-    KeptPlacement& next = kept[placementMemoNext_[at(side)]];
-    placementMemoNext_[at(side)] = (placementMemoNext_[at(side)] + 1) % kept.size();
-    next = {true, key, team.candidate, PutLinesOnIce(team, req, &rng_)};
-    return next.placed;
+    const std::uint64_t key = packedRequest(req);
+    if (key == 0) return PutLinesOnIce(team, req, &rng_);
+    static_assert(std::has_single_bit(kPlacementSets), "the hash picks a set by its top bits");
+    const std::uint64_t fit = fitBits(team.candidate);
+    const std::uint64_t hash = (key ^ (fit * 0x9E3779B97F4A7C15ULL)) * 0xD6E8FEB86659FD93ULL;
+    auto& set = placementMemo_[at(side)][hash >> (64 - std::countr_zero(kPlacementSets))];
+    if (set[0].key == key && set[0].fit == fit) return set[0].placed;
+    if (set[1].key == key && set[1].fit == fit) {
+        std::swap(set[0], set[1]);
+        return set[0].placed;
+    }
+    set[1] = set[0];
+    set[0] = {key, fit, PutLinesOnIce(team, req, &rng_)};
+    return set[0].placed;
 }
 
 // On a screen a command or a step hands back to the driver, which asks for

@@ -580,23 +580,21 @@ private:
     // screen for the few requests and fit lists a game keeps making; forgotten
     // when the driver starts, at an edit and when a game starts.
     IcePlacement placeUnit(int side, const IceRequest& req);
-    struct PlacementKey {
-        int own = 0;
-        int opponent = 0;
-        int unit = 0;
-        int pair = 0;
-        int goalie = 0;
-        int threeSkaterFormation = 0;
-        bool operator==(const PlacementKey&) const = default;
-    };
+    // A kept placement: the request packed in a word (0: nothing kept), the
+    // men fit to play a bit a slot, and where they went.
     struct KeptPlacement {
-        bool valid = false;
-        PlacementKey key{};
-        BySlot<bool> fit{};
+        std::uint64_t key = 0;
+        std::uint64_t fit = 0;
         IcePlacement placed{};
     };
-    std::array<std::array<KeptPlacement, 16>, 2> placementMemo_{};
-    std::array<std::size_t, 2> placementMemoNext_{};
+    // By side, two placements to each set, the set picked by a hash of the
+    // request and the fit list, the one used last first. A game makes a few
+    // dozen of them a side (the units of each manpower, and each of those
+    // again while a man sits in the box); a ring small enough to search in
+    // turn dropped the even-strength ones a power play came after, and the
+    // search of it cost more than a hash.
+    static constexpr std::size_t kPlacementSets = 32;
+    std::array<std::array<std::array<KeptPlacement, 2>, kPlacementSets>, 2> placementMemo_{};
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
     // What the pace takes from a year's era figures (rated: the figures
