@@ -137,6 +137,7 @@ void Game::SetPlayBox() {
     driverRunning_ = true;
     coachInPlayKey_.valid = false;
     placementMemo_ = {};
+    sharesMemo_ = {};
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
@@ -625,7 +626,7 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
     int own = s_.Skaters[at(side)];
     int opp = s_.Skaters[at(other(side))];
     LineRange range = situationLines(own, opp);
-    UsageShares shares = usageShares(plan);
+    const UsageShares& shares = planShares(side);
     auto& played = s_.coach.unitSecs[at(side)];
     int& forwards = s_.forwardUnit[at(side)];
     int& pair = s_.defensePair[at(side)];
@@ -683,6 +684,15 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
     for (int u = 1; u <= kEvenPairs; ++u) rested[at(u - 1)] = unitRested(side, u, false) && u != pair;
     int nextPair = mostDueUnit(shares.pairs.data(), played[at(UnitKind::Pairs)].data(), rested.data(), kEvenPairs);
     pair = wantPair > 0 ? wantPair : nextPair;
+}
+
+const UsageShares& Game::planShares(int side) {
+    KeptShares& kept = sharesMemo_[at(side)];
+    const bool keep = driverRunning_ && s_.NoDisplay;
+    if (keep && kept.known) return kept.shares;
+    kept.shares = usageShares(session_.side(side).plan);
+    kept.known = keep;
+    return kept.shares;
 }
 
 double Game::unitSeconds(int side, UnitKind kind, int unit) const {

@@ -96,7 +96,12 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // Worked in the loop that asks it, one man after another, several times a
 // step: built into that loop, the call's saving and restoring of registers
 // goes.
-[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int unitPPG) {
+Game::PickTerms Game::pickTerms() {
+    const int side = s_.PuckTeam;
+    return {powerPlay(side), powerPlay(other(side)), shotSteering(), alternateReality()};
+}
+
+[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int unitPPG, const PickTerms& terms) {
     const int side = s_.PuckTeam;
     const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
@@ -105,8 +110,8 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const SetRates& rr = t.rate(RateSet::Real, slot);
     const double S = rr.ShotsPer60, A = rr.AssistsPer60, G = rr.GoalsPer60;
-    const bool pp = powerPlay(side);
-    const bool sh = powerPlay(other(side));
+    const bool pp = terms.powerPlay;
+    const bool sh = terms.shortHanded;
     const bool point = pos == 3 || pos == 4;
     // A man with a broken stick isn't picked: nothing else about him counts.
     if (stickBroken(side, slot)) return 0;
@@ -160,7 +165,7 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
         }
     }
     const double R = t.rate(RateSet::Replay, slot).ShotsPer60;
-    if (usage == 3 && S > 0 && R > 0 && shotSteering() && rng_.overRand(real.Sog, 50, 50) &&
+    if (usage == 3 && S > 0 && R > 0 && terms.steering && rng_.overRand(real.Sog, 50, 50) &&
         rng_.randAtMost(5, replay.Sog - 5)) {
         if (rng_.over(R, 1.05, .05, S)) times(w, .5);
         if (rng_.over(R, 1, .05, S)) times(w, rng_.rnd());
@@ -170,7 +175,7 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
     int energy = s_.Energy[at(side)][at(slot)];
     for (int e : {69, 49, 29})
         if (energy <= e) times(w, .8);
-    if (alternateReality()) w = whole(w + p.FormBias * .05);
+    if (terms.alternate) w = whole(w + p.FormBias * .05);
     return std::max(w, 1);
 }
 
@@ -227,10 +232,11 @@ void Game::FindCarrier() {
         if (slot != kNoSlot) unitPPG += carrierBase_[at(side)][at(slot)].realPPG;
     }
     std::array<std::int32_t, kIcePositions> w{};
+    const PickTerms terms = pickTerms();
     for (int pos = 0; pos < rows; ++pos) {
         int slot = slotAt(side, pos);
         if (slot == kNoSlot || slot == f.LastPasser || !available(side, slot)) continue;
-        w[at(pos)] = carrierWeight(pos, unitPPG);
+        w[at(pos)] = carrierWeight(pos, unitPPG, terms);
     }
     int pick = kNoPos;
     for (int tries = 0; tries < kMaxTries * 2; ++tries) {
@@ -277,7 +283,7 @@ int Game::firstOccupied(int side) const {
 // ---- The passers -------------------------------------------------------------------
 
 // Built into the draw that asks it, as the carrier's weight is.
-[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, bool second) {
+[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, bool second, const PickTerms& terms) {
     const FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const int slot = slotAt(side, pos);
@@ -286,7 +292,7 @@ int Game::firstOccupied(int side) const {
     const PasserBase& base = passerBase_[at(side)][at(slot)];
     const double A = base.assists, G = base.goals, S = base.shots;
     const double R = base.replayAssists;
-    const bool pp = powerPlay(side);
+    const bool pp = terms.powerPlay;
     // A man with a broken stick isn't picked: nothing else about him counts.
     if (stickBroken(side, slot)) return 0;
 
@@ -328,7 +334,7 @@ int Game::firstOccupied(int side) const {
             if (!rng_.randAtMost(10, p.PlayerYear - 1966)) times(w, .5);
         }
     }
-    if (alternateReality()) w = whole(w + p.FormBias * .05);
+    if (terms.alternate) w = whole(w + p.FormBias * .05);
     return std::max(w, 1);
 }
 
@@ -342,7 +348,7 @@ int Game::passerStickFallback(int pos) const {
     return to;
 }
 
-[[gnu::always_inline]] inline int Game::drawPasser(bool second) {
+[[gnu::always_inline]] inline int Game::drawPasser(bool second, const PickTerms& terms) {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const int rows = positionsInPlay(side);
@@ -351,7 +357,7 @@ int Game::passerStickFallback(int pos) const {
         int slot = slotAt(side, pos);
         if (slot == kNoSlot || slot == f.Carrier || slot == f.LastPasser || !available(side, slot)) continue;
         if (second && slot == f.Passer1) continue;
-        w[at(pos)] = passerWeight(pos, second);
+        w[at(pos)] = passerWeight(pos, second, terms);
     }
     int pick = weightedPick(w, rows);
     if (pick == kNoPos) pick = 2 + rng_.rand(2);
@@ -380,8 +386,9 @@ void Game::FindPassers() {
 
     f.Passer1 = f.Passer2 = kNoSlot;
     f.Passer1Pos = f.Passer2Pos = kNoPos;
+    const PickTerms terms = pickTerms();
     for (int tries = 0; tries < 20; ++tries) {
-        int pos = drawPasser(false);
+        int pos = drawPasser(false, terms);
         if (pos != kNoPos) {
             f.Passer1Pos = pos;
             f.Passer1 = slotAt(side, pos);
@@ -390,7 +397,7 @@ void Game::FindPassers() {
         if (rng_.rand(100) > 99) break;
     }
     for (int tries = 0; tries < 20; ++tries) {
-        int pos = drawPasser(true);
+        int pos = drawPasser(true, terms);
         if (pos != kNoPos && slotAt(side, pos) == f.Carrier) {
             f.Passer1 = kNoSlot;
             f.Passer1Pos = kNoPos;

@@ -66,6 +66,7 @@ void Game::InitGame() {
     unitMemo_ = {};
     eraMemo_ = {};
     placementMemo_ = {};
+    sharesMemo_ = {};
     eraPaceMemo_ = {};
     basePctMemo_ = {};
     rosterSpecialGoals_ = {};

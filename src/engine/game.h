@@ -215,6 +215,7 @@ public:
         layPickBase();
         unitMemo_ = {};
         placementMemo_ = {};
+        sharesMemo_ = {};
         keptOffChanged();
         return s_;
     }
@@ -520,11 +521,20 @@ private:
     bool workOutShotSteering();
     [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
     int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows);
-    std::int32_t carrierWeight(int pos, int unitPPG);
-    std::int32_t passerWeight(int pos, bool second);
+    // What the weights of one draw share, the same for every man weighed:
+    // worked out once a draw rather than once a man.
+    struct PickTerms {
+        bool powerPlay = false;    // the side with the puck has more men on
+        bool shortHanded = false;  // it has fewer
+        bool steering = false;     // see shotSteering
+        bool alternate = false;    // see alternateReality
+    };
+    PickTerms pickTerms();
+    std::int32_t carrierWeight(int pos, int unitPPG, const PickTerms& terms);
+    std::int32_t passerWeight(int pos, bool second, const PickTerms& terms);
     std::int32_t penaltyWeight(int side, int pos);
     int passerStickFallback(int pos) const;
-    int drawPasser(bool second);
+    int drawPasser(bool second, const PickTerms& terms);
     // Era figures of a year for a side's level (college columns for a
     // college team); a year outside the table takes `fallback`'s. The
     // answer is kept only until a later call: copy it to hold it longer.
@@ -595,6 +605,15 @@ private:
     // search of it cost more than a hash.
     static constexpr std::size_t kPlacementSets = 32;
     std::array<std::array<std::array<KeptPlacement, 2>, kPlacementSets>, 2> placementMemo_{};
+    // The plans' shares of the game's time by unit, by side, kept on the
+    // same terms as the placements: a plan changes only while the driver
+    // waits on a person, and a line change asks for them at every stop.
+    struct KeptShares {
+        bool known = false;
+        UsageShares shares{};
+    };
+    std::array<KeptShares, 2> sharesMemo_{};
+    const UsageShares& planShares(int side);
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
     // What the pace takes from a year's era figures (rated: the figures
