@@ -137,7 +137,7 @@ void Game::SetPlayBox() {
     driverRunning_ = true;
     coachInPlayKey_.valid = false;
     placementMemo_ = {};
-    sharesMemo_ = {};
+    planMemo_ = {};
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
@@ -465,7 +465,7 @@ void Game::coachInPlayOnChange() {
     for (int side : {kVisitor, kHome}) {
         const GamePlanRecord& plan = session_.side(side).plan;
         if (coach(side) == CoachKind::Human && plan.DontUseWhenHumanCoached == 1) continue;
-        LiveStrategy base = planStrategy(plan);
+        const LiveStrategy& base = keptPlan(side).strategy;
         LiveStrategy live = base;
         int own = s_.Skaters[at(side)];
         int opp = s_.Skaters[at(other(side))];
@@ -626,7 +626,7 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
     int own = s_.Skaters[at(side)];
     int opp = s_.Skaters[at(other(side))];
     LineRange range = situationLines(own, opp);
-    const UsageShares& shares = planShares(side);
+    const UsageShares& shares = keptPlan(side).shares;
     auto& played = s_.coach.unitSecs[at(side)];
     int& forwards = s_.forwardUnit[at(side)];
     int& pair = s_.defensePair[at(side)];
@@ -686,13 +686,13 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
     pair = wantPair > 0 ? wantPair : nextPair;
 }
 
-const UsageShares& Game::planShares(int side) {
-    KeptShares& kept = sharesMemo_[at(side)];
+const Game::KeptPlan& Game::keptPlan(int side) {
+    KeptPlan& kept = planMemo_[at(side)];
     const bool keep = driverRunning_ && s_.NoDisplay;
-    if (keep && kept.known) return kept.shares;
-    kept.shares = usageShares(session_.side(side).plan);
-    kept.known = keep;
-    return kept.shares;
+    if (keep && kept.known) return kept;
+    const GamePlanRecord& plan = session_.side(side).plan;
+    kept = {keep, usageShares(plan), planStrategy(plan)};
+    return kept;
 }
 
 double Game::unitSeconds(int side, UnitKind kind, int unit) const {

@@ -89,6 +89,11 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 
 // ---- The carrier -----------------------------------------------------------------
 
+[[gnu::always_inline]] inline Game::PickTerms Game::pickTerms() {
+    const int side = s_.PuckTeam;
+    return {powerPlay(side), powerPlay(other(side)), shotSteering(), alternateReality()};
+}
+
 // A shooter's weight: his real shots less his set-up play, his share of
 // power-play or short-handed scoring, his coach's usage, fatigue, and the
 // comparison of his replay shot rate with his real one (a man who shoots
@@ -96,14 +101,8 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // Worked in the loop that asks it, one man after another, several times a
 // step: built into that loop, the call's saving and restoring of registers
 // goes.
-Game::PickTerms Game::pickTerms() {
+[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int slot, int unitPPG, const PickTerms& terms) {
     const int side = s_.PuckTeam;
-    return {powerPlay(side), powerPlay(other(side)), shotSteering(), alternateReality()};
-}
-
-[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int unitPPG, const PickTerms& terms) {
-    const int side = s_.PuckTeam;
-    const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
     const PlayerRecord& p = t.player(slot);
     const StatLine& real = statLine(p, StatLineIndex::Real);
@@ -114,7 +113,7 @@ Game::PickTerms Game::pickTerms() {
     const bool sh = terms.shortHanded;
     const bool point = pos == 3 || pos == 4;
     // A man with a broken stick isn't picked: nothing else about him counts.
-    if (stickBroken(side, slot)) return 0;
+    if (s_.find.BrokenStick[at(side)][at(slot)]) return 0;
     const CarrierBase& base = carrierBase_[at(side)][at(slot)];
     const double q = base.share[unitPPG > 0 ? 1 : 0];
     std::int32_t w = base.weight[unitPPG > 0 ? 1 : 0];
@@ -236,7 +235,7 @@ void Game::FindCarrier() {
     for (int pos = 0; pos < rows; ++pos) {
         int slot = slotAt(side, pos);
         if (slot == kNoSlot || slot == f.LastPasser || !available(side, slot)) continue;
-        w[at(pos)] = carrierWeight(pos, unitPPG, terms);
+        w[at(pos)] = carrierWeight(pos, slot, unitPPG, terms);
     }
     int pick = kNoPos;
     for (int tries = 0; tries < kMaxTries * 2; ++tries) {
@@ -283,10 +282,9 @@ int Game::firstOccupied(int side) const {
 // ---- The passers -------------------------------------------------------------------
 
 // Built into the draw that asks it, as the carrier's weight is.
-[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, bool second, const PickTerms& terms) {
+[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, int slot, bool second, const PickTerms& terms) {
     const FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const int slot = slotAt(side, pos);
     const SideTables& t = session_.side(side);
     const PlayerRecord& p = t.player(slot);
     const PasserBase& base = passerBase_[at(side)][at(slot)];
@@ -294,7 +292,7 @@ int Game::firstOccupied(int side) const {
     const double R = base.replayAssists;
     const bool pp = terms.powerPlay;
     // A man with a broken stick isn't picked: nothing else about him counts.
-    if (stickBroken(side, slot)) return 0;
+    if (f.BrokenStick[at(side)][at(slot)]) return 0;
 
     std::int32_t w = f.Carrier == kNoSlot ? base.loneWeight : base.weight;
     if (!second) {
@@ -357,7 +355,7 @@ int Game::passerStickFallback(int pos) const {
         int slot = slotAt(side, pos);
         if (slot == kNoSlot || slot == f.Carrier || slot == f.LastPasser || !available(side, slot)) continue;
         if (second && slot == f.Passer1) continue;
-        w[at(pos)] = passerWeight(pos, second, terms);
+        w[at(pos)] = passerWeight(pos, slot, second, terms);
     }
     int pick = weightedPick(w, rows);
     if (pick == kNoPos) pick = 2 + rng_.rand(2);

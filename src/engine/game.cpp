@@ -66,7 +66,7 @@ void Game::InitGame() {
     unitMemo_ = {};
     eraMemo_ = {};
     placementMemo_ = {};
-    sharesMemo_ = {};
+    planMemo_ = {};
     eraPaceMemo_ = {};
     basePctMemo_ = {};
     rosterSpecialGoals_ = {};

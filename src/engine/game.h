@@ -215,7 +215,7 @@ public:
         layPickBase();
         unitMemo_ = {};
         placementMemo_ = {};
-        sharesMemo_ = {};
+        planMemo_ = {};
         keptOffChanged();
         return s_;
     }
@@ -530,8 +530,9 @@ private:
         bool alternate = false;    // see alternateReality
     };
     PickTerms pickTerms();
-    std::int32_t carrierWeight(int pos, int unitPPG, const PickTerms& terms);
-    std::int32_t passerWeight(int pos, bool second, const PickTerms& terms);
+    // The weights of the man at `pos`, in `slot` (one who is there and fit).
+    std::int32_t carrierWeight(int pos, int slot, int unitPPG, const PickTerms& terms);
+    std::int32_t passerWeight(int pos, int slot, bool second, const PickTerms& terms);
     std::int32_t penaltyWeight(int side, int pos);
     int passerStickFallback(int pos) const;
     int drawPasser(bool second, const PickTerms& terms);
@@ -605,15 +606,17 @@ private:
     // search of it cost more than a hash.
     static constexpr std::size_t kPlacementSets = 32;
     std::array<std::array<std::array<KeptPlacement, 2>, kPlacementSets>, 2> placementMemo_{};
-    // The plans' shares of the game's time by unit, by side, kept on the
-    // same terms as the placements: a plan changes only while the driver
-    // waits on a person, and a line change asks for them at every stop.
-    struct KeptShares {
+    // What the plans say of the game's time by unit and of the strategy they
+    // start from, by side, kept on the same terms as the placements: a plan
+    // changes only while the driver waits on a person, and a line change
+    // asks at every stop.
+    struct KeptPlan {
         bool known = false;
         UsageShares shares{};
+        LiveStrategy strategy{};
     };
-    std::array<KeptShares, 2> sharesMemo_{};
-    const UsageShares& planShares(int side);
+    std::array<KeptPlan, 2> planMemo_{};
+    const KeptPlan& keptPlan(int side);
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
     // What the pace takes from a year's era figures (rated: the figures
