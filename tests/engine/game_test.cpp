@@ -567,7 +567,7 @@ TEST(WholeGames, TheSameSeedPlaysTheSameGame) {
 // put on the ice for each request and fit list, and the plans' shares of
 // ice time its line changes go by; a game on a screen works every one out
 // afresh. The two must play alike, send out the same units for the same
-// time and tire the same men, through the penalties, fights and injuries
+// time, tire the same men and end on the same strategies, through the penalties, fights and injuries
 // that change who is fit to play.
 TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
     int penalties = 0;
@@ -575,14 +575,17 @@ TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
         std::array<Outcome, 2> outcome;
         std::array<decltype(GameState{}.coach.unitSecs), 2> unitSecs{};
         std::array<decltype(GameState{}.Energy), 2> energy{};
+        std::array<decltype(GameState{}.coach.live), 2> strategy{};
         for (bool watched : {false, true}) {
             auto session = loaded(defaultRules(2017), seed);
-            // The home coach leans on his top units, so each side's line
-            // changes go by a plan of their own.
+            // The home coach leans on his top units and sends his men in
+            // deep, so each side plays by a plan of its own.
             GamePlanRecord& plan = session->side(1).plan;
             plan.LineUsage = {20, 12, 6, 2};
             plan.PairUsage = {18, 10, 5};
             plan.PowerPlayUsage = {20, 5};
+            plan.Forecheck = 7;
+            plan.DzDepth = 5;
             Game game(*session, GameOptions{.seed = seed, .noDisplay = !watched});
             game.playToEnd();
             const GameState& s = game.state();
@@ -590,11 +593,13 @@ TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
             outcome[i] = {game.finalScore(), s.Shots, s.steps, s.endedBy};
             unitSecs[i] = s.coach.unitSecs;
             energy[i] = s.Energy;
+            strategy[i] = s.coach.live;
             if (!watched) penalties += int(s.penalties.size());
         }
         EXPECT_EQ(outcome[0], outcome[1]) << "seed " << seed;
         EXPECT_EQ(unitSecs[0], unitSecs[1]) << "seed " << seed;
         EXPECT_EQ(energy[0], energy[1]) << "seed " << seed;
+        EXPECT_TRUE(strategy[0] == strategy[1]) << "seed " << seed;
     }
     EXPECT_GT(penalties, 6);
 }
