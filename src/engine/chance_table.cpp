@@ -157,7 +157,7 @@ void Game::initChances() {
     std::string dir = session_.league().leagueDir.filename().string();
     if (dir.empty()) dir = session_.league().leagueDir.parent_path().filename().string();
     std::transform(dir.begin(), dir.end(), dir.begin(), [](unsigned char ch) { return std::toupper(ch); });
-    if (dir.ends_with("PROJECTION") && session_.side(kVisitor).team.TeamYear == 2021) f.PenaltyCalibration = 1;
+    if (dir.ends_with("PROJECTION") && sideOf(kVisitor).team.TeamYear == 2021) f.PenaltyCalibration = 1;
 }
 
 // The men who matter in the zone the play left the puck in: a new carrier
@@ -216,7 +216,7 @@ void Game::drawShooterMood() {
     if (rng_.rand(5) == 1) mood += rng_.rand(3) - rng_.rand(3);
     if (rng_.rand(7) == 1) mood += rng_.rand(3) - rng_.rand(3);
     if (f.Carrier != kNoSlot) {
-        const PlayerRecord& p = session_.side(s_.PuckTeam).player(f.Carrier);
+        const PlayerRecord& p = sideOf(s_.PuckTeam).player(f.Carrier);
         const StatLine& real = statLine(p, StatLineIndex::Real);
         const StatLine& replay = statLine(p, StatLineIndex::Replay);
         if (real.Sog > 30 && real.Goals > 0 && rng_.overRand(replay.Sog, 10, 20)) {
@@ -321,7 +321,7 @@ const UnitRatings& Game::unitRatings(int side, bool sticks, const UnitSituation&
     const OnIce& ice = s_.onIce[at(side)];
     const int places = sit.extraAttacker ? 6 : 5;
     std::array<UnitPlayer, 6> men{};
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     for (int pos = 0; pos < places; ++pos) {
         const int slot = ice.slot[at(pos)];
         if (slot == kNoSlot) continue;
@@ -356,7 +356,7 @@ void Game::eraFactors() {
 void Game::eraFactorsFor(int side) {
     FindState& f = s_.find;
     const RulesRecord& rules = session_.league().rules;
-    const bool homeCollege = session_.side(kHome).team.TeamType.view() == "C";
+    const bool homeCollege = sideOf(kHome).team.TeamType.view() == "C";
     const EraRecord& ref = session_.eraRow(2008, 2008);
     const double refPim = homeCollege ? ref.CollegePim : ref.PimPerGame;
     if (rules.GameEraList == 1) {
@@ -386,7 +386,7 @@ void Game::eraFactorsFor(int side) {
 const Game::SpecialGoals& Game::rosterSpecialGoals(int side) {
     SpecialGoals& goals = rosterSpecialGoals_[at(side)];
     if (goals.known) return goals;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     goals = SpecialGoals{.known = true};
     for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
         if (!t.onTeam(slot)) continue;
@@ -402,8 +402,8 @@ PlayChances Game::ChanceTable() {
     const bool probe = s_.ProbeOnly;
     const int side = s_.PuckTeam;
     const int opp = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
-    const SideTables& o = session_.side(opp);
+    const SideTables& t = sideOf(side);
+    const SideTables& o = sideOf(opp);
     const Zone z = s_.PlayZone;
     const Call call = s_.PlayCall;
     const bool stronger = strength(side) > strength(opp);
@@ -745,7 +745,7 @@ PlayChances Game::ChanceTable() {
             slot = slotAt(ps, rng_.rand(5) - 1);
         }
         if (slot != kNoSlot) {
-            const PlayerRecord& p = session_.side(ps).player(slot);
+            const PlayerRecord& p = sideOf(ps).player(slot);
             const StatLine& real = statLine(p, StatLineIndex::Real);
             const StatLine& replay = statLine(p, StatLineIndex::Replay);
             if (real.GP > 3 && replay.GP > 3 && real.Sog > 10 && replay.Sog > 10) {

@@ -103,7 +103,7 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // goes.
 [[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int slot, int unitPPG, const PickTerms& terms) {
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
     const StatLine& real = statLine(p, StatLineIndex::Real);
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
@@ -182,8 +182,8 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // the real season: a real team against one of its own season.
 bool Game::workOutShotSteering() {
     int& known = shotSteeringMemo_[at(s_.PuckTeam)];
-    const SideTables& puck = session_.side(s_.PuckTeam);
-    const SideTables& opp = session_.side(s_.OtherTeam());
+    const SideTables& puck = sideOf(s_.PuckTeam);
+    const SideTables& opp = sideOf(s_.OtherTeam());
     known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
     return known == 1;
 }
@@ -192,7 +192,7 @@ bool Game::workOutShotSteering() {
 // figures hold through a game.
 void Game::layPickBase() {
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const StatLine& real = statLine(t.player(slot), StatLineIndex::Real);
             const SetRates& rr = t.rate(RateSet::Real, slot);
@@ -285,7 +285,7 @@ int Game::firstOccupied(int side) const {
 [[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, int slot, bool second, const PickTerms& terms) {
     const FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
     const PasserBase& base = passerBase_[at(side)][at(slot)];
     const double A = base.assists, G = base.goals, S = base.shots;
@@ -369,7 +369,7 @@ void Game::FindPassers() {
     if (s_.ProbeOnly || s_.PlayZone == Zone::Rush) return;
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     f.TopPlaymaker = kNoSlot;
     double best = -1;
     for (int pos = 0; pos < positionsInPlay(side); ++pos) {
@@ -427,7 +427,7 @@ void Game::FindPassers() {
 
 std::int32_t Game::penaltyWeight(int side, int pos) {
     const int slot = slotAt(side, pos);
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const double P = t.rate(RateSet::Real, slot).NonFightPimPer60;
@@ -474,7 +474,7 @@ std::int32_t Game::penaltyWeight(int side, int pos) {
 void Game::FindPenalized() {
     FindState& f = s_.find;
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         for (int n = 0; n < f.PenaltiesToCall[at(side)]; ++n) {
             int pick = kNoPos;
             if (f.PenaltyServer) {
@@ -524,7 +524,7 @@ void Game::FindPenalized() {
 // from 1, 0 for none.
 int Game::shadowOf(int side, int target) const {
     if (target == kNoSlot) return kNoSlot;
-    const GamePlanRecord& plan = session_.side(side).plan;
+    const GamePlanRecord& plan = sideOf(side).plan;
     const OnIce& own = s_.onIce[at(side)];
     const OnIce& theirs = s_.onIce[at(other(side))];
     for (std::size_t pair = 0; pair < plan.ShadowTarget.size(); ++pair) {
@@ -562,7 +562,7 @@ void Game::FindDefender() {
 
 // Rate of a man per minute on the ice of a real counting stat.
 double Game::perMinute(int side, int slot, RateSet set, int count) const {
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const StatLine& line = statLine(t.player(slot), statLineOf(set));
     return count / (line.GP * t.rate(set, slot).AverageMinutes + 1);
 }
@@ -570,7 +570,7 @@ double Game::perMinute(int side, int slot, RateSet set, int count) const {
 void Game::FindTakeaway() {
     FindState& f = s_.find;
     const int side = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     int pick = kNoPos;
     for (int tries = 0; tries < 1000; ++tries) {
@@ -604,7 +604,7 @@ void Game::FindTakeaway() {
 void Game::FindBlocker() {
     FindState& f = s_.find;
     const int side = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     int pick = kNoPos;
     for (int tries = 0; tries < 1000 && pick == kNoPos; ++tries) {
@@ -628,10 +628,10 @@ void Game::FindBlocker() {
 void Game::FindHitter() {
     FindState& f = s_.find;
     const int side = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     bool carrierIsDefenseman = false;
-    if (f.Carrier != kNoSlot) carrierIsDefenseman = isDefenseman(session_.side(s_.PuckTeam).player(f.Carrier));
+    if (f.Carrier != kNoSlot) carrierIsDefenseman = isDefenseman(sideOf(s_.PuckTeam).player(f.Carrier));
     std::array<std::int32_t, kIcePositions> w{};
     for (int pos = 0; pos < rows; ++pos) {
         int slot = slotAt(side, pos);
@@ -676,7 +676,7 @@ void Game::FindHitter() {
 void Game::PickNames(const OnIce* unit) {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const OnIce& ice = unit ? *unit : s_.onIce[at(side)];
     const int rows = positionsInPlay(side);
     auto slotOf = [&](int pos) { return pos >= 0 && pos < rows ? ice.slot[at(pos)] : kNoSlot; };
@@ -720,7 +720,7 @@ void Game::PickOpponentName() {
 void Game::HkSetPlayCallList() {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     f.openCount = 0;
     for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos) {

@@ -45,6 +45,7 @@ std::string_view gameEndText(GameEnd e) {
 
 Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
     : session_(session),
+      sideTables_{&std::as_const(session).side(kVisitor), &std::as_const(session).side(kHome)},
       options_(options),
       presenter_(presenter ? presenter : &nullPresenter_),
       rng_(options.seed),
@@ -109,7 +110,7 @@ void Game::InitGame() {
 // exhibitions ride the first of the chart.
 int Game::dayStarter(int side, const LineupTeam& team) {
     if (session_.PlayoffGame || session_.GameType != 'L') return kNoSlot;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     return startingGoalie(team, {t.team.TeamFor[0].GP, t.SeasonGames}, rng_);
 }
 
@@ -355,7 +356,7 @@ Result Game::splitTurnover(const PlayChances& c) {
     // The power play gives the other side a chance to break out.
     if (rng_.rand(3) == 1 && powerPlay(s_.PuckTeam)) {
         const int opp = s_.OtherTeam();
-        const SideTables& o = session_.side(opp);
+        const SideTables& o = sideOf(opp);
         int shg = 0;
         for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot)
             if (o.onTeam(slot)) shg += statLine(o.player(slot), StatLineIndex::Real).SHG;
@@ -365,7 +366,7 @@ Result Game::splitTurnover(const PlayChances& c) {
             int fwd = s_.onIce[at(opp)].slot[at(rng_.rand(3) - 1)];
             if (fwd != kNoSlot && o.player(fwd).RatingOffense >= 30 + rng_.rand(70)) r = Result::ToRush;
             int d = s_.onIce[at(s_.PuckTeam)].slot[at(2 + rng_.rand(2))];
-            if (d != kNoSlot && session_.side(s_.PuckTeam).player(d).RatingDefense <= rng_.rand(70)) r = Result::ToRush;
+            if (d != kNoSlot && sideOf(s_.PuckTeam).player(d).RatingDefense <= rng_.rand(70)) r = Result::ToRush;
         }
     }
     return r;
@@ -408,7 +409,7 @@ Result Game::applyOverrides(Result r) {
 // ---- The shootout -------------------------------------------------------------
 
 int Game::FindShootoutShooter(int side) {
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const LineupTeam& team = teams_[at(side)];
     auto& used = s_.ShootoutUsed[at(side)];
     for (int pass = 0; pass < 2; ++pass) {
@@ -432,9 +433,9 @@ int Game::FindShootoutShooter(int side) {
 void Game::ShootoutStep() {
     int side = s_.shootoutSide;
     int shooter = FindShootoutShooter(side);
-    double penaltyShot = shooter == kNoSlot ? 5 : session_.side(side).player(shooter).RatingPenaltyShot;
+    double penaltyShot = shooter == kNoSlot ? 5 : sideOf(side).player(shooter).RatingPenaltyShot;
     int goalie = s_.goalie[at(other(side))];
-    double goalieRating = goalie == kNoSlot ? 65 : session_.side(other(side)).player(goalie).RatingGoalie;
+    double goalieRating = goalie == kNoSlot ? 65 : sideOf(other(side)).player(goalie).RatingGoalie;
     double c = std::clamp((penaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
     int round = s_.ShootoutRound;
     if (round >= 2 + rng_.rand(3)) c *= side == kVisitor ? .5 : 1.5;
@@ -518,7 +519,7 @@ void Game::SetPlayRating() {
     const bool lastPeriod = s_.Period == periods_;
     const int puck = s_.PuckTeam;
     const int other = s_.OtherTeam();
-    const SideTables& t = session_.side(puck);
+    const SideTables& t = sideOf(puck);
     const RulesRecord& rules = session_.league().rules;
     const int lead = s_.Score[at(puck)] - s_.Score[at(other)];
     const bool tied = s_.Score[0] == s_.Score[1];
@@ -642,7 +643,7 @@ const Game::EraPace& Game::eraPaceOf(int year) {
     eraPaceMemoNext_ = (eraPaceMemoNext_ + 1) % eraPaceMemo_.size();
     out = EraPace{.year = year};
     const EraRecord& era = session_.eraRow(year, 2014);
-    bool college = session_.side(kHome).team.TeamType.view() == "C";
+    bool college = sideOf(kHome).team.TeamType.view() == "C";
     double savePct = college ? era.CollegeSavePct : era.SavePct;
     double goals = college ? era.CollegeGoalsPerTeam : era.GoalsPerTeam;
     double pim = college ? era.CollegePim : era.PimPerGame;

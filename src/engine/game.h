@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/chance_table.h"
@@ -480,7 +481,7 @@ private:
     // memos ask it for both sides at every step.
     [[nodiscard]] int goalieYear(int side) const {
         const int g = s_.goalie[static_cast<std::size_t>(side)];
-        const int year = g == kNoSlot ? 0 : session_.side(side).player(g).PlayerYear;
+        const int year = g == kNoSlot ? 0 : sideOf(side).player(g).PlayerYear;
         return year < 1910 || year > 2050 ? 2008 : year;
     }
     [[nodiscard]] int goalieYearOnIce(int side) const;  // 0 with nobody in net
@@ -714,6 +715,11 @@ private:
     void trackFatigue();
 
     GameSession& session_;
+    // The session's two sides as the engine reads them, many times a step:
+    // the session keeps both for its life, so they are found once. Their
+    // tables are changed through session_.side, which notes the change.
+    std::array<const SideTables*, 2> sideTables_{};
+    [[nodiscard]] const SideTables& sideOf(int side) const { return *sideTables_[static_cast<std::size_t>(side)]; }
     GameOptions options_;
     NullPresenter nullPresenter_;
     GamePresenter* presenter_;
