@@ -877,13 +877,18 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             recovered = std::max(recovered, 0.0);
             secs = timeout ? 0 : recovered;
         }
+        // The side's figures for every man on, read once: the stores to the
+        // men's records would otherwise have them read again for each.
+        const int goalieSlot = s_.goalie[at(side)];
+        const int ppSeconds = own > opp ? seconds : 0;
+        const int shSeconds = own < opp ? seconds : 0;
         for (std::uint64_t left = tracked & onIce; left != 0; left &= left - 1) {
             const int slot = std::countr_zero(left);
             double& secs = s_.ShiftSecs[at(side)][at(slot)];
             const int limit = tables.ShiftLimit[at(slot)];
             PlayerRecord& p = tables.player(slot);
             const ManFacts& facts = manFacts_[at(side)][at(slot)];
-            const bool goalie = facts.goalie & (slot == s_.goalie[at(side)]);
+            const bool goalie = facts.goalie & (slot == goalieSlot);
             {
                 // Added as counts of nothing rather than tested: the men
                 // visited alternate in kind too often for a branch to follow.
@@ -891,8 +896,8 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 game.Toi += seconds;
                 if (counted) game.GP = 1;
                 const bool skater = !goalie;
-                game.ToiPP += (skater & (own > opp)) ? seconds : 0;
-                game.ToiSH += (skater & (own < opp)) ? seconds : 0;
+                game.ToiPP += skater ? ppSeconds : 0;
+                game.ToiSH += skater ? shSeconds : 0;
                 const int newShift = (skater & !s_.coach.wasOn[at(side)][at(slot)]) ? 1 : 0;
                 game.Shifts = static_cast<std::int16_t>(game.Shifts + newShift);
                 StatLine& replay = statLine(p, StatLineIndex::Replay);

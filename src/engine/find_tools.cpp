@@ -294,7 +294,7 @@ int Game::firstOccupied(int side) const {
     // A man with a broken stick isn't picked: nothing else about him counts.
     if (f.BrokenStick[at(side)][at(slot)]) return 0;
 
-    std::int32_t w = f.Carrier == kNoSlot ? base.loneWeight : base.weight;
+    std::int32_t w = terms.loneCarrier ? base.loneWeight : base.weight;
     if (!second) {
         if (rng_.over(A, 2.5, 1.5)) times(w, 5);
         if (rng_.over(A, 1.6, .6, G)) times(w, 5);
@@ -302,10 +302,9 @@ int Game::firstOccupied(int side) const {
         if (rng_.over(S, 7, 4) && rng_.over(A, 2, 1.5)) times(w, 5);
         if (rng_.over(S, 8, 4) && rng_.over(A, 3, 1)) times(w, 5);
         bool topThere = false;
-        if (f.TopPlaymaker != kNoSlot) {
-            double top = passerBase_[at(side)][at(f.TopPlaymaker)].assists;
-            topThere = rng_.over(top, 2.5, 1.5);
-            if (slot != f.TopPlaymaker && topThere) times(w, .5);
+        if (terms.top != kNoSlot) {
+            topThere = rng_.over(terms.topAssists, 2.5, 1.5);
+            if (slot != terms.top && topThere) times(w, .5);
         }
         if (base.replayGames2) {
             if (rng_.over(R, 1.05, .05, A)) times(w, .5);
@@ -318,7 +317,7 @@ int Game::firstOccupied(int side) const {
             if (!rng_.randAtMost(10, p.PlayerYear - 1966)) times(w, .5);
             if (rng_.under(A, 0, .5)) times(w, .5);
         } else if (pos == 3 || pos == 4) {
-            int topPos = positionOf(side, f.TopPlaymaker);
+            int topPos = positionOf(side, terms.top);
             times(w, (topPos == 3 || topPos == 4) && topThere ? 1.5 : 2.5);
         }
     } else {
@@ -384,7 +383,10 @@ void Game::FindPassers() {
 
     f.Passer1 = f.Passer2 = kNoSlot;
     f.Passer1Pos = f.Passer2Pos = kNoPos;
-    const PickTerms terms = pickTerms();
+    PickTerms terms = pickTerms();
+    terms.loneCarrier = f.Carrier == kNoSlot;
+    terms.top = f.TopPlaymaker;
+    if (terms.top != kNoSlot) terms.topAssists = passerBase_[at(side)][at(terms.top)].assists;
     for (int tries = 0; tries < 20; ++tries) {
         int pos = drawPasser(false, terms);
         if (pos != kNoPos) {

@@ -529,6 +529,11 @@ private:
         bool shortHanded = false;  // it has fewer
         bool steering = false;     // see shotSteering
         bool alternate = false;    // see alternateReality
+        // For the passers: whether anyone has the puck, and the best
+        // playmaker on the ice with his assists.
+        bool loneCarrier = false;
+        int top = kNoSlot;
+        double topAssists = 0;
     };
     PickTerms pickTerms();
     // The weights of the man at `pos`, in `slot` (one who is there and fit).
