@@ -693,19 +693,25 @@ PlayChances Game::ChanceTable() {
     if (shoot > 50 && shoot <= 950) {
         // Step 9: the strength of the men on the ice, which only a shot
         // chance in this band is weighed by.
-        std::array<UnitRatings, 2> unit{};
+        // Only the offense of the side with the puck and the defense of the
+        // other are weighed: those two are taken as each unit is rated.
+        double unitOffense = 0, unitDefense = 0;
         for (int s : {kVisitor, kHome}) {
             UnitSituation sit;
             sit.skaters = s_.Skaters[at(s)];
             sit.opponentSkaters = s_.Skaters[at(other(s))];
             sit.extraAttacker = s_.GoaliePulled[at(s)];
             sit.insideDefense = (z == Zone::OffenseZone || z == Zone::OffenseShooter) && s != side;
-            unit[at(s)] = unitRatings(s, true, sit);
+            const UnitRatings& unit = unitRatings(s, true, sit);
+            if (s == side)
+                unitOffense = unit.onIceOffense;
+            else
+                unitDefense = unit.onIceDefense;
         }
         // A unit with no ratings at all (players never rated) plays as an
         // average one rather than as one that can't shoot.
-        const double onOff = unit[at(side)].onIceOffense > 0 ? unit[at(side)].onIceOffense : 5;
-        const double onDef = unit[at(opp)].onIceDefense > 0 ? unit[at(opp)].onIceDefense : 5;
+        const double onOff = unitOffense > 0 ? unitOffense : 5;
+        const double onDef = unitDefense > 0 ? unitDefense : 5;
         if (stronger) scale(shoot, 1.3);
         scale(shoot, 1 + (25 - onDef * 5) * (o.team.TeamYear <= 1970 ? 1.1 : 1) * 0.035);
         int d1 = slotAt(side, 3), d2 = slotAt(side, 4);
