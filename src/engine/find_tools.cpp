@@ -59,8 +59,9 @@ std::string_view text(RushType r) {
 // The weighted draw: running totals over the rows, scaled down to 30000
 // when larger, a pick by Rand(total); the first row whose running total
 // reaches the draw wins. No weight at all gives kNoPos, for the caller's
-// default; a single row with weight wins without a draw.
-int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows) {
+// default; a single row with weight wins without a draw. Built into its
+// few callers, which draw several times a step.
+[[gnu::always_inline]] inline int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows) {
     std::array<std::int64_t, kIcePositions> running;  // the first `rows` are set
     std::int64_t total = 0;
     int weighted = 0;
