@@ -134,8 +134,8 @@ std::string_view text(RushType r) {
         if (rng_.over(q, .35, .1)) times(w, 3);
         if (rng_.over(q, .45, .1)) times(w, 3);
     }
-    int usage = p.UsageSogAggressiveness == 0 ? 3 : p.UsageSogAggressiveness;
-    times(w, (usage - 3) * .2 + 1);
+    // A usage of 3 multiplies by one, which leaves any whole weight as it is.
+    if (base.usageSet) times(w, base.usageFactor);
     if (pp && rng_.randAtMost(5, real.PPG)) {
         double pace = (real.PPG / (real.GP + 1.0)) / (.58 / 2.67);
         if (!rng_.under(pace, 1, .2))
@@ -164,9 +164,8 @@ std::string_view text(RushType r) {
                 times(w, 2);
         }
     }
-    const double R = t.rate(RateSet::Replay, slot).ShotsPer60;
-    if (usage == 3 && S > 0 && R > 0 && terms.steering && rng_.overRand(real.Sog, 50, 50) &&
-        rng_.randAtMost(5, replay.Sog - 5)) {
+    if (base.steerable && terms.steering && rng_.overRand(real.Sog, 50, 50) && rng_.randAtMost(5, replay.Sog - 5)) {
+        const double R = t.rate(RateSet::Replay, slot).ShotsPer60;
         if (rng_.over(R, 1.05, .05, S)) times(w, .5);
         if (rng_.over(R, 1, .05, S)) times(w, rng_.rnd());
         if (rng_.under(R, 1, -.05, S)) times(w, 1 + rng_.rnd());
@@ -209,6 +208,11 @@ void Game::layPickBase() {
                 base.weight[scorers] = w;
             }
             base.realPPG = real.PPG;
+            const int aggressiveness = t.player(slot).UsageSogAggressiveness;
+            const int usage = aggressiveness == 0 ? 3 : aggressiveness;
+            base.usageFactor = (usage - 3) * .2 + 1;
+            base.usageSet = usage != 3;
+            base.steerable = usage == 3 && S > 0 && t.rate(RateSet::Replay, slot).ShotsPer60 > 0;
             PasserBase& passer = passerBase_[at(side)][at(slot)];
             passer.assists = std::min(A, 7.0);
             passer.goals = rr.GoalsPer60;

@@ -821,6 +821,12 @@ private:
         std::array<double, 2> share{.25, .25};
         std::array<std::int32_t, 2> weight{};
         int realPPG = 0;  // his real power-play goals
+        // His coach's shot usage (3 when unset) as a factor of the weight,
+        // and whether his shot rate may be steered: a usage of 3 and both
+        // his real and replay shot rates above zero.
+        double usageFactor = 1;
+        bool usageSet = false;
+        bool steerable = false;
     };
     std::array<BySlot<CarrierBase>, 2> carrierBase_{};
     // What a man's weight as a passer starts from, by side and slot: his

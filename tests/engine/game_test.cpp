@@ -629,6 +629,11 @@ TEST(WholeGames, KeptAnswersDroppedAfterEveryStepPlayTheSame) {
         std::array<std::array<BySlot<int>, 2>, 2> energy{};
         for (bool forget : {false, true}) {
             auto session = loaded(defaultRules(2017), seed, int(seed % 3), 3 + int(seed % 2));
+            // Coaches who send some men to shoot more or less than others,
+            // so the weights the game keeps for them differ from man to man.
+            for (int side : {0, 1})
+                for (int slot = 0; slot < kRosterSlots; slot += 3)
+                    session->side(side).player(slot).UsageSogAggressiveness = std::uint8_t(1 + (slot + side) % 5);
             Forgetful presenter;
             Game game(*session, GameOptions{.seed = seed, .noDisplay = false}, &presenter);
             if (forget) presenter.game = &game;
