@@ -397,6 +397,12 @@ const Game::SpecialGoals& Game::rosterSpecialGoals(int side) {
 }
 
 PlayChances Game::ChanceTable() {
+    PlayChances c;
+    fillChanceTable(c);
+    return c;
+}
+
+void Game::fillChanceTable(PlayChances& c) {
     FindState& f = s_.find;
     const RulesRecord& rules = session_.league().rules;
     const bool probe = s_.ProbeOnly;
@@ -425,7 +431,7 @@ PlayChances Game::ChanceTable() {
     const int L = f.ForecheckLevel[at(opp)];
 
     // Steps 1 to 3.
-    PlayChances c;
+    c = PlayChances{};
     GoalPct(c);
     double& gp = c.GoalPct;
     int& shoot = c.shotsTried;
@@ -1133,7 +1139,7 @@ PlayChances Game::ChanceTable() {
         if (stickBroken(opp, slotAt(opp, pos))) scale(c.BlockChance, 0.8);
     if (shoot == 1000) c.ClearChance = 0;
     if (z == Zone::Rush && f.rush == RushType::OneZero) shoot = std::max(shoot, 950);
-    if (probe) return c;
+    if (probe) return;
 
     // Last changes before the draw.
     if (s_.Skaters[at(opp)] == 3) c.PenaltyOppChance = 0;
@@ -1190,7 +1196,6 @@ PlayChances Game::ChanceTable() {
         scale(c.PenaltyOwnChance, 0.9);
     }
     if (!(minors && majors)) c.PenaltyBothChance = 0;
-    return c;
 }
 
 }  // namespace tallyrink

@@ -237,7 +237,7 @@ void Game::PlayStep() {
         s_.LastPlayCall = s_.PlayCall;
     }
     chooseCarrier();
-    chances_ = ChanceTable();
+    fillChanceTable(chances_);
     if (s_.ProbeOnly) return;
     s_.find.LooseInClose = false;
 

@@ -275,6 +275,9 @@ public:
     // The chance table of the coming step (chance_table.cpp); with
     // ProbeOnly set it draws nothing that a probe must not.
     PlayChances ChanceTable();
+    // The same, written into `c` (the step's own table, which nothing reads
+    // while it is worked out).
+    void fillChanceTable(PlayChances& c);
     // First stage of the shooting percentage (shooting.cpp): sets
     // chances.GoalPct and chances.ShotClass.
     void GoalPct(PlayChances& c);
