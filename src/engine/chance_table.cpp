@@ -157,7 +157,7 @@ void Game::initChances() {
     std::string dir = session_.league().leagueDir.filename().string();
     if (dir.empty()) dir = session_.league().leagueDir.parent_path().filename().string();
     std::transform(dir.begin(), dir.end(), dir.begin(), [](unsigned char ch) { return std::toupper(ch); });
-    if (dir.ends_with("PROJECTION") && session_.side(kVisitor).team.TeamYear == 2021) f.PenaltyCalibration = 1;
+    if (dir.ends_with("PROJECTION") && sideOf(kVisitor).team.TeamYear == 2021) f.PenaltyCalibration = 1;
 }
 
 // The men who matter in the zone the play left the puck in: a new carrier
@@ -216,7 +216,7 @@ void Game::drawShooterMood() {
     if (rng_.rand(5) == 1) mood += rng_.rand(3) - rng_.rand(3);
     if (rng_.rand(7) == 1) mood += rng_.rand(3) - rng_.rand(3);
     if (f.Carrier != kNoSlot) {
-        const PlayerRecord& p = session_.side(s_.PuckTeam).player(f.Carrier);
+        const PlayerRecord& p = sideOf(s_.PuckTeam).player(f.Carrier);
         const StatLine& real = statLine(p, StatLineIndex::Real);
         const StatLine& replay = statLine(p, StatLineIndex::Replay);
         if (real.Sog > 30 && real.Goals > 0 && rng_.overRand(replay.Sog, 10, 20)) {
@@ -321,7 +321,7 @@ const UnitRatings& Game::unitRatings(int side, bool sticks, const UnitSituation&
     const OnIce& ice = s_.onIce[at(side)];
     const int places = sit.extraAttacker ? 6 : 5;
     std::array<UnitPlayer, 6> men{};
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     for (int pos = 0; pos < places; ++pos) {
         const int slot = ice.slot[at(pos)];
         if (slot == kNoSlot) continue;
@@ -356,7 +356,7 @@ void Game::eraFactors() {
 void Game::eraFactorsFor(int side) {
     FindState& f = s_.find;
     const RulesRecord& rules = session_.league().rules;
-    const bool homeCollege = session_.side(kHome).team.TeamType.view() == "C";
+    const bool homeCollege = sideOf(kHome).team.TeamType.view() == "C";
     const EraRecord& ref = session_.eraRow(2008, 2008);
     const double refPim = homeCollege ? ref.CollegePim : ref.PimPerGame;
     if (rules.GameEraList == 1) {
@@ -386,7 +386,7 @@ void Game::eraFactorsFor(int side) {
 const Game::SpecialGoals& Game::rosterSpecialGoals(int side) {
     SpecialGoals& goals = rosterSpecialGoals_[at(side)];
     if (goals.known) return goals;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     goals = SpecialGoals{.known = true};
     for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
         if (!t.onTeam(slot)) continue;
@@ -397,13 +397,19 @@ const Game::SpecialGoals& Game::rosterSpecialGoals(int side) {
 }
 
 PlayChances Game::ChanceTable() {
+    PlayChances c;
+    fillChanceTable(c);
+    return c;
+}
+
+void Game::fillChanceTable(PlayChances& c) {
     FindState& f = s_.find;
     const RulesRecord& rules = session_.league().rules;
     const bool probe = s_.ProbeOnly;
     const int side = s_.PuckTeam;
     const int opp = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
-    const SideTables& o = session_.side(opp);
+    const SideTables& t = sideOf(side);
+    const SideTables& o = sideOf(opp);
     const Zone z = s_.PlayZone;
     const Call call = s_.PlayCall;
     const bool stronger = strength(side) > strength(opp);
@@ -425,7 +431,7 @@ PlayChances Game::ChanceTable() {
     const int L = f.ForecheckLevel[at(opp)];
 
     // Steps 1 to 3.
-    PlayChances c;
+    c = PlayChances{};
     GoalPct(c);
     double& gp = c.GoalPct;
     int& shoot = c.shotsTried;
@@ -693,19 +699,25 @@ PlayChances Game::ChanceTable() {
     if (shoot > 50 && shoot <= 950) {
         // Step 9: the strength of the men on the ice, which only a shot
         // chance in this band is weighed by.
-        std::array<UnitRatings, 2> unit{};
+        // Only the offense of the side with the puck and the defense of the
+        // other are weighed: those two are taken as each unit is rated.
+        double unitOffense = 0, unitDefense = 0;
         for (int s : {kVisitor, kHome}) {
             UnitSituation sit;
             sit.skaters = s_.Skaters[at(s)];
             sit.opponentSkaters = s_.Skaters[at(other(s))];
             sit.extraAttacker = s_.GoaliePulled[at(s)];
             sit.insideDefense = (z == Zone::OffenseZone || z == Zone::OffenseShooter) && s != side;
-            unit[at(s)] = unitRatings(s, true, sit);
+            const UnitRatings& unit = unitRatings(s, true, sit);
+            if (s == side)
+                unitOffense = unit.onIceOffense;
+            else
+                unitDefense = unit.onIceDefense;
         }
         // A unit with no ratings at all (players never rated) plays as an
         // average one rather than as one that can't shoot.
-        const double onOff = unit[at(side)].onIceOffense > 0 ? unit[at(side)].onIceOffense : 5;
-        const double onDef = unit[at(opp)].onIceDefense > 0 ? unit[at(opp)].onIceDefense : 5;
+        const double onOff = unitOffense > 0 ? unitOffense : 5;
+        const double onDef = unitDefense > 0 ? unitDefense : 5;
         if (stronger) scale(shoot, 1.3);
         scale(shoot, 1 + (25 - onDef * 5) * (o.team.TeamYear <= 1970 ? 1.1 : 1) * 0.035);
         int d1 = slotAt(side, 3), d2 = slotAt(side, 4);
@@ -745,7 +757,7 @@ PlayChances Game::ChanceTable() {
             slot = slotAt(ps, rng_.rand(5) - 1);
         }
         if (slot != kNoSlot) {
-            const PlayerRecord& p = session_.side(ps).player(slot);
+            const PlayerRecord& p = sideOf(ps).player(slot);
             const StatLine& real = statLine(p, StatLineIndex::Real);
             const StatLine& replay = statLine(p, StatLineIndex::Replay);
             if (real.GP > 3 && replay.GP > 3 && real.Sog > 10 && replay.Sog > 10) {
@@ -1127,7 +1139,7 @@ PlayChances Game::ChanceTable() {
         if (stickBroken(opp, slotAt(opp, pos))) scale(c.BlockChance, 0.8);
     if (shoot == 1000) c.ClearChance = 0;
     if (z == Zone::Rush && f.rush == RushType::OneZero) shoot = std::max(shoot, 950);
-    if (probe) return c;
+    if (probe) return;
 
     // Last changes before the draw.
     if (s_.Skaters[at(opp)] == 3) c.PenaltyOppChance = 0;
@@ -1184,7 +1196,6 @@ PlayChances Game::ChanceTable() {
         scale(c.PenaltyOwnChance, 0.9);
     }
     if (!(minors && majors)) c.PenaltyBothChance = 0;
-    return c;
 }
 
 }  // namespace tallyrink

@@ -137,6 +137,7 @@ void Game::SetPlayBox() {
     driverRunning_ = true;
     coachInPlayKey_.valid = false;
     placementMemo_ = {};
+    planMemo_ = {};
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
@@ -270,7 +271,7 @@ Call Game::ChooseCall(int side) {
 }
 
 Call Game::ChooseOffensePlay(int side, bool faceoff) {
-    const GamePlanRecord& plan = session_.side(side).plan;
+    const GamePlanRecord& plan = sideOf(side).plan;
     auto adj = [&](BreakoutAdj a) { return breakoutAdj(plan, a); };
     Random& r = rng_;
 
@@ -384,7 +385,7 @@ Call Game::ChooseShooterPlay(int side) {
     int carrier = s_.find.Carrier;
     if (carrier == kNoSlot || !ice.holds(carrier)) carrier = ice[IcePos::Center];
     if (carrier == kNoSlot) return Call::Shoot;
-    const PlayerRecord& p = session_.side(side).player(carrier);
+    const PlayerRecord& p = sideOf(side).player(carrier);
     double s = (p.RatingShotIn + p.RatingSkate) / (p.RatingShotOut + 2.0);
     int penetrate = p.UsagePenetrate >= 1 && p.UsagePenetrate <= 5 ? p.UsagePenetrate : 3;
     double f = (penetrate - 3) * .2 + 1;
@@ -395,7 +396,7 @@ int Game::ChooseOffenseTarget(int side, const std::array<TargetRow, 6>& rows) {
     double shooting = 0;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         int slot = s_.onIce[at(side)].slot[i];
-        if (rows[i].carrier && slot != kNoSlot) shooting = session_.side(side).rates[at(slot)].ShootingPct;
+        if (rows[i].carrier && slot != kNoSlot) shooting = sideOf(side).rates[at(slot)].ShootingPct;
     }
     bool powerPlay = s_.Skaters[at(side)] > s_.Skaters[at(other(side))];
     return drawTarget(offenseTargetWeights(rows, powerPlay, shooting, rng_), rng_);
@@ -412,7 +413,7 @@ std::array<TargetRow, 6> Game::offenseTargetRows(int side) const {
     bool listed = side == s_.PuckTeam && f.openCount > 0;
     std::array<TargetRow, 6> rows{};
     const OnIce& ice = s_.onIce[at(side)];
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     for (std::size_t pos = 0; pos < rows.size(); ++pos) {
         int slot = ice.slot[pos];
         if (slot == kNoSlot) continue;
@@ -462,16 +463,16 @@ void Game::coachInPlayOnChange() {
     if (key == coachInPlayKey_) return;
     coachInPlayKey_ = key;
     for (int side : {kVisitor, kHome}) {
-        const GamePlanRecord& plan = session_.side(side).plan;
+        const GamePlanRecord& plan = sideOf(side).plan;
         if (coach(side) == CoachKind::Human && plan.DontUseWhenHumanCoached == 1) continue;
-        LiveStrategy base = planStrategy(plan);
+        const LiveStrategy& base = keptPlan(side).strategy;
         LiveStrategy live = base;
         int own = s_.Skaters[at(side)];
         int opp = s_.Skaters[at(other(side))];
         if (plan.DontUseLineSpecificSettings != 1) {
             // The situation line whose forwards are the ones on the ice.
             LineRange range = situationLines(own, opp);
-            const LineTables& lines = session_.side(side).lines;
+            const LineTables& lines = sideOf(side).lines;
             const OnIce& ice = s_.onIce[at(side)];
             for (int line = range.last; line >= range.first; --line) {
                 bool all = true;
@@ -517,7 +518,7 @@ void Game::loadMatchingPairs() {
     if (s_.coach.pairsLoaded) return;
     s_.coach.pairsLoaded = true;
     auto lineAverage = [&](int side, int line, bool defense) {
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         double sum = 0;
         int n = 0;
         for (int slot = 0; slot < kRosterSlots; ++slot) {
@@ -530,7 +531,7 @@ void Game::loadMatchingPairs() {
     };
     for (int side : {kVisitor, kHome}) {
         s_.coach.matchFor[at(side)] = {};
-        if (session_.side(side).plan.DefVsScoring != 1) continue;
+        if (sideOf(side).plan.DefVsScoring != 1) continue;
         int checkers = 1;
         int scorers = 1;
         for (int line = 2; line <= kEvenForwardUnits; ++line) {
@@ -544,7 +545,7 @@ void Game::loadMatchingPairs() {
 // Asked for each unit in turn by the coach's choices: built into those loops,
 // the call and its set-up go.
 [[gnu::always_inline]] inline bool Game::unitRested(int side, int line, bool forwards) const {
-    const LineTables& lines = session_.side(side).lines;
+    const LineTables& lines = sideOf(side).lines;
     const BySlot<std::uint8_t>& roles =
         forwards ? lines.LineRoleLive.at(at(line - 1)) : lines.LineFlagLive.at(at(line - 1));
     const BySlot<bool>& dressed = teams_[at(side)].candidate;
@@ -621,11 +622,11 @@ void Game::computerLineChange(int side, bool atFaceoff) {
 // another. With `preferenceOnly` the units on the ice stay unless a
 // preference names others.
 void Game::chooseUnits(int side, bool preferenceOnly) {
-    const GamePlanRecord& plan = session_.side(side).plan;
+    const GamePlanRecord& plan = sideOf(side).plan;
     int own = s_.Skaters[at(side)];
     int opp = s_.Skaters[at(other(side))];
     LineRange range = situationLines(own, opp);
-    UsageShares shares = usageShares(plan);
+    const UsageShares& shares = keptPlan(side).shares;
     auto& played = s_.coach.unitSecs[at(side)];
     int& forwards = s_.forwardUnit[at(side)];
     int& pair = s_.defensePair[at(side)];
@@ -685,6 +686,15 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
     pair = wantPair > 0 ? wantPair : nextPair;
 }
 
+const Game::KeptPlan& Game::keptPlan(int side) {
+    KeptPlan& kept = planMemo_[at(side)];
+    const bool keep = driverRunning_ && s_.NoDisplay;
+    if (keep && kept.known) return kept;
+    const GamePlanRecord& plan = sideOf(side).plan;
+    kept = {keep, usageShares(plan), planStrategy(plan)};
+    return kept;
+}
+
 double Game::unitSeconds(int side, UnitKind kind, int unit) const {
     if (unit < 1 || unit > static_cast<int>(kMaxUnits)) return 0;
     return s_.coach.unitSecs[at(side)][at(kind)][at(unit - 1)];
@@ -702,7 +712,7 @@ void Game::computerGoaliePull(int side) {
         returnGoalie(side);
         return;
     }
-    const GamePlanRecord& plan = session_.side(side).plan;
+    const GamePlanRecord& plan = sideOf(side).plan;
     int behind = -leadOf(side);
     bool ownEndDraw = isFaceoff(z) && faceoffSpot(z) == FaceoffSpot::Defense && faceoffEndSide(z) == side;
     bool pressedInOwnEnd = s_.PuckTeam == other(side) && isOffenseState(z);
@@ -733,7 +743,7 @@ void Game::returnGoalie(int side) {
 
 void Game::restoreEveryone() {
     for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = session_.side(side);
+        const SideTables& tables = sideOf(side);
         for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
             s_.Energy[at(side)][slot] = tables.MaxEnergy[slot];
             s_.ShiftSecs[at(side)][slot] = 0;
@@ -867,13 +877,18 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             recovered = std::max(recovered, 0.0);
             secs = timeout ? 0 : recovered;
         }
+        // The side's figures for every man on, read once: the stores to the
+        // men's records would otherwise have them read again for each.
+        const int goalieSlot = s_.goalie[at(side)];
+        const int ppSeconds = own > opp ? seconds : 0;
+        const int shSeconds = own < opp ? seconds : 0;
         for (std::uint64_t left = tracked & onIce; left != 0; left &= left - 1) {
             const int slot = std::countr_zero(left);
             double& secs = s_.ShiftSecs[at(side)][at(slot)];
             const int limit = tables.ShiftLimit[at(slot)];
             PlayerRecord& p = tables.player(slot);
             const ManFacts& facts = manFacts_[at(side)][at(slot)];
-            const bool goalie = facts.goalie & (slot == s_.goalie[at(side)]);
+            const bool goalie = facts.goalie & (slot == goalieSlot);
             {
                 // Added as counts of nothing rather than tested: the men
                 // visited alternate in kind too often for a branch to follow.
@@ -881,8 +896,8 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 game.Toi += seconds;
                 if (counted) game.GP = 1;
                 const bool skater = !goalie;
-                game.ToiPP += (skater & (own > opp)) ? seconds : 0;
-                game.ToiSH += (skater & (own < opp)) ? seconds : 0;
+                game.ToiPP += skater ? ppSeconds : 0;
+                game.ToiSH += skater ? shSeconds : 0;
                 const int newShift = (skater & !s_.coach.wasOn[at(side)][at(slot)]) ? 1 : 0;
                 game.Shifts = static_cast<std::int16_t>(game.Shifts + newShift);
                 StatLine& replay = statLine(p, StatLineIndex::Replay);
@@ -933,13 +948,13 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
 void Game::layManFacts() {
     double eraFights = 0;
     for (int side : {kVisitor, kHome}) {
-        int year = session_.side(side).team.TeamYear;
+        int year = sideOf(side).team.TeamYear;
         if (year >= EraTable::kFirstYear && year <= EraTable::kLastYear)
             eraFights = session_.eraRow(year, 2008).FightsPerGame;
     }
     fightEraFactor_ = eraFights > 0 ? std::clamp(eraFights / .6, .1, 10.0) : 1;
     for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = session_.side(side);
+        const SideTables& tables = sideOf(side);
         sideFacts_[at(side)] = {tables.team.TeamType.view() == "C", tables.team.TeamType.view() == "D",
                                 tables.team.TeamYear >= 2017};
         for (int slot = 0; slot < kRosterSlots; ++slot) {
@@ -970,7 +985,7 @@ void Game::layManFacts() {
 
 void Game::trackFatigue() {
     for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = session_.side(side);
+        const SideTables& tables = sideOf(side);
         const BySlot<bool>& dressed = teams_[at(side)].candidate;
         std::uint64_t tracked = 0;
         for (int slot = 0; slot < kRosterSlots; ++slot) {
@@ -990,7 +1005,7 @@ void Game::trackFatigue() {
 
 void Game::SetEnergy(const std::array<std::uint64_t, 2>& rested) {
     for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = session_.side(side);
+        const SideTables& tables = sideOf(side);
         // The slots in order, lowest first, so any draws come as they always have.
         for (std::uint64_t left = kAllSlots & ~rested[at(side)]; left != 0; left &= left - 1) {
             const auto slot = static_cast<std::size_t>(std::countr_zero(left));

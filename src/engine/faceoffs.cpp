@@ -45,7 +45,7 @@ int faceoffWinner(const std::array<double, 2>& c, Random& rng) {
 
 int Game::faceoffRating(int side, int pos) const {
     int slot = s_.onIce[at(side)].slot[at(pos)];
-    return slot == kNoSlot ? -1 : int{session_.side(side).player(slot).RatingFaceoff};
+    return slot == kNoSlot ? -1 : int{sideOf(side).player(slot).RatingFaceoff};
 }
 
 // The centre takes the draw unless manpower leaves a wing to take it, or
@@ -64,7 +64,7 @@ void Game::PickFaceoffMen() {
                     break;
                 }
         }
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         int present = ice.slot[at(man)];
         if (present != kNoSlot && t.plan.FaceoffOption == 1 &&
             (rng_.rand(2) == 1 || t.player(present).RatingFaceoff >= 4 + rng_.rand(3))) {
@@ -138,7 +138,7 @@ void Game::FaceoffStep() {
     std::array<DrawSide, 2> sides{};
     for (int side : {kVisitor, kHome}) {
         int slot = ev.DrawMan[at(side)];
-        sides[at(side)].rating = slot == kNoSlot ? 0 : session_.side(side).player(slot).RatingFaceoff;
+        sides[at(side)].rating = slot == kNoSlot ? 0 : sideOf(side).player(slot).RatingFaceoff;
         sides[at(side)].skaters = strength(side);
         sides[at(side)].human = !computerDecides(side);
     }
@@ -222,8 +222,7 @@ void Game::tensionBeforeDraw() {
         for (int pos = 0; pos < 5; ++pos) {
             int slot = s_.onIce[at(side)].slot[at(pos)];
             if (slot == kNoSlot) continue;
-            if (!fighter && rng_.over(session_.side(side).rate(RateSet::Real, slot).FightsPer1000, 1, 3))
-                fighter = true;
+            if (!fighter && rng_.over(sideOf(side).rate(RateSet::Real, slot).FightsPer1000, 1, 3)) fighter = true;
         }
         if (!fighter) return;
     }

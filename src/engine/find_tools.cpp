@@ -59,8 +59,9 @@ std::string_view text(RushType r) {
 // The weighted draw: running totals over the rows, scaled down to 30000
 // when larger, a pick by Rand(total); the first row whose running total
 // reaches the draw wins. No weight at all gives kNoPos, for the caller's
-// default; a single row with weight wins without a draw.
-int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows) {
+// default; a single row with weight wins without a draw. Built into its
+// few callers, which draw several times a step.
+[[gnu::always_inline]] inline int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows) {
     std::array<std::int64_t, kIcePositions> running;  // the first `rows` are set
     std::int64_t total = 0;
     int weighted = 0;
@@ -89,6 +90,11 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 
 // ---- The carrier -----------------------------------------------------------------
 
+[[gnu::always_inline]] inline Game::PickTerms Game::pickTerms() {
+    const int side = s_.PuckTeam;
+    return {powerPlay(side), powerPlay(other(side)), shotSteering(), alternateReality()};
+}
+
 // A shooter's weight: his real shots less his set-up play, his share of
 // power-play or short-handed scoring, his coach's usage, fatigue, and the
 // comparison of his replay shot rate with his real one (a man who shoots
@@ -96,20 +102,19 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // Worked in the loop that asks it, one man after another, several times a
 // step: built into that loop, the call's saving and restoring of registers
 // goes.
-[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int unitPPG) {
+[[gnu::always_inline]] inline std::int32_t Game::carrierWeight(int pos, int slot, int unitPPG, const PickTerms& terms) {
     const int side = s_.PuckTeam;
-    const int slot = slotAt(side, pos);
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
     const StatLine& real = statLine(p, StatLineIndex::Real);
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const SetRates& rr = t.rate(RateSet::Real, slot);
     const double S = rr.ShotsPer60, A = rr.AssistsPer60, G = rr.GoalsPer60;
-    const bool pp = powerPlay(side);
-    const bool sh = powerPlay(other(side));
+    const bool pp = terms.powerPlay;
+    const bool sh = terms.shortHanded;
     const bool point = pos == 3 || pos == 4;
     // A man with a broken stick isn't picked: nothing else about him counts.
-    if (stickBroken(side, slot)) return 0;
+    if (s_.find.BrokenStick[at(side)][at(slot)]) return 0;
     const CarrierBase& base = carrierBase_[at(side)][at(slot)];
     const double q = base.share[unitPPG > 0 ? 1 : 0];
     std::int32_t w = base.weight[unitPPG > 0 ? 1 : 0];
@@ -129,8 +134,8 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
         if (rng_.over(q, .35, .1)) times(w, 3);
         if (rng_.over(q, .45, .1)) times(w, 3);
     }
-    int usage = p.UsageSogAggressiveness == 0 ? 3 : p.UsageSogAggressiveness;
-    times(w, (usage - 3) * .2 + 1);
+    // A usage of 3 multiplies by one, which leaves any whole weight as it is.
+    if (base.usageSet) times(w, base.usageFactor);
     if (pp && rng_.randAtMost(5, real.PPG)) {
         double pace = (real.PPG / (real.GP + 1.0)) / (.58 / 2.67);
         if (!rng_.under(pace, 1, .2))
@@ -159,9 +164,8 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
                 times(w, 2);
         }
     }
-    const double R = t.rate(RateSet::Replay, slot).ShotsPer60;
-    if (usage == 3 && S > 0 && R > 0 && shotSteering() && rng_.overRand(real.Sog, 50, 50) &&
-        rng_.randAtMost(5, replay.Sog - 5)) {
+    if (base.steerable && terms.steering && rng_.overRand(real.Sog, 50, 50) && rng_.randAtMost(5, replay.Sog - 5)) {
+        const double R = t.rate(RateSet::Replay, slot).ShotsPer60;
         if (rng_.over(R, 1.05, .05, S)) times(w, .5);
         if (rng_.over(R, 1, .05, S)) times(w, rng_.rnd());
         if (rng_.under(R, 1, -.05, S)) times(w, 1 + rng_.rnd());
@@ -170,7 +174,7 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
     int energy = s_.Energy[at(side)][at(slot)];
     for (int e : {69, 49, 29})
         if (energy <= e) times(w, .8);
-    if (alternateReality()) w = whole(w + p.FormBias * .05);
+    if (terms.alternate) w = whole(w + p.FormBias * .05);
     return std::max(w, 1);
 }
 
@@ -178,8 +182,8 @@ int Game::weightedPick(const std::array<std::int32_t, kIcePositions>& w, int row
 // the real season: a real team against one of its own season.
 bool Game::workOutShotSteering() {
     int& known = shotSteeringMemo_[at(s_.PuckTeam)];
-    const SideTables& puck = session_.side(s_.PuckTeam);
-    const SideTables& opp = session_.side(s_.OtherTeam());
+    const SideTables& puck = sideOf(s_.PuckTeam);
+    const SideTables& opp = sideOf(s_.OtherTeam());
     known = puck.team.TeamType.view() != "D" && puck.team.TeamYear == opp.team.TeamYear && !alternateReality();
     return known == 1;
 }
@@ -188,7 +192,7 @@ bool Game::workOutShotSteering() {
 // figures hold through a game.
 void Game::layPickBase() {
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const StatLine& real = statLine(t.player(slot), StatLineIndex::Real);
             const SetRates& rr = t.rate(RateSet::Real, slot);
@@ -204,6 +208,11 @@ void Game::layPickBase() {
                 base.weight[scorers] = w;
             }
             base.realPPG = real.PPG;
+            const int aggressiveness = t.player(slot).UsageSogAggressiveness;
+            const int usage = aggressiveness == 0 ? 3 : aggressiveness;
+            base.usageFactor = (usage - 3) * .2 + 1;
+            base.usageSet = usage != 3;
+            base.steerable = usage == 3 && S > 0 && t.rate(RateSet::Replay, slot).ShotsPer60 > 0;
             PasserBase& passer = passerBase_[at(side)][at(slot)];
             passer.assists = std::min(A, 7.0);
             passer.goals = rr.GoalsPer60;
@@ -227,10 +236,11 @@ void Game::FindCarrier() {
         if (slot != kNoSlot) unitPPG += carrierBase_[at(side)][at(slot)].realPPG;
     }
     std::array<std::int32_t, kIcePositions> w{};
+    const PickTerms terms = pickTerms();
     for (int pos = 0; pos < rows; ++pos) {
         int slot = slotAt(side, pos);
         if (slot == kNoSlot || slot == f.LastPasser || !available(side, slot)) continue;
-        w[at(pos)] = carrierWeight(pos, unitPPG);
+        w[at(pos)] = carrierWeight(pos, slot, unitPPG, terms);
     }
     int pick = kNoPos;
     for (int tries = 0; tries < kMaxTries * 2; ++tries) {
@@ -277,20 +287,19 @@ int Game::firstOccupied(int side) const {
 // ---- The passers -------------------------------------------------------------------
 
 // Built into the draw that asks it, as the carrier's weight is.
-[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, bool second) {
+[[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, int slot, bool second, const PickTerms& terms) {
     const FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const int slot = slotAt(side, pos);
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
     const PasserBase& base = passerBase_[at(side)][at(slot)];
     const double A = base.assists, G = base.goals, S = base.shots;
     const double R = base.replayAssists;
-    const bool pp = powerPlay(side);
+    const bool pp = terms.powerPlay;
     // A man with a broken stick isn't picked: nothing else about him counts.
-    if (stickBroken(side, slot)) return 0;
+    if (f.BrokenStick[at(side)][at(slot)]) return 0;
 
-    std::int32_t w = f.Carrier == kNoSlot ? base.loneWeight : base.weight;
+    std::int32_t w = terms.loneCarrier ? base.loneWeight : base.weight;
     if (!second) {
         if (rng_.over(A, 2.5, 1.5)) times(w, 5);
         if (rng_.over(A, 1.6, .6, G)) times(w, 5);
@@ -298,10 +307,9 @@ int Game::firstOccupied(int side) const {
         if (rng_.over(S, 7, 4) && rng_.over(A, 2, 1.5)) times(w, 5);
         if (rng_.over(S, 8, 4) && rng_.over(A, 3, 1)) times(w, 5);
         bool topThere = false;
-        if (f.TopPlaymaker != kNoSlot) {
-            double top = passerBase_[at(side)][at(f.TopPlaymaker)].assists;
-            topThere = rng_.over(top, 2.5, 1.5);
-            if (slot != f.TopPlaymaker && topThere) times(w, .5);
+        if (terms.top != kNoSlot) {
+            topThere = rng_.over(terms.topAssists, 2.5, 1.5);
+            if (slot != terms.top && topThere) times(w, .5);
         }
         if (base.replayGames2) {
             if (rng_.over(R, 1.05, .05, A)) times(w, .5);
@@ -314,7 +322,7 @@ int Game::firstOccupied(int side) const {
             if (!rng_.randAtMost(10, p.PlayerYear - 1966)) times(w, .5);
             if (rng_.under(A, 0, .5)) times(w, .5);
         } else if (pos == 3 || pos == 4) {
-            int topPos = positionOf(side, f.TopPlaymaker);
+            int topPos = positionOf(side, terms.top);
             times(w, (topPos == 3 || topPos == 4) && topThere ? 1.5 : 2.5);
         }
     } else {
@@ -328,7 +336,7 @@ int Game::firstOccupied(int side) const {
             if (!rng_.randAtMost(10, p.PlayerYear - 1966)) times(w, .5);
         }
     }
-    if (alternateReality()) w = whole(w + p.FormBias * .05);
+    if (terms.alternate) w = whole(w + p.FormBias * .05);
     return std::max(w, 1);
 }
 
@@ -342,7 +350,7 @@ int Game::passerStickFallback(int pos) const {
     return to;
 }
 
-[[gnu::always_inline]] inline int Game::drawPasser(bool second) {
+[[gnu::always_inline]] inline int Game::drawPasser(bool second, const PickTerms& terms) {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const int rows = positionsInPlay(side);
@@ -351,7 +359,7 @@ int Game::passerStickFallback(int pos) const {
         int slot = slotAt(side, pos);
         if (slot == kNoSlot || slot == f.Carrier || slot == f.LastPasser || !available(side, slot)) continue;
         if (second && slot == f.Passer1) continue;
-        w[at(pos)] = passerWeight(pos, second);
+        w[at(pos)] = passerWeight(pos, slot, second, terms);
     }
     int pick = weightedPick(w, rows);
     if (pick == kNoPos) pick = 2 + rng_.rand(2);
@@ -365,7 +373,7 @@ void Game::FindPassers() {
     if (s_.ProbeOnly || s_.PlayZone == Zone::Rush) return;
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     f.TopPlaymaker = kNoSlot;
     double best = -1;
     for (int pos = 0; pos < positionsInPlay(side); ++pos) {
@@ -380,8 +388,12 @@ void Game::FindPassers() {
 
     f.Passer1 = f.Passer2 = kNoSlot;
     f.Passer1Pos = f.Passer2Pos = kNoPos;
+    PickTerms terms = pickTerms();
+    terms.loneCarrier = f.Carrier == kNoSlot;
+    terms.top = f.TopPlaymaker;
+    if (terms.top != kNoSlot) terms.topAssists = passerBase_[at(side)][at(terms.top)].assists;
     for (int tries = 0; tries < 20; ++tries) {
-        int pos = drawPasser(false);
+        int pos = drawPasser(false, terms);
         if (pos != kNoPos) {
             f.Passer1Pos = pos;
             f.Passer1 = slotAt(side, pos);
@@ -390,7 +402,7 @@ void Game::FindPassers() {
         if (rng_.rand(100) > 99) break;
     }
     for (int tries = 0; tries < 20; ++tries) {
-        int pos = drawPasser(true);
+        int pos = drawPasser(true, terms);
         if (pos != kNoPos && slotAt(side, pos) == f.Carrier) {
             f.Passer1 = kNoSlot;
             f.Passer1Pos = kNoPos;
@@ -422,7 +434,7 @@ void Game::FindPassers() {
 
 std::int32_t Game::penaltyWeight(int side, int pos) {
     const int slot = slotAt(side, pos);
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const double P = t.rate(RateSet::Real, slot).NonFightPimPer60;
@@ -469,7 +481,7 @@ std::int32_t Game::penaltyWeight(int side, int pos) {
 void Game::FindPenalized() {
     FindState& f = s_.find;
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         for (int n = 0; n < f.PenaltiesToCall[at(side)]; ++n) {
             int pick = kNoPos;
             if (f.PenaltyServer) {
@@ -519,7 +531,7 @@ void Game::FindPenalized() {
 // from 1, 0 for none.
 int Game::shadowOf(int side, int target) const {
     if (target == kNoSlot) return kNoSlot;
-    const GamePlanRecord& plan = session_.side(side).plan;
+    const GamePlanRecord& plan = sideOf(side).plan;
     const OnIce& own = s_.onIce[at(side)];
     const OnIce& theirs = s_.onIce[at(other(side))];
     for (std::size_t pair = 0; pair < plan.ShadowTarget.size(); ++pair) {
@@ -557,7 +569,7 @@ void Game::FindDefender() {
 
 // Rate of a man per minute on the ice of a real counting stat.
 double Game::perMinute(int side, int slot, RateSet set, int count) const {
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const StatLine& line = statLine(t.player(slot), statLineOf(set));
     return count / (line.GP * t.rate(set, slot).AverageMinutes + 1);
 }
@@ -565,7 +577,7 @@ double Game::perMinute(int side, int slot, RateSet set, int count) const {
 void Game::FindTakeaway() {
     FindState& f = s_.find;
     const int side = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     int pick = kNoPos;
     for (int tries = 0; tries < 1000; ++tries) {
@@ -599,7 +611,7 @@ void Game::FindTakeaway() {
 void Game::FindBlocker() {
     FindState& f = s_.find;
     const int side = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     int pick = kNoPos;
     for (int tries = 0; tries < 1000 && pick == kNoPos; ++tries) {
@@ -623,10 +635,10 @@ void Game::FindBlocker() {
 void Game::FindHitter() {
     FindState& f = s_.find;
     const int side = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     bool carrierIsDefenseman = false;
-    if (f.Carrier != kNoSlot) carrierIsDefenseman = isDefenseman(session_.side(s_.PuckTeam).player(f.Carrier));
+    if (f.Carrier != kNoSlot) carrierIsDefenseman = isDefenseman(sideOf(s_.PuckTeam).player(f.Carrier));
     std::array<std::int32_t, kIcePositions> w{};
     for (int pos = 0; pos < rows; ++pos) {
         int slot = slotAt(side, pos);
@@ -671,7 +683,7 @@ void Game::FindHitter() {
 void Game::PickNames(const OnIce* unit) {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const OnIce& ice = unit ? *unit : s_.onIce[at(side)];
     const int rows = positionsInPlay(side);
     auto slotOf = [&](int pos) { return pos >= 0 && pos < rows ? ice.slot[at(pos)] : kNoSlot; };
@@ -715,7 +727,7 @@ void Game::PickOpponentName() {
 void Game::HkSetPlayCallList() {
     FindState& f = s_.find;
     const int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const int rows = positionsInPlay(side);
     f.openCount = 0;
     for (int pos = 0; pos < static_cast<int>(kIcePositions); ++pos) {

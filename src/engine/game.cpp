@@ -4,10 +4,12 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
 #include "team/positions.h"
+#include "team/slot_scan.h"
 
 namespace tallyrink {
 
@@ -43,6 +45,7 @@ std::string_view gameEndText(GameEnd e) {
 
 Game::Game(GameSession& session, GameOptions options, GamePresenter* presenter)
     : session_(session),
+      sideTables_{&std::as_const(session).side(kVisitor), &std::as_const(session).side(kHome)},
       options_(options),
       presenter_(presenter ? presenter : &nullPresenter_),
       rng_(options.seed),
@@ -64,6 +67,7 @@ void Game::InitGame() {
     unitMemo_ = {};
     eraMemo_ = {};
     placementMemo_ = {};
+    planMemo_ = {};
     eraPaceMemo_ = {};
     basePctMemo_ = {};
     rosterSpecialGoals_ = {};
@@ -106,7 +110,7 @@ void Game::InitGame() {
 // exhibitions ride the first of the chart.
 int Game::dayStarter(int side, const LineupTeam& team) {
     if (session_.PlayoffGame || session_.GameType != 'L') return kNoSlot;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     return startingGoalie(team, {t.team.TeamFor[0].GP, t.SeasonGames}, rng_);
 }
 
@@ -233,7 +237,7 @@ void Game::PlayStep() {
         s_.LastPlayCall = s_.PlayCall;
     }
     chooseCarrier();
-    chances_ = ChanceTable();
+    fillChanceTable(chances_);
     if (s_.ProbeOnly) return;
     s_.find.LooseInClose = false;
 
@@ -352,7 +356,7 @@ Result Game::splitTurnover(const PlayChances& c) {
     // The power play gives the other side a chance to break out.
     if (rng_.rand(3) == 1 && powerPlay(s_.PuckTeam)) {
         const int opp = s_.OtherTeam();
-        const SideTables& o = session_.side(opp);
+        const SideTables& o = sideOf(opp);
         int shg = 0;
         for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot)
             if (o.onTeam(slot)) shg += statLine(o.player(slot), StatLineIndex::Real).SHG;
@@ -362,7 +366,7 @@ Result Game::splitTurnover(const PlayChances& c) {
             int fwd = s_.onIce[at(opp)].slot[at(rng_.rand(3) - 1)];
             if (fwd != kNoSlot && o.player(fwd).RatingOffense >= 30 + rng_.rand(70)) r = Result::ToRush;
             int d = s_.onIce[at(s_.PuckTeam)].slot[at(2 + rng_.rand(2))];
-            if (d != kNoSlot && session_.side(s_.PuckTeam).player(d).RatingDefense <= rng_.rand(70)) r = Result::ToRush;
+            if (d != kNoSlot && sideOf(s_.PuckTeam).player(d).RatingDefense <= rng_.rand(70)) r = Result::ToRush;
         }
     }
     return r;
@@ -405,7 +409,7 @@ Result Game::applyOverrides(Result r) {
 // ---- The shootout -------------------------------------------------------------
 
 int Game::FindShootoutShooter(int side) {
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const LineupTeam& team = teams_[at(side)];
     auto& used = s_.ShootoutUsed[at(side)];
     for (int pass = 0; pass < 2; ++pass) {
@@ -429,9 +433,9 @@ int Game::FindShootoutShooter(int side) {
 void Game::ShootoutStep() {
     int side = s_.shootoutSide;
     int shooter = FindShootoutShooter(side);
-    double penaltyShot = shooter == kNoSlot ? 5 : session_.side(side).player(shooter).RatingPenaltyShot;
+    double penaltyShot = shooter == kNoSlot ? 5 : sideOf(side).player(shooter).RatingPenaltyShot;
     int goalie = s_.goalie[at(other(side))];
-    double goalieRating = goalie == kNoSlot ? 65 : session_.side(other(side)).player(goalie).RatingGoalie;
+    double goalieRating = goalie == kNoSlot ? 65 : sideOf(other(side)).player(goalie).RatingGoalie;
     double c = std::clamp((penaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
     int round = s_.ShootoutRound;
     if (round >= 2 + rng_.rand(3)) c *= side == kVisitor ? .5 : 1.5;
@@ -515,7 +519,7 @@ void Game::SetPlayRating() {
     const bool lastPeriod = s_.Period == periods_;
     const int puck = s_.PuckTeam;
     const int other = s_.OtherTeam();
-    const SideTables& t = session_.side(puck);
+    const SideTables& t = sideOf(puck);
     const RulesRecord& rules = session_.league().rules;
     const int lead = s_.Score[at(puck)] - s_.Score[at(other)];
     const bool tied = s_.Score[0] == s_.Score[1];
@@ -639,7 +643,7 @@ const Game::EraPace& Game::eraPaceOf(int year) {
     eraPaceMemoNext_ = (eraPaceMemoNext_ + 1) % eraPaceMemo_.size();
     out = EraPace{.year = year};
     const EraRecord& era = session_.eraRow(year, 2014);
-    bool college = session_.side(kHome).team.TeamType.view() == "C";
+    bool college = sideOf(kHome).team.TeamType.view() == "C";
     double savePct = college ? era.CollegeSavePct : era.SavePct;
     double goals = college ? era.CollegeGoalsPerTeam : era.GoalsPerTeam;
     double pim = college ? era.CollegePim : era.PimPerGame;
@@ -788,20 +792,55 @@ void Game::putUnitOnIce(int side) {
         if (slot != kNoSlot && !before.holds(slot)) s_.stint[at(side)][at(slot)] = 0;
 }
 
+namespace {
+
+// The request as one word, a byte a field from -1 up, with the top bit set
+// so that no request packs to 0; 0 when a field won't fit its byte.
+std::uint64_t packedRequest(const IceRequest& req) {
+    std::uint64_t key = std::uint64_t{1} << 63;
+    int shift = 0;
+    for (int field : {req.own, req.opponent, req.unit, req.pair, req.goalie, req.threeSkaterFormation}) {
+        const auto byte = static_cast<unsigned>(field + 1);
+        if (byte > 0xFF) return 0;
+        key |= std::uint64_t{byte} << shift;
+        shift += 8;
+    }
+    return key;
+}
+
+// The men fit to play, a bit a slot. Each byte of a word of the table is 0
+// or 1, so the product gathers the eight of them in its top byte, the
+// first slot lowest, with no carry between the partial sums below it.
+std::uint64_t fitBits(const BySlot<bool>& fit) {
+    static_assert(kRosterSlots <= 64, "a side's slots fit one word of bits");
+    std::uint64_t bits = 0;
+    for (std::size_t first = 0; first < kRosterSlots; first += 8)
+        bits |= ((slotWord(fit, first) * 0x0102040810204080ULL) >> 56) << first;
+    return bits;
+}
+
+}  // namespace
+
 IcePlacement Game::placeUnit(int side, const IceRequest& req) {
     // The extra attacker is drawn; with a screen a person may change lines
     // while the driver waits on him. Otherwise nothing but the request and
     // the men fit to play moves the placement while the driver runs.
     const LineupTeam& team = teams_[at(side)];
     if (!driverRunning_ || !s_.NoDisplay || req.goaliePulled) return PutLinesOnIce(team, req, &rng_);
-    const PlacementKey key{req.own, req.opponent, req.unit, req.pair, req.goalie, req.threeSkaterFormation};
-    auto& kept = placementMemo_[at(side)];
-    for (const KeptPlacement& k : kept)
-        if (k.valid && k.key == key && k.fit == team.candidate) return k.placed;
-    KeptPlacement& next = kept[placementMemoNext_[at(side)]];
-    placementMemoNext_[at(side)] = (placementMemoNext_[at(side)] + 1) % kept.size();
-    next = {true, key, team.candidate, PutLinesOnIce(team, req, &rng_)};
-    return next.placed;
+    const std::uint64_t key = packedRequest(req);
+    if (key == 0) return PutLinesOnIce(team, req, &rng_);
+    static_assert(std::has_single_bit(kPlacementSets), "the hash picks a set by its top bits");
+    const std::uint64_t fit = fitBits(team.candidate);
+    const std::uint64_t hash = (key ^ (fit * 0x9E3779B97F4A7C15ULL)) * 0xD6E8FEB86659FD93ULL;
+    auto& set = placementMemo_[at(side)][hash >> (64 - std::countr_zero(kPlacementSets))];
+    if (set[0].key == key && set[0].fit == fit) return set[0].placed;
+    if (set[1].key == key && set[1].fit == fit) {
+        std::swap(set[0], set[1]);
+        return set[0].placed;
+    }
+    set[1] = set[0];
+    set[0] = {key, fit, PutLinesOnIce(team, req, &rng_)};
+    return set[0].placed;
 }
 
 // On a screen a command or a step hands back to the driver, which asks for

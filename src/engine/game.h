@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/chance_table.h"
@@ -215,6 +216,7 @@ public:
         layPickBase();
         unitMemo_ = {};
         placementMemo_ = {};
+        planMemo_ = {};
         keptOffChanged();
         return s_;
     }
@@ -273,6 +275,9 @@ public:
     // The chance table of the coming step (chance_table.cpp); with
     // ProbeOnly set it draws nothing that a probe must not.
     PlayChances ChanceTable();
+    // The same, written into `c` (the step's own table, which nothing reads
+    // while it is worked out).
+    void fillChanceTable(PlayChances& c);
     // First stage of the shooting percentage (shooting.cpp): sets
     // chances.GoalPct and chances.ShotClass.
     void GoalPct(PlayChances& c);
@@ -479,7 +484,7 @@ private:
     // memos ask it for both sides at every step.
     [[nodiscard]] int goalieYear(int side) const {
         const int g = s_.goalie[static_cast<std::size_t>(side)];
-        const int year = g == kNoSlot ? 0 : session_.side(side).player(g).PlayerYear;
+        const int year = g == kNoSlot ? 0 : sideOf(side).player(g).PlayerYear;
         return year < 1910 || year > 2050 ? 2008 : year;
     }
     [[nodiscard]] int goalieYearOnIce(int side) const;  // 0 with nobody in net
@@ -520,11 +525,26 @@ private:
     bool workOutShotSteering();
     [[nodiscard]] double perMinute(int side, int slot, RateSet set, int count) const;
     int weightedPick(const std::array<std::int32_t, kIcePositions>& w, int rows);
-    std::int32_t carrierWeight(int pos, int unitPPG);
-    std::int32_t passerWeight(int pos, bool second);
+    // What the weights of one draw share, the same for every man weighed:
+    // worked out once a draw rather than once a man.
+    struct PickTerms {
+        bool powerPlay = false;    // the side with the puck has more men on
+        bool shortHanded = false;  // it has fewer
+        bool steering = false;     // see shotSteering
+        bool alternate = false;    // see alternateReality
+        // For the passers: whether anyone has the puck, and the best
+        // playmaker on the ice with his assists.
+        bool loneCarrier = false;
+        int top = kNoSlot;
+        double topAssists = 0;
+    };
+    PickTerms pickTerms();
+    // The weights of the man at `pos`, in `slot` (one who is there and fit).
+    std::int32_t carrierWeight(int pos, int slot, int unitPPG, const PickTerms& terms);
+    std::int32_t passerWeight(int pos, int slot, bool second, const PickTerms& terms);
     std::int32_t penaltyWeight(int side, int pos);
     int passerStickFallback(int pos) const;
-    int drawPasser(bool second);
+    int drawPasser(bool second, const PickTerms& terms);
     // Era figures of a year for a side's level (college columns for a
     // college team); a year outside the table takes `fallback`'s. The
     // answer is kept only until a later call: copy it to hold it longer.
@@ -580,23 +600,32 @@ private:
     // screen for the few requests and fit lists a game keeps making; forgotten
     // when the driver starts, at an edit and when a game starts.
     IcePlacement placeUnit(int side, const IceRequest& req);
-    struct PlacementKey {
-        int own = 0;
-        int opponent = 0;
-        int unit = 0;
-        int pair = 0;
-        int goalie = 0;
-        int threeSkaterFormation = 0;
-        bool operator==(const PlacementKey&) const = default;
-    };
+    // A kept placement: the request packed in a word (0: nothing kept), the
+    // men fit to play a bit a slot, and where they went.
     struct KeptPlacement {
-        bool valid = false;
-        PlacementKey key{};
-        BySlot<bool> fit{};
+        std::uint64_t key = 0;
+        std::uint64_t fit = 0;
         IcePlacement placed{};
     };
-    std::array<std::array<KeptPlacement, 16>, 2> placementMemo_{};
-    std::array<std::size_t, 2> placementMemoNext_{};
+    // By side, two placements to each set, the set picked by a hash of the
+    // request and the fit list, the one used last first. A game makes a few
+    // dozen of them a side (the units of each manpower, and each of those
+    // again while a man sits in the box); a ring small enough to search in
+    // turn dropped the even-strength ones a power play came after, and the
+    // search of it cost more than a hash.
+    static constexpr std::size_t kPlacementSets = 32;
+    std::array<std::array<std::array<KeptPlacement, 2>, kPlacementSets>, 2> placementMemo_{};
+    // What the plans say of the game's time by unit and of the strategy they
+    // start from, by side, kept on the same terms as the placements: a plan
+    // changes only while the driver waits on a person, and a line change
+    // asks at every stop.
+    struct KeptPlan {
+        bool known = false;
+        UsageShares shares{};
+        LiveStrategy strategy{};
+    };
+    std::array<KeptPlan, 2> planMemo_{};
+    const KeptPlan& keptPlan(int side);
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
     // What the pace takes from a year's era figures (rated: the figures
@@ -694,6 +723,11 @@ private:
     void trackFatigue();
 
     GameSession& session_;
+    // The session's two sides as the engine reads them, many times a step:
+    // the session keeps both for its life, so they are found once. Their
+    // tables are changed through session_.side, which notes the change.
+    std::array<const SideTables*, 2> sideTables_{};
+    [[nodiscard]] const SideTables& sideOf(int side) const { return *sideTables_[static_cast<std::size_t>(side)]; }
     GameOptions options_;
     NullPresenter nullPresenter_;
     GamePresenter* presenter_;
@@ -790,6 +824,12 @@ private:
         std::array<double, 2> share{.25, .25};
         std::array<std::int32_t, 2> weight{};
         int realPPG = 0;  // his real power-play goals
+        // His coach's shot usage (3 when unset) as a factor of the weight,
+        // and whether his shot rate may be steered: a usage of 3 and both
+        // his real and replay shot rates above zero.
+        double usageFactor = 1;
+        bool usageSet = false;
+        bool steerable = false;
     };
     std::array<BySlot<CarrierBase>, 2> carrierBase_{};
     // What a man's weight as a passer starts from, by side and slot: his

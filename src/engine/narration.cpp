@@ -178,7 +178,7 @@ void Game::initNarration() {
     play_.setTelling(telling());
     play_.clear();
     told_ = NarrationState{};
-    for (int side : {kVisitor, kHome}) told_.name[at(side)] = narrationNames(session_.side(side));
+    for (int side : {kVisitor, kHome}) told_.name[at(side)] = narrationNames(sideOf(side));
 }
 
 std::string_view Game::phrase(int key) { return phrases_->phrase(key, rng_); }
@@ -219,9 +219,9 @@ const std::string& Game::nameOf(int side, int slot) const {
     return n;
 }
 
-std::string_view Game::teamName(int side) const { return session_.side(side).team.Nickname.view(); }
+std::string_view Game::teamName(int side) const { return sideOf(side).team.Nickname.view(); }
 
-std::string_view Game::cityOf(int side) const { return session_.side(side).team.City.view(); }
+std::string_view Game::cityOf(int side) const { return sideOf(side).team.City.view(); }
 
 void Game::sayPossession(int side, int slot) {
     NamedMan who{side, slot};
@@ -259,7 +259,7 @@ void Game::sayPass(int side, int from, int to) {
 
 void Game::DescribeOpening() {
     int home = kHome;
-    const TeamRecord& t = session_.side(home).team;
+    const TeamRecord& t = sideOf(home).team;
     std::string arena = t.Arena.str();
     say(arena.size() >= 5 ? words("welcome to", arena, "for tonight's game between the", cityOf(kVisitor),
                                   teamName(kVisitor), "and the", cityOf(kHome), teamName(kHome))
@@ -384,12 +384,12 @@ void Game::DescribeShot() {
     std::string_view subject = named ? std::string_view{} : std::string_view{name};
     std::string first;
     if (!named && roll(10) == 1 && play_.count() >= 4 + roll(4) && shooter != kNoSlot) {
-        first = session_.side(side).player(shooter).FirstName.str();
+        first = sideOf(side).player(shooter).FirstName.str();
         if (!first.empty()) subject = first;
     }
     NamedMan opens = subject.empty() ? NamedMan{} : who;
     bool afterPass = told_.lastCarrier != who;
-    const PlayerRecord* p = shooter == kNoSlot ? nullptr : &session_.side(side).player(shooter);
+    const PlayerRecord* p = shooter == kNoSlot ? nullptr : &sideOf(side).player(shooter);
     int shotRating = p ? std::max<int>(p->RatingShotIn, p->RatingShotOut) : 0;
 
     bool badAngle = roll(40) == 1 || (told_.badAngle && told_.lastShotQuality * 100 < 2 * shotRating);
@@ -443,7 +443,7 @@ void Game::DescribeShot() {
             shotLine(words(subject, phrase(kShoots), "!"), opens);
         }
     } else if (depth == kSpotOut) {
-        if (session_.side(side).team.TeamYear < 1940) {
+        if (sideOf(side).team.TeamYear < 1940) {
             if (roll(5) == 1)
                 wristForm();
             else
@@ -546,7 +546,7 @@ void Game::DescribeSave() {
     const std::string& g = nameOf(goalieSide, goalie);
     if (telling()) play_.addShort(words(nameOf(side, shooter), told_.shotWord) + words(" saved by ", g));
     bool weak = s_.events.Kind == ShotKind::Weak;
-    const PlayerRecord* gp = goalie == kNoSlot ? nullptr : &session_.side(goalieSide).player(goalie);
+    const PlayerRecord* gp = goalie == kNoSlot ? nullptr : &sideOf(goalieSide).player(goalie);
     int greatSaves = gp ? gp->RatingGoalie : 50;
     NamedMan keeper{goalieSide, goalie};
 
@@ -616,7 +616,7 @@ void Game::DescribeShotsNoGoal() {
     int side = s_.PuckTeam;
     int shooter = s_.find.Carrier;
     if (shooter == kNoSlot) return;
-    const StatLine& line = statLine(session_.side(side).player(shooter), StatLineIndex::Game);
+    const StatLine& line = statLine(sideOf(side).player(shooter), StatLineIndex::Game);
     int shots = line.Sog + line.MissedShots + 1;
     if (line.Goals > 0 || shots < 7) return;
     bool tell = shots == 10 || shots == 15 || shots == 20 || roll(3) == 1 || (shots >= 11 && roll(5) == 1);
@@ -709,8 +709,8 @@ void Game::DescribeGoalLead() {
         std::string text = fromClear
                                ? words(name, "SCORES on dump attempt")
                                : words(name, s_.LastZone == Zone::PenaltyShot ? "SCORES on a penalty shot" : "SCORES");
-        play_.addShort(fmt::format("{} ({} {} {} {}) {}", text, session_.side(kVisitor).team.Abbrev.str(), score[0],
-                                   session_.side(kHome).team.Abbrev.str(), score[1], std::string(99, '-')));
+        play_.addShort(fmt::format("{} ({} {} {} {}) {}", text, sideOf(kVisitor).team.Abbrev.str(), score[0],
+                                   sideOf(kHome).team.Abbrev.str(), score[1], std::string(99, '-')));
     }
     int beaten = netminder(against);
     if (beaten != kNoSlot) ++told_.goalsAllowed[at(against)][at(beaten)];
@@ -794,11 +794,11 @@ void Game::DescribeGoalColor(int scorer) {
     const std::string& assist = nameOf(side, f.Passer1);
     int goalie = netminder(against);
     const std::string& g = nameOf(against, goalie);
-    const PlayerRecord* p = scorer == kNoSlot ? nullptr : &session_.side(side).player(scorer);
+    const PlayerRecord* p = scorer == kNoSlot ? nullptr : &sideOf(side).player(scorer);
     NamedMan who{side, scorer};
 
     if (f.Passer1 != kNoSlot && play_.recentlyNamed({side, f.Passer1}, 6) && shooterDepth() != kSpotOut &&
-        ev.Kind != ShotKind::Deflection && p && session_.side(side).player(f.Passer1).RatingPassing > roll(8) &&
+        ev.Kind != ShotKind::Deflection && p && sideOf(side).player(f.Passer1).RatingPassing > roll(8) &&
         roll(s_.LastZone == Zone::Rush ? 5 : 3) == 1)
         told_.greatPass = true;
     bool badDefense = roll(25) == 1;
@@ -977,7 +977,7 @@ void Game::DescribeGoalClose(int scorer) {
         return;
     }
     if (scorer != kNoSlot) {
-        const PlayerRecord& p = session_.side(side).player(scorer);
+        const PlayerRecord& p = sideOf(side).player(scorer);
         int inGame = statLine(p, StatLineIndex::Game).Goals + 1;
         if (inGame == 3) {
             int r = roll(10);
@@ -1398,7 +1398,7 @@ void Game::DescribePeriodEnd(bool last) {
 // ---- Penalties, fights, injuries and the bench ----------------------------------------------
 
 void Game::DescribePenalty(int side, int offender, PenaltyType type, std::string_view name, int minutes) {
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     NamedMan who{side, offender};
     LineMarks* m = nullptr;
     if (offender == kNoSlot) {

@@ -477,7 +477,7 @@ void Game::creditPenalty(int side, int slot, PenaltyType type, int minutes) {
 
 int Game::penaltyServer(int side) {
     const OnIce& ice = s_.onIce[at(side)];
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     int best = kNoSlot;
     int mark = 999;
     for (std::size_t pos = 0; pos < 3; ++pos) {
@@ -542,7 +542,7 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
     const RulesRecord& rules = session_.league().rules;
     PenaltyState& pen = s_.pen;
     int minor = minorMinutes(rules);
-    bool goalie = offender != kNoSlot && isGoalie(session_.side(side).player(offender));
+    bool goalie = offender != kNoSlot && isGoalie(sideOf(side).player(offender));
     bool bench = offender == kNoSlot;
     int server = offender;
     if (bench || (goalie && rules.GoaliePenaltycheck != 1)) server = penaltyServer(side);
@@ -623,7 +623,7 @@ PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
     const RulesRecord& rules = session_.league().rules;
     PenaltyState& pen = s_.pen;
     if (kind == PenaltyKind::Fight) return PenaltyType::Major;
-    const PlayerRecord& p = session_.side(side).player(offender);
+    const PlayerRecord& p = sideOf(side).player(offender);
     const StatLine& real = statLine(p, StatLineIndex::Real);
     double m = 20;
     if (pen.rousedGame) m *= 2;
@@ -636,7 +636,7 @@ PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
     if (rules.Minorcheck == 0) m = 1000;
     if (rng_.rand(1000) <= m) {
         if (rules.MatchCheck == 1 && kind == PenaltyKind::OneSide && pen.DelayedState == 0 && rng_.rand(2) == 1) {
-            const SetRates& r = session_.side(side).rate(RateSet::Real, offender);
+            const SetRates& r = sideOf(side).rate(RateSet::Real, offender);
             if (r.PimPer60 > 1 + 3 * rng_.rnd() || (rng_.rand(10) == 1 && r.PimPer60 > 1 + 5 * rng_.rnd()) ||
                 r.FightsPer1000 > 1 + 10 * rng_.rnd() || rng_.rand(5) == 1)
                 if (rng_.rand(20) == 1) return PenaltyType::Match;
@@ -727,7 +727,7 @@ void Game::delayOfGame() {
     int side = s_.StepPuckTeam;
     int o = other(side);
     if (s_.PlayResult != Result::Clear || s_.LastZone != Zone::DefenseZone || s_.pen.DelayedState > 0) return;
-    if (s_.Skaters[at(side)] < s_.Skaters[at(o)] || s_.Clock <= 60 || session_.side(side).team.TeamYear < 2005) return;
+    if (s_.Skaters[at(side)] < s_.Skaters[at(o)] || s_.Clock <= 60 || sideOf(side).team.TeamYear < 2005) return;
     if (rng_.rand(25) != 1 || rng_.rand(3) != 1) return;
     int offender =
         s_.find.Carrier != kNoSlot && s_.onIce[at(side)].holds(s_.find.Carrier) ? s_.find.Carrier : pickPenalized(side);
@@ -789,9 +789,9 @@ double Game::eraPenaltyFactor() const { return s_.find.EraPenaltyFactor > 0 ? s_
 double Game::penaltySteering() {
     const RulesRecord& rules = session_.league().rules;
     const int opp = s_.OtherTeam();
-    const SideTables& o = session_.side(opp);
+    const SideTables& o = sideOf(opp);
     if (session_.PlayoffGame || s_.ProbeOnly || rules.FightFrequencyList != 3 || alternateReality()) return 1;
-    if (o.team.TeamYear != session_.side(s_.PuckTeam).team.TeamYear) return 1;
+    if (o.team.TeamYear != sideOf(s_.PuckTeam).team.TeamYear) return 1;
     if (s_.Skaters[0] != 5 || s_.Skaters[1] != 5 || rng_.rand(2) != 1) return 1;
     int slot = slotAt(opp, rng_.rand(5) - 1);
     if (slot == kNoSlot) return 1;
@@ -827,7 +827,7 @@ double Game::penaltySteering() {
     o = per(o * (s_.Skaters[at(opp)] < s_.Skaters[at(puck)] ? .4 : 1.2));
     int freq = rules.FightFrequencyList;
     if (freq != 3) o = per(o * (1 + (freq - 3) * .1));
-    if (session_.side(opp).team.TeamYear <= 1969) o = per(o * 1.3);
+    if (sideOf(opp).team.TeamYear <= 1969) o = per(o * 1.3);
     for (double step : {1.1, 1.4, 1.8, 2.1})
         if (era > step) o = per(o * 1.2);
     if (sideFacts_[at(kHome)].college) o = per(o * .7);
@@ -855,7 +855,7 @@ double Game::penaltySteering() {
             for (int at : {720, 360, 180})
                 if (s_.Clock < at) o = per(o * .9);
     }
-    const GamePlanRecord& plan = session_.side(opp).plan;
+    const GamePlanRecord& plan = sideOf(opp).plan;
     int aggressive = plan.DzAggressiveness >= 1 && plan.DzAggressiveness <= 5 ? plan.DzAggressiveness : 3;
     int forecheck = std::clamp<int>(plan.Forecheck, 0, 3);
     o = per(o * (aggressive + 1) / 4.0);
@@ -965,7 +965,7 @@ bool Game::FindFighters() {
     std::array<int, 2> fighter{kNoSlot, kNoSlot};
     std::array<double, 2> score{};
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         double best = -1;
         for (std::size_t pos = 0; pos < 5; ++pos) {
             int slot = s_.onIce[at(side)].slot[pos];
@@ -1059,7 +1059,7 @@ bool Game::PenaltyShot(int side, int fouled) {
     if (shooter == kNoSlot) return false;
     const PlayerRecord& taker = shooters.player(shooter);
     int goalie = s_.GoaliePulled[at(defending)] ? kNoSlot : s_.goalie[at(defending)];
-    double goalieRating = goalie == kNoSlot ? 0 : session_.side(defending).player(goalie).RatingGoalie;
+    double goalieRating = goalie == kNoSlot ? 0 : sideOf(defending).player(goalie).RatingGoalie;
     double c =
         goalie == kNoSlot
             ? 1000
@@ -1092,7 +1092,7 @@ bool Game::PenaltyShot(int side, int fouled) {
 // ---- Injuries --------------------------------------------------------------------
 
 int Game::injuryGamesOwed(int side, int slot, int& left) const {
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     const TeamRecord& team = t.team;
     const PlayerRecord& p = t.player(slot);
     int sched = std::max(10, t.SeasonGames);
@@ -1125,7 +1125,7 @@ void Game::HkInjury2017() {
         for (bool o : s_.find.PlayerOut[at(side)]) out += o ? 1 : 0;
         slot = out < 2 + rng_.rand(7) ? s_.onIce[at(side)].slot[at(rng_.rand(5) - 1)] : kNoSlot;
         if (slot != kNoSlot && offIce(side, slot)) slot = kNoSlot;
-        if (slot != kNoSlot && isGoalie(session_.side(side).player(slot)) && rules.GoalieInjcheck != 1) slot = kNoSlot;
+        if (slot != kNoSlot && isGoalie(sideOf(side).player(slot)) && rules.GoalieInjcheck != 1) slot = kNoSlot;
     }
     int left = 0;
     int owed = slot == kNoSlot ? 0 : injuryGamesOwed(side, slot, left);

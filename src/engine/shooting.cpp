@@ -76,7 +76,7 @@ double limitByClass(double goalPct, int shotClass, double playerPct) {
 // ---- In the game --------------------------------------------------------------------
 
 [[gnu::noinline]] const EraFigures& Game::workOutEraFigures(int year, int side, int fallback) const {
-    bool college = session_.side(side).team.TeamType.view() == "C";
+    bool college = sideOf(side).team.TeamType.view() == "C";
     EraFiguresMemo& m = eraFiguresMemo_[eraFiguresMemoNext_];
     eraFiguresMemoNext_ = (eraFiguresMemoNext_ + 1) % eraFiguresMemo_.size();
     m = {eraYearsKey(year, fallback), side,
@@ -86,7 +86,7 @@ double limitByClass(double goalPct, int shotClass, double playerPct) {
 
 void Game::drawGoalieForm() {
     for (int side : {kVisitor, kHome}) {
-        const SideTables& t = session_.side(side);
+        const SideTables& t = sideOf(side);
         for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
             const PlayerRecord& p = t.player(slot);
             s_.find.GoalieForm[at(side)][at(slot)] =
@@ -100,7 +100,7 @@ void Game::drawGoalieForm() {
 double Game::goalieFatigue(int side, int goalie, bool rush) const {
     const RulesRecord& rules = session_.league().rules;
     if (session_.PlayoffGame || rules.GoalieConsecCheck == 1) return 0;
-    const PlayerRecord& g = session_.side(side).player(goalie);
+    const PlayerRecord& g = sideOf(side).player(goalie);
     int d = g.RosterGames[0] - g.GoalieRestGames;
     if (rush) return d >= 10 ? .04 : d >= 7 ? .03 : d >= 4 ? .02 : d >= 1 ? .01 : 0;
     return d >= 11 ? .07 : d >= 7 ? .05 : d >= 4 ? .03 : d >= 1 ? .01 : 0;
@@ -127,8 +127,8 @@ double Game::basePct() const {
 [[gnu::flatten]] void Game::GoalPct(PlayChances& c) {
     const int side = s_.PuckTeam;
     const int opp = s_.OtherTeam();
-    const SideTables& t = session_.side(side);
-    const SideTables& o = session_.side(opp);
+    const SideTables& t = sideOf(side);
+    const SideTables& o = sideOf(opp);
     const FindState& f = s_.find;
     const int carrier = f.Carrier;
     const int pos = carrier == kNoSlot ? kNoPos : f.CarrierPos;
@@ -287,12 +287,12 @@ void Game::RushGoalPct(PlayChances& c) {
     double g = 0.094;
     int goalie = slotAt(opp, 5);
     if (!s_.GoaliePulled[at(opp)] && goalie != kNoSlot) {
-        const PlayerRecord& gp = session_.side(opp).player(goalie);
+        const PlayerRecord& gp = sideOf(opp).player(goalie);
         double gt = isGoalie(gp) ? (65 - gp.RatingGoalie) * 0.002 : 0.15;
         gt += goalieFatigue(opp, goalie, true);
         g += gt;
     }
-    if (f.Carrier != kNoSlot && hasFlag(session_.side(side).player(f.Carrier), Flag::Defense)) g *= 1.5;
+    if (f.Carrier != kNoSlot && hasFlag(sideOf(side).player(f.Carrier), Flag::Defense)) g *= 1.5;
     g += 0.1;
     if (f.rush == RushType::OneZero) g += 0.1;
     const double base = basePct();
@@ -305,7 +305,7 @@ void Game::RushGoalPct(PlayChances& c) {
 int Game::goalieYearOnIce(int side) const {
     int g = slotAt(side, 5);
     if (s_.GoaliePulled[at(side)] || g == kNoSlot) return 0;
-    return yearOr(session_.side(side).player(g).PlayerYear, 1910, 2050, 2008);
+    return yearOr(sideOf(side).player(g).PlayerYear, 1910, 2050, 2008);
 }
 
 bool Game::trailingLate() {

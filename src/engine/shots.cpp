@@ -98,13 +98,13 @@ ShotKind Game::chooseShotKind() {
 void Game::cutAssists() {
     FindState& f = s_.find;
     int side = s_.PuckTeam;
-    const EraRecord& era = session_.eraRow(session_.side(side).team.TeamYear, 2009);
-    double perGoal = session_.side(side).team.TeamType.view() == "C" ? era.CollegeAssistsPerGoal : era.AssistsPerGoal;
+    const EraRecord& era = session_.eraRow(sideOf(side).team.TeamYear, 2009);
+    double perGoal = sideOf(side).team.TeamType.view() == "C" ? era.CollegeAssistsPerGoal : era.AssistsPerGoal;
     if (perGoal > 0 && rng_.under(perGoal, 1, .2) && rng_.rand(2) == 1) {
         f.Passer1 = kNoSlot;
         f.Passer2 = kNoSlot;
     }
-    double goalsPer60 = f.Carrier == kNoSlot ? 0 : session_.side(side).rate(RateSet::Real, f.Carrier).GoalsPer60;
+    double goalsPer60 = f.Carrier == kNoSlot ? 0 : sideOf(side).rate(RateSet::Real, f.Carrier).GoalsPer60;
     if (s_.LastPlayCall == Call::Penetrate && rng_.over(goalsPer60, 0, 7) && rng_.rand(10) == 1) {
         f.Passer1 = kNoSlot;
         f.Passer2 = kNoSlot;
@@ -226,7 +226,7 @@ ShotRebound Game::ReboundAfterShot() {
     auto band = kShotBands[at(edgeIndex())];
     double keep = band[0];
     if (edgeIndex() == 2 && d != kNoSlot) {
-        int rating = session_.side(defenders).player(d).RatingDefense / 10;
+        int rating = sideOf(defenders).player(d).RatingDefense / 10;
         if (!rng_.underRand(rating, 7, 3))
             keep *= .7;
         else if (!rng_.randAtMost(5, rating - 1))
@@ -252,7 +252,7 @@ ShotRebound Game::ReboundAfterShot() {
     if (minPenaltyLeft() <= 4) r = ShotRebound::DefenseZone;
     bool kept = r == ShotRebound::OffenseZone || r == ShotRebound::NeutralZone || r == ShotRebound::ReboundShot;
     int carrier = s_.find.Carrier;
-    double assists = carrier == kNoSlot ? 0 : session_.side(attackers).rate(RateSet::Real, carrier).AssistsPer60;
+    double assists = carrier == kNoSlot ? 0 : sideOf(attackers).rate(RateSet::Real, carrier).AssistsPer60;
     if (kept && assists < rng_.rnd()) r = ShotRebound::DefenseZone;
     if ((r == ShotRebound::OffenseZone || r == ShotRebound::ReboundShot) && brokenStickOnIce(attackers))
         r = ShotRebound::DefenseZone;
@@ -346,14 +346,13 @@ SaveRebound Game::ReboundAfterSave(bool allowReboundShot) {
     int attackers = s_.PuckTeam;
     int defenders = other(attackers);
     int goalie = netminder(defenders);
-    int goalieAssists =
-        goalie == kNoSlot ? 0 : statLine(session_.side(defenders).player(goalie), StatLineIndex::Real).Assists;
+    int goalieAssists = goalie == kNoSlot ? 0 : statLine(sideOf(defenders).player(goalie), StatLineIndex::Real).Assists;
     int pass = std::min(goalieAssists * 3 + 2, 35);
     auto band = kSaveBands[at(edgeIndex())];
     double keep = band[1];
     if (edgeIndex() == 2) {
         int d = s_.onIce[at(defenders)].slot[at(3 + rng_.rand(2) - 1)];
-        int rating = d == kNoSlot ? 5 : session_.side(defenders).player(d).RatingDefense / 10;
+        int rating = d == kNoSlot ? 5 : sideOf(defenders).player(d).RatingDefense / 10;
         if (!rng_.underRand(rating, 7, 3))
             keep *= 1.5;
         else if (!rng_.randAtMost(5, rating - 1))
@@ -382,7 +381,7 @@ SaveRebound Game::ReboundAfterSave(bool allowReboundShot) {
     bool keptIn = r == SaveRebound::OffenseZone || r == SaveRebound::NeutralZone || r == SaveRebound::ReboundShot;
     if (keptIn && strength(attackers) < strength(defenders)) r = SaveRebound::Freeze;
     int carrier = s_.find.Carrier;
-    double assists = carrier == kNoSlot ? 0 : session_.side(attackers).rate(RateSet::Real, carrier).AssistsPer60;
+    double assists = carrier == kNoSlot ? 0 : sideOf(attackers).rate(RateSet::Real, carrier).AssistsPer60;
     if (keptIn && (s_.periodEnds || minPenaltyLeft() <= 4 || assists < rng_.rnd())) r = SaveRebound::Freeze;
     if (r == SaveRebound::OffenseZone || r == SaveRebound::ReboundShot) shiftPassersForRebound();
     (void)ev;
@@ -450,7 +449,7 @@ int Game::pickReboundShooter(bool afterSave) {
     const FindState& f = s_.find;
     int side = s_.PuckTeam;
     const OnIce& ice = s_.onIce[at(side)];
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     auto shotsOf = [&](int slot) { return t.rate(RateSet::Real, slot).ShotsPer60; };
     int limit = afterSave ? 250 : (rng_.rand(2) == 1 ? 100 : 150);
     for (int tries = 1; tries <= limit + 1; ++tries) {

@@ -186,7 +186,7 @@ void Game::onOffside() {
 // A team that has hit more in the replay than in real life hits less now,
 // and the other way round: the on-ice men's real and replay rates.
 double Game::hitSteering(int side) const {
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     double real = 0;
     double replay = 0;
     for (std::size_t pos = 0; pos < 5; ++pos) {
@@ -208,7 +208,7 @@ void Game::countHit() {
     chance *= 1.1;
     chance *= hitSteering(hitting);
     int g = s_.goalie[at(s_.PuckTeam)];
-    int goalieYear = g == kNoSlot ? 2008 : session_.side(s_.PuckTeam).player(g).PlayerYear;
+    int goalieYear = g == kNoSlot ? 2008 : sideOf(s_.PuckTeam).player(g).PlayerYear;
     if (goalieYear <= 1975) chance *= .75;
     if (penaltyDelayed() || r == Result::MoveUp || s_.LastZone == Zone::Rush) chance = 0;
     bool hit = rng_.rand(100) <= chance;
@@ -301,8 +301,8 @@ bool Game::joinsRush(int side, int pos) {
     const OnIce& ice = s_.onIce[at(side)];
     int slot = ice.slot[at(pos)];
     if (slot == kNoSlot || s_.find.BrokenStick[at(side)][at(slot)]) return false;
-    const PlayerRecord& p = session_.side(side).player(slot);
-    const SetRates& real = session_.side(side).rate(RateSet::Real, slot);
+    const PlayerRecord& p = sideOf(side).player(slot);
+    const SetRates& real = sideOf(side).rate(RateSet::Real, slot);
     double u = (p.UsagePenetrate - 3) * .2 + 1;
     bool defenseman = pos >= kDefensePositions[0];
     bool joins = false;
@@ -367,7 +367,7 @@ void Game::RushAssists() {
     FindState& f = s_.find;
     EventState& ev = s_.events;
     int side = s_.PuckTeam;
-    const SideTables& t = session_.side(side);
+    const SideTables& t = sideOf(side);
     std::array<double, 5> weight{};
     for (int pos = 0; pos < 5; ++pos) {
         int slot = s_.onIce[at(side)].slot[at(pos)];

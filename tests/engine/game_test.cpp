@@ -564,22 +564,42 @@ TEST(WholeGames, TheSameSeedPlaysTheSameGame) {
 }
 
 // A game the driver plays through with nobody watching keeps the lines it
-// put on the ice for each request and fit list; a game on a screen works
-// every one out afresh. The two must play alike through the penalties,
-// fights and injuries that change who is fit to play.
+// put on the ice for each request and fit list, and the plans' shares of
+// ice time its line changes go by; a game on a screen works every one out
+// afresh. The two must play alike, send out the same units for the same
+// time, tire the same men and end on the same strategies, through the penalties, fights and injuries
+// that change who is fit to play.
 TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
     int penalties = 0;
     for (std::uint64_t seed : {4u, 17u, 23u}) {
         std::array<Outcome, 2> outcome;
+        std::array<decltype(GameState{}.coach.unitSecs), 2> unitSecs{};
+        std::array<decltype(GameState{}.Energy), 2> energy{};
+        std::array<decltype(GameState{}.coach.live), 2> strategy{};
         for (bool watched : {false, true}) {
             auto session = loaded(defaultRules(2017), seed);
+            // The home coach leans on his top units and sends his men in
+            // deep, so each side plays by a plan of its own.
+            GamePlanRecord& plan = session->side(1).plan;
+            plan.LineUsage = {20, 12, 6, 2};
+            plan.PairUsage = {18, 10, 5};
+            plan.PowerPlayUsage = {20, 5};
+            plan.Forecheck = 7;
+            plan.DzDepth = 5;
             Game game(*session, GameOptions{.seed = seed, .noDisplay = !watched});
             game.playToEnd();
-            outcome[watched ? 1 : 0] = {game.finalScore(), game.state().Shots, game.state().steps,
-                                        game.state().endedBy};
-            if (!watched) penalties += int(game.state().penalties.size());
+            const GameState& s = game.state();
+            const std::size_t i = watched ? 1 : 0;
+            outcome[i] = {game.finalScore(), s.Shots, s.steps, s.endedBy};
+            unitSecs[i] = s.coach.unitSecs;
+            energy[i] = s.Energy;
+            strategy[i] = s.coach.live;
+            if (!watched) penalties += int(s.penalties.size());
         }
         EXPECT_EQ(outcome[0], outcome[1]) << "seed " << seed;
+        EXPECT_EQ(unitSecs[0], unitSecs[1]) << "seed " << seed;
+        EXPECT_EQ(energy[0], energy[1]) << "seed " << seed;
+        EXPECT_TRUE(strategy[0] == strategy[1]) << "seed " << seed;
     }
     EXPECT_GT(penalties, 6);
 }
@@ -609,6 +629,11 @@ TEST(WholeGames, KeptAnswersDroppedAfterEveryStepPlayTheSame) {
         std::array<std::array<BySlot<int>, 2>, 2> energy{};
         for (bool forget : {false, true}) {
             auto session = loaded(defaultRules(2017), seed, int(seed % 3), 3 + int(seed % 2));
+            // Coaches who send some men to shoot more or less than others,
+            // so the weights the game keeps for them differ from man to man.
+            for (int side : {0, 1})
+                for (int slot = 0; slot < kRosterSlots; slot += 3)
+                    session->side(side).player(slot).UsageSogAggressiveness = std::uint8_t(1 + (slot + side) % 5);
             Forgetful presenter;
             Game game(*session, GameOptions{.seed = seed, .noDisplay = false}, &presenter);
             if (forget) presenter.game = &game;
