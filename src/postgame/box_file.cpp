@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
+#include <type_traits>
 
 #include "league/files.h"
 #include "postgame/padded_text.h"
@@ -210,6 +212,64 @@ std::vector<std::string> BoxFile::keptText() const {
 
 std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame& game, const BoxFacts& facts) {
     auto box = std::make_unique<BoxFile>();
+    BoxWrite(*box, session, game, facts);
+    return box;
+}
+
+namespace {
+
+// Zeroes the bytes of `r` from member `from` up to member `to` (the end of
+// the record when null), `from` included and `to` not.
+template <class R, class A, class B = char>
+void zeroSpan(R& r, A& from, B* to = nullptr) {
+    auto* base = reinterpret_cast<unsigned char*>(&r);
+    auto* begin = reinterpret_cast<unsigned char*>(&from);
+    auto* end = to != nullptr ? reinterpret_cast<unsigned char*>(to) : base + sizeof(R);
+    std::memset(begin, 0, static_cast<std::size_t>(end - begin));
+}
+
+template <std::size_t N, std::size_t M>
+void zeroLines(std::array<FixedText<N>, M>& lines, int count) {
+    std::size_t n = static_cast<std::size_t>(std::clamp<int>(count, 0, static_cast<int>(M)));
+    std::memset(static_cast<void*>(lines.data()), 0, n * sizeof(FixedText<N>));
+}
+
+}  // namespace
+
+void blankBox(BoxFile& box) {
+    static_assert(std::is_trivially_copyable_v<BoxFile> && std::is_standard_layout_v<BoxRecord1> &&
+                  std::is_standard_layout_v<BoxRecord2> && std::is_standard_layout_v<BoxPlayRecord>);
+    BoxRecord1& r1 = box.r1;
+    zeroLines(r1.BoxText, r1.BoxTextCount);
+    zeroSpan(r1, r1.BoxTeam, &r1.BoxText);
+    zeroSpan(r1, r1.BoxTextCount);
+
+    BoxRecord2& r2 = box.r2;
+    int events = r2.EventCount;
+    zeroLines(r2.ScoringText, r2.ScoringCount);
+    zeroLines(r2.PenaltyText, r2.PenaltyCount);
+    zeroLines(r2.EventTime, events);
+    zeroLines(r2.EventTeam, events);
+    zeroLines(r2.EventStrength, events);
+    zeroLines(r2.EventKind, events);
+    zeroLines(r2.EventText, events);
+    r2.ScoringCount = 0;
+    r2.PenaltyCount = 0;
+    r2.EventCount = 0;
+    r2.EventPeriod = {};
+    zeroSpan(r2, r2.PeriodTable);
+
+    int lines = box.plays[0].PlayLineCount;
+    for (std::size_t k = 0; k < box.plays.size(); ++k) {
+        BoxPlayRecord& rec = box.plays[k];
+        zeroLines(rec.PlayLines, lines - static_cast<int>(k) * kPlayLinesPerRecord);
+        rec.PlayLineCount = 0;
+        zeroSpan(rec, rec.BoxStampC);
+    }
+}
+
+void BoxWrite(BoxFile& boxFile, const GameSession& session, const FinishedGame& game, const BoxFacts& facts) {
+    BoxFile* box = &boxFile;
     BoxRecord1& r1 = box->r1;
     BoxRecord2& r2 = box->r2;
     int winner = facts.winnerSide;
@@ -328,7 +388,6 @@ std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame
         for (int slot = 0; slot < kRosterSlots; ++slot)
             rec.BoxEnergyStart[std::size_t(slot)] = session.side(side).MaxEnergy[std::size_t(slot)];
     }
-    return box;
 }
 
 void putBoxBytes(const BoxFile& box, std::uint8_t* out) {

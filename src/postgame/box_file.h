@@ -47,6 +47,15 @@ struct BoxFacts {
 
 // The four records of a finished game of the session.
 std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame& game, const BoxFacts& facts);
+// The same into `box`, which must be blank: all zero, as made or as
+// blankBox leaves it.
+void BoxWrite(BoxFile& box, const GameSession& session, const FinishedGame& game, const BoxFacts& facts);
+
+// Makes a box filled by BoxWrite all zero again. Its lists of lines are
+// cleared only as far as their counts go: a run keeps one box for all its
+// games, and clearing all 120 KB of it at each would cost more than the
+// lines a game uses. Lines past a list's count must be blank already.
+void blankBox(BoxFile& box);
 
 // The file image: four slots of 30,000 bytes.
 std::vector<std::uint8_t> boxBytes(const BoxFile& box);

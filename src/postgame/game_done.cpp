@@ -1034,7 +1034,18 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     facts.scheduleRow = game.scheduleRow;
     facts.scoringText = scoringSummary(session, game);
     facts.penaltyText = penaltySummary(session, game);
-    auto box = BoxWrite(session, game, facts);
+    // A run's box is kept between its games, blank, and made blank again
+    // when this posting is done with it, however it ends.
+    std::unique_ptr<BoxFile> ownBox;
+    if (o.tables && !o.tables->box) o.tables->box = std::make_unique<BoxFile>();
+    BoxFile* box = o.tables ? o.tables->box.get() : (ownBox = std::make_unique<BoxFile>()).get();
+    struct Blanker {
+        BoxFile* box;
+        ~Blanker() {
+            if (box != nullptr) blankBox(*box);
+        }
+    } blanker{o.tables ? box : nullptr};
+    BoxWrite(*box, session, game, facts);
     BoxNames names;
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
