@@ -1069,10 +1069,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // the journal leaves it unnamed, and the game's next posting writes it
     // again under the same name.
     if (leagueGame) {
-        // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
-        auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
-        putBoxBytes(*box, bytes.get());
-        writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+        if (o.tables) {
+            if (!o.tables->boxImage) o.tables->boxImage = std::make_unique<BoxImage>();
+            writer.replace(find(res.boxFile), o.tables->boxImage->put(*box));
+        } else {
+            // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
+            auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
+            putBoxBytes(*box, bytes.get());
+            writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+        }
     }
 
     journal.commit(changes, writer);

@@ -55,6 +55,8 @@ struct KeptTables {
     std::vector<std::vector<std::uint8_t>> playerRooms;
     // The box of a game, blank between postings (blankBox).
     std::unique_ptr<BoxFile> box;
+    // Its file image, written over game after game.
+    std::unique_ptr<BoxImage> boxImage;
 };
 
 struct PostingOptions {
