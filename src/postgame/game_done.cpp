@@ -30,6 +30,8 @@ int other(int side) { return side == kVisitor ? kHome : kVisitor; }
 
 template <class T>
 void addTo(T& field, long long v) {
+    // Most of a man's game line is zero, and a zero moves no total.
+    if (v == 0) return;
     long long sum = static_cast<long long>(field) + v;
     sum = std::clamp<long long>(sum, std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
     field = static_cast<T>(sum);
