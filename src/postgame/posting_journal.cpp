@@ -552,6 +552,10 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         // long holds three whole words of equal bytes, so words are passed
         // over until three equal ones come in a row, and only then are the
         // run's ends found byte by byte.
+        // Where the bytes differ next after a stretch, when finding its end
+        // has found that too: the equal run is not scanned a second time.
+        constexpr std::size_t kUnknown = static_cast<std::size_t>(-1);
+        std::size_t nextKnown = kUnknown;
         auto stretchEnd = [&](std::size_t i) -> std::size_t {
             if (i >= comparable) return n;
             std::size_t from = i + 1;  // the byte before `from` differs
@@ -576,15 +580,19 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
                 std::size_t start = w - 16;
                 while (start > from && equalAt(start - 1)) --start;
                 std::size_t end = firstDifference(was, now, w + 8, comparable);
-                if (end - start >= kJournalGap || (end >= comparable && comparable == n)) return start;
+                if (end - start >= kJournalGap || (end >= comparable && comparable == n)) {
+                    nextKnown = end;  // the bytes from start to end are equal: end is the next difference
+                    return start;
+                }
                 if (end >= comparable) return n;
                 from = end + 1;
             }
         };
         for (std::size_t i = nextDifferent(0); i < n;) {
+            nextKnown = kUnknown;
             std::size_t j = stretchEnd(i);
             out.push_back({&c.name, false, begin + i, std::span(c.bytes).subspan(i, j - i)});
-            i = nextDifferent(j);
+            i = nextKnown != kUnknown ? nextKnown : nextDifferent(j);
         }
     }
     return out;
