@@ -93,26 +93,26 @@ std::unique_ptr<BoxFile> boxUsing(int used) {
     auto box = std::make_unique<BoxFile>();
     std::memset(static_cast<void*>(box.get()), 0x5A, sizeof(BoxFile));
     // Lines past a list's count are blank, as BoxWrite leaves them.
-    auto keep = [&](auto& lines, std::size_t from) {
+    auto blankFrom = [&](auto& lines, std::size_t from) {
         for (std::size_t k = from; k < lines.size(); ++k) lines[k] = {};
     };
     auto upTo = [&](std::size_t n) { return std::min<std::size_t>(static_cast<std::size_t>(used), n); };
     box->r1.BoxTextCount = static_cast<std::int16_t>(upTo(kBoxTextLines));
-    keep(box->r1.BoxText, upTo(kBoxTextLines));
+    blankFrom(box->r1.BoxText, upTo(kBoxTextLines));
     box->r2.ScoringCount = static_cast<std::uint8_t>(upTo(kScoringLines));
-    keep(box->r2.ScoringText, upTo(kScoringLines));
+    blankFrom(box->r2.ScoringText, upTo(kScoringLines));
     box->r2.PenaltyCount = static_cast<std::uint8_t>(upTo(kPenaltyLines));
-    keep(box->r2.PenaltyText, upTo(kPenaltyLines));
+    blankFrom(box->r2.PenaltyText, upTo(kPenaltyLines));
     box->r2.EventCount = static_cast<std::int16_t>(upTo(kBoxEvents));
-    keep(box->r2.EventTime, upTo(kBoxEvents));
-    keep(box->r2.EventTeam, upTo(kBoxEvents));
-    keep(box->r2.EventStrength, upTo(kBoxEvents));
-    keep(box->r2.EventKind, upTo(kBoxEvents));
-    keep(box->r2.EventText, upTo(kBoxEventTexts));
+    blankFrom(box->r2.EventTime, upTo(kBoxEvents));
+    blankFrom(box->r2.EventTeam, upTo(kBoxEvents));
+    blankFrom(box->r2.EventStrength, upTo(kBoxEvents));
+    blankFrom(box->r2.EventKind, upTo(kBoxEvents));
+    blankFrom(box->r2.EventText, upTo(kBoxEventTexts));
     box->plays[0].PlayLineCount = static_cast<std::int16_t>(used);
-    keep(box->plays[0].PlayLines, upTo(kPlayLinesPerRecord));
-    keep(box->plays[1].PlayLines,
-         static_cast<std::size_t>(std::max(0, std::min(used, 2 * kPlayLinesPerRecord) - kPlayLinesPerRecord)));
+    blankFrom(box->plays[0].PlayLines, upTo(kPlayLinesPerRecord));
+    blankFrom(box->plays[1].PlayLines,
+              static_cast<std::size_t>(std::max(0, std::min(used, 2 * kPlayLinesPerRecord) - kPlayLinesPerRecord)));
     box->plays[1].PlayLineCount = 0x5A5A;  // only record 3 counts the lines
     return box;
 }
