@@ -6,6 +6,7 @@
 // byte layout is stated once, next to a compile-time check that the fields
 // tile the record exactly.
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -17,6 +18,7 @@
 #include <string_view>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "league/fixed_text.h"
@@ -283,6 +285,35 @@ void encode(const R& r, std::uint8_t* p) {
         for (const Run& run : runsOf<R>()) copyRun(p + run.wire, in + run.memory, run.length);
     } else {
         encodeFields(r, p);
+    }
+}
+
+// Encodes the record but for the byte ranges `skip` of its image (in order,
+// apart from each other), whose bytes at `p` are left as they are.
+template <Record R>
+void encodeOutside(const R& r, std::uint8_t* p, std::span<const std::pair<std::size_t, std::size_t>> skip) {
+    if constexpr (kWireIsMemory) {
+        const auto* in = reinterpret_cast<const unsigned char*>(&r);
+        for (const Run& run : runsOf<R>()) {
+            std::size_t from = run.wire, end = run.wire + run.length;
+            auto copy = [&](std::size_t to) { copyRun(p + from, in + run.memory + (from - run.wire), to - from); };
+            for (const auto& [lo, hi] : skip) {
+                if (hi <= from || lo >= end) continue;
+                if (lo > from) copy(lo);
+                from = std::max(from, hi);
+                if (from >= end) break;
+            }
+            if (from < end) copy(end);
+        }
+    } else {
+        std::vector<std::uint8_t> all(Layout<R>::size);
+        encodeFields(r, all.data());
+        std::size_t from = 0;
+        for (const auto& [lo, hi] : skip) {
+            if (lo > from) std::memcpy(p + from, all.data() + from, std::min(lo, all.size()) - from);
+            from = std::max(from, hi);
+        }
+        if (from < all.size()) std::memcpy(p + from, all.data() + from, all.size() - from);
     }
 }
 

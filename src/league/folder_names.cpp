@@ -28,7 +28,11 @@ FolderNames::FolderNames(fs::path dir) : dir_(std::move(dir)) {
     // Sorted, so that of two names differing only in case the same one wins
     // as with findFile.
     std::sort(names.begin(), names.end());
-    for (std::string& n : names) byUpperName_.try_emplace(upper(n), std::move(n));
+    for (std::string& n : names) {
+        std::string key = upper(n);
+        fs::path path = dir_ / n;
+        byUpperName_.try_emplace(std::move(key), Entry{std::move(n), std::move(path)});
+    }
 }
 
 fs::path FolderNames::find(std::string_view name) {
@@ -37,11 +41,13 @@ fs::path FolderNames::find(std::string_view name) {
     auto it = byUpperName_.find(key);
     if (it != byUpperName_.end()) {
         // The exact spelling, when it is there, wins over any other.
-        if (it->second != name && fs::exists(dir_ / name)) it->second = std::string(name);
-        return dir_ / it->second;
+        Entry& e = it->second;
+        if (e.name != name && fs::exists(dir_ / name)) e = Entry{std::string(name), dir_ / name};
+        return e.path;
     }
-    byUpperName_.emplace(std::move(key), std::string(name));
-    return dir_ / name;
+    fs::path path = dir_ / name;
+    byUpperName_.emplace(std::move(key), Entry{std::string(name), path});
+    return path;
 }
 
 }  // namespace tallyrink

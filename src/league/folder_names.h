@@ -26,7 +26,11 @@ public:
 
 private:
     std::filesystem::path dir_;
-    std::unordered_map<std::string, std::string> byUpperName_;  // the first in sorted order wins
+    struct Entry {
+        std::string name;            // the spelling on disk, or as first asked for
+        std::filesystem::path path;  // dir_ / name, joined once: a run asks for the same files every game
+    };
+    std::unordered_map<std::string, Entry> byUpperName_;  // the first in sorted order wins
 };
 
 }  // namespace tallyrink

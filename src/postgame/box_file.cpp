@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
+#include <type_traits>
 
 #include "league/files.h"
 #include "postgame/padded_text.h"
@@ -210,6 +212,64 @@ std::vector<std::string> BoxFile::keptText() const {
 
 std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame& game, const BoxFacts& facts) {
     auto box = std::make_unique<BoxFile>();
+    BoxWrite(*box, session, game, facts);
+    return box;
+}
+
+namespace {
+
+// Zeroes the bytes of `r` from member `from` up to member `to` (the end of
+// the record when null), `from` included and `to` not.
+template <class R, class A, class B = char>
+void zeroSpan(R& r, A& from, B* to = nullptr) {
+    auto* base = reinterpret_cast<unsigned char*>(&r);
+    auto* begin = reinterpret_cast<unsigned char*>(&from);
+    auto* end = to != nullptr ? reinterpret_cast<unsigned char*>(to) : base + sizeof(R);
+    std::memset(begin, 0, static_cast<std::size_t>(end - begin));
+}
+
+template <std::size_t N, std::size_t M>
+void zeroLines(std::array<FixedText<N>, M>& lines, int count) {
+    std::size_t n = static_cast<std::size_t>(std::clamp<int>(count, 0, static_cast<int>(M)));
+    std::memset(static_cast<void*>(lines.data()), 0, n * sizeof(FixedText<N>));
+}
+
+}  // namespace
+
+void blankBox(BoxFile& box) {
+    static_assert(std::is_trivially_copyable_v<BoxFile> && std::is_standard_layout_v<BoxRecord1> &&
+                  std::is_standard_layout_v<BoxRecord2> && std::is_standard_layout_v<BoxPlayRecord>);
+    BoxRecord1& r1 = box.r1;
+    zeroLines(r1.BoxText, r1.BoxTextCount);
+    zeroSpan(r1, r1.BoxTeam, &r1.BoxText);
+    zeroSpan(r1, r1.BoxTextCount);
+
+    BoxRecord2& r2 = box.r2;
+    int events = r2.EventCount;
+    zeroLines(r2.ScoringText, r2.ScoringCount);
+    zeroLines(r2.PenaltyText, r2.PenaltyCount);
+    zeroLines(r2.EventTime, events);
+    zeroLines(r2.EventTeam, events);
+    zeroLines(r2.EventStrength, events);
+    zeroLines(r2.EventKind, events);
+    zeroLines(r2.EventText, events);
+    r2.ScoringCount = 0;
+    r2.PenaltyCount = 0;
+    r2.EventCount = 0;
+    r2.EventPeriod = {};
+    zeroSpan(r2, r2.PeriodTable);
+
+    int lines = box.plays[0].PlayLineCount;
+    for (std::size_t k = 0; k < box.plays.size(); ++k) {
+        BoxPlayRecord& rec = box.plays[k];
+        zeroLines(rec.PlayLines, lines - static_cast<int>(k) * kPlayLinesPerRecord);
+        rec.PlayLineCount = 0;
+        zeroSpan(rec, rec.BoxStampC);
+    }
+}
+
+void BoxWrite(BoxFile& boxFile, const GameSession& session, const FinishedGame& game, const BoxFacts& facts) {
+    BoxFile* box = &boxFile;
     BoxRecord1& r1 = box->r1;
     BoxRecord2& r2 = box->r2;
     int winner = facts.winnerSide;
@@ -328,7 +388,6 @@ std::unique_ptr<BoxFile> BoxWrite(const GameSession& session, const FinishedGame
         for (int slot = 0; slot < kRosterSlots; ++slot)
             rec.BoxEnergyStart[std::size_t(slot)] = session.side(side).MaxEnergy[std::size_t(slot)];
     }
-    return box;
 }
 
 void putBoxBytes(const BoxFile& box, std::uint8_t* out) {
@@ -340,6 +399,92 @@ void putBoxBytes(const BoxFile& box, std::uint8_t* out) {
     codec::putSlot(box.r2, out + r1);
     codec::putSlot(box.plays[0], out + r1 + r2);
     codec::putSlot(box.plays[1], out + r1 + r2 + play);
+}
+
+namespace {
+
+using Skip = std::pair<std::size_t, std::size_t>;
+
+// Where a list of lines lies in its record's bytes.
+template <class R>
+Skip listSpan(std::string_view name) {
+    const codec::FieldInfo* f = codec::findField<R>(name);
+    return {f->offset, f->offset + f->width};
+}
+
+struct BoxLists {
+    std::array<Skip, 1> r1{listSpan<BoxRecord1>("BoxText")};
+    std::array<Skip, 7> r2{listSpan<BoxRecord2>("ScoringText"),   listSpan<BoxRecord2>("PenaltyText"),
+                           listSpan<BoxRecord2>("EventTime"),     listSpan<BoxRecord2>("EventTeam"),
+                           listSpan<BoxRecord2>("EventStrength"), listSpan<BoxRecord2>("EventKind"),
+                           listSpan<BoxRecord2>("EventText")};
+    std::array<Skip, 1> play{listSpan<BoxPlayRecord>("PlayLines")};
+};
+
+const BoxLists& boxLists() {
+    static const BoxLists lists;
+    return lists;
+}
+
+constexpr std::size_t kR1 = codec::slotWidth<BoxRecord1>(), kR2 = codec::slotWidth<BoxRecord2>(),
+                      kPlay = codec::slotWidth<BoxPlayRecord>();
+
+template <class R>
+void putOutside(const R& r, std::uint8_t* out, std::span<const Skip> skip) {
+    codec::encodeOutside(r, out, skip);
+    if constexpr (codec::tailWidth<R>() > 0)
+        std::memcpy(out + codec::Layout<R>::size, r.SlotTail.data(), codec::tailWidth<R>());
+}
+
+template <std::size_t N, std::size_t M>
+std::span<const std::uint8_t> linesInUse(const std::array<FixedText<N>, M>& lines, int count) {
+    auto n = static_cast<std::size_t>(std::clamp<int>(count, 0, static_cast<int>(M)));
+    return {reinterpret_cast<const std::uint8_t*>(lines.data()), n * N};
+}
+
+}  // namespace
+
+BoxImage::BoxImage() : bytes_(std::make_unique<std::uint8_t[]>(kBoxFileBytes)) {
+    const BoxLists& l = boxLists();
+    auto list = [](std::size_t record, const Skip& s, std::size_t lineSize) {
+        return List{record + s.first, lineSize, 0};
+    };
+    lists_ = {list(0, l.r1[0], 150),          list(kR1, l.r2[0], 70),
+              list(kR1, l.r2[1], 70),         list(kR1, l.r2[2], 5),
+              list(kR1, l.r2[3], 3),          list(kR1, l.r2[4], 2),
+              list(kR1, l.r2[5], 10),         list(kR1, l.r2[6], 60),
+              list(kR1 + kR2, l.play[0], 80), list(kR1 + kR2 + kPlay, l.play[0], 80)};
+}
+
+std::span<const std::uint8_t> BoxImage::put(const BoxFile& box) {
+    static_assert(kR1 + kR2 + 2 * kPlay == kBoxFileBytes);
+    const BoxLists& l = boxLists();
+    std::uint8_t* out = bytes_.get();
+    putOutside(box.r1, out, l.r1);
+    putOutside(box.r2, out + kR1, l.r2);
+    putOutside(box.plays[0], out + kR1 + kR2, l.play);
+    putOutside(box.plays[1], out + kR1 + kR2 + kPlay, l.play);
+    const BoxRecord2& r2 = box.r2;
+    int plays = box.plays[0].PlayLineCount;
+    const std::array<std::span<const std::uint8_t>, 10> inUse{
+        linesInUse(box.r1.BoxText, box.r1.BoxTextCount),
+        linesInUse(r2.ScoringText, r2.ScoringCount),
+        linesInUse(r2.PenaltyText, r2.PenaltyCount),
+        linesInUse(r2.EventTime, r2.EventCount),
+        linesInUse(r2.EventTeam, r2.EventCount),
+        linesInUse(r2.EventStrength, r2.EventCount),
+        linesInUse(r2.EventKind, r2.EventCount),
+        linesInUse(r2.EventText, r2.EventCount),
+        linesInUse(box.plays[0].PlayLines, plays),
+        linesInUse(box.plays[1].PlayLines, plays - kPlayLinesPerRecord)};
+    for (std::size_t k = 0; k < lists_.size(); ++k) {
+        List& list = lists_[k];
+        std::size_t n = inUse[k].size();
+        if (n > 0) std::memcpy(out + list.at, inUse[k].data(), n);
+        if (list.used > n) std::memset(out + list.at + n, 0, list.used - n);
+        list.used = n;
+    }
+    return {out, kBoxFileBytes};
 }
 
 std::vector<std::uint8_t> boxBytes(const BoxFile& box) {

@@ -266,6 +266,12 @@ TALLYRINK_INSTANTIATE_RECORD_CODEC(BoxLine)
 TALLYRINK_INSTANTIATE_RECORD_CODEC(BoxRecord1)
 TALLYRINK_INSTANTIATE_RECORD_CODEC(BoxRecord2)
 TALLYRINK_INSTANTIATE_RECORD_CODEC(BoxPlayRecord)
+template void encodeOutside<BoxRecord1>(const BoxRecord1&, std::uint8_t*,
+                                        std::span<const std::pair<std::size_t, std::size_t>>);
+template void encodeOutside<BoxRecord2>(const BoxRecord2&, std::uint8_t*,
+                                        std::span<const std::pair<std::size_t, std::size_t>>);
+template void encodeOutside<BoxPlayRecord>(const BoxPlayRecord&, std::uint8_t*,
+                                           std::span<const std::pair<std::size_t, std::size_t>>);
 TALLYRINK_INSTANTIATE_RECORD_CODEC(LeaderEntry)
 TALLYRINK_INSTANTIATE_RECORD_CODEC(LeadersRecord)
 TALLYRINK_INSTANTIATE_RECORD_CODEC(Top40Entry)

@@ -331,6 +331,12 @@ TALLYRINK_EXTERN_RECORD_CODEC(BoxLine)
 TALLYRINK_EXTERN_RECORD_CODEC(BoxRecord1)
 TALLYRINK_EXTERN_RECORD_CODEC(BoxRecord2)
 TALLYRINK_EXTERN_RECORD_CODEC(BoxPlayRecord)
+extern template void encodeOutside<BoxRecord1>(const BoxRecord1&, std::uint8_t*,
+                                               std::span<const std::pair<std::size_t, std::size_t>>);
+extern template void encodeOutside<BoxRecord2>(const BoxRecord2&, std::uint8_t*,
+                                               std::span<const std::pair<std::size_t, std::size_t>>);
+extern template void encodeOutside<BoxPlayRecord>(const BoxPlayRecord&, std::uint8_t*,
+                                                  std::span<const std::pair<std::size_t, std::size_t>>);
 TALLYRINK_EXTERN_RECORD_CODEC(LeaderEntry)
 TALLYRINK_EXTERN_RECORD_CODEC(LeadersRecord)
 TALLYRINK_EXTERN_RECORD_CODEC(Top40Entry)

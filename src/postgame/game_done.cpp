@@ -30,6 +30,8 @@ int other(int side) { return side == kVisitor ? kHome : kVisitor; }
 
 template <class T>
 void addTo(T& field, long long v) {
+    // Most of a man's game line is zero, and a zero moves no total.
+    if (v == 0) return;
     long long sum = static_cast<long long>(field) + v;
     sum = std::clamp<long long>(sum, std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
     field = static_cast<T>(sum);
@@ -1034,7 +1036,18 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     facts.scheduleRow = game.scheduleRow;
     facts.scoringText = scoringSummary(session, game);
     facts.penaltyText = penaltySummary(session, game);
-    auto box = BoxWrite(session, game, facts);
+    // A run's box is kept between its games, blank, and made blank again
+    // when this posting is done with it, however it ends.
+    std::unique_ptr<BoxFile> ownBox;
+    if (o.tables && !o.tables->box) o.tables->box = std::make_unique<BoxFile>();
+    BoxFile* box = o.tables ? o.tables->box.get() : (ownBox = std::make_unique<BoxFile>()).get();
+    struct Blanker {
+        BoxFile* box;
+        ~Blanker() {
+            if (box != nullptr) blankBox(*box);
+        }
+    } blanker{o.tables ? box : nullptr};
+    BoxWrite(*box, session, game, facts);
     BoxNames names;
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
@@ -1058,10 +1071,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // the journal leaves it unnamed, and the game's next posting writes it
     // again under the same name.
     if (leagueGame) {
-        // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
-        auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
-        putBoxBytes(*box, bytes.get());
-        writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+        if (o.tables) {
+            if (!o.tables->boxImage) o.tables->boxImage = std::make_unique<BoxImage>();
+            writer.replace(find(res.boxFile), o.tables->boxImage->put(*box));
+        } else {
+            // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
+            auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
+            putBoxBytes(*box, bytes.get());
+            writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+        }
     }
 
     journal.commit(changes, writer);

@@ -53,6 +53,10 @@ struct KeptTables {
     // The rooms the last posting's player records were written from, to be
     // written into again rather than made anew for some seventy men a game.
     std::vector<std::vector<std::uint8_t>> playerRooms;
+    // The box of a game, blank between postings (blankBox).
+    std::unique_ptr<BoxFile> box;
+    // Its file image, written over game after game.
+    std::unique_ptr<BoxImage> boxImage;
 };
 
 struct PostingOptions {

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include "league/files.h"
 #include "postgame/box_file.h"
 #include "postgame/padded_text.h"
@@ -81,6 +84,61 @@ TEST(BoxRecords, WriteAndReadKeepTheRecords) {
     auto lines = back->playLines();
     ASSERT_EQ(lines.size(), 352u);
     EXPECT_EQ(lines.back(), "the 352nd line");
+}
+
+// A box of full fixed fields whose lists use `used` lines each, or all
+// they have when fewer; the lines past each count blank, as BoxWrite leaves
+// them.
+std::unique_ptr<BoxFile> boxUsing(int used) {
+    auto box = std::make_unique<BoxFile>();
+    std::memset(static_cast<void*>(box.get()), 0x5A, sizeof(BoxFile));
+    // Lines past a list's count are blank, as BoxWrite leaves them.
+    auto blankFrom = [&](auto& lines, std::size_t from) {
+        for (std::size_t k = from; k < lines.size(); ++k) lines[k] = {};
+    };
+    auto upTo = [&](std::size_t n) { return std::min<std::size_t>(static_cast<std::size_t>(used), n); };
+    box->r1.BoxTextCount = static_cast<std::int16_t>(upTo(kBoxTextLines));
+    blankFrom(box->r1.BoxText, upTo(kBoxTextLines));
+    box->r2.ScoringCount = static_cast<std::uint8_t>(upTo(kScoringLines));
+    blankFrom(box->r2.ScoringText, upTo(kScoringLines));
+    box->r2.PenaltyCount = static_cast<std::uint8_t>(upTo(kPenaltyLines));
+    blankFrom(box->r2.PenaltyText, upTo(kPenaltyLines));
+    box->r2.EventCount = static_cast<std::int16_t>(upTo(kBoxEvents));
+    blankFrom(box->r2.EventTime, upTo(kBoxEvents));
+    blankFrom(box->r2.EventTeam, upTo(kBoxEvents));
+    blankFrom(box->r2.EventStrength, upTo(kBoxEvents));
+    blankFrom(box->r2.EventKind, upTo(kBoxEvents));
+    blankFrom(box->r2.EventText, upTo(kBoxEventTexts));
+    box->plays[0].PlayLineCount = static_cast<std::int16_t>(used);
+    blankFrom(box->plays[0].PlayLines, upTo(kPlayLinesPerRecord));
+    blankFrom(box->plays[1].PlayLines,
+              static_cast<std::size_t>(std::max(0, std::min(used, 2 * kPlayLinesPerRecord) - kPlayLinesPerRecord)));
+    box->plays[1].PlayLineCount = 0x5A5A;  // only record 3 counts the lines
+    return box;
+}
+
+// A run keeps one box for all its games: blanked, it must write out as a
+// new one, whatever its fixed fields held and however many lines its lists
+// used, up to full and across the two play records.
+TEST(BoxRecords, ABlankedBoxWritesOutAsANewOne) {
+    const std::vector<std::uint8_t> fresh = boxBytes(BoxFile{});
+    for (int used : {0, 1, 40, 290, 300, 351, 352, 400, 702}) {
+        auto box = boxUsing(used);
+        blankBox(*box);
+        EXPECT_EQ(boxBytes(*box), fresh) << used << " lines";
+    }
+}
+
+// The image a run writes its boxes into holds each box as a new image
+// would, whether the box before it used more lines or fewer.
+TEST(BoxRecords, TheKeptImageOfABoxIsThatOfTheBoxAlone) {
+    BoxImage image;
+    for (int used : {702, 3, 400, 0, 352, 115, 351, 1, 290, 300, 0}) {
+        auto box = boxUsing(used);
+        box->r1.BoxClock = used;  // a fixed field that differs from game to game
+        auto put = image.put(*box);
+        EXPECT_EQ(std::vector<std::uint8_t>(put.begin(), put.end()), boxBytes(*box)) << used << " lines";
+    }
 }
 
 TEST(BoxRecords, AShortFileIsReadAsFarAsItGoesAndAForeignOneIsRefused) {
