@@ -340,7 +340,12 @@ private:
     void keptOffChanged() {
         keptOffQuiet_[0].goalie = kNoSlot - 1;
         keptOffQuiet_[1].goalie = kNoSlot - 1;
+        boxCount_.kept = false;
     }
+    // The box as recountSkaters reads it, packed into boxCount_'s form;
+    // false when a box holds more than that keeps.
+    [[nodiscard]] bool packBoxes(std::array<std::array<std::uint64_t, 6>, 2>& boxes,
+                                 std::array<std::uint8_t, 2>& sizes) const;
     // Skaters a side dresses on the ice at full strength: five, or in
     // overtime four or three by the league's overtime rule.
     [[nodiscard]] int fullStrength() const;
@@ -863,6 +868,21 @@ private:
         OnIce ice;
     };
     std::array<KeptOffQuiet, 2> keptOffQuiet_{};
+    // What recountSkaters last read while someone was in the box, when it
+    // changed nobody's place on the ice: the boxes (each penalty's server,
+    // order, and whether it runs and leaves the side short), the men on the
+    // ice and the count it came to. While all of it and the tables
+    // keptOffChanged watches stand, a count again would start, hold and move
+    // nobody and come to the same. keptOffChanged drops it.
+    struct BoxCount {
+        bool kept = false;
+        int full = 0;
+        std::array<int, 2> skaters{};
+        std::array<std::uint8_t, 2> sizes{};
+        std::array<std::array<std::uint64_t, 6>, 2> boxes{};
+        std::array<OnIce, 2> ice{};
+    };
+    BoxCount boxCount_{};
     // Answers kept for eraFiguresOf: the era table and the teams' levels
     // hold through a game. Cleared when a game starts.
     struct EraFiguresMemo {

@@ -298,6 +298,13 @@ void Game::recountSkaters() {
             return;
         }
     }
+    std::array<std::array<std::uint64_t, 6>, 2> boxes{};
+    std::array<std::uint8_t, 2> sizes{};
+    const bool packed = packBoxes(boxes, sizes);
+    if (packed && boxCount_.kept && boxCount_.skaters == s_.Skaters && s_.pen.lastSkaters == s_.Skaters &&
+        boxCount_.sizes == sizes && boxCount_.boxes == boxes && boxCount_.full == fullStrength() &&
+        boxCount_.ice[0].slot == s_.onIce[0].slot && boxCount_.ice[1].slot == s_.onIce[1].slot)
+        return;
     std::array<int, 2> before = s_.Skaters;
     bool moved = false;
     std::array<int, 2> shortOf{};
@@ -329,6 +336,32 @@ void Game::recountSkaters() {
         }
     }
     countPowerPlay();
+    // Kept only when nobody was put on: the ice then stands as it was read.
+    // Packed after the count, as starting a waiting penalty changes the box.
+    boxCount_.kept = before == s_.Skaters && !moved && packBoxes(boxes, sizes);
+    if (boxCount_.kept) {
+        boxCount_.full = full;
+        boxCount_.skaters = s_.Skaters;
+        boxCount_.sizes = sizes;
+        boxCount_.boxes = boxes;
+        boxCount_.ice = s_.onIce;
+    }
+}
+
+bool Game::packBoxes(std::array<std::array<std::uint64_t, 6>, 2>& boxes, std::array<std::uint8_t, 2>& sizes) const {
+    for (int side : {kVisitor, kHome}) {
+        const auto& box = s_.pen.box[at(side)];
+        if (box.size() > boxes[at(side)].size()) return false;
+        sizes[at(side)] = static_cast<std::uint8_t>(box.size());
+        boxes[at(side)].fill(0);
+        for (std::size_t i = 0; i < box.size(); ++i) {
+            const BoxPenalty& p = box[i];
+            boxes[at(side)][i] = std::uint64_t{static_cast<std::uint32_t>(p.order)} << 32 |
+                                 std::uint64_t{static_cast<std::uint16_t>(p.server)} << 16 |
+                                 std::uint64_t{p.running} << 1 | std::uint64_t{p.shortHanded};
+        }
+    }
+    return true;
 }
 
 // A power play starts when a side gains an edge it didn't have. A second
