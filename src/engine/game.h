@@ -868,19 +868,18 @@ private:
         OnIce ice;
     };
     std::array<KeptOffQuiet, 2> keptOffQuiet_{};
-    // What recountSkaters last read while someone was in the box, when it
-    // changed nobody's place on the ice: the boxes (each penalty's server,
-    // order, and whether it runs and leaves the side short), the men on the
-    // ice and the count it came to. While all of it and the tables
-    // keptOffChanged watches stand, a count again would start, hold and move
-    // nobody and come to the same. keptOffChanged drops it.
+    // What recountSkaters last came to while someone was in the box: the
+    // boxes as it left them (each penalty's server, order, and whether it
+    // runs and leaves the side short) and the count. While all of it and
+    // the tables keptOffChanged watches stand, a count again would start,
+    // hold and count nothing new, and only the men on the ice need a look.
+    // keptOffChanged drops it.
     struct BoxCount {
         bool kept = false;
         int full = 0;
         std::array<int, 2> skaters{};
         std::array<std::uint8_t, 2> sizes{};
         std::array<std::array<std::uint64_t, 6>, 2> boxes{};
-        std::array<OnIce, 2> ice{};
     };
     BoxCount boxCount_{};
     // Answers kept for eraFiguresOf: the era table and the teams' levels

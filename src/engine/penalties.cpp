@@ -300,11 +300,16 @@ void Game::recountSkaters() {
     }
     std::array<std::array<std::uint64_t, 6>, 2> boxes{};
     std::array<std::uint8_t, 2> sizes{};
-    const bool packed = packBoxes(boxes, sizes);
-    if (packed && boxCount_.kept && boxCount_.skaters == s_.Skaters && s_.pen.lastSkaters == s_.Skaters &&
-        boxCount_.sizes == sizes && boxCount_.boxes == boxes && boxCount_.full == fullStrength() &&
-        boxCount_.ice[0].slot == s_.onIce[0].slot && boxCount_.ice[1].slot == s_.onIce[1].slot)
-        return;
+    if (boxCount_.kept && boxCount_.skaters == s_.Skaters && s_.pen.lastSkaters == s_.Skaters &&
+        boxCount_.full == fullStrength() && packBoxes(boxes, sizes) && boxCount_.sizes == sizes &&
+        boxCount_.boxes == boxes) {
+        // Nothing to start, hold or count: only whether a man now on the
+        // ice is one who may not be is left to ask.
+        bool moved = false;
+        for (int side : {kVisitor, kHome})
+            for (int slot : s_.onIce[at(side)].slot) moved |= slot != kNoSlot && offIce(side, slot);
+        if (!moved) return;
+    }
     std::array<int, 2> before = s_.Skaters;
     bool moved = false;
     std::array<int, 2> shortOf{};
@@ -326,6 +331,14 @@ void Game::recountSkaters() {
         for (int slot : s_.onIce[at(side)].slot)
             if (slot != kNoSlot && offIce(side, slot)) moved = true;
     }
+    // Kept from here: the box as started, the count and who is held would
+    // all come out the same again. Anything below that changes who may play
+    // drops it through keptOffChanged.
+    boxCount_.kept = packBoxes(boxes, sizes);
+    boxCount_.full = full;
+    boxCount_.skaters = s_.Skaters;
+    boxCount_.sizes = sizes;
+    boxCount_.boxes = boxes;
     if (before != s_.Skaters || moved) {
         for (int side : {kVisitor, kHome}) {
             if (before != s_.Skaters) {
@@ -336,16 +349,6 @@ void Game::recountSkaters() {
         }
     }
     countPowerPlay();
-    // Kept only when nobody was put on: the ice then stands as it was read.
-    // Packed after the count, as starting a waiting penalty changes the box.
-    boxCount_.kept = before == s_.Skaters && !moved && packBoxes(boxes, sizes);
-    if (boxCount_.kept) {
-        boxCount_.full = full;
-        boxCount_.skaters = s_.Skaters;
-        boxCount_.sizes = sizes;
-        boxCount_.boxes = boxes;
-        boxCount_.ice = s_.onIce;
-    }
 }
 
 bool Game::packBoxes(std::array<std::array<std::uint64_t, 6>, 2>& boxes, std::array<std::uint8_t, 2>& sizes) const {
