@@ -180,6 +180,9 @@ bool Game::offIce(int side, int slot) const {
 }
 
 void Game::keepPenalizedOff(int side) {
+    // With nobody serving, a side found as this would leave it (its kept
+    // answer asks little) has nothing to move and its goalie stands.
+    if (s_.pen.box[at(side)].empty() && keptOffQuiet(side)) return;
     LineupTeam& team = teams_[at(side)];
     auto& held = s_.pen.heldOff[at(side)];
     // offIce's test for every slot at once: the men in the box are marked
