@@ -216,6 +216,7 @@ public:
         layPickBase();
         unitMemo_ = {};
         placementMemo_ = {};
+        lineMenMemo_ = {};
         planMemo_ = {};
         keptOffChanged();
         return s_;
@@ -620,6 +621,11 @@ private:
     // search of it cost more than a hash.
     static constexpr std::size_t kPlacementSets = 32;
     std::array<std::array<std::array<KeptPlacement, 2>, kPlacementSets>, 2> placementMemo_{};
+    // lineMen's answers by side, the forward lines and then the pairs, kept
+    // on the same terms as the placements: the line tables change only
+    // while the driver waits on a person. The top bit says the line was
+    // looked at (no slot uses it); zero, that it wasn't.
+    std::array<std::array<std::uint64_t, 2 * kLineSets>, 2> lineMenMemo_{};
     // What the plans say of the game's time by unit and of the strategy they
     // start from, by side, kept on the same terms as the placements: a plan
     // changes only while the driver waits on a person, and a line change
@@ -714,7 +720,9 @@ private:
     [[nodiscard]] int lineChangeDue(int side);
     void computerLineChange(int side, bool atFaceoff);
     void chooseUnits(int side, bool preferenceOnly);
-    [[nodiscard]] bool unitRested(int side, int line, bool forwards) const;
+    [[nodiscard]] bool unitRested(int side, int line, bool forwards, std::uint64_t fit);
+    // The slots with a role on a forward line or pair, a bit a slot.
+    [[nodiscard]] std::uint64_t lineMen(int side, int line, bool forwards);
     void computerGoaliePull(int side);
     void returnGoalie(int side);
     void restoreEveryone();

@@ -564,9 +564,9 @@ TEST(WholeGames, TheSameSeedPlaysTheSameGame) {
 }
 
 // A game the driver plays through with nobody watching keeps the lines it
-// put on the ice for each request and fit list, and the plans' shares of
-// ice time its line changes go by; a game on a screen works every one out
-// afresh. The two must play alike, send out the same units for the same
+// put on the ice for each request and fit list, the men on each line, and
+// the plans' shares of ice time its line changes go by; a game on a screen
+// works every one out afresh. The two must play alike, send out the same units for the same
 // time, tire the same men and end on the same strategies, through the penalties, fights and injuries
 // that change who is fit to play.
 TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
