@@ -543,11 +543,18 @@ void Game::loadMatchingPairs() {
     }
 }
 
-std::uint64_t Game::lineMen(int side, int line, bool forwards) {
-    static_assert(kRosterSlots < 64, "the top bit is free to mark a line looked at");
-    constexpr std::uint64_t kLookedAt = std::uint64_t{1} << 63;
-    std::uint64_t& kept = lineMenMemo_[at(side)].at(at((forwards ? 0 : kLineSets) + line - 1));
-    if (kept != 0) return kept & ~kLookedAt;
+namespace {
+constexpr std::uint64_t kLookedAt = std::uint64_t{1} << 63;
+static_assert(kRosterSlots < 64, "the top bit is free to mark a line looked at");
+}  // namespace
+
+// Built into unitRested, as most lines asked for are kept.
+[[gnu::always_inline]] inline std::uint64_t Game::lineMen(int side, int line, bool forwards) {
+    const std::uint64_t kept = lineMenMemo_[at(side)].at(at((forwards ? 0 : kLineSets) + line - 1));
+    return kept != 0 ? kept & ~kLookedAt : readLineMen(side, line, forwards);
+}
+
+std::uint64_t Game::readLineMen(int side, int line, bool forwards) {
     const LineTables& lines = sideOf(side).lines;
     const BySlot<std::uint8_t>& roles =
         forwards ? lines.LineRoleLive.at(at(line - 1)) : lines.LineFlagLive.at(at(line - 1));
@@ -555,7 +562,8 @@ std::uint64_t Game::lineMen(int side, int line, bool forwards) {
     std::uint64_t men = 0;
     for (std::size_t first = 0; first < kRosterSlots; first += 8)
         men |= byteMarks(nonzeroBytes(slotWord(roles, first))) << first;
-    if (driverRunning_ && s_.NoDisplay) kept = men | kLookedAt;
+    if (driverRunning_ && s_.NoDisplay)
+        lineMenMemo_[at(side)].at(at((forwards ? 0 : kLineSets) + line - 1)) = men | kLookedAt;
     return men;
 }
 

@@ -723,6 +723,7 @@ private:
     [[nodiscard]] bool unitRested(int side, int line, bool forwards, std::uint64_t fit);
     // The slots with a role on a forward line or pair, a bit a slot.
     [[nodiscard]] std::uint64_t lineMen(int side, int line, bool forwards);
+    [[nodiscard]] std::uint64_t readLineMen(int side, int line, bool forwards);
     void computerGoaliePull(int side);
     void returnGoalie(int side);
     void restoreEveryone();
