@@ -342,6 +342,7 @@ private:
         keptOffQuiet_[0].goalie = kNoSlot - 1;
         keptOffQuiet_[1].goalie = kNoSlot - 1;
         boxCount_.kept = false;
+        heldSettled_ = {false, false};
     }
     // The box as recountSkaters reads it, packed into boxCount_'s form;
     // false when a box holds more than that keeps.
@@ -891,6 +892,10 @@ private:
         std::array<std::array<std::uint64_t, 6>, 2> boxes{};
     };
     BoxCount boxCount_{};
+    // By side, keepPenalizedOff has run since anything it reads last
+    // changed: who is out, hurt, held or fit (keptOffChanged) or who sits in
+    // the box (addToBox, endPenalty). Another run would move nobody.
+    std::array<bool, 2> heldSettled_{};
     // Answers kept for eraFiguresOf: the era table and the teams' levels
     // hold through a game. Cleared when a game starts.
     struct EraFiguresMemo {

@@ -184,6 +184,11 @@ void Game::keepPenalizedOff(int side) {
     // answer asks little) has nothing to move and its goalie stands.
     if (s_.pen.box[at(side)].empty() && keptOffQuiet(side)) return;
     LineupTeam& team = teams_[at(side)];
+    int& goalie = s_.goalie[at(side)];
+    if (heldSettled_[at(side)]) {
+        if (goalie != kNoSlot && !team.candidate[at(goalie)]) goalie = chooseGoalie(team, kNoSlot);
+        return;
+    }
     auto& held = s_.pen.heldOff[at(side)];
     // offIce's test for every slot at once: the men in the box are marked
     // once rather than searched for at each slot. A change to who counts as
@@ -212,7 +217,7 @@ void Game::keepPenalizedOff(int side) {
             }
         }
     }
-    int& goalie = s_.goalie[at(side)];
+    heldSettled_[at(side)] = true;
     if (goalie != kNoSlot && !team.candidate[at(goalie)]) goalie = chooseGoalie(team, kNoSlot);
 }
 
@@ -393,6 +398,7 @@ void Game::endPenalty(int side, std::size_t index, bool told) {
     auto& box = s_.pen.box[at(side)];
     BoxPenalty p = box[index];
     box.erase(box.begin() + static_cast<std::ptrdiff_t>(index));
+    heldSettled_[at(side)] = false;
     if (p.server == kNoSlot) return;
     if (!p.MayReturn) {
         s_.find.PlayerOut[at(side)][at(p.server)] = true;
@@ -564,6 +570,7 @@ BoxPenalty& Game::addToBox(int side, int offender, int server, PenaltyType type,
     p.order = s_.pen.nextOrder++;
     auto& box = s_.pen.box[at(side)];
     box.push_back(p);
+    heldSettled_[at(side)] = false;
     return box.back();
 }
 

@@ -606,8 +606,8 @@ TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
 
 // What a game keeps between steps (the fatigue it tracks, the unit ratings
 // and placements it has worked out, whether the men kept off are as they
-// were, the manpower it counted from the box) must always be what it would
-// work out afresh. A game that drops all
+// were and who it held off, the manpower it counted from the box) must
+// always be what it would work out afresh. A game that drops all
 // of it after every step, through the edit that would have changed it, must
 // play exactly as one that keeps it, through the penalties, fights and
 // injuries that change who may play.
