@@ -137,6 +137,7 @@ void Game::SetPlayBox() {
     driverRunning_ = true;
     coachInPlayKey_.valid = false;
     placementMemo_ = {};
+    lineMenMemo_ = {};
     planMemo_ = {};
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
@@ -542,26 +543,35 @@ void Game::loadMatchingPairs() {
     }
 }
 
-// Asked for each unit in turn by the coach's choices: built into those loops,
-// the call and its set-up go.
-[[gnu::always_inline]] inline bool Game::unitRested(int side, int line, bool forwards) const {
+namespace {
+constexpr std::uint64_t kLookedAt = std::uint64_t{1} << 63;
+static_assert(kRosterSlots < 64, "the top bit is free to mark a line looked at");
+}  // namespace
+
+// Built into unitRested, as most lines asked for are kept.
+[[gnu::always_inline]] inline std::uint64_t Game::lineMen(int side, int line, bool forwards) {
+    const std::uint64_t kept = lineMenMemo_[at(side)].at(at((forwards ? 0 : kLineSets) + line - 1));
+    return kept != 0 ? kept & ~kLookedAt : readLineMen(side, line, forwards);
+}
+
+std::uint64_t Game::readLineMen(int side, int line, bool forwards) {
     const LineTables& lines = sideOf(side).lines;
     const BySlot<std::uint8_t>& roles =
         forwards ? lines.LineRoleLive.at(at(line - 1)) : lines.LineFlagLive.at(at(line - 1));
-    const BySlot<bool>& dressed = teams_[at(side)].candidate;
-    // A line has a handful of men among fifty slots: eight slots at a time,
-    // most words hold nobody on it.
-    for (std::size_t first = 0; first < kRosterSlots; first += 8) {
-        const std::uint64_t lineRoles = slotWord(roles, first);
-        if (lineRoles == 0) continue;
-        // A one in the low bit of each byte whose man is dressed and holds a
-        // role (a role is any nonzero byte); only those men are looked at.
-        std::uint64_t men = nonzeroBytes(lineRoles) & slotWord(dressed, first);
-        for (; men != 0; men &= men - 1) {
-            const std::size_t slot = first + static_cast<std::size_t>(std::countr_zero(men) / 8);
-            if (s_.Energy[at(side)][slot] < kRestedEnergy) return false;
-        }
-    }
+    // A role is any nonzero byte.
+    std::uint64_t men = 0;
+    for (std::size_t first = 0; first < kRosterSlots; first += 8)
+        men |= byteMarks(nonzeroBytes(slotWord(roles, first))) << first;
+    if (driverRunning_ && s_.NoDisplay)
+        lineMenMemo_[at(side)].at(at((forwards ? 0 : kLineSets) + line - 1)) = men | kLookedAt;
+    return men;
+}
+
+// Asked for each unit in turn by the coach's choices: built into those loops,
+// the call and its set-up go. `fit` is fitBits of the side's candidates.
+[[gnu::always_inline]] inline bool Game::unitRested(int side, int line, bool forwards, std::uint64_t fit) {
+    for (std::uint64_t men = lineMen(side, line, forwards) & fit; men != 0; men &= men - 1)
+        if (s_.Energy[at(side)][at(std::countr_zero(men))] < kRestedEnergy) return false;
     return true;
 }
 
@@ -630,6 +640,7 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
     auto& played = s_.coach.unitSecs[at(side)];
     int& forwards = s_.forwardUnit[at(side)];
     int& pair = s_.defensePair[at(side)];
+    const std::uint64_t fit = fitBits(teams_[at(side)].candidate);
 
     if (own != 5 || opp != 5) {
         if (preferenceOnly) return;
@@ -639,7 +650,7 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
                               : kind == UnitKind::PenaltyKill ? shares.penaltyKill.data()
                                                               : shares.powerPlay.data();
         std::array<bool, kMaxUnits> rested{};
-        for (int u = 1; u <= units; ++u) rested[at(u - 1)] = unitRested(side, range.first + u - 1, true);
+        for (int u = 1; u <= units; ++u) rested[at(u - 1)] = unitRested(side, range.first + u - 1, true, fit);
         forwards = mostDueUnit(share, played[at(kind)].data(), rested.data(), units);
         return;
     }
@@ -660,8 +671,9 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
         for (int u : s_.coach.matchFor[at(side)])
             if (u > 0) wantForwards = u;
     }
-    if (wantForwards < 1 || wantForwards > kEvenForwardUnits || !unitRested(side, wantForwards, true)) wantForwards = 0;
-    if (wantPair < 1 || wantPair > kEvenPairs || !unitRested(side, wantPair, false)) wantPair = 0;
+    if (wantForwards < 1 || wantForwards > kEvenForwardUnits || !unitRested(side, wantForwards, true, fit))
+        wantForwards = 0;
+    if (wantPair < 1 || wantPair > kEvenPairs || !unitRested(side, wantPair, false, fit)) wantPair = 0;
     if (preferenceOnly) {
         if (wantForwards > 0) forwards = wantForwards;
         if (wantPair > 0) pair = wantPair;
@@ -669,7 +681,7 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
     }
 
     std::array<bool, kMaxUnits> rested{};
-    for (int u = 1; u <= kEvenForwardUnits; ++u) rested[at(u - 1)] = unitRested(side, u, true) && u != forwards;
+    for (int u = 1; u <= kEvenForwardUnits; ++u) rested[at(u - 1)] = unitRested(side, u, true, fit) && u != forwards;
     int next =
         mostDueUnit(shares.lines.data(), played[at(UnitKind::Forwards)].data(), rested.data(), kEvenForwardUnits);
     if (plan.FillFromDepth != 1) {
@@ -681,7 +693,7 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
         if (rested[at(turn - 1)] && time[at(turn - 1)] - shares.lines[at(turn - 1)] * total < 45) next = turn;
     }
     forwards = wantForwards > 0 ? wantForwards : next;
-    for (int u = 1; u <= kEvenPairs; ++u) rested[at(u - 1)] = unitRested(side, u, false) && u != pair;
+    for (int u = 1; u <= kEvenPairs; ++u) rested[at(u - 1)] = unitRested(side, u, false, fit) && u != pair;
     int nextPair = mostDueUnit(shares.pairs.data(), played[at(UnitKind::Pairs)].data(), rested.data(), kEvenPairs);
     pair = wantPair > 0 ? wantPair : nextPair;
 }

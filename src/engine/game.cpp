@@ -67,6 +67,7 @@ void Game::InitGame() {
     unitMemo_ = {};
     eraMemo_ = {};
     placementMemo_ = {};
+    lineMenMemo_ = {};
     planMemo_ = {};
     eraPaceMemo_ = {};
     basePctMemo_ = {};
@@ -806,17 +807,6 @@ std::uint64_t packedRequest(const IceRequest& req) {
         shift += 8;
     }
     return key;
-}
-
-// The men fit to play, a bit a slot. Each byte of a word of the table is 0
-// or 1, so the product gathers the eight of them in its top byte, the
-// first slot lowest, with no carry between the partial sums below it.
-std::uint64_t fitBits(const BySlot<bool>& fit) {
-    static_assert(kRosterSlots <= 64, "a side's slots fit one word of bits");
-    std::uint64_t bits = 0;
-    for (std::size_t first = 0; first < kRosterSlots; first += 8)
-        bits |= ((slotWord(fit, first) * 0x0102040810204080ULL) >> 56) << first;
-    return bits;
 }
 
 }  // namespace

@@ -216,6 +216,7 @@ public:
         layPickBase();
         unitMemo_ = {};
         placementMemo_ = {};
+        lineMenMemo_ = {};
         planMemo_ = {};
         keptOffChanged();
         return s_;
@@ -340,7 +341,13 @@ private:
     void keptOffChanged() {
         keptOffQuiet_[0].goalie = kNoSlot - 1;
         keptOffQuiet_[1].goalie = kNoSlot - 1;
+        boxCount_.kept = false;
+        heldSettled_ = {false, false};
     }
+    // The box as recountSkaters reads it, packed into boxCount_'s form;
+    // false when a box holds more than that keeps.
+    [[nodiscard]] bool packBoxes(std::array<std::array<std::uint64_t, 6>, 2>& boxes,
+                                 std::array<std::uint8_t, 2>& sizes) const;
     // Skaters a side dresses on the ice at full strength: five, or in
     // overtime four or three by the league's overtime rule.
     [[nodiscard]] int fullStrength() const;
@@ -615,6 +622,11 @@ private:
     // search of it cost more than a hash.
     static constexpr std::size_t kPlacementSets = 32;
     std::array<std::array<std::array<KeptPlacement, 2>, kPlacementSets>, 2> placementMemo_{};
+    // lineMen's answers by side, the forward lines and then the pairs, kept
+    // on the same terms as the placements: the line tables change only
+    // while the driver waits on a person. The top bit says the line was
+    // looked at (no slot uses it); zero, that it wasn't.
+    std::array<std::array<std::uint64_t, 2 * kLineSets>, 2> lineMenMemo_{};
     // What the plans say of the game's time by unit and of the strategy they
     // start from, by side, kept on the same terms as the placements: a plan
     // changes only while the driver waits on a person, and a line change
@@ -709,7 +721,10 @@ private:
     [[nodiscard]] int lineChangeDue(int side);
     void computerLineChange(int side, bool atFaceoff);
     void chooseUnits(int side, bool preferenceOnly);
-    [[nodiscard]] bool unitRested(int side, int line, bool forwards) const;
+    [[nodiscard]] bool unitRested(int side, int line, bool forwards, std::uint64_t fit);
+    // The slots with a role on a forward line or pair, a bit a slot.
+    [[nodiscard]] std::uint64_t lineMen(int side, int line, bool forwards);
+    [[nodiscard]] std::uint64_t readLineMen(int side, int line, bool forwards);
     void computerGoaliePull(int side);
     void returnGoalie(int side);
     void restoreEveryone();
@@ -863,6 +878,24 @@ private:
         OnIce ice;
     };
     std::array<KeptOffQuiet, 2> keptOffQuiet_{};
+    // What recountSkaters last came to while someone was in the box: the
+    // boxes as it left them (each penalty's server, order, and whether it
+    // runs and leaves the side short) and the count. While all of it and
+    // the tables keptOffChanged watches stand, a count again would start,
+    // hold and count nothing new, and only the men on the ice need a look.
+    // keptOffChanged drops it.
+    struct BoxCount {
+        bool kept = false;
+        int full = 0;
+        std::array<int, 2> skaters{};
+        std::array<std::uint8_t, 2> sizes{};
+        std::array<std::array<std::uint64_t, 6>, 2> boxes{};
+    };
+    BoxCount boxCount_{};
+    // By side, keepPenalizedOff has run since anything it reads last
+    // changed: who is out, hurt, held or fit (keptOffChanged) or who sits in
+    // the box (addToBox, endPenalty). Another run would move nobody.
+    std::array<bool, 2> heldSettled_{};
     // Answers kept for eraFiguresOf: the era table and the teams' levels
     // hold through a game. Cleared when a game starts.
     struct EraFiguresMemo {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "engine/game.h"
@@ -127,20 +129,30 @@ std::string playName(const SideTables& side, int slot) {
 
 BySlot<std::string> narrationNames(const SideTables& side) {
     BySlot<std::string> names{};
-    // The last names of the men on the team, read once for the comparisons.
+    // The last names of the men on the team, read once for the comparisons,
+    // each with its length and first letters as one word: two names that
+    // differ there differ, and nearly every pair does.
+    BySlot<int> dressed{};
     BySlot<std::string_view> lastNames{};
-    BySlot<bool> onTeam{};
+    BySlot<std::uint64_t> keys{};
+    std::size_t count = 0;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
-        onTeam[at(slot)] = side.onTeam(slot);
-        if (onTeam[at(slot)]) lastNames[at(slot)] = side.player(slot).LastName.view();
+        if (!side.onTeam(slot)) continue;
+        const std::string_view last = side.player(slot).LastName.view();
+        std::uint64_t key = 0;
+        std::memcpy(&key, last.data(), std::min<std::size_t>(last.size(), 7));
+        dressed[count] = slot;
+        lastNames[count] = last;
+        keys[count] = key << 8 | (last.size() & 0xFF);
+        ++count;
     }
-    for (int slot = 0; slot < kRosterSlots; ++slot) {
-        if (!onTeam[at(slot)]) continue;
+    for (std::size_t i = 0; i < count; ++i) {
+        const int slot = dressed[i];
         const PlayerRecord& p = side.player(slot);
-        const std::string_view last = lastNames[at(slot)];
+        const std::string_view last = lastNames[i];
         bool shared = false;
-        for (int mate = 0; mate < kRosterSlots && !last.empty() && !shared; ++mate)
-            shared = mate != slot && onTeam[at(mate)] && lastNames[at(mate)] == last;
+        for (std::size_t mate = 0; mate < count && !last.empty() && !shared; ++mate)
+            shared = mate != i && keys[mate] == keys[i] && lastNames[mate] == last;
         if (last.empty())
             names[at(slot)] = playName(side, slot);
         else if (shared && !p.FirstName.str().empty())

@@ -180,7 +180,15 @@ bool Game::offIce(int side, int slot) const {
 }
 
 void Game::keepPenalizedOff(int side) {
+    // With nobody serving, a side found as this would leave it (its kept
+    // answer asks little) has nothing to move and its goalie stands.
+    if (s_.pen.box[at(side)].empty() && keptOffQuiet(side)) return;
     LineupTeam& team = teams_[at(side)];
+    int& goalie = s_.goalie[at(side)];
+    if (heldSettled_[at(side)]) {
+        if (goalie != kNoSlot && !team.candidate[at(goalie)]) goalie = chooseGoalie(team, kNoSlot);
+        return;
+    }
     auto& held = s_.pen.heldOff[at(side)];
     // offIce's test for every slot at once: the men in the box are marked
     // once rather than searched for at each slot. A change to who counts as
@@ -209,7 +217,7 @@ void Game::keepPenalizedOff(int side) {
             }
         }
     }
-    int& goalie = s_.goalie[at(side)];
+    heldSettled_[at(side)] = true;
     if (goalie != kNoSlot && !team.candidate[at(goalie)]) goalie = chooseGoalie(team, kNoSlot);
 }
 
@@ -298,6 +306,18 @@ void Game::recountSkaters() {
             return;
         }
     }
+    std::array<std::array<std::uint64_t, 6>, 2> boxes{};
+    std::array<std::uint8_t, 2> sizes{};
+    if (boxCount_.kept && boxCount_.skaters == s_.Skaters && s_.pen.lastSkaters == s_.Skaters &&
+        boxCount_.full == fullStrength() && packBoxes(boxes, sizes) && boxCount_.sizes == sizes &&
+        boxCount_.boxes == boxes) {
+        // Nothing to start, hold or count: only whether a man now on the
+        // ice is one who may not be is left to ask.
+        bool moved = false;
+        for (int side : {kVisitor, kHome})
+            for (int slot : s_.onIce[at(side)].slot) moved |= slot != kNoSlot && offIce(side, slot);
+        if (!moved) return;
+    }
     std::array<int, 2> before = s_.Skaters;
     bool moved = false;
     std::array<int, 2> shortOf{};
@@ -319,6 +339,14 @@ void Game::recountSkaters() {
         for (int slot : s_.onIce[at(side)].slot)
             if (slot != kNoSlot && offIce(side, slot)) moved = true;
     }
+    // Kept from here: the box as started, the count and who is held would
+    // all come out the same again. Anything below that changes who may play
+    // drops it through keptOffChanged.
+    boxCount_.kept = packBoxes(boxes, sizes);
+    boxCount_.full = full;
+    boxCount_.skaters = s_.Skaters;
+    boxCount_.sizes = sizes;
+    boxCount_.boxes = boxes;
     if (before != s_.Skaters || moved) {
         for (int side : {kVisitor, kHome}) {
             if (before != s_.Skaters) {
@@ -329,6 +357,22 @@ void Game::recountSkaters() {
         }
     }
     countPowerPlay();
+}
+
+bool Game::packBoxes(std::array<std::array<std::uint64_t, 6>, 2>& boxes, std::array<std::uint8_t, 2>& sizes) const {
+    for (int side : {kVisitor, kHome}) {
+        const auto& box = s_.pen.box[at(side)];
+        if (box.size() > boxes[at(side)].size()) return false;
+        sizes[at(side)] = static_cast<std::uint8_t>(box.size());
+        boxes[at(side)].fill(0);
+        for (std::size_t i = 0; i < box.size(); ++i) {
+            const BoxPenalty& p = box[i];
+            boxes[at(side)][i] = std::uint64_t{static_cast<std::uint32_t>(p.order)} << 32 |
+                                 std::uint64_t{static_cast<std::uint16_t>(p.server)} << 16 |
+                                 std::uint64_t{p.running} << 1 | std::uint64_t{p.shortHanded};
+        }
+    }
+    return true;
 }
 
 // A power play starts when a side gains an edge it didn't have. A second
@@ -354,6 +398,7 @@ void Game::endPenalty(int side, std::size_t index, bool told) {
     auto& box = s_.pen.box[at(side)];
     BoxPenalty p = box[index];
     box.erase(box.begin() + static_cast<std::ptrdiff_t>(index));
+    heldSettled_[at(side)] = false;
     if (p.server == kNoSlot) return;
     if (!p.MayReturn) {
         s_.find.PlayerOut[at(side)][at(p.server)] = true;
@@ -525,6 +570,7 @@ BoxPenalty& Game::addToBox(int side, int offender, int server, PenaltyType type,
     p.order = s_.pen.nextOrder++;
     auto& box = s_.pen.box[at(side)];
     box.push_back(p);
+    heldSettled_[at(side)] = false;
     return box.back();
 }
 

@@ -43,6 +43,19 @@ template <typename T>
     return ((((word & kSeven) + kSeven) | word) >> 7) & kLow;
 }
 
+// The marks of a word whose bytes are each 0 or 1 (as nonzeroBytes leaves
+// them) as eight bits, the first byte lowest: the product gathers them in
+// its top byte, with no carry between the partial sums below it.
+[[nodiscard]] inline std::uint64_t byteMarks(std::uint64_t marks) { return (marks * 0x0102040810204080ULL) >> 56; }
+
+// The men marked in a table of marks, a bit a slot.
+[[nodiscard]] inline std::uint64_t fitBits(const BySlot<bool>& fit) {
+    static_assert(kRosterSlots <= 64, "a side's slots fit one word of bits");
+    std::uint64_t bits = 0;
+    for (std::size_t first = 0; first < kRosterSlots; first += 8) bits |= byteMarks(slotWord(fit, first)) << first;
+    return bits;
+}
+
 // The slots marked true.
 [[nodiscard]] inline int slotsSet(const BySlot<bool>& table) {
     int count = 0;

@@ -564,9 +564,9 @@ TEST(WholeGames, TheSameSeedPlaysTheSameGame) {
 }
 
 // A game the driver plays through with nobody watching keeps the lines it
-// put on the ice for each request and fit list, and the plans' shares of
-// ice time its line changes go by; a game on a screen works every one out
-// afresh. The two must play alike, send out the same units for the same
+// put on the ice for each request and fit list, the men on each line, and
+// the plans' shares of ice time its line changes go by; a game on a screen
+// works every one out afresh. The two must play alike, send out the same units for the same
 // time, tire the same men and end on the same strategies, through the penalties, fights and injuries
 // that change who is fit to play.
 TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
@@ -606,7 +606,8 @@ TEST(WholeGames, AGameNobodyWatchesPlaysAsOneOnAScreen) {
 
 // What a game keeps between steps (the fatigue it tracks, the unit ratings
 // and placements it has worked out, whether the men kept off are as they
-// were) must always be what it would work out afresh. A game that drops all
+// were and who it held off, the manpower it counted from the box) must
+// always be what it would work out afresh. A game that drops all
 // of it after every step, through the edit that would have changed it, must
 // play exactly as one that keeps it, through the penalties, fights and
 // injuries that change who may play.

@@ -8,7 +8,8 @@ namespace tallyrink {
 namespace {
 
 // Each slot alone, the last two (past the whole words) above all, and every
-// slot at once: a scan that skipped or doubled a slot would miss one here.
+// slot at once: a scan that skipped, doubled or misplaced a slot would miss
+// one here.
 TEST(SlotScan, SeesEverySlotOnceAndOnlyThat) {
     BySlot<bool> marks{};
     EXPECT_EQ(slotsSet(marks), 0);
@@ -18,6 +19,7 @@ TEST(SlotScan, SeesEverySlotOnceAndOnlyThat) {
         BySlot<bool> one{};
         one[slot] = true;
         EXPECT_EQ(slotsSet(one), 1);
+        EXPECT_EQ(fitBits(one), std::uint64_t{1} << slot);
         BySlot<std::uint8_t> level{};
         level[slot] = 200;
         // Only the word of the slot's own eight sees him.
@@ -29,12 +31,16 @@ TEST(SlotScan, SeesEverySlotOnceAndOnlyThat) {
     }
     marks.fill(true);
     EXPECT_EQ(slotsSet(marks), kRosterSlots);
+    EXPECT_EQ(fitBits(marks), (std::uint64_t{1} << kRosterSlots) - 1);
     int expected = 0;
+    std::uint64_t bits = 0;
     for (std::size_t slot = 0; slot < marks.size(); ++slot) {
         marks[slot] = slot % 3 == 0 || slot + 2 >= marks.size();
         expected += marks[slot] ? 1 : 0;
+        bits |= std::uint64_t{marks[slot]} << slot;
     }
     EXPECT_EQ(slotsSet(marks), expected);
+    EXPECT_EQ(fitBits(marks), bits);
 }
 
 // Every byte value alone in every place, then all places at once: a byte
