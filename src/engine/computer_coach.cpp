@@ -136,9 +136,7 @@ void Game::SetPlayBox() {
     if (driverRunning_) return;
     driverRunning_ = true;
     coachInPlayKey_.valid = false;
-    placementMemo_ = {};
-    lineMenMemo_ = {};
-    planMemo_ = {};
+    forgetKeptLineups();
     while (!s_.GameEndedFlag) {
         // 1. A pause stops everything until the user's Continue.
         if (s_.Paused) {
@@ -562,8 +560,7 @@ std::uint64_t Game::readLineMen(int side, int line, bool forwards) {
     std::uint64_t men = 0;
     for (std::size_t first = 0; first < kRosterSlots; first += 8)
         men |= byteMarks(nonzeroBytes(slotWord(roles, first))) << first;
-    if (driverRunning_ && s_.NoDisplay)
-        lineMenMemo_[at(side)].at(at((forwards ? 0 : kLineSets) + line - 1)) = men | kLookedAt;
+    if (keepsLineups()) lineMenMemo_[at(side)].at(at((forwards ? 0 : kLineSets) + line - 1)) = men | kLookedAt;
     return men;
 }
 
@@ -700,7 +697,7 @@ void Game::chooseUnits(int side, bool preferenceOnly) {
 
 const Game::KeptPlan& Game::keptPlan(int side) {
     KeptPlan& kept = planMemo_[at(side)];
-    const bool keep = driverRunning_ && s_.NoDisplay;
+    const bool keep = keepsLineups();
     if (keep && kept.known) return kept;
     const GamePlanRecord& plan = sideOf(side).plan;
     kept = {keep, usageShares(plan), planStrategy(plan)};

@@ -66,9 +66,7 @@ void Game::InitGame() {
     keptOffChanged();
     unitMemo_ = {};
     eraMemo_ = {};
-    placementMemo_ = {};
-    lineMenMemo_ = {};
-    planMemo_ = {};
+    forgetKeptLineups();
     eraPaceMemo_ = {};
     basePctMemo_ = {};
     rosterSpecialGoals_ = {};
@@ -816,7 +814,7 @@ IcePlacement Game::placeUnit(int side, const IceRequest& req) {
     // while the driver waits on him. Otherwise nothing but the request and
     // the men fit to play moves the placement while the driver runs.
     const LineupTeam& team = teams_[at(side)];
-    if (!driverRunning_ || !s_.NoDisplay || req.goaliePulled) return PutLinesOnIce(team, req, &rng_);
+    if (!keepsLineups() || req.goaliePulled) return PutLinesOnIce(team, req, &rng_);
     const std::uint64_t key = packedRequest(req);
     if (key == 0) return PutLinesOnIce(team, req, &rng_);
     static_assert(std::has_single_bit(kPlacementSets), "the hash picks a set by its top bits");

@@ -215,9 +215,7 @@ public:
         layManFacts();
         layPickBase();
         unitMemo_ = {};
-        placementMemo_ = {};
-        lineMenMemo_ = {};
-        planMemo_ = {};
+        forgetKeptLineups();
         keptOffChanged();
         return s_;
     }
@@ -638,6 +636,15 @@ private:
     };
     std::array<KeptPlan, 2> planMemo_{};
     const KeptPlan& keptPlan(int side);
+    // The placements, line men and plans above may be kept only while the
+    // driver runs with no screen: only a person changes lines and plans, and
+    // only while the driver waits on him.
+    [[nodiscard]] bool keepsLineups() const { return driverRunning_ && s_.NoDisplay; }
+    void forgetKeptLineups() {
+        placementMemo_ = {};
+        lineMenMemo_ = {};
+        planMemo_ = {};
+    }
     // The play time `pt` at the pace of the era of a man on the ice.
     double eraPace(double pt);
     // What the pace takes from a year's era figures (rated: the figures
