@@ -114,7 +114,7 @@ std::string_view text(RushType r) {
     const bool sh = terms.shortHanded;
     const bool point = pos == 3 || pos == 4;
     // A man with a broken stick isn't picked: nothing else about him counts.
-    if (s_.find.BrokenStick[at(side)][at(slot)]) return 0;
+    if (stickBroken(side, slot)) return 0;
     const CarrierBase& base = carrierBase_[at(side)][at(slot)];
     const double q = base.share[unitPPG > 0 ? 1 : 0];
     std::int32_t w = base.weight[unitPPG > 0 ? 1 : 0];
@@ -288,7 +288,6 @@ int Game::firstOccupied(int side) const {
 
 // Built into the draw that asks it, as the carrier's weight is.
 [[gnu::always_inline]] inline std::int32_t Game::passerWeight(int pos, int slot, bool second, const PickTerms& terms) {
-    const FindState& f = s_.find;
     const int side = s_.PuckTeam;
     const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
@@ -297,7 +296,7 @@ int Game::firstOccupied(int side) const {
     const double R = base.replayAssists;
     const bool pp = terms.powerPlay;
     // A man with a broken stick isn't picked: nothing else about him counts.
-    if (f.BrokenStick[at(side)][at(slot)]) return 0;
+    if (stickBroken(side, slot)) return 0;
 
     std::int32_t w = terms.loneCarrier ? base.loneWeight : base.weight;
     if (!second) {
