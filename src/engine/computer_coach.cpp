@@ -962,6 +962,7 @@ void Game::layManFacts() {
             eraFights = session_.eraRow(year, 2008).FightsPerGame;
     }
     fightEraFactor_ = eraFights > 0 ? std::clamp(eraFights / .6, .1, 10.0) : 1;
+    const EraTable* era = session_.league().era;
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = sideOf(side);
         sideFacts_[at(side)] = {tables.team.TeamType.view() == "C", tables.team.TeamType.view() == "D",
@@ -988,6 +989,7 @@ void Game::layManFacts() {
             facts.college = p.PlayerType.view() == "C";
             facts.enforcer = p.Enforcer == 1;
             facts.fightsPer1000 = real.FightsPer1000;
+            facts.indiscipline = era != nullptr ? indiscipline(p, real.AverageMinutes, *era) : -1;
         }
     }
 }
