@@ -60,6 +60,9 @@ private:
         return y ^ (y >> 43);
     }
 
+    // The fraction unit() gives for a word of the state (random.cpp).
+    static double fraction(std::uint64_t word);
+
     // Once every kN draws, out of line so each draw stays small where it is
     // inlined (random.cpp).
     void refill();
