@@ -753,14 +753,22 @@ void Game::returnGoalie(int side) {
 void Game::restoreEveryone() {
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = sideOf(side);
+        const BySlot<bool>& dressed = teams_[at(side)].candidate;
+        // What trackFatigue would find once everyone is restored, found as
+        // he is: with no seconds and no stint, a man's fatigue rests unless
+        // he was on or his energy, now his most, can't settle (more than
+        // 100, or 50 and less with a shift limit).
+        std::uint64_t tracked = 0;
         for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
-            s_.Energy[at(side)][slot] = tables.MaxEnergy[slot];
+            const int maxEnergy = tables.MaxEnergy[slot];
+            s_.Energy[at(side)][slot] = maxEnergy;
             s_.ShiftSecs[at(side)][slot] = 0;
             s_.stint[at(side)][slot] = 0;
+            const bool settles = tables.ShiftLimit[slot] <= 0 || (maxEnergy > 50 && maxEnergy <= 100);
+            if (dressed[slot] || s_.coach.wasOn[at(side)][slot] || !settles) tracked |= std::uint64_t{1} << slot;
         }
+        fatigueTracked_[at(side)] |= tracked;
     }
-    // A man whose energy tops 100 is no longer settled once restored.
-    trackFatigue();
 }
 
 // A computer coach's one timeout: at a stoppage late in a close last
