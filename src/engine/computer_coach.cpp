@@ -997,7 +997,10 @@ void Game::layManFacts() {
             facts.college = p.PlayerType.view() == "C";
             facts.enforcer = p.Enforcer == 1;
             facts.fightsPer1000 = real.FightsPer1000;
-            facts.indiscipline = era != nullptr ? indiscipline(p, real.AverageMinutes, *era) : -1;
+            // Only a man of the team can be on the ice to be rated; the
+            // rest are left to be worked out should that ever change.
+            facts.indiscipline =
+                era != nullptr && tables.onTeam(slot) ? indiscipline(p, real.AverageMinutes, *era) : -1;
         }
     }
 }
