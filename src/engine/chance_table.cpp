@@ -330,6 +330,7 @@ const UnitRatings& Game::unitRatings(int side, bool sticks, const UnitSituation&
         u.averageMinutes = t.rate(RateSet::Real, slot).AverageMinutes;
         u.brokenStick = sticks && stickBroken(side, slot);
         u.fatigued = s_.Energy[at(side)][at(slot)] < 80;
+        u.indiscipline = manFacts_[at(side)][at(slot)].indiscipline;
     }
     kept.out = {};
     onIceRatings(men, sit, *session_.league().era, kept.out);

@@ -753,14 +753,22 @@ void Game::returnGoalie(int side) {
 void Game::restoreEveryone() {
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = sideOf(side);
+        const BySlot<bool>& dressed = teams_[at(side)].candidate;
+        // What trackFatigue would find once everyone is restored, found as
+        // he is: with no seconds and no stint, a man's fatigue rests unless
+        // he was on or his energy, now his most, can't settle (more than
+        // 100, or 50 and less with a shift limit).
+        std::uint64_t tracked = 0;
         for (std::size_t slot = 0; slot < kRosterSlots; ++slot) {
-            s_.Energy[at(side)][slot] = tables.MaxEnergy[slot];
+            const int maxEnergy = tables.MaxEnergy[slot];
+            s_.Energy[at(side)][slot] = maxEnergy;
             s_.ShiftSecs[at(side)][slot] = 0;
             s_.stint[at(side)][slot] = 0;
+            const bool settles = tables.ShiftLimit[slot] <= 0 || (maxEnergy > 50 && maxEnergy <= 100);
+            if (dressed[slot] || s_.coach.wasOn[at(side)][slot] || !settles) tracked |= std::uint64_t{1} << slot;
         }
+        fatigueTracked_[at(side)] |= tracked;
     }
-    // A man whose energy tops 100 is no longer settled once restored.
-    trackFatigue();
 }
 
 // A computer coach's one timeout: at a stoppage late in a close last
@@ -962,6 +970,7 @@ void Game::layManFacts() {
             eraFights = session_.eraRow(year, 2008).FightsPerGame;
     }
     fightEraFactor_ = eraFights > 0 ? std::clamp(eraFights / .6, .1, 10.0) : 1;
+    const EraTable* era = session_.league().era;
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = sideOf(side);
         sideFacts_[at(side)] = {tables.team.TeamType.view() == "C", tables.team.TeamType.view() == "D",
@@ -988,6 +997,10 @@ void Game::layManFacts() {
             facts.college = p.PlayerType.view() == "C";
             facts.enforcer = p.Enforcer == 1;
             facts.fightsPer1000 = real.FightsPer1000;
+            // Only a man of the team can be on the ice to be rated; the
+            // rest are left to be worked out should that ever change.
+            facts.indiscipline =
+                era != nullptr && tables.onTeam(slot) ? indiscipline(p, real.AverageMinutes, *era) : -1;
         }
     }
 }

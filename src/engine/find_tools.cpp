@@ -442,9 +442,13 @@ std::int32_t Game::penaltyWeight(int side, int pos) {
     const double T2 = t.rate(RateSet::Replay, slot).PimPer60;
 
     std::int32_t w = whole(P * 100);
-    int dressed = 0;
-    for (int s = 0; s < static_cast<int>(kRosterSlots); ++s) dressed += t.onTeam(s) ? 1 : 0;
-    if (dressed <= 16 && (pos == 3 || pos == 4) && p.PlayerYear <= 1975) times(w, .3);
+    // A short bench is counted only for the one man it can matter to.
+    auto dressed = [&] {
+        int n = 0;
+        for (int s = 0; s < static_cast<int>(kRosterSlots); ++s) n += t.onTeam(s) ? 1 : 0;
+        return n;
+    };
+    if ((pos == 3 || pos == 4) && p.PlayerYear <= 1975 && dressed() <= 16) times(w, .3);
     if (P > 0 && P2 > 0 && replay.GP > 3 + rng_.rand(3) && replay.Pim > 0) {
         double m = P2 / P;
         if (m >= 1 + .15 * rng_.rnd())

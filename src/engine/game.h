@@ -826,6 +826,7 @@ private:
         bool college = false;    // a college player
         bool enforcer = false;
         double fightsPer1000 = 0;  // his real fights a thousand minutes
+        double indiscipline = -1;  // his penalty rate against his era's, for the unit ratings
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
     // What kind of team each side is, read from its record with the men's facts.

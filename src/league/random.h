@@ -15,8 +15,8 @@ namespace tallyrink {
 // The 64-bit Mersenne Twister, the same sequence as std::mt19937_64 for the
 // same seed. The engine draws a few hundred numbers a step, so the refill of
 // the state is written to let the compiler work on two words at a time, and
-// the refill tempers the whole block of outputs at once the same way: a draw
-// is then a read of the next one.
+// the refill turns the whole block of outputs into the fractions the game
+// draws at once the same way: a draw is then a read of the next one.
 class Twister64 {
 public:
     explicit Twister64(std::uint64_t seed) {
@@ -28,7 +28,17 @@ public:
     std::uint64_t operator()() {
         if (next_ >= kN) [[unlikely]]
             refill();
-        return out_[next_++];
+        return temper(mt_[next_++]);
+    }
+
+    // The next output's top 53 bits as a fraction, 0 <= x < 1: the same
+    // number as `(*this)() >> 11` scaled by 2^-53, from the same place in
+    // the stream. The refill works these out for the whole block at once,
+    // so a draw is a read.
+    double unit() {
+        if (next_ >= kN) [[unlikely]]
+            refill();
+        return unit_[next_++];
     }
 
 private:
@@ -43,12 +53,22 @@ private:
         return far ^ (y >> 1) ^ ((0 - (y & 1)) & kMatrix);
     }
 
+    static std::uint64_t temper(std::uint64_t y) {
+        y ^= (y >> 29) & 0x5555555555555555ULL;
+        y ^= (y << 17) & 0x71D67FFFEDA60000ULL;
+        y ^= (y << 37) & 0xFFF7EEE000000000ULL;
+        return y ^ (y >> 43);
+    }
+
+    // The fraction unit() gives for a word of the state (random.cpp).
+    static double fraction(std::uint64_t word);
+
     // Once every kN draws, out of line so each draw stays small where it is
     // inlined (random.cpp).
     void refill();
 
     std::array<std::uint64_t, kN> mt_{};
-    std::array<std::uint64_t, kN> out_{};  // the tempered outputs of the state as refilled
+    std::array<double, kN> unit_{};  // the outputs of the state as refilled, as unit()s
     std::size_t next_ = kN;
 };
 
@@ -61,7 +81,7 @@ public:
     explicit Random(std::uint64_t seed) : gen_(seed) {}
 
     // 0 <= x < 1, with 53 random bits.
-    double rnd() { return static_cast<double>(gen_() >> 11) * 0x1.0p-53; }
+    double rnd() { return gen_.unit(); }
 
     // A whole number from 1 to n: Int(rnd * n + 1). n <= 0 gives 1.
     int rand(int n) { return n <= 0 ? 1 : static_cast<int>(rnd() * n) + 1; }

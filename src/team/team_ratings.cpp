@@ -37,11 +37,11 @@ double positionFactor(const PlayerRecord& p, int place, const UnitSituation& s) 
     return pf;
 }
 
-// Penalty minutes per 60 against the era's, on a scale where 5 is the era's average.
-double indiscipline(const UnitPlayer& u, const EraTable& era) {
-    const PlayerRecord& p = *u.record;
+}  // namespace
+
+double indiscipline(const PlayerRecord& p, double averageMinutes, const EraTable& era) {
     const StatLine& real = statLine(p, StatLineIndex::Real);
-    double played = real.GP * u.averageMinutes;
+    double played = real.GP * averageMinutes;
     if (played == 0) played = 1;
     const double perSixty = std::max<double>(real.Pim, 0) * 60 / played;
     const bool college = p.PlayerType.raw[0] == 'C';
@@ -50,8 +50,6 @@ double indiscipline(const UnitPlayer& u, const EraTable& era) {
     if (eraPim <= 0) return 5;
     return perSixty / (eraPim / 5) * 5;
 }
-
-}  // namespace
 
 bool usesInsideDefense(std::string_view playZone, bool hasPuck) {
     return playZone == "OFFENSE-ZONE" || playZone == "OFFENSE-SHOOTER" || (playZone == "DEFENSE-ZONE" && !hasPuck);
@@ -118,7 +116,7 @@ void onIceRatings(const std::array<UnitPlayer, 6>& onIce, const UnitSituation& s
         passing += p.RatingPassing;
         inside += p.RatingShotIn;
         outside += p.RatingShotOut;
-        discipline += indiscipline(u, era);
+        discipline += u.indiscipline >= 0 ? u.indiscipline : indiscipline(p, u.averageMinutes, era);
         ++skaters;
     }
     out.onIceOffense = offense / 5;

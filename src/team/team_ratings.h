@@ -23,7 +23,14 @@ struct UnitPlayer {
     bool fatigued = false;                 // tired on the ice right now
     bool brokenStick = false;
     int usageBand = 0;  // 1 to 3 when he has played more than his real share, else 0
+    // His indiscipline() when the caller has it at hand (it holds while his
+    // real figures do); below 0 to have it worked out.
+    double indiscipline = -1;
 };
+
+// Penalty minutes per 60 against the era's, on a scale where 5 is the era's
+// average, for a man of `averageMinutes` real minutes a game.
+double indiscipline(const PlayerRecord& p, double averageMinutes, const EraTable& era);
 
 // Where the team stands at the moment of the call.
 struct UnitSituation {

@@ -80,6 +80,20 @@ TEST(UnitRatings, EvenStrengthFiveWorkedByHand) {
     EXPECT_NEAR(r.discipline, 6.362982, 1e-6);
 }
 
+TEST(UnitRatings, IndisciplineHandedInIsTheOneWorkedOut) {
+    // The engine hands in each man's figure, worked out once a game; the
+    // ratings must come out exactly as when they work it out themselves.
+    Unit u;
+    const UnitRatings fresh = HkSetTeamRatings(u.roster, u.onIce, UnitSituation{}, testEra());
+    for (UnitPlayer& man : u.onIce) man.indiscipline = indiscipline(*man.record, man.averageMinutes, testEra());
+    const UnitRatings kept = HkSetTeamRatings(u.roster, u.onIce, UnitSituation{}, testEra());
+    EXPECT_EQ(kept.discipline, fresh.discipline);
+    EXPECT_EQ(kept.onIceDefense, fresh.onIceDefense);
+    // And a figure handed in is the one counted: five, the era's average.
+    for (UnitPlayer& man : u.onIce) man.indiscipline = 5;
+    EXPECT_DOUBLE_EQ(HkSetTeamRatings(u.roster, u.onIce, UnitSituation{}, testEra()).discipline, 4);
+}
+
 TEST(UnitRatings, InsideDefenseInTheAttackingZone) {
     Unit u;
     UnitSituation s;
