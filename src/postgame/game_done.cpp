@@ -734,16 +734,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     FileWriter& writer = o.writer ? *o.writer : disk;
     const fs::path& dir = session.league().leagueDir;
     const RulesRecord& rules = session.league().rules;
-    auto find = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
-    // The files every posting names: looked up once for a run. A game's box
-    // is a new name each time.
-    KnownFiles* known = o.names ? o.known : nullptr;
-    auto locate = [&](std::string_view name) -> fs::path {
-        if (known == nullptr) return find(name);
-        if (const fs::path* path = known->find(name)) return *path;
-        return known->keep(name, find(name));
-    };
-    const PostingJournal journal(dir, o.names, o.images, known);
+    // The run's names of the league folder, else the folder listed once for
+    // this posting: a game's box is a new name, so a lookup of its own would
+    // list the folder anyway.
+    std::optional<FolderNames> ownNames;
+    FolderNames& folder = o.names ? *o.names : ownNames.emplace(dir);
+    auto locate = [&](std::string_view name) -> const fs::path& { return folder.find(name); };
+    const PostingJournal journal(dir, &folder, o.images);
     // The session was read from the files a pending posting would change.
     if (journal.recover(writer))
         throw FileError(
@@ -1073,12 +1070,12 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     if (leagueGame) {
         if (o.tables) {
             if (!o.tables->boxImage) o.tables->boxImage = std::make_unique<BoxImage>();
-            writer.replace(find(res.boxFile), o.tables->boxImage->put(*box));
+            writer.replace(locate(res.boxFile), o.tables->boxImage->put(*box));
         } else {
             // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
             auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
             putBoxBytes(*box, bytes.get());
-            writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+            writer.replace(locate(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
         }
     }
 

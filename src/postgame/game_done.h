@@ -66,10 +66,7 @@ struct PostingOptions {
     // Where the records across all leagues are kept, posted when the rules
     // ask for them; empty: nowhere.
     std::filesystem::path allTimeRecordsDir;
-    FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: looked up each time
-    // The files of the league that a run's postings name, as found at its
-    // earlier postings; null: looked up at each. Only with `names`.
-    KnownFiles* known = nullptr;
+    FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: listed for the posting
     // The files as a run keeps them in memory; the writer must keep them in
     // step (RunWriter). Null: read from the disk.
     FileImages* images = nullptr;

@@ -474,18 +474,18 @@ std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> byt
     return out;
 }
 
-std::filesystem::path PostingJournal::locate(std::string_view name) const {
-    return names_ ? names_->find(name) : findFile(dir_, name);
+const std::filesystem::path& PostingJournal::locate(std::string_view name) const {
+    if (names_ == nullptr) {
+        own_ = std::make_unique<FolderNames>(dir_);
+        names_ = own_.get();
+    }
+    return names_->find(name);
 }
 
-std::filesystem::path PostingJournal::path() const {
-    if (known_ == nullptr) return locate(kPostingJournal);
-    if (const std::filesystem::path* p = known_->find(kPostingJournal)) return *p;
-    return known_->keep(kPostingJournal, locate(kPostingJournal));
-}
+const std::filesystem::path& PostingJournal::path() const { return locate(kPostingJournal); }
 
 bool PostingJournal::pending() const {
-    auto p = path();
+    const auto& p = path();
     int fd = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return errno != ENOENT && std::filesystem::exists(p);  // unreadable but there: recovery says why
     std::array<char, kDoneJournal.size()> head{};
@@ -495,10 +495,11 @@ bool PostingJournal::pending() const {
 }
 
 const std::filesystem::path& PostingJournal::Targets::of(const std::string& name) {
-    if (const std::filesystem::path* path = known_.find(name)) return *path;
     // A change outside the league folder (the all-time records) carries its whole path.
-    std::filesystem::path named(name);
-    return known_.keep(name, named.is_absolute() ? std::move(named) : journal_.locate(name));
+    if (name.find('/') == std::string::npos || !std::filesystem::path(name).is_absolute()) return journal_.locate(name);
+    for (const auto& [known, path] : outside_)
+        if (known == name) return path;
+    return outside_.emplace_back(name, name).second;
 }
 
 std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes,
@@ -627,7 +628,7 @@ void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& 
 bool PostingJournal::recover(FileWriter& writer) const {
     auto own = writer.ownJournalStands(path());
     if (own ? !*own : !pending()) return false;
-    auto p = path();
+    const auto& p = path();
     auto changes = decode(readBytes(p), p.string());
     Targets targets(*this);
     apply(piecesOf(changes), writer, targets);

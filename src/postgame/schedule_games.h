@@ -64,7 +64,6 @@ private:
     LeaguePlayerIndex index_;
     KeptRecordBooks books_;
     KeptTables tables_;
-    KnownFiles known_;
     // One session for the run: each load sets its side up afresh, and a
     // session is large enough that making one per game shows.
     std::unique_ptr<GameSession> session_;

@@ -30,5 +30,17 @@ TEST(FolderNames, NameMadeDuringTheRunKeepsItsSpelling) {
     EXPECT_EQ(names.find("box1.box"), dir.path() / "BOX1.BOX");
 }
 
+// Callers hold the path a name gives across a whole run of later asks.
+TEST(FolderNames, AKeptPathStaysPutAsMoreNamesAreAsked) {
+    testing::TempDir dir;
+    std::ofstream(dir.path() / "HKTEAMS") << "x";
+    FolderNames names(dir.path());
+    const std::filesystem::path& teams = names.find("hkteams");
+    const std::filesystem::path* where = &teams;
+    for (int box = 1; box <= 2000; ++box) names.find("BOX" + std::to_string(box) + ".BOX");
+    EXPECT_EQ(&names.find("hkteams"), where);
+    EXPECT_EQ(teams, dir.path() / "HKTEAMS");
+}
+
 }  // namespace
 }  // namespace tallyrink
