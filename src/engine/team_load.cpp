@@ -131,6 +131,37 @@ std::pair<int, int> dayAfter(int seasonMonth, int day) {
     return {seasonMonth, day};
 }
 
+ScheduleTeamRows::ScheduleTeamRows(const Schedule& schedule) : start_(kMaxTeams + 1, 0) {
+    const std::vector<GameRecord>& rows = schedule.rows();
+    // Counted first, then placed: one array for all the teams.
+    auto teamsOf = [](const GameRecord& g) {
+        int visitor = isTeamNumber(g.VisitorTeam) ? g.VisitorTeam : 0;
+        int home = isTeamNumber(g.HomeTeam) && g.HomeTeam != g.VisitorTeam ? g.HomeTeam : 0;
+        return std::pair{visitor, home};
+    };
+    for (const GameRecord& g : rows) {
+        auto [visitor, home] = teamsOf(g);
+        if (visitor) ++start_[static_cast<std::size_t>(visitor)];
+        if (home) ++start_[static_cast<std::size_t>(home)];
+    }
+    for (std::size_t t = 1; t < start_.size(); ++t) start_[t] += start_[t - 1];
+    rows_.resize(start_.back());
+    // Placed from the end back, each team's rows come out in order and its
+    // start is left where its rows begin.
+    for (std::size_t r = rows.size(); r-- > 0;) {
+        auto [visitor, home] = teamsOf(rows[r]);
+        for (int t : {visitor, home})
+            if (t) rows_[--start_[static_cast<std::size_t>(t)]] = static_cast<std::uint32_t>(r);
+    }
+}
+
+std::span<const std::uint32_t> ScheduleTeamRows::of(int team) const {
+    if (!isTeamNumber(team)) return {};
+    auto t = static_cast<std::size_t>(team);
+    std::uint32_t end = t == kMaxTeams ? static_cast<std::uint32_t>(rows_.size()) : start_[t + 1];
+    return std::span(rows_).subspan(start_[t], end - start_[t]);
+}
+
 GameSession::GameSession(LeagueContext league, GeneralManagerHooks* generalManager)
     : league_(std::move(league)), manager_(generalManager ? generalManager : &defaultManager_) {}
 
@@ -204,11 +235,18 @@ void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
 void GameSession::scanSchedule(SideTables& s) {
     int count = 0;
     if (league_.schedule) {
-        // The team first: it plays in few of the rows, and the status is asked out of line.
-        for (const GameRecord& g : league_.schedule->rows()) {
-            if ((g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId) || statusOf(g) == kDeleted) continue;
+        auto note = [&](const GameRecord& g) {
+            if (statusOf(g) == kDeleted) return;
             ++count;
             s.scheduleOpen = s.scheduleOpen || isOpen(g);
+        };
+        const std::vector<GameRecord>& rows = league_.schedule->rows();
+        if (league_.scheduleRows) {
+            for (std::uint32_t r : league_.scheduleRows->of(s.TeamId)) note(rows[r]);
+        } else {
+            // The team first: it plays in few of the rows, and the status is asked out of line.
+            for (const GameRecord& g : rows)
+                if (g.VisitorTeam == s.TeamId || g.HomeTeam == s.TeamId) note(g);
         }
     }
     s.SeasonGames = count < 10 ? eraGamesOf(s.team.TeamYear) : count;

@@ -102,8 +102,9 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     const GameRecord r = schedule.row(row);
     std::uint64_t seed = options_.seed + row;
     if (!session_ || sessionSchedule_ != &schedule) {
-        session_ = std::make_unique<GameSession>(
-            LeagueContext{options_.leagueDir, options_.rules, options_.era, &schedule, &index_, &names_, &images_});
+        scheduleRows_.emplace(schedule);
+        session_ = std::make_unique<GameSession>(LeagueContext{options_.leagueDir, options_.rules, options_.era,
+                                                               &schedule, &index_, &names_, &images_, &*scheduleRows_});
         sessionSchedule_ = &schedule;
     }
     GameSession& session = *session_;
