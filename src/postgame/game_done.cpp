@@ -890,7 +890,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             if (!playerValues) playerValues = PlayerRecordValues::of(session, game);
             book.postPlayers(*playerValues);
             book.postTeams(session, game);
-            for (FileChange& c : book.changes(name)) changes.push_back(std::move(c));
+            // Changed slots side by side go in one change, the unused ends
+            // between them as they were read. Against an image slots apart go
+            // apart: the journal compares every byte of a change with it, and
+            // the run's writer puts near changes in one write all the same. A
+            // book without one (the book across leagues) is written as its
+            // changes come, so near slots go together: one write, not one a slot.
+            bool narrowed = o.images && folder == dir;
+            for (FileChange& c : book.changes(name, narrowed ? 1 : kRecordsJoinedWithin))
+                changes.push_back(std::move(c));
         };
         auto leagueBook = locate(kRecordsFile);
         post(dir, leagueBook, leagueBook.filename().string());
