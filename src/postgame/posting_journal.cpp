@@ -116,9 +116,10 @@ namespace {
 // few kilobytes more.
 constexpr std::uint64_t kWriteGap = 8192;
 
-// Of a changed byte range in a journal, equal bytes shorter than this stay in
-// the change: each change costs its name and offsets in the journal.
-constexpr std::size_t kJournalGap = 32;
+// A run of kJournalGap equal bytes holds at least this many whole words,
+// however it lies against them.
+constexpr int kWordsInJournalGap = static_cast<int>((kJournalGap - 7) / 8);
+static_assert(kWordsInJournalGap >= 2);
 
 void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset, const std::uint8_t* data,
                 std::size_t n) {
@@ -550,9 +551,9 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         // The end of the stretch that starts at changed byte i: the first byte
         // of the first run of kJournalGap equal bytes after it, or of the
         // equal bytes that end the change; n when there is neither. A run that
-        // long holds three whole words of equal bytes, so words are passed
-        // over until three equal ones come in a row, and only then are the
-        // run's ends found byte by byte.
+        // long holds kWordsInJournalGap whole words of equal bytes, so words
+        // are passed over until that many equal ones come in a row, and only
+        // then are the run's ends found byte by byte.
         // Where the bytes differ next after a stretch, when finding its end
         // has found that too: the equal run is not scanned a second time.
         constexpr std::size_t kUnknown = static_cast<std::size_t>(-1);
@@ -568,9 +569,9 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
                     std::memcpy(&x, was + w, 8);
                     std::memcpy(&y, now + w, 8);
                     equalWords = x == y ? equalWords + 1 : 0;
-                    if (equalWords == 3) break;
+                    if (equalWords == kWordsInJournalGap) break;
                 }
-                if (equalWords < 3) {
+                if (equalWords < kWordsInJournalGap) {
                     // No run that long is left: only equal bytes at the very
                     // end of the change end the stretch before its end.
                     if (comparable < n) return n;
@@ -578,7 +579,7 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
                     while (start > from && equalAt(start - 1)) --start;
                     return start;
                 }
-                std::size_t start = w - 16;
+                std::size_t start = w - 8 * static_cast<std::size_t>(kWordsInJournalGap - 1);
                 while (start > from && equalAt(start - 1)) --start;
                 std::size_t end = firstDifference(was, now, w + 8, comparable);
                 if (end - start >= kJournalGap || (end >= comparable && comparable == n)) {

@@ -28,6 +28,12 @@ namespace tallyrink {
 class FileImages;
 
 inline constexpr const char* kPostingJournal = "HkPosting.jnl";
+// Of a changed byte range in a run's journal, equal bytes fewer than this in
+// a row stay in the change: each change costs its name and offsets in the
+// journal and a step of its own in every write that follows, while a few
+// hundred bytes more cost a copy. A player's record changes in a handful of
+// places some tens of bytes apart.
+inline constexpr std::size_t kJournalGap = 256;
 // The first bytes of a journal file whose posting is done (or was never
 // whole): no posting is pending.
 inline constexpr std::string_view kDoneJournal = "TLYDONE1";
