@@ -116,10 +116,12 @@ namespace {
 // few kilobytes more.
 constexpr std::uint64_t kWriteGap = 8192;
 
-// A run of kJournalGap equal bytes holds at least this many whole words,
-// however it lies against them.
-constexpr int kWordsInJournalGap = static_cast<int>((kJournalGap - 7) / 8);
-static_assert(kWordsInJournalGap >= 2);
+// Equal words in a row that start the search for the end of a changed
+// stretch: any run of kJournalGap equal bytes holds that many whole words,
+// however it lies against them. Fewer than the gap could hold: the words are
+// compared one at a time, the run's end is then found by the block.
+constexpr int kWordsInJournalGap = 3;
+static_assert(kJournalGap >= 8 * kWordsInJournalGap + 7);
 
 void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset, const std::uint8_t* data,
                 std::size_t n) {
@@ -553,7 +555,7 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         // equal bytes that end the change; n when there is neither. A run that
         // long holds kWordsInJournalGap whole words of equal bytes, so words
         // are passed over until that many equal ones come in a row, and only
-        // then are the run's ends found byte by byte.
+        // then are the run's ends found.
         // Where the bytes differ next after a stretch, when finding its end
         // has found that too: the equal run is not scanned a second time.
         constexpr std::size_t kUnknown = static_cast<std::size_t>(-1);
