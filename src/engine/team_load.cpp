@@ -435,14 +435,24 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         if (!GameActive && p.InactiveFlag != 99) ++p.GamesSinceReset;
     }
     // Each last name trimmed once, not once for every teammate it is held
-    // against, and held against the men on the team only.
+    // against, and held against the men on the team only: first by a word of
+    // its length and first letters, as two names that differ there differ
+    // and nearly every pair does.
     BySlot<std::string_view> lastNames{};
+    BySlot<std::uint64_t> keys{};
     BySlot<int> teamSlots{};
     std::size_t onTeam = 0;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
-        lastNames[static_cast<std::size_t>(slot)] = s.player(slot).LastName.view();
+        auto i = static_cast<std::size_t>(slot);
+        std::string_view last = s.player(slot).LastName.view();
+        std::uint64_t key = 0;
+        std::memcpy(&key, last.data(), std::min<std::size_t>(last.size(), 7));
+        lastNames[i] = last;
+        keys[i] = key << 8 | (last.size() & 0xFF);
         if (s.onTeam(slot)) teamSlots[onTeam++] = slot;
     }
+    BySlot<std::uint64_t> teamKeys{};
+    for (std::size_t k = 0; k < onTeam; ++k) teamKeys[k] = keys[static_cast<std::size_t>(teamSlots[k])];
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         const PlayerRecord& p = s.player(slot);
         if (p.PlayerId == 0) continue;
@@ -450,7 +460,8 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         std::string_view last = lastNames[i];
         bool shared = false;
         for (std::size_t k = 0; k < onTeam && !shared; ++k)
-            shared = teamSlots[k] != slot && lastNames[static_cast<std::size_t>(teamSlots[k])] == last;
+            shared = teamKeys[k] == keys[i] && teamSlots[k] != slot &&
+                     lastNames[static_cast<std::size_t>(teamSlots[k])] == last;
         // Assigned in place: the names of the side's last load leave their room.
         std::string& name = s.DisplayName[i];
         name.clear();

@@ -510,6 +510,13 @@ TEST(TeamLoad, DisplayNamesOfSharedLastNames) {
     lg.player(3).LastName.assign("Vik");
     lg.player(25).LastName.assign("Vik");  // team 2's
     lg.team(1).Roster[20] = 25;
+    // Alike in length and first letters, but not the same name; and two the same.
+    lg.player(4).LastName.assign("Lindqvisk");
+    lg.player(5).LastName.assign("Lindqvist");
+    lg.player(6).FirstName.assign("Cy");
+    lg.player(6).LastName.assign("Lindqvistson");
+    lg.player(7).FirstName.assign("Di");
+    lg.player(7).LastName.assign("Lindqvistson");
     lg.write(dir.path());
 
     GameSession game = sessionOn(dir.path());
@@ -519,6 +526,10 @@ TEST(TeamLoad, DisplayNamesOfSharedLastNames) {
     EXPECT_EQ(side.DisplayName[0], "Ann Lind");
     EXPECT_EQ(side.DisplayName[1], "Bo Lind");
     EXPECT_EQ(side.DisplayName[2], "Vik");
+    EXPECT_EQ(side.DisplayName[3], "Lindqvisk");
+    EXPECT_EQ(side.DisplayName[4], "Lindqvist");
+    EXPECT_EQ(side.DisplayName[5], "Cy Lindqvistson");
+    EXPECT_EQ(side.DisplayName[6], "Di Lindqvistson");
 }
 
 TEST(TeamLoad, RosterEntriesThatDontHoldAPlayer) {
