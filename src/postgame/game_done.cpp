@@ -1053,13 +1053,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         }
     } blanker{o.tables ? box : nullptr};
     BoxWrite(*box, session, game, facts);
-    BoxNames names;
+    std::unique_ptr<BoxNames> ownBoxNames;
+    if (o.tables && !o.tables->boxNames) o.tables->boxNames = std::make_unique<BoxNames>();
+    BoxNames& names = o.tables ? *o.tables->boxNames : *(ownBoxNames = std::make_unique<BoxNames>());
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
         names.team[at(side)] = fmt::format("{} {}", t.team.City.str(), t.team.Nickname.str());
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const PlayerRecord& p = t.player(slot);
-            names.player[BoxFile::at(side, slot)] = boxPlayerName(p);
+            boxPlayerName(p, names.player[BoxFile::at(side, slot)]);
             names.position[BoxFile::at(side, slot)] = positionCode(p);
         }
     }

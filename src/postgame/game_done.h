@@ -23,6 +23,7 @@
 #include "league/schedule.h"
 #include "postgame/box_file.h"
 #include "postgame/box_records.h"
+#include "postgame/box_text.h"
 #include "postgame/game_summary.h"
 #include "postgame/posting_journal.h"
 #include "postgame/record_book.h"
@@ -57,6 +58,8 @@ struct KeptTables {
     std::unique_ptr<BoxFile> box;
     // Its file image, written over game after game.
     std::unique_ptr<BoxImage> boxImage;
+    // The names its text prints, written over game after game: each keeps its room.
+    std::unique_ptr<BoxNames> boxNames;
 };
 
 struct PostingOptions {
