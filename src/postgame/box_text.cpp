@@ -242,11 +242,6 @@ const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "D
 constexpr std::array<int, 6> kGoalieWidths{4, 4, 4, 6, 7, 5};
 static_assert(std::ranges::max(kGoalieWidths) <= 8, "appendCells pads up to 8");
 
-// The same lines added to `out` as they are made: no list of their own.
-void appendTexts(std::vector<std::string>& out, const auto& texts, int count) {
-    for (int i = 0; i < count && i < static_cast<int>(texts.size()); ++i) out.push_back(texts[std::size_t(i)].str());
-}
-
 std::vector<std::string> nonBlank(const auto& texts, int count) {
     std::vector<std::string> out;
     for (int i = 0; i < count && i < static_cast<int>(texts.size()); ++i) out.push_back(texts[std::size_t(i)].str());
@@ -329,8 +324,6 @@ std::vector<std::string> notableLines(const BoxFile& box, const BoxNames& names)
 std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names) {
     const BoxRecord1& r = box.r1;
     std::vector<std::string> out;
-    // Room for as many lines as a box file holds: the lines are moved but once.
-    out.reserve(kBoxTextLines);
     out.push_back("BOXSCORE");
     out.push_back(headline(box, names));
     if (r.BoxPlayoffFlag) out.push_back("Playoff Game: ");
@@ -362,12 +355,12 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     out.push_back("Scoring Summary");
     out.push_back("Per Time Str Team");
-    appendTexts(out, box.r2.ScoringText, box.r2.ScoringCount);
+    for (const auto& s : nonBlank(box.r2.ScoringText, box.r2.ScoringCount)) out.push_back(s);
     if (box.r2.ScoringCount == 0) out.push_back("No scoring");
     out.push_back("");
     out.push_back("Penalty Summary");
     out.push_back("Per Time Team");
-    appendTexts(out, box.r2.PenaltyText, box.r2.PenaltyCount);
+    for (const auto& s : nonBlank(box.r2.PenaltyText, box.r2.PenaltyCount)) out.push_back(s);
     if (box.r2.PenaltyCount == 0) out.push_back("No penalties");
     out.push_back("");
     if (shootout) {
