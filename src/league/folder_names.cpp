@@ -32,7 +32,8 @@ FolderNames::FolderNames(fs::path dir) : dir_(std::move(dir)) {
 }
 
 const fs::path& FolderNames::find(std::string_view name) {
-    if (name.find_first_of("/\\") != std::string_view::npos) {
+    // A character at a time: find_first_of would search the pair for each one.
+    if (std::any_of(name.begin(), name.end(), [](char c) { return c == '/' || c == '\\'; })) {
         auto it = subpaths_.find(name);
         if (it == subpaths_.end()) it = subpaths_.emplace(std::string(name), fs::path()).first;
         it->second = findFile(dir_, name);

@@ -14,10 +14,14 @@ namespace {
 TEST(FolderNames, ResolvesAsFindFileDoes) {
     testing::TempDir dir;
     for (const char* n : {"HKPLAYER", "hkteams", "Sked.skd"}) std::ofstream(dir.path() / n) << "x";
+    std::filesystem::create_directory(dir.path() / "Sounds");
+    std::ofstream(dir.path() / "Sounds" / "Calls.TXT") << "x";
     FolderNames names(dir.path());
-    // Asked again, a name answers from what was kept, still as a fresh lookup would.
+    // Asked again, a name answers from what was kept, still as a fresh lookup
+    // would; a name below the folder by either separator too.
     for (int round = 0; round < 2; ++round)
-        for (const char* n : {"hkplayer", "HKTEAMS", "SKED.SKD", "HkPosting.jnl", "BOX12.BOX"})
+        for (const char* n :
+             {"hkplayer", "HKTEAMS", "SKED.SKD", "HkPosting.jnl", "BOX12.BOX", "sounds/calls.txt", "SOUNDS\\CALLS.txt"})
             EXPECT_EQ(names.find(n), findFile(dir.path(), n)) << n << " round " << round;
 }
 
