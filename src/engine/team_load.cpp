@@ -131,6 +131,37 @@ std::pair<int, int> dayAfter(int seasonMonth, int day) {
     return {seasonMonth, day};
 }
 
+ScheduleTeamRows::ScheduleTeamRows(const Schedule& schedule) : start_(kMaxTeams + 1, 0) {
+    const std::vector<GameRecord>& rows = schedule.rows();
+    // Counted first, then placed: one array for all the teams.
+    auto teamsOf = [](const GameRecord& g) {
+        int visitor = isTeamNumber(g.VisitorTeam) ? g.VisitorTeam : 0;
+        int home = isTeamNumber(g.HomeTeam) && g.HomeTeam != g.VisitorTeam ? g.HomeTeam : 0;
+        return std::pair{visitor, home};
+    };
+    for (const GameRecord& g : rows) {
+        auto [visitor, home] = teamsOf(g);
+        if (visitor) ++start_[static_cast<std::size_t>(visitor)];
+        if (home) ++start_[static_cast<std::size_t>(home)];
+    }
+    for (std::size_t t = 1; t < start_.size(); ++t) start_[t] += start_[t - 1];
+    rows_.resize(start_.back());
+    // Placed from the end back, each team's rows come out in order and its
+    // start is left where its rows begin.
+    for (std::size_t r = rows.size(); r-- > 0;) {
+        auto [visitor, home] = teamsOf(rows[r]);
+        for (int t : {visitor, home})
+            if (t) rows_[--start_[static_cast<std::size_t>(t)]] = static_cast<std::uint32_t>(r);
+    }
+}
+
+std::span<const std::uint32_t> ScheduleTeamRows::of(int team) const {
+    if (!isTeamNumber(team)) return {};
+    auto t = static_cast<std::size_t>(team);
+    std::uint32_t end = t == kMaxTeams ? static_cast<std::uint32_t>(rows_.size()) : start_[t + 1];
+    return std::span(rows_).subspan(start_[t], end - start_[t]);
+}
+
 GameSession::GameSession(LeagueContext league, GeneralManagerHooks* generalManager)
     : league_(std::move(league)), manager_(generalManager ? generalManager : &defaultManager_) {}
 
@@ -204,11 +235,18 @@ void GameSession::HkLoadTeam(int sideIndex, int team, Random& rng) {
 void GameSession::scanSchedule(SideTables& s) {
     int count = 0;
     if (league_.schedule) {
-        // The team first: it plays in few of the rows, and the status is asked out of line.
-        for (const GameRecord& g : league_.schedule->rows()) {
-            if ((g.VisitorTeam != s.TeamId && g.HomeTeam != s.TeamId) || statusOf(g) == kDeleted) continue;
+        auto note = [&](const GameRecord& g) {
+            if (statusOf(g) == kDeleted) return;
             ++count;
             s.scheduleOpen = s.scheduleOpen || isOpen(g);
+        };
+        const std::vector<GameRecord>& rows = league_.schedule->rows();
+        if (league_.scheduleRows) {
+            for (std::uint32_t r : league_.scheduleRows->of(s.TeamId)) note(rows[r]);
+        } else {
+            // The team first: it plays in few of the rows, and the status is asked out of line.
+            for (const GameRecord& g : rows)
+                if (g.VisitorTeam == s.TeamId || g.HomeTeam == s.TeamId) note(g);
         }
     }
     s.SeasonGames = count < 10 ? eraGamesOf(s.team.TeamYear) : count;
@@ -397,14 +435,24 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         if (!GameActive && p.InactiveFlag != 99) ++p.GamesSinceReset;
     }
     // Each last name trimmed once, not once for every teammate it is held
-    // against, and held against the men on the team only.
+    // against, and held against the men on the team only: first by a word of
+    // its length and first letters, as two names that differ there differ
+    // and nearly every pair does.
     BySlot<std::string_view> lastNames{};
+    BySlot<std::uint64_t> keys{};
     BySlot<int> teamSlots{};
     std::size_t onTeam = 0;
     for (int slot = 0; slot < kRosterSlots; ++slot) {
-        lastNames[static_cast<std::size_t>(slot)] = s.player(slot).LastName.view();
+        auto i = static_cast<std::size_t>(slot);
+        std::string_view last = s.player(slot).LastName.view();
+        std::uint64_t key = 0;
+        std::memcpy(&key, last.data(), std::min<std::size_t>(last.size(), 7));
+        lastNames[i] = last;
+        keys[i] = key << 8 | (last.size() & 0xFF);
         if (s.onTeam(slot)) teamSlots[onTeam++] = slot;
     }
+    BySlot<std::uint64_t> teamKeys{};
+    for (std::size_t k = 0; k < onTeam; ++k) teamKeys[k] = keys[static_cast<std::size_t>(teamSlots[k])];
     for (int slot = 0; slot < kRosterSlots; ++slot) {
         const PlayerRecord& p = s.player(slot);
         if (p.PlayerId == 0) continue;
@@ -412,7 +460,8 @@ void GameSession::readPlayers(int sideIndex, bool clearEmpty, Random& rng) {
         std::string_view last = lastNames[i];
         bool shared = false;
         for (std::size_t k = 0; k < onTeam && !shared; ++k)
-            shared = teamSlots[k] != slot && lastNames[static_cast<std::size_t>(teamSlots[k])] == last;
+            shared = teamKeys[k] == keys[i] && teamSlots[k] != slot &&
+                     lastNames[static_cast<std::size_t>(teamSlots[k])] == last;
         // Assigned in place: the names of the side's last load leave their room.
         std::string& name = s.DisplayName[i];
         name.clear();

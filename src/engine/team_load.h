@@ -140,6 +140,21 @@ struct LeaguePlayerIndex {
     static LeaguePlayerIndex read(const std::filesystem::path& leagueDir);
 };
 
+// A schedule's rows by team, for a run that keeps one schedule whose rows
+// keep their teams (a posting changes a row's status and score only): a load
+// then looks at its own team's few rows rather than the whole schedule.
+class ScheduleTeamRows {
+public:
+    explicit ScheduleTeamRows(const Schedule& schedule);
+    // The positions in rows() of the rows `team` plays in as visitor or
+    // home, in order; nothing for a number that is no team's.
+    [[nodiscard]] std::span<const std::uint32_t> of(int team) const;
+
+private:
+    std::vector<std::uint32_t> rows_;
+    std::vector<std::uint32_t> start_;  // where team t's rows begin in rows_, by t; they end where t + 1's begin
+};
+
 struct LeagueContext {
     std::filesystem::path leagueDir;
     RulesRecord rules{};
@@ -151,6 +166,8 @@ struct LeagueContext {
     // the images of its files. Null: the disk is asked at each load.
     FolderNames* names = nullptr;
     FileImages* files = nullptr;
+    // The rows of `schedule` by team, kept by a run; null: the rows are scanned.
+    const ScheduleTeamRows* scheduleRows = nullptr;
 };
 
 class GameSession {

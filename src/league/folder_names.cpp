@@ -28,26 +28,23 @@ FolderNames::FolderNames(fs::path dir) : dir_(std::move(dir)) {
     // Sorted, so that of two names differing only in case the same one wins
     // as with findFile.
     std::sort(names.begin(), names.end());
-    for (std::string& n : names) {
-        std::string key = upper(n);
-        fs::path path = dir_ / n;
-        byUpperName_.try_emplace(std::move(key), Entry{std::move(n), std::move(path)});
-    }
+    for (std::string& n : names) spellingOf_.try_emplace(upper(n), std::move(n));
 }
 
-fs::path FolderNames::find(std::string_view name) {
-    if (name.find_first_of("/\\") != std::string_view::npos) return findFile(dir_, name);
-    std::string key = upper(name);
-    auto it = byUpperName_.find(key);
-    if (it != byUpperName_.end()) {
-        // The exact spelling, when it is there, wins over any other.
-        Entry& e = it->second;
-        if (e.name != name && fs::exists(dir_ / name)) e = Entry{std::string(name), dir_ / name};
-        return e.path;
+const fs::path& FolderNames::find(std::string_view name) {
+    // A character at a time: find_first_of would search the pair for each one.
+    if (std::any_of(name.begin(), name.end(), [](char c) { return c == '/' || c == '\\'; })) {
+        auto it = subpaths_.find(name);
+        if (it == subpaths_.end()) it = subpaths_.emplace(std::string(name), fs::path()).first;
+        it->second = findFile(dir_, name);
+        return it->second;
     }
-    fs::path path = dir_ / name;
-    byUpperName_.emplace(std::move(key), Entry{std::string(name), path});
-    return path;
+    if (auto it = paths_.find(name); it != paths_.end()) return it->second;
+    auto spelling = spellingOf_.try_emplace(upper(name), name).first;
+    // The exact spelling, when it is there, wins over any other.
+    std::string_view onDisk = spelling->second;
+    if (onDisk != name && fs::exists(dir_ / name)) onDisk = name;
+    return paths_.emplace(std::string(name), dir_ / onDisk).first->second;
 }
 
 }  // namespace tallyrink

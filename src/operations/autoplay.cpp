@@ -2,6 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace tallyrink {
 
 namespace {
@@ -29,6 +33,37 @@ bool inScope(const GameRecord& g, MarkScope scope, const LeagueDate& date, int t
     }
     return false;
 }
+
+// The marked rows in the order PlayCommandChosen takes them, listed once
+// for a run: a run's games change nothing but the status of their own rows,
+// so each choice looks only at the rows left of the earliest date rather
+// than at the whole schedule.
+class MarkedRows {
+public:
+    explicit MarkedRows(const Schedule& schedule) {
+        const auto& rows = schedule.rows();
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            if (statusOf(rows[i]) == kMarked) order_.push_back({keyOf(rows[i]), i + 1});
+        std::sort(order_.begin(), order_.end());
+    }
+
+    // As PlayCommandChosen: of the earliest date's rows, its first computer
+    // game, else its first game.
+    std::optional<std::size_t> next(const Schedule& schedule) {
+        auto marked = [&](std::size_t k) { return statusOf(schedule.row(order_[k].second)) == kMarked; };
+        while (first_ < order_.size() && !marked(first_)) ++first_;
+        if (first_ == order_.size()) return std::nullopt;
+        int key = order_[first_].first;
+        if (key < kNoGameKey)
+            for (std::size_t k = first_; k < order_.size() && order_[k].first == key; ++k)
+                if (marked(k) && bothComputer(schedule.row(order_[k].second))) return order_[k].second;
+        return order_[first_].second;
+    }
+
+private:
+    std::vector<std::pair<int, std::size_t>> order_;  // date key and row, in that order
+    std::size_t first_ = 0;                           // the rows before it are played
+};
 
 }  // namespace
 
@@ -118,9 +153,10 @@ AutoplayResult runAutoplay(Schedule& schedule, const ActiveTeams& active, GameRu
         return result;
     };
 
+    MarkedRows marked(schedule);
     while (true) {
         if (hooks.stopRequested && hooks.stopRequested()) return finish(AutoplayEnd::Stopped);
-        auto row = PlayCommandChosen(schedule);
+        auto row = marked.next(schedule);
         if (!row) return finish(AutoplayEnd::Done);
         const GameRecord& g = schedule.row(*row);
         if (!bothComputer(g)) {

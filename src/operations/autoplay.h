@@ -44,7 +44,8 @@ bool onOrBefore(int month, int day, const LeagueDate& date);
 std::optional<std::size_t> PlayCommandChosen(const Schedule& schedule);
 
 // Plays one game of the schedule to its end and posts it, which turns the
-// row to "P". Set up and posting belong to the caller's layers.
+// row to "P"; no other row changes. Set up and posting belong to the
+// caller's layers.
 class GameRunner {
 public:
     virtual ~GameRunner() = default;

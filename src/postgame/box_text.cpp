@@ -273,15 +273,20 @@ std::string joined(const std::vector<std::string>& v) {
 }  // namespace
 
 std::string boxPlayerName(const PlayerRecord& p) {
+    std::string name;
+    boxPlayerName(p, name);
+    return name;
+}
+
+void boxPlayerName(const PlayerRecord& p, std::string& name) {
     std::string_view first = p.FirstName.view();
     std::string_view last = p.LastName.view();
-    if (first.empty()) return std::string(last);
-    std::string name;
-    name.reserve(3 + last.size());
-    name += first.front();
-    name += ". ";
+    name.clear();
+    if (!first.empty()) {
+        name += first.front();
+        name += ". ";
+    }
     name += last;
-    return name;
 }
 
 std::string positionCode(const PlayerRecord& p) {

@@ -26,6 +26,8 @@ BoxNames boxNamesFromLeague(const BoxFile& box, const std::filesystem::path& lea
 
 // A player as the box score names him: "J. Smith".
 std::string boxPlayerName(const PlayerRecord& p);
+// The same written over `name`, which keeps its room.
+void boxPlayerName(const PlayerRecord& p, std::string& name);
 
 // "G", "D" or "F".
 std::string positionCode(const PlayerRecord& p);

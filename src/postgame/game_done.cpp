@@ -734,16 +734,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     FileWriter& writer = o.writer ? *o.writer : disk;
     const fs::path& dir = session.league().leagueDir;
     const RulesRecord& rules = session.league().rules;
-    auto find = [&](std::string_view name) { return o.names ? o.names->find(name) : findFile(dir, name); };
-    // The files every posting names: looked up once for a run. A game's box
-    // is a new name each time.
-    KnownFiles* known = o.names ? o.known : nullptr;
-    auto locate = [&](std::string_view name) -> fs::path {
-        if (known == nullptr) return find(name);
-        if (const fs::path* path = known->find(name)) return *path;
-        return known->keep(name, find(name));
-    };
-    const PostingJournal journal(dir, o.names, o.images, known);
+    // The run's names of the league folder, else the folder listed once for
+    // this posting: a game's box is a new name, so a lookup of its own would
+    // list the folder anyway.
+    std::optional<FolderNames> ownNames;
+    FolderNames& folder = o.names ? *o.names : ownNames.emplace(dir);
+    auto locate = [&](std::string_view name) -> const fs::path& { return folder.find(name); };
+    const PostingJournal journal(dir, &folder, o.images);
     // The session was read from the files a pending posting would change.
     if (journal.recover(writer))
         throw FileError(
@@ -893,7 +890,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             if (!playerValues) playerValues = PlayerRecordValues::of(session, game);
             book.postPlayers(*playerValues);
             book.postTeams(session, game);
-            for (FileChange& c : book.changes(name)) changes.push_back(std::move(c));
+            // Changed slots side by side go in one change, the unused ends
+            // between them as they were read. Against an image slots apart go
+            // apart: the journal compares every byte of a change with it, and
+            // the run's writer puts near changes in one write all the same. A
+            // book without one (the book across leagues) is written as its
+            // changes come, so near slots go together: one write, not one a slot.
+            bool narrowed = o.images && folder == dir;
+            for (FileChange& c : book.changes(name, narrowed ? 1 : kRecordsJoinedWithin))
+                changes.push_back(std::move(c));
         };
         auto leagueBook = locate(kRecordsFile);
         post(dir, leagueBook, leagueBook.filename().string());
@@ -1048,13 +1053,15 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         }
     } blanker{o.tables ? box : nullptr};
     BoxWrite(*box, session, game, facts);
-    BoxNames names;
+    std::unique_ptr<BoxNames> ownBoxNames;
+    if (o.tables && !o.tables->boxNames) o.tables->boxNames = std::make_unique<BoxNames>();
+    BoxNames& names = o.tables ? *o.tables->boxNames : *(ownBoxNames = std::make_unique<BoxNames>());
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
         names.team[at(side)] = fmt::format("{} {}", t.team.City.str(), t.team.Nickname.str());
         for (int slot = 0; slot < kRosterSlots; ++slot) {
             const PlayerRecord& p = t.player(slot);
-            names.player[BoxFile::at(side, slot)] = boxPlayerName(p);
+            boxPlayerName(p, names.player[BoxFile::at(side, slot)]);
             names.position[BoxFile::at(side, slot)] = positionCode(p);
         }
     }
@@ -1073,12 +1080,12 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     if (leagueGame) {
         if (o.tables) {
             if (!o.tables->boxImage) o.tables->boxImage = std::make_unique<BoxImage>();
-            writer.replace(find(res.boxFile), o.tables->boxImage->put(*box));
+            writer.replace(locate(res.boxFile), o.tables->boxImage->put(*box));
         } else {
             // Every byte is written by the records: a cleared buffer first would be cleared for nothing.
             auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBoxFileBytes);
             putBoxBytes(*box, bytes.get());
-            writer.replace(find(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
+            writer.replace(locate(res.boxFile), std::span<const std::uint8_t>(bytes.get(), kBoxFileBytes));
         }
     }
 

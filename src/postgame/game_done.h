@@ -23,6 +23,7 @@
 #include "league/schedule.h"
 #include "postgame/box_file.h"
 #include "postgame/box_records.h"
+#include "postgame/box_text.h"
 #include "postgame/game_summary.h"
 #include "postgame/posting_journal.h"
 #include "postgame/record_book.h"
@@ -57,6 +58,8 @@ struct KeptTables {
     std::unique_ptr<BoxFile> box;
     // Its file image, written over game after game.
     std::unique_ptr<BoxImage> boxImage;
+    // The names its text prints, written over game after game: each keeps its room.
+    std::unique_ptr<BoxNames> boxNames;
 };
 
 struct PostingOptions {
@@ -66,10 +69,7 @@ struct PostingOptions {
     // Where the records across all leagues are kept, posted when the rules
     // ask for them; empty: nowhere.
     std::filesystem::path allTimeRecordsDir;
-    FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: looked up each time
-    // The files of the league that a run's postings name, as found at its
-    // earlier postings; null: looked up at each. Only with `names`.
-    KnownFiles* known = nullptr;
+    FolderNames* names = nullptr;  // the league folder's names when a run keeps them; null: listed for the posting
     // The files as a run keeps them in memory; the writer must keep them in
     // step (RunWriter). Null: read from the disk.
     FileImages* images = nullptr;

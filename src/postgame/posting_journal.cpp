@@ -116,9 +116,12 @@ namespace {
 // few kilobytes more.
 constexpr std::uint64_t kWriteGap = 8192;
 
-// Of a changed byte range in a journal, equal bytes shorter than this stay in
-// the change: each change costs its name and offsets in the journal.
-constexpr std::size_t kJournalGap = 32;
+// Equal words in a row that start the search for the end of a changed
+// stretch: any run of kJournalGap equal bytes holds that many whole words,
+// however it lies against them. Fewer than the gap could hold: the words are
+// compared one at a time, the run's end is then found by the block.
+constexpr int kWordsInJournalGap = 3;
+static_assert(kJournalGap >= 8 * kWordsInJournalGap + 7);
 
 void writeFully(int fd, const std::filesystem::path& path, std::uint64_t offset, const std::uint8_t* data,
                 std::size_t n) {
@@ -474,18 +477,18 @@ std::vector<FileChange> PostingJournal::decode(std::span<const std::uint8_t> byt
     return out;
 }
 
-std::filesystem::path PostingJournal::locate(std::string_view name) const {
-    return names_ ? names_->find(name) : findFile(dir_, name);
+const std::filesystem::path& PostingJournal::locate(std::string_view name) const {
+    if (names_ == nullptr) {
+        own_ = std::make_unique<FolderNames>(dir_);
+        names_ = own_.get();
+    }
+    return names_->find(name);
 }
 
-std::filesystem::path PostingJournal::path() const {
-    if (known_ == nullptr) return locate(kPostingJournal);
-    if (const std::filesystem::path* p = known_->find(kPostingJournal)) return *p;
-    return known_->keep(kPostingJournal, locate(kPostingJournal));
-}
+const std::filesystem::path& PostingJournal::path() const { return locate(kPostingJournal); }
 
 bool PostingJournal::pending() const {
-    auto p = path();
+    const auto& p = path();
     int fd = ::open(p.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return errno != ENOENT && std::filesystem::exists(p);  // unreadable but there: recovery says why
     std::array<char, kDoneJournal.size()> head{};
@@ -495,10 +498,11 @@ bool PostingJournal::pending() const {
 }
 
 const std::filesystem::path& PostingJournal::Targets::of(const std::string& name) {
-    if (const std::filesystem::path* path = known_.find(name)) return *path;
     // A change outside the league folder (the all-time records) carries its whole path.
-    std::filesystem::path named(name);
-    return known_.keep(name, named.is_absolute() ? std::move(named) : journal_.locate(name));
+    if (name.find('/') == std::string::npos || !std::filesystem::path(name).is_absolute()) return journal_.locate(name);
+    for (const auto& [known, path] : outside_)
+        if (known == name) return path;
+    return outside_.emplace_back(name, name).second;
 }
 
 std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<FileChange>& changes,
@@ -549,9 +553,9 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         // The end of the stretch that starts at changed byte i: the first byte
         // of the first run of kJournalGap equal bytes after it, or of the
         // equal bytes that end the change; n when there is neither. A run that
-        // long holds three whole words of equal bytes, so words are passed
-        // over until three equal ones come in a row, and only then are the
-        // run's ends found byte by byte.
+        // long holds kWordsInJournalGap whole words of equal bytes, so words
+        // are passed over until that many equal ones come in a row, and only
+        // then are the run's ends found.
         // Where the bytes differ next after a stretch, when finding its end
         // has found that too: the equal run is not scanned a second time.
         constexpr std::size_t kUnknown = static_cast<std::size_t>(-1);
@@ -567,9 +571,9 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
                     std::memcpy(&x, was + w, 8);
                     std::memcpy(&y, now + w, 8);
                     equalWords = x == y ? equalWords + 1 : 0;
-                    if (equalWords == 3) break;
+                    if (equalWords == kWordsInJournalGap) break;
                 }
-                if (equalWords < 3) {
+                if (equalWords < kWordsInJournalGap) {
                     // No run that long is left: only equal bytes at the very
                     // end of the change end the stretch before its end.
                     if (comparable < n) return n;
@@ -577,7 +581,7 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
                     while (start > from && equalAt(start - 1)) --start;
                     return start;
                 }
-                std::size_t start = w - 16;
+                std::size_t start = w - 8 * static_cast<std::size_t>(kWordsInJournalGap - 1);
                 while (start > from && equalAt(start - 1)) --start;
                 std::size_t end = firstDifference(was, now, w + 8, comparable);
                 if (end - start >= kJournalGap || (end >= comparable && comparable == n)) {
@@ -627,7 +631,7 @@ void PostingJournal::commit(const std::vector<FileChange>& changes, FileWriter& 
 bool PostingJournal::recover(FileWriter& writer) const {
     auto own = writer.ownJournalStands(path());
     if (own ? !*own : !pending()) return false;
-    auto p = path();
+    const auto& p = path();
     auto changes = decode(readBytes(p), p.string());
     Targets targets(*this);
     apply(piecesOf(changes), writer, targets);

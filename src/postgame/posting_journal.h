@@ -21,12 +21,19 @@
 #include <string_view>
 #include <vector>
 
+#include "league/folder_names.h"
+
 namespace tallyrink {
 
 class FileImages;
-class FolderNames;
 
 inline constexpr const char* kPostingJournal = "HkPosting.jnl";
+// Of a changed byte range in a run's journal, equal bytes fewer than this in
+// a row stay in the change: each change costs its name and offsets in the
+// journal and a step of its own in every write that follows, while a few
+// hundred bytes more cost a copy. A player's record changes in a handful of
+// places some tens of bytes apart.
+inline constexpr std::size_t kJournalGap = 256;
 // The first bytes of a journal file whose posting is done (or was never
 // whole): no posting is pending.
 inline constexpr std::string_view kDoneJournal = "TLYDONE1";
@@ -126,35 +133,14 @@ struct FileChange {
     std::vector<std::uint8_t> bytes;
 };
 
-// The files a run's postings name, each looked up once for the run rather
-// than at every posting: the run owns its folder, so a name finds the same
-// file at every game.
-class KnownFiles {
-public:
-    // The file of `name` as looked up before, or null.
-    [[nodiscard]] const std::filesystem::path* find(std::string_view name) const {
-        for (const auto& [known, path] : known_)
-            if (known == name) return &path;
-        return nullptr;
-    }
-    // Keeps the file found for `name`; it stays put as more are kept.
-    const std::filesystem::path& keep(std::string_view name, std::filesystem::path path) {
-        return known_.emplace_back(std::string(name), std::move(path)).second;
-    }
-
-private:
-    std::deque<std::pair<std::string, std::filesystem::path>> known_;
-};
-
 class PostingJournal {
 public:
-    // `names`, when given, resolves the league's file names instead of the
-    // disk. With `images` (the files as they stand) the journal keeps of a
-    // change only the bytes that differ from them. `known`: the run's files
-    // as found at its earlier postings, and where this one's are kept.
-    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr, FileImages* images = nullptr,
-                            KnownFiles* known = nullptr)
-        : dir_(std::move(leagueDir)), names_(names), images_(images), known_(known) {}
+    // `names`, when given, resolves the league's file names for the run that
+    // keeps them; without, the journal lists the folder itself when it first
+    // needs a name. With `images` (the files as they stand) the journal keeps
+    // of a change only the bytes that differ from them.
+    explicit PostingJournal(std::filesystem::path leagueDir, FolderNames* names = nullptr, FileImages* images = nullptr)
+        : dir_(std::move(leagueDir)), names_(names), images_(images) {}
 
     // Makes the changes in one step as told above.
     void commit(const std::vector<FileChange>& changes, FileWriter& writer) const;
@@ -191,27 +177,26 @@ private:
     // once for the narrowing and the writes both.
     class Targets {
     public:
-        explicit Targets(const PostingJournal& journal)
-            : journal_(journal), known_(journal.known_ ? *journal.known_ : own_) {}
+        explicit Targets(const PostingJournal& journal) : journal_(journal) {}
         const std::filesystem::path& of(const std::string& name);
 
     private:
         const PostingJournal& journal_;
-        KnownFiles own_;     // when the journal has no run's files
-        KnownFiles& known_;  // the run's, or own_
+        // Files outside the league folder (the all-time records), named in full.
+        std::deque<std::pair<std::string, std::filesystem::path>> outside_;
     };
 
     void apply(std::span<const Piece> pieces, FileWriter& writer, Targets& targets) const;
-    [[nodiscard]] std::filesystem::path path() const;
+    [[nodiscard]] const std::filesystem::path& path() const;
 
-    [[nodiscard]] std::filesystem::path locate(std::string_view name) const;
+    [[nodiscard]] const std::filesystem::path& locate(std::string_view name) const;
 
     [[nodiscard]] std::vector<Piece> narrowed(const std::vector<FileChange>& changes, Targets& targets) const;
 
     std::filesystem::path dir_;
-    FolderNames* names_;
+    mutable FolderNames* names_;
     FileImages* images_;
-    KnownFiles* known_;
+    mutable std::unique_ptr<FolderNames> own_;  // when no run lends its names
 };
 
 }  // namespace tallyrink

@@ -761,12 +761,8 @@ void RecordBook::postTeams(const GameSession& session, const FinishedGame& game)
     }
 }
 
-std::vector<FileChange> RecordBook::changes(const std::string& file) const {
-    // Changed slots side by side go in one change, the unused ends between
-    // them as they were read. Slots apart go apart: a run's journal compares
-    // every byte of a change with the file's image, and a run's writer puts
-    // near changes in one write all the same.
-    constexpr std::size_t kGap = 1;
+std::vector<FileChange> RecordBook::changes(const std::string& file, std::size_t joinWithin) const {
+    const std::size_t kGap = std::max<std::size_t>(joinWithin, 1);
     std::vector<FileChange> out;
     auto write = [&](std::size_t first, std::size_t last) {
         // The last slot's unused end isn't written.

@@ -43,7 +43,7 @@ ScheduleGames::ScheduleGames(ScheduleGamesOptions options)
       totals_(options_.leagueDir) {}
 
 void ScheduleGames::refreshTeams() {
-    auto path = names_.find(kTeamFile);
+    const auto& path = names_.find(kTeamFile);
     auto written = images_.takeWritten(path);
     if (!teamsRead_ || written.whole) {
         // The whole table, read as any league reads it.
@@ -60,7 +60,7 @@ void ScheduleGames::refreshTeams() {
 }
 
 void ScheduleGames::refreshPlayers() {
-    auto path = names_.find(kPlayerFile);
+    const auto& path = names_.find(kPlayerFile);
     auto written = images_.takeWritten(path);
     auto& rows = totals_.PlayerTable();
     std::size_t count = std::min(recordCount(images_.length(path), kPlayerSlot, kPlayerRounding), kPlayerTableRows);
@@ -102,8 +102,9 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     const GameRecord r = schedule.row(row);
     std::uint64_t seed = options_.seed + row;
     if (!session_ || sessionSchedule_ != &schedule) {
-        session_ = std::make_unique<GameSession>(
-            LeagueContext{options_.leagueDir, options_.rules, options_.era, &schedule, &index_, &names_, &images_});
+        scheduleRows_.emplace(schedule);
+        session_ = std::make_unique<GameSession>(LeagueContext{options_.leagueDir, options_.rules, options_.era,
+                                                               &schedule, &index_, &names_, &images_, &*scheduleRows_});
         sessionSchedule_ = &schedule;
     }
     GameSession& session = *session_;
@@ -123,7 +124,6 @@ PostingResult ScheduleGames::playAndPost(Schedule& schedule, std::size_t row) {
     posting.dateText = options_.dateText;
     posting.allTimeRecordsDir = options_.allTimeRecordsDir;
     posting.names = &names_;
-    posting.known = &known_;
     posting.images = &images_;
     posting.writer = &writer_;
     posting.schedule = &schedule;

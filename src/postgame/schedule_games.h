@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "engine/chance_table.h"
@@ -64,11 +65,12 @@ private:
     LeaguePlayerIndex index_;
     KeptRecordBooks books_;
     KeptTables tables_;
-    KnownFiles known_;
     // One session for the run: each load sets its side up afresh, and a
     // session is large enough that making one per game shows.
     std::unique_ptr<GameSession> session_;
     const Schedule* sessionSchedule_ = nullptr;
+    // The schedule's rows by team: the run changes no row's teams.
+    std::optional<ScheduleTeamRows> scheduleRows_;
     // The team table changes with every game posted; the players' replay
     // games only choose the year a team plays by, so a day-old copy serves.
     // Both are decoded from the images once and then kept up with the

@@ -510,6 +510,13 @@ TEST(TeamLoad, DisplayNamesOfSharedLastNames) {
     lg.player(3).LastName.assign("Vik");
     lg.player(25).LastName.assign("Vik");  // team 2's
     lg.team(1).Roster[20] = 25;
+    // Alike in length and first letters, but not the same name; and two the same.
+    lg.player(4).LastName.assign("Lindqvisk");
+    lg.player(5).LastName.assign("Lindqvist");
+    lg.player(6).FirstName.assign("Cy");
+    lg.player(6).LastName.assign("Lindqvistson");
+    lg.player(7).FirstName.assign("Di");
+    lg.player(7).LastName.assign("Lindqvistson");
     lg.write(dir.path());
 
     GameSession game = sessionOn(dir.path());
@@ -519,6 +526,10 @@ TEST(TeamLoad, DisplayNamesOfSharedLastNames) {
     EXPECT_EQ(side.DisplayName[0], "Ann Lind");
     EXPECT_EQ(side.DisplayName[1], "Bo Lind");
     EXPECT_EQ(side.DisplayName[2], "Vik");
+    EXPECT_EQ(side.DisplayName[3], "Lindqvisk");
+    EXPECT_EQ(side.DisplayName[4], "Lindqvist");
+    EXPECT_EQ(side.DisplayName[5], "Cy Lindqvistson");
+    EXPECT_EQ(side.DisplayName[6], "Di Lindqvistson");
 }
 
 TEST(TeamLoad, RosterEntriesThatDontHoldAPlayer) {
@@ -638,6 +649,55 @@ TEST(TeamLoad, LeagueDayAndSeasonGamesFromTheSchedule) {
     EXPECT_EQ(dayAfter(3, 30), (std::pair{4, 1}));   // November
     EXPECT_EQ(dayAfter(4, 30), (std::pair{4, 31}));  // December
     EXPECT_EQ(dayAfter(12, 31), (std::pair{1, 1}));  // August to September
+}
+
+// A run's rows by team are those a scan of the schedule finds, and a load
+// through them counts the games a scan counts, as the rows' statuses change.
+TEST(TeamLoad, ARunsRowsByTeamAreThoseAScanFinds) {
+    TempDir dir;
+    auto lg = LeagueFixture::make({.teams = 4, .playersPerTeam = 20});
+    lg.write(dir.path());
+    std::vector<GameRecord> rows;
+    for (int d = 0; d < 60; ++d)
+        rows.push_back(newGameRecord(1 + d % 4, 1 + (d * 3 + 1) % 4, 10 + d / 28, 1 + d % 28, 2018));
+    rows.push_back(newGameRecord(2, 2, 11, 5, 2018));  // a team against itself counts once
+    rows.push_back(newGameRecord(0, 3, 11, 6, 2018));  // no visitor
+    rows.push_back(newGameRecord(kMaxTeams, 1, 11, 7, 2018));
+    rows[7].Status.assign("D");
+    Schedule schedule = Schedule::fromRows(dir.path(), rows);
+    ScheduleTeamRows byTeam(schedule);
+    for (int t : {-1, 0, 1, 2, 3, 4, 5, kMaxTeams, kMaxTeams + 1}) {
+        std::vector<std::uint32_t> scanned;
+        for (std::size_t r = 0; r < rows.size(); ++r)
+            if (isTeamNumber(t) && (rows[r].VisitorTeam == t || rows[r].HomeTeam == t))
+                scanned.push_back(static_cast<std::uint32_t>(r));
+        auto kept = byTeam.of(t);
+        EXPECT_EQ(std::vector<std::uint32_t>(kept.begin(), kept.end()), scanned) << "team " << t;
+    }
+
+    LeagueContext scan{dir.path(), defaultRules(2018), &shippedEra(), &schedule};
+    LeagueContext run = scan;
+    run.scheduleRows = &byTeam;
+    GameSession a(scan), b(run);
+    for (int step = 0; step < 3; ++step) {
+        // Played and open rows as a run leaves them: the teams stay, the statuses move.
+        for (std::size_t r = 0; r < schedule.size(); r += 2)
+            if (step > 0 && statusOf(schedule.row(r + 1)) != kDeleted) schedule.row(r + 1).Status.assign("P");
+        if (step == 2)
+            for (std::size_t r = 1; r <= schedule.size(); ++r)
+                if (statusOf(schedule.row(r)) != kDeleted) schedule.row(r).Status.assign("P");
+        for (int team = 1; team <= 4; ++team) {
+            SCOPED_TRACE(::testing::Message() << "step " << step << " team " << team);
+            Random x(3), y(3);
+            a.HkLoadTeam(kVisitor, team, x);
+            b.HkLoadTeam(kVisitor, team, y);
+            EXPECT_EQ(b.side(kVisitor).SeasonGames, a.side(kVisitor).SeasonGames);
+            EXPECT_EQ(b.side(kVisitor).scheduleOpen, a.side(kVisitor).scheduleOpen);
+            EXPECT_EQ(b.GameMonth, a.GameMonth);
+            EXPECT_EQ(b.GameDay, a.GameDay);
+        }
+    }
+    EXPECT_FALSE(b.side(kVisitor).scheduleOpen);
 }
 
 TEST(TeamLoad, InAGameOnlyFitPlayersAreOnTheLines) {

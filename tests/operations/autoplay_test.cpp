@@ -99,6 +99,45 @@ TEST(AutoplayChoice, EveryMixOfDatesCoachesAndMarksChoosesAsToldStepByStep) {
     }
 }
 
+// A run keeps the order of its marked rows: every game it plays, and the
+// human game it halts at, is the one a fresh look at the schedule chooses.
+TEST(AutoplayRun, EveryGameOfARunIsTheOneAFreshLookChooses) {
+    struct CheckingRunner : GameRunner {
+        std::optional<std::size_t> fresh;  // chosen afresh before the game
+        int played = 0;
+        void playAndPost(Schedule& schedule, std::size_t row) override {
+            EXPECT_EQ(std::optional(row), fresh) << "game " << played;
+            schedule.row(row).Status.raw[0] = kPlayed;
+            ++played;
+        }
+    };
+    TempDir dir;
+    std::mt19937 draws(5);
+    for (int round = 0; round < 100; ++round) {
+        SCOPED_TRACE(round);
+        std::vector<Game> games;
+        int n = 1 + static_cast<int>(draws() % 12);
+        for (int k = 0; k < n; ++k)
+            games.push_back({1 + k % 3, 4 + k % 3, draws() % 2 ? 10 : 1, 1 + static_cast<int>(draws() % 3),
+                             draws() % 5 == 0 ? 'H' : 'C'});
+        Schedule s = scheduleOf(dir, games);
+        markGames(s, MarkScope::All, {});
+        for (std::size_t r = 1; r <= s.size(); ++r)
+            if (draws() % 4 == 0) s.row(r).Status.raw[0] = kPlayed;
+        CheckingRunner runner;
+        AutoplayHooks hooks;
+        hooks.stopRequested = [&] {
+            runner.fresh = PlayCommandChosen(s);
+            return false;
+        };
+        AutoplayResult result = runAutoplay(s, teams(), runner, hooks);
+        EXPECT_EQ(result.played, runner.played);
+        if (result.end == AutoplayEnd::HumanGame) {
+            EXPECT_EQ(std::optional(result.humanRow), runner.fresh);
+        }
+    }
+}
+
 TEST(AutoplayMarking, ScopesMeasureFromTheDateAndAugustOpensTheSeason) {
     TempDir dir;
     std::vector<Game> games = {{1, 2, 8, 30}, {1, 2, 10, 14}, {1, 2, 10, 15}, {1, 2, 10, 16},

@@ -155,14 +155,25 @@ TEST(RecordBook, WrittenChangesReadBackAndLeaveOtherBytesAlone) {
         std::vector<std::uint8_t> bytes(801 * kRecordSlot, 0);
         bytes[2 * kRecordSlot + 250] = 0x5a;
         bytes[recordNumber(40, RecordScope::Season) * kRecordSlot - 10] = 0x77;
+        bytes[(recordNumber(2, RecordScope::Season) - 1) * kRecordSlot + 150] = 0x33;
         writeFileAtomic(dir.path() / kRecordsFile, bytes);
     }
     RecordBook book = RecordBook::load(dir.path());
     book.insert(kGoals, RecordScope::Season, 7, holder("Abel"));
     book.insert(kGoals, RecordScope::Game, 3, holder("Abel"));
     book.insert(kFirstTeamCategory, RecordScope::Game, 9, holder("2017 Halvard"));
+    // A record a few slots past kGoals', an unchanged one between them.
+    EXPECT_TRUE(book.insert(3, RecordScope::Game, 2, holder("Abel")));
     DiskWriter disk;
+    auto original = readBytes(dir.path() / kRecordsFile);
     for (const FileChange& c : book.changes(kRecordsFile)) disk.writeAt(dir.path() / c.name, c.offset, c.bytes);
+    // Joined into fewer writes, the changes leave the same file.
+    std::filesystem::path joinedFile = dir.path() / "joined";
+    writeFileAtomic(joinedFile, original);
+    auto joined = book.changes(kRecordsFile, kRecordsJoinedWithin);
+    EXPECT_LT(joined.size(), book.changes(kRecordsFile).size());
+    for (const FileChange& c : joined) disk.writeAt(joinedFile, c.offset, c.bytes);
+    EXPECT_EQ(readBytes(joinedFile), readBytes(dir.path() / kRecordsFile));
 
     RecordBook again = RecordBook::load(dir.path());
     EXPECT_EQ(places(again, kGoals, RecordScope::Season), places(book, kGoals, RecordScope::Season));
@@ -171,6 +182,7 @@ TEST(RecordBook, WrittenChangesReadBackAndLeaveOtherBytesAlone) {
     auto bytes = readBytes(dir.path() / kRecordsFile);
     EXPECT_EQ(bytes[2 * kRecordSlot + 250], 0x5a);
     EXPECT_EQ(bytes[recordNumber(40, RecordScope::Season) * kRecordSlot - 10], 0x77);
+    EXPECT_EQ(bytes[(recordNumber(2, RecordScope::Season) - 1) * kRecordSlot + 150], 0x33);
     EXPECT_TRUE(RecordBook::load(dir.path() / "nowhere").changes(kRecordsFile).empty());
 }
 

@@ -318,23 +318,20 @@ TEST(RunPosting, TheJournalKeepsOnlyWhatDiffersFromTheImages) {
     EXPECT_FALSE(journal.pending());
 }
 
-// The files a run's journals found at its first posting are those a lookup
-// finds afresh, whatever the spelling a change names them by.
-TEST(RunPosting, TheFilesARunKeepsAreThoseALookupFinds) {
+// A run's journals write the file a lookup finds, whatever the spelling a
+// change names it by, and make no second file in the case asked for.
+TEST(RunPosting, ARunWritesTheFilesALookupFinds) {
     TempDir dir;
     writeFileAtomic(dir / "TABLE", std::string(100, 'a'));
     FolderNames names(dir.path());
-    KnownFiles known;
     DiskWriter disk;
     for (char mark : {'b', 'c'}) {
-        PostingJournal journal(dir.path(), &names, nullptr, &known);
+        PostingJournal journal(dir.path(), &names, nullptr);
         journal.commit({{"table", false, 10, std::vector<std::uint8_t>(5, static_cast<std::uint8_t>(mark))}}, disk);
         EXPECT_EQ(readBytes(dir / "TABLE")[12], mark);
         EXPECT_FALSE(journal.pending());
     }
-    ASSERT_NE(known.find("table"), nullptr);
-    EXPECT_EQ(*known.find("table"), findFile(dir.path(), "table"));
-    EXPECT_EQ(*known.find(kPostingJournal), findFile(dir.path(), kPostingJournal));
+    EXPECT_EQ(names.find("table"), findFile(dir.path(), "table"));
     EXPECT_FALSE(fs::exists(dir / "table"));
 }
 
@@ -365,13 +362,13 @@ TEST(RunPosting, AChangeOverAnEarlierOneOfTheSamePostingStands) {
 
 // The changed stretches of `now` against `was` as the journal keeps them:
 // each from a changed byte to a changed byte, equal bytes inside it fewer
-// than 32 in a row. Bytes past the end of `was` are new, so changed.
+// than kJournalGap in a row. Bytes past the end of `was` are new, so changed.
 std::vector<std::pair<std::size_t, std::size_t>> changedStretches(const std::vector<std::uint8_t>& was,
                                                                   const std::vector<std::uint8_t>& now) {
     std::vector<std::pair<std::size_t, std::size_t>> out;
     for (std::size_t i = 0; i < now.size(); ++i) {
         if (i < was.size() && was[i] == now[i]) continue;
-        if (!out.empty() && i - out.back().second < 32)
+        if (!out.empty() && i - out.back().second < kJournalGap)
             out.back().second = i + 1;
         else
             out.emplace_back(i, i + 1);
@@ -385,7 +382,7 @@ TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
     Random draws(5);
     for (int round = 0; round < 40; ++round) {
         TempDir dir;
-        std::size_t size = 3001 + static_cast<std::size_t>(draws.rand(97));
+        std::size_t size = 12001 + static_cast<std::size_t>(draws.rand(97));
         std::vector<std::uint8_t> table(size);
         for (auto& b : table) b = static_cast<std::uint8_t>(draws.rand(4));
         writeFileAtomic(dir / "TABLE", std::span<const std::uint8_t>(table));
@@ -394,7 +391,8 @@ TEST(RunPosting, TheJournalFindsEveryChangedStretchWhereverItLies) {
             int run = draws.rand(3) == 1 ? draws.rand(70) : 1;
             for (int k = 0; k < run && at < size; ++k, ++at)
                 if (draws.rand(4) != 1) now[at] = static_cast<std::uint8_t>(now[at] + 1 + draws.rand(3));
-            at += static_cast<std::size_t>(draws.rand(5) == 1 ? 28 + draws.rand(8) : draws.rand(300));
+            int gap = static_cast<int>(kJournalGap);
+            at += static_cast<std::size_t>(draws.rand(5) == 1 ? gap - 4 + draws.rand(8) : draws.rand(gap + gap / 4));
         }
         // Some changes run past the file's end, the last bytes before it equal.
         if (round % 3 == 1) {
