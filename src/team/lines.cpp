@@ -3,12 +3,14 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cmath>
 #include <initializer_list>
 #include <span>
 
 #include "team/positions.h"
+#include "team/slot_scan.h"
 
 namespace tallyrink {
 
@@ -468,28 +470,44 @@ Flag flagOf(ForwardRole r) {
 // holding a role (`pairsOnly`: a pair role) on another line of `others`.
 // Worked out once per line, with the places someone already holds, rather
 // than for each man at each place; only the man given a place changes it.
+// The men are a bit a slot, read from the tables eight slots at a time.
 struct LinePlaces {
-    BySlot<bool> taken{};
+    std::uint64_t taken = 0;
     std::array<bool, 4> roleHeld{};  // by ForwardRole
     std::array<bool, 3> pairHeld{};  // by PairRole
 };
+
+// The slots of a table of bytes that hold anything, a bit a slot.
+std::uint64_t heldBits(const BySlot<std::uint8_t>& table) {
+    std::uint64_t bits = 0;
+    for (std::size_t first = 0; first < static_cast<std::size_t>(kRosterSlots); first += 8)
+        bits |= byteMarks(nonzeroBytes(slotWord(table, first))) << first;
+    return bits;
+}
+
+// Marks the roles held in a table (values past the roles, in a damaged
+// table, hold no place the fills make).
+template <std::size_t N>
+void markHeld(const BySlot<std::uint8_t>& table, std::uint64_t holders, std::array<bool, N>& held) {
+    for (; holders != 0; holders &= holders - 1) {
+        std::uint8_t role = table[static_cast<std::size_t>(std::countr_zero(holders))];
+        if (role < N) held[role] = true;
+    }
+}
 
 LinePlaces placesOf(const LineTables& lines, int line, LineRange others, bool pairsOnly) {
     LinePlaces places;
     const auto& ownRoles = lines.LineRoleLive.at(static_cast<std::size_t>(line - 1));
     const auto& ownPairs = lines.LineFlagLive.at(static_cast<std::size_t>(line - 1));
-    for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s) {
-        places.taken[s] = (ownRoles[s] | ownPairs[s]) != 0;
-        // Values past the roles (a damaged table) hold no place the fills make.
-        if (ownRoles[s] < places.roleHeld.size()) places.roleHeld[ownRoles[s]] = true;
-        if (ownPairs[s] < places.pairHeld.size()) places.pairHeld[ownPairs[s]] = true;
-    }
+    std::uint64_t roleHolders = heldBits(ownRoles);
+    std::uint64_t pairHolders = heldBits(ownPairs);
+    markHeld(ownRoles, roleHolders, places.roleHeld);
+    markHeld(ownPairs, pairHolders, places.pairHeld);
+    places.taken = roleHolders | pairHolders;
     for (int l = others.first; l <= others.last; ++l) {
         if (l == line) continue;
-        const auto& pairs = lines.LineFlagLive[static_cast<std::size_t>(l - 1)];
-        const auto& roles = lines.LineRoleLive[static_cast<std::size_t>(l - 1)];
-        for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s)
-            if (pairs[s] != 0 || (!pairsOnly && roles[s] != 0)) places.taken[s] = true;
+        places.taken |= heldBits(lines.LineFlagLive[static_cast<std::size_t>(l - 1)]);
+        if (!pairsOnly) places.taken |= heldBits(lines.LineRoleLive[static_cast<std::size_t>(l - 1)]);
     }
     return places;
 }
@@ -546,36 +564,49 @@ double killForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
 // play, kill) and the role (ForwardRole less one). The scores read ratings,
 // flags and depth charts, which filling lines doesn't change, so a fill works
 // them out once for all its lines. Zero for a man who isn't a candidate.
+// The scores of one place, with the men whose score is above 0 (the only
+// ones who can take it) a bit a slot.
+struct PlaceScores {
+    BySlot<double> score{};
+    std::uint64_t scored = 0;
+
+    void set(int slot, double v) {
+        score[static_cast<std::size_t>(slot)] = v;
+        if (v > 0) scored |= std::uint64_t{1} << slot;
+    }
+};
+
 struct ForwardScores {
-    std::array<std::array<BySlot<double>, 3>, 3> byKind{};
+    std::array<std::array<PlaceScores, 3>, 3> byKind{};
 
     explicit ForwardScores(const LineupTeam& t) {
-        for (ForwardRole role : {ForwardRole::LeftWing, ForwardRole::Center, ForwardRole::RightWing}) {
-            auto r = static_cast<std::size_t>(role) - 1;
-            for (int s = 0; s < kRosterSlots; ++s) {
-                auto i = static_cast<std::size_t>(s);
-                if (!t.candidate[i] || isGoalie(t.player(s))) continue;  // a goalie scores 0 everywhere
-                byKind[0][r][i] = evenForwardScore(t, s, role);
-                byKind[1][r][i] = powerPlayForwardScore(t, s, role);
-                if (role != ForwardRole::Center) byKind[2][r][i] = killForwardScore(t, s, role);
+        for (std::uint64_t men = fitBits(t.candidate); men != 0; men &= men - 1) {
+            const int s = std::countr_zero(men);
+            if (isGoalie(t.player(s))) continue;  // a goalie scores 0 everywhere
+            for (ForwardRole role : {ForwardRole::LeftWing, ForwardRole::Center, ForwardRole::RightWing}) {
+                auto r = static_cast<std::size_t>(role) - 1;
+                byKind[0][r].set(s, evenForwardScore(t, s, role));
+                byKind[1][r].set(s, powerPlayForwardScore(t, s, role));
+                if (role != ForwardRole::Center) byKind[2][r].set(s, killForwardScore(t, s, role));
             }
         }
     }
-    [[nodiscard]] const BySlot<double>& of(int line, ForwardRole role) const {
+    [[nodiscard]] const PlaceScores& of(int line, ForwardRole role) const {
         std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
         return byKind[kind][static_cast<std::size_t>(role) - 1];
     }
 };
 
-// The man not taken with the best score; -1 when no score is above 0.
-int bestOf(const BySlot<double>& score, const BySlot<bool>& taken) {
+// The man not taken with the best score, the earlier slot of equal scores;
+// -1 when no score is above 0.
+int bestOf(const PlaceScores& place, std::uint64_t taken) {
     int best = -1;
     double bestScore = 0;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(kRosterSlots); ++i) {
-        if (taken[i]) continue;
-        if (score[i] > bestScore) {
-            best = static_cast<int>(i);
-            bestScore = score[i];
+    for (std::uint64_t men = place.scored & ~taken; men != 0; men &= men - 1) {
+        const int s = std::countr_zero(men);
+        if (double v = place.score[static_cast<std::size_t>(s)]; v > bestScore) {
+            best = s;
+            bestScore = v;
         }
     }
     return best;
@@ -595,7 +626,7 @@ void fillForwardLine(LineupTeam& t, int line, const ForwardScores& scores) {
         int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setLineRole(line, best, role);
-        places.taken[static_cast<std::size_t>(best)] = true;
+        places.taken |= std::uint64_t{1} << best;
     }
 }
 
@@ -617,21 +648,21 @@ double pairScore(const LineupTeam& t, int slot, int line, PairRole role) {
 // Each defenceman's score at each pair place, by the kind of line and the
 // role (PairRole less one), worked out once per fill as the forwards' are.
 struct PairScores {
-    std::array<std::array<BySlot<double>, 2>, 3> byKind{};
+    std::array<std::array<PlaceScores, 2>, 3> byKind{};
 
     explicit PairScores(const LineupTeam& t) {
-        for (PairRole role : {PairRole::Left, PairRole::Right}) {
-            auto r = static_cast<std::size_t>(role) - 1;
-            for (int s = 0; s < kRosterSlots; ++s) {
-                auto i = static_cast<std::size_t>(s);
-                if (!t.candidate[i] || !isDefenseman(t.player(s))) continue;  // only defencemen score
-                byKind[0][r][i] = pairScore(t, s, 1, role);
-                byKind[1][r][i] = pairScore(t, s, 7, role);
-                byKind[2][r][i] = pairScore(t, s, 11, role);
+        for (std::uint64_t men = fitBits(t.candidate); men != 0; men &= men - 1) {
+            const int s = std::countr_zero(men);
+            if (!isDefenseman(t.player(s))) continue;  // only defencemen score
+            for (PairRole role : {PairRole::Left, PairRole::Right}) {
+                auto r = static_cast<std::size_t>(role) - 1;
+                byKind[0][r].set(s, pairScore(t, s, 1, role));
+                byKind[1][r].set(s, pairScore(t, s, 7, role));
+                byKind[2][r].set(s, pairScore(t, s, 11, role));
             }
         }
     }
-    [[nodiscard]] const BySlot<double>& of(int line, PairRole role) const {
+    [[nodiscard]] const PlaceScores& of(int line, PairRole role) const {
         std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
         return byKind[kind][static_cast<std::size_t>(role) - 1];
     }
@@ -650,7 +681,7 @@ void fillPair(LineupTeam& t, int line, const PairScores& scores) {
         int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setPairRole(line, best, role);
-        places.taken[static_cast<std::size_t>(best)] = true;
+        places.taken |= std::uint64_t{1} << best;
     }
 }
 
