@@ -178,28 +178,10 @@ double usageFactor(const LineupTeam& t, int slot) {
     return std::max(f, kUsageFloor);
 }
 
-// The usage factor of every candidate, worked out once for the charts of a
-// fill rather than once for each chart.
-BySlot<double> usageFactors(const LineupTeam& t) {
-    BySlot<double> usage{};
-    for (int s = 0; s < kRosterSlots; ++s)
-        if (t.candidate[static_cast<std::size_t>(s)]) usage[static_cast<std::size_t>(s)] = usageFactor(t, s);
-    return usage;
-}
-
 double drawsPer60(const LineupTeam& t, int slot) {
     const StatLine& real = realOf(t.player(slot));
     double minutes = real.GP * t.minutes[static_cast<std::size_t>(slot)];
     return minutes > 0 ? (real.FaceoffsWon + real.FaceoffsLost) / minutes * 60 : 0;
-}
-
-bool teamHasDraws(const LineupTeam& t) {
-    for (int s = 0; s < kRosterSlots; ++s) {
-        if (!t.candidate[static_cast<std::size_t>(s)]) continue;
-        const StatLine& real = realOf(t.player(s));
-        if (real.FaceoffsWon + real.FaceoffsLost > 0) return true;
-    }
-    return false;
 }
 
 // How much a centre's score counts by the draws he takes: a man flagged only
@@ -227,16 +209,18 @@ std::string lcFirst(std::string text) {
 bool wrongHand(const PlayerRecord& p, bool leftSide) { return leftSide ? p.PreferredSide == 2 : p.PreferredSide == 1; }
 
 // Ranks go from `top` down to `bottom`, highest score first; of equal scores
-// the earlier slot, and only a score above 0 earns a rank.
+// the earlier slot, and only a score above 0 earns a rank. `men` holds, a
+// bit a slot, the candidates who can score above 0 at all; the others are
+// left unranked without being asked.
 template <class Score, class Field>
-void rankChart(LineupTeam& t, int top, int bottom, Score score, Field field) {
+void rankChart(LineupTeam& t, std::uint64_t men, int top, int bottom, Score score, Field field) {
     for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
     // Every load ranks a dozen charts: the men who can be ranked are sorted
     // once rather than the roster scanned again for each rank.
     std::array<std::pair<double, int>, kRosterSlots> ranked{};
     std::size_t count = 0;
-    for (int s = 0; s < kRosterSlots; ++s) {
-        if (!t.candidate[static_cast<std::size_t>(s)]) continue;
+    for (; men != 0; men &= men - 1) {
+        const int s = std::countr_zero(men);
         double v = score(s);
         if (v > 0) ranked[count++] = {v, s};
     }
@@ -249,12 +233,12 @@ void rankChart(LineupTeam& t, int top, int bottom, Score score, Field field) {
         field(t.player(ranked[k].second)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
 }
 
-double centerDepthScore(const LineupTeam& t, int slot, bool draws, double usage) {
+double centerDepthScore(const LineupTeam& t, int slot, double center, double usage) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p) || !hasFlag(p, Flag::Center)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     double score = 1000 + r.defense / 30 + r.offense / 7 + 100000;
-    return score * centerFactor(t, slot, draws) * usage;
+    return score * center * usage;
 }
 
 // Defensemen aren't ranked at wing: the line fill never takes them there,
@@ -277,12 +261,6 @@ int evenMinutesOf(const PlayerRecord& p) {
     const StatLine& real = realOf(p);
     if (real.GP == 0) return 0;
     return static_cast<int>((real.Toi - real.ToiPP - real.ToiSH) / 60.0 / real.GP);
-}
-
-bool anyoneHas(const LineupTeam& t, std::int32_t StatLine::*field) {
-    for (int s = 0; s < kRosterSlots; ++s)
-        if (t.candidate[static_cast<std::size_t>(s)] && realOf(t.player(s)).*field > 0) return true;
-    return false;
 }
 
 // The share of his even-strength time a player also got on the power play
@@ -308,6 +286,160 @@ double killFactor(const PlayerRecord& p, bool teamHasTime) {
     return specialTeamsFactor(p, &StatLine::ToiSH, teamHasTime, 4, {{0.05, 0.3}, {0.15, 0.5}, {0.25, 0.7}});
 }
 
+// What every chart of a fill reads of a man beyond his ratings, worked out
+// once for all the charts: the candidates by kind, a bit a slot, and the
+// corrections for use, draws and special-teams time.
+struct DepthInputs {
+    std::uint64_t men = 0;       // candidates
+    std::uint64_t goalies = 0;   // candidates in goal
+    std::uint64_t defense = 0;   // candidate defencemen
+    std::uint64_t forwards = 0;  // candidates who are neither (flagged up front or not)
+    std::uint64_t centers = 0;   // candidate skaters flagged at centre
+    std::uint64_t upFront = 0;   // candidate skaters with any forward flag
+    BySlot<double> usage{};      // usageFactor
+    BySlot<double> center{};     // centerFactor, of the centres
+    BySlot<double> powerPlay{};  // powerPlayFactor, of the skaters
+    BySlot<double> kill{};       // killFactor, of the skaters
+
+    explicit DepthInputs(const LineupTeam& t) {
+        men = fitBits(t.candidate);
+        bool draws = false, ppTime = false, shTime = false;
+        for (std::uint64_t m = men; m != 0; m &= m - 1) {
+            const int s = std::countr_zero(m);
+            const PlayerRecord& p = t.player(s);
+            const StatLine& real = realOf(p);
+            const std::uint64_t bit = std::uint64_t{1} << s;
+            draws = draws || real.FaceoffsWon + real.FaceoffsLost > 0;
+            ppTime = ppTime || real.ToiPP > 0;
+            shTime = shTime || real.ToiSH > 0;
+            usage[static_cast<std::size_t>(s)] = usageFactor(t, s);
+            if (isGoalie(p)) {
+                goalies |= bit;
+                continue;
+            }
+            (isDefenseman(p) ? defense : forwards) |= bit;
+            if (hasFlag(p, Flag::Center)) centers |= bit;
+            if (hasForwardFlag(p)) upFront |= bit;
+        }
+        for (std::uint64_t m = centers; m != 0; m &= m - 1) {
+            const int s = std::countr_zero(m);
+            center[static_cast<std::size_t>(s)] = centerFactor(t, s, draws);
+        }
+        for (std::uint64_t m = men & ~goalies; m != 0; m &= m - 1) {
+            const int s = std::countr_zero(m);
+            const PlayerRecord& p = t.player(s);
+            powerPlay[static_cast<std::size_t>(s)] = powerPlayFactor(p, ppTime);
+            kill[static_cast<std::size_t>(s)] = killFactor(p, shTime);
+        }
+    }
+};
+
+void fillForwardDepth(LineupTeam& t, const DepthInputs& in) {
+    rankChart(
+        t, in.centers, 10, 1,
+        [&](int s) {
+            auto i = static_cast<std::size_t>(s);
+            return centerDepthScore(t, s, in.center[i], in.usage[i]);
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; });
+    rankChart(
+        t, in.forwards, 10, 1, [&](int s) { return wingDepthScore(t, s, true, in.usage[static_cast<std::size_t>(s)]); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; });
+    rankChart(
+        t, in.forwards, 10, 1,
+        [&](int s) { return wingDepthScore(t, s, false, in.usage[static_cast<std::size_t>(s)]); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; });
+}
+
+void fillDefenseDepth(LineupTeam& t, const DepthInputs& in) {
+    rankChart(
+        t, in.defense, 10, 1,
+        [&](int s) {
+            if (!isDefenseman(t.player(s))) return 0.0;
+            const auto& r = t.ratings[static_cast<std::size_t>(s)];
+            return (10 + (r.offense / 2 + r.defense) * 10) * in.usage[static_cast<std::size_t>(s)];
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Defense)]; });
+}
+
+void fillGoalieDepth(LineupTeam& t, const DepthInputs& in) {
+    rankChart(
+        t, in.goalies, 10, 1,
+        [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (!isGoalie(p)) return 0.0;
+            double score = t.ratings[static_cast<std::size_t>(s)].goalie * 100 + realOf(p).Toi / 1000.0 + 10000;
+            return score * in.usage[static_cast<std::size_t>(s)];
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthGoalie; });
+}
+
+void fillPowerPlayDepth(LineupTeam& t, const DepthInputs& in) {
+    auto forwardScore = [&](int s, Flag position) {
+        const PlayerRecord& p = t.player(s);
+        if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
+        auto i = static_cast<std::size_t>(s);
+        double score = (10 + t.ratings[i].offense) * 10;
+        if (position == Flag::Center && hasFlag(p, Flag::Center)) score *= in.center[i];
+        score *= in.powerPlay[i];
+        if (!hasFlag(p, position) && realOf(p).ToiPP < 150) score *= 0.7;
+        return score * in.usage[i];
+    };
+    const std::uint64_t flaggedForwards = in.forwards & in.upFront;
+    rankChart(
+        t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Center)]; });
+    rankChart(
+        t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::LeftWing); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::LeftWing)]; });
+    rankChart(
+        t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::RightWing); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::RightWing)]; });
+    // The point men: the same offence score among the defencemen.
+    rankChart(
+        t, in.defense, 10, 1,
+        [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (!isDefenseman(p)) return 0.0;
+            auto i = static_cast<std::size_t>(s);
+            double score = (10 + t.ratings[i].offense) * 10;
+            return score * in.powerPlay[i] * in.usage[i];
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; });
+}
+
+void fillPenaltyKillDepth(LineupTeam& t, const DepthInputs& in) {
+    auto forwardScore = [&](int s) {
+        const PlayerRecord& p = t.player(s);
+        if (isGoalie(p) || !hasForwardFlag(p)) return 0.0;
+        auto i = static_cast<std::size_t>(s);
+        const auto& r = t.ratings[i];
+        double score = (100 + r.penaltyKill * 1000 + r.offense / 5.5 + r.defense) * 10 + 10000;
+        if (hasFlag(p, Flag::Center) && !hasFlag(p, Flag::LeftWing) && !hasFlag(p, Flag::RightWing)) score *= 1.1;
+        return score * in.kill[i] * in.usage[i];
+    };
+    auto defenseScore = [&](int s) {
+        const PlayerRecord& p = t.player(s);
+        if (!isDefenseman(p)) return 0.0;
+        auto i = static_cast<std::size_t>(s);
+        const auto& r = t.ratings[i];
+        const StatLine& real = realOf(p);
+        double use = real.GP > 0 ? real.ToiSH / 60.0 / real.GP : 0;  // short-handed minutes a game
+        double score = (100 + (r.penaltyKill * 3 + use) * 100 + r.offense / 5.5 + r.defense) * 10 + 10000;
+        return score * in.kill[i] * in.usage[i];
+    };
+    // Both forward places rank by the same score, so they are ranked once.
+    // A defenceman flagged up front ranks among the forwards here.
+    rankChart(t, in.upFront, 10, 1, forwardScore,
+              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; });
+    for (int s = 0; s < kRosterSlots; ++s) {
+        auto& depth = t.player(s).DepthPenaltyKill;
+        depth[idx(KillDepth::ForwardRight)] = depth[idx(KillDepth::ForwardLeft)];
+    }
+    rankChart(t, in.defense, 10, 1, defenseScore,
+              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; });
+}
+
 }  // namespace
 
 void clearDepth(PlayerRecord& p) {
@@ -330,114 +462,21 @@ bool depthChartEmpty(const LineupTeam& t) {
     return true;
 }
 
-void FillForwardDepth(LineupTeam& t) {
-    bool draws = teamHasDraws(t);
-    const BySlot<double> usage = usageFactors(t);
-    auto used = [&](int s) { return usage[static_cast<std::size_t>(s)]; };
-    rankChart(
-        t, 10, 1, [&](int s) { return centerDepthScore(t, s, draws, used(s)); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, true, used(s)); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, false, used(s)); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; });
-}
-
-void FillDefenseDepth(LineupTeam& t) {
-    rankChart(
-        t, 10, 1,
-        [&](int s) {
-            if (!isDefenseman(t.player(s))) return 0.0;
-            const auto& r = t.ratings[static_cast<std::size_t>(s)];
-            return (10 + (r.offense / 2 + r.defense) * 10) * usageFactor(t, s);
-        },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Defense)]; });
-}
-
-void FillGoalieDepth(LineupTeam& t) {
-    rankChart(
-        t, 10, 1,
-        [&](int s) {
-            const PlayerRecord& p = t.player(s);
-            if (!isGoalie(p)) return 0.0;
-            double score = t.ratings[static_cast<std::size_t>(s)].goalie * 100 + realOf(p).Toi / 1000.0 + 10000;
-            return score * usageFactor(t, s);
-        },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthGoalie; });
-}
-
-void FillPowerPlayDepth(LineupTeam& t) {
-    bool draws = teamHasDraws(t);
-    bool ppTime = anyoneHas(t, &StatLine::ToiPP);
-    const BySlot<double> usage = usageFactors(t);
-    auto forwardScore = [&](int s, Flag position) {
-        const PlayerRecord& p = t.player(s);
-        if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
-        double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
-        if (position == Flag::Center && hasFlag(p, Flag::Center)) score *= centerFactor(t, s, draws);
-        score *= powerPlayFactor(p, ppTime);
-        if (!hasFlag(p, position) && realOf(p).ToiPP < 150) score *= 0.7;
-        return score * usage[static_cast<std::size_t>(s)];
-    };
-    rankChart(
-        t, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Center)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return forwardScore(s, Flag::LeftWing); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::LeftWing)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return forwardScore(s, Flag::RightWing); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::RightWing)]; });
-    // The point men: the same offence score among the defencemen.
-    rankChart(
-        t, 10, 1,
-        [&](int s) {
-            const PlayerRecord& p = t.player(s);
-            if (!isDefenseman(p)) return 0.0;
-            double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
-            return score * powerPlayFactor(p, ppTime) * usage[static_cast<std::size_t>(s)];
-        },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; });
-}
-
-void FillPenaltyKillDepth(LineupTeam& t) {
-    bool shTime = anyoneHas(t, &StatLine::ToiSH);
-    auto forwardScore = [&](int s) {
-        const PlayerRecord& p = t.player(s);
-        if (isGoalie(p) || !hasForwardFlag(p)) return 0.0;
-        const auto& r = t.ratings[static_cast<std::size_t>(s)];
-        double score = (100 + r.penaltyKill * 1000 + r.offense / 5.5 + r.defense) * 10 + 10000;
-        if (hasFlag(p, Flag::Center) && !hasFlag(p, Flag::LeftWing) && !hasFlag(p, Flag::RightWing)) score *= 1.1;
-        return score * killFactor(p, shTime) * usageFactor(t, s);
-    };
-    auto defenseScore = [&](int s) {
-        const PlayerRecord& p = t.player(s);
-        if (!isDefenseman(p)) return 0.0;
-        const auto& r = t.ratings[static_cast<std::size_t>(s)];
-        const StatLine& real = realOf(p);
-        double use = real.GP > 0 ? real.ToiSH / 60.0 / real.GP : 0;  // short-handed minutes a game
-        double score = (100 + (r.penaltyKill * 3 + use) * 100 + r.offense / 5.5 + r.defense) * 10 + 10000;
-        return score * killFactor(p, shTime) * usageFactor(t, s);
-    };
-    // Both forward places rank by the same score, so they are ranked once.
-    rankChart(t, 10, 1, forwardScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; });
-    for (int s = 0; s < kRosterSlots; ++s) {
-        auto& depth = t.player(s).DepthPenaltyKill;
-        depth[idx(KillDepth::ForwardRight)] = depth[idx(KillDepth::ForwardLeft)];
-    }
-    rankChart(t, 10, 1, defenseScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; });
-}
+void FillForwardDepth(LineupTeam& t) { fillForwardDepth(t, DepthInputs(t)); }
+void FillDefenseDepth(LineupTeam& t) { fillDefenseDepth(t, DepthInputs(t)); }
+void FillGoalieDepth(LineupTeam& t) { fillGoalieDepth(t, DepthInputs(t)); }
+void FillPowerPlayDepth(LineupTeam& t) { fillPowerPlayDepth(t, DepthInputs(t)); }
+void FillPenaltyKillDepth(LineupTeam& t) { fillPenaltyKillDepth(t, DepthInputs(t)); }
 
 void HkAutofillDepth(LineupTeam& t) {
-    FillForwardDepth(t);
-    FillDefenseDepth(t);
-    FillGoalieDepth(t);
-    FillPowerPlayDepth(t);
-    FillPenaltyKillDepth(t);
+    // The charts read ratings, flags and the real line, none of which a
+    // chart writes, so one reading serves all five.
+    const DepthInputs in(t);
+    fillForwardDepth(t, in);
+    fillDefenseDepth(t, in);
+    fillGoalieDepth(t, in);
+    fillPowerPlayDepth(t, in);
+    fillPenaltyKillDepth(t, in);
 }
 
 // ---- Lines --------------------------------------------------------------------
@@ -701,14 +740,14 @@ void FillDefense(LineupTeam& t) {
 
 void FillExtraAttacker(LineupTeam& t) {
     rankChart(
-        t, 15, 9,
+        t, fitBits(t.candidate), 15, 9,
         [&](int s) { return isGoalie(t.player(s)) ? 0.0 : t.ratings[static_cast<std::size_t>(s)].offense * 10; },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthExtraAttacker; });
 }
 
 void FillShootout(LineupTeam& t) {
     rankChart(
-        t, 15, 9,
+        t, fitBits(t.candidate), 15, 9,
         [&](int s) {
             const PlayerRecord& p = t.player(s);
             if (isGoalie(p)) return 0.0;
