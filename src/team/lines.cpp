@@ -774,16 +774,21 @@ struct Need {
     PairRole pair;
 };
 
-std::vector<Need> neededRoles() {
-    std::vector<Need> needs;
+// The roles of the lines a team plays, in the order they are completed:
+// forward lines 1 to 4, even pairs 1 to 3, then each power-play and
+// penalty-kill unit's forwards and its pair. A fixed table, since every
+// team load asks it.
+constexpr std::array<Need, 36> kNeeds = [] {
+    std::array<Need, 36> needs{};
+    std::size_t n = 0;
     auto forwards = [&](int line, bool center) {
-        if (center) needs.push_back({line, ForwardRole::Center, PairRole::None});
-        needs.push_back({line, ForwardRole::LeftWing, PairRole::None});
-        needs.push_back({line, ForwardRole::RightWing, PairRole::None});
+        if (center) needs[n++] = {line, ForwardRole::Center, PairRole::None};
+        needs[n++] = {line, ForwardRole::LeftWing, PairRole::None};
+        needs[n++] = {line, ForwardRole::RightWing, PairRole::None};
     };
     auto pair = [&](int line) {
-        needs.push_back({line, ForwardRole::None, PairRole::Left});
-        needs.push_back({line, ForwardRole::None, PairRole::Right});
+        needs[n++] = {line, ForwardRole::None, PairRole::Left};
+        needs[n++] = {line, ForwardRole::None, PairRole::Right};
     };
     for (int line = 1; line <= 4; ++line) forwards(line, true);
     for (int line = 1; line <= 3; ++line) pair(line);
@@ -796,6 +801,19 @@ std::vector<Need> neededRoles() {
         pair(line);
     }
     return needs;
+}();
+
+// True when some slot of a line's table holds `role` (not 0), read eight
+// slots at a time: a byte equal to the role is a zero byte once the role is
+// taken out of every byte.
+bool roleTaken(const BySlot<std::uint8_t>& table, std::uint8_t role) {
+    constexpr std::uint64_t kLow = 0x0101010101010101ULL;
+    const std::uint64_t spread = kLow * role;
+    for (std::size_t first = 0; first < static_cast<std::size_t>(kRosterSlots); first += 8) {
+        // Slots past the roster read as 0, which never equals a role.
+        if ((nonzeroBytes(slotWord(table, first) ^ spread) ^ kLow) != 0) return true;
+    }
+    return false;
 }
 
 LineRange groupOf(int line) {
@@ -846,10 +864,12 @@ int otherLineOf(const LineTables& lines, int slot, LineRange group, int except) 
 
 std::vector<std::string> completeLines(LineupTeam& t, const BySlot<std::string>& nameOf) {
     std::vector<std::string> notes;
-    for (const Need& n : neededRoles()) {
+    for (const Need& n : kNeeds) {
         bool forwardRole = n.forward != ForwardRole::None;
-        int holder = forwardRole ? t.lines->holderOf(n.line, n.forward) : t.lines->holderOf(n.line, n.pair);
-        if (holder >= 0) continue;
+        const auto i = static_cast<std::size_t>(n.line - 1);
+        if (forwardRole ? roleTaken(t.lines->LineRoleLive[i], static_cast<std::uint8_t>(n.forward))
+                        : roleTaken(t.lines->LineFlagLive[i], static_cast<std::uint8_t>(n.pair)))
+            continue;
         LineRange group = groupOf(n.line);
         int best = bestFor(t, n.line, [&](int s) {
             const PlayerRecord& p = t.player(s);
