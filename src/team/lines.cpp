@@ -215,22 +215,28 @@ bool wrongHand(const PlayerRecord& p, bool leftSide) { return leftSide ? p.Prefe
 template <class Score, class Field>
 void rankChart(LineupTeam& t, std::uint64_t men, int top, int bottom, Score score, Field field) {
     for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
-    // Every load ranks a dozen charts: the men who can be ranked are sorted
-    // once rather than the roster scanned again for each rank.
-    std::array<std::pair<double, int>, kRosterSlots> ranked{};
+    // Every load ranks a dozen charts of ten places or fewer: the best are
+    // kept in order as the men are scored, lowest slot first, so a man
+    // enters only ahead of lower scores and a tie leaves the earlier slot
+    // ahead. A man who can't beat the last of a full list isn't placed.
+    struct Ranked {
+        double score;
+        int slot;
+    };
+    std::array<Ranked, kRosterSlots> best;  // the first `count` are set
+    const std::size_t places = std::min<std::size_t>(static_cast<std::size_t>(std::max(top - bottom + 1, 0)),
+                                                     static_cast<std::size_t>(kRosterSlots));
     std::size_t count = 0;
-    for (; men != 0; men &= men - 1) {
+    for (; men != 0 && places > 0; men &= men - 1) {
         const int s = std::countr_zero(men);
-        double v = score(s);
-        if (v > 0) ranked[count++] = {v, s};
+        const double v = score(s);
+        if (!(v > 0) || (count == places && !(v > best[count - 1].score))) continue;
+        std::size_t at = count < places ? count++ : places - 1;
+        for (; at > 0 && best[at - 1].score < v; --at) best[at] = best[at - 1];
+        best[at] = {v, s};
     }
-    auto places = std::min<std::size_t>(count, static_cast<std::size_t>(std::max(top - bottom + 1, 0)));
-    std::partial_sort(ranked.begin(), ranked.begin() + static_cast<std::ptrdiff_t>(places),
-                      ranked.begin() + static_cast<std::ptrdiff_t>(count), [](const auto& a, const auto& b) {
-                          return a.first != b.first ? a.first > b.first : a.second < b.second;
-                      });
-    for (std::size_t k = 0; k < places; ++k)
-        field(t.player(ranked[k].second)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
+    for (std::size_t k = 0; k < count; ++k)
+        field(t.player(best[k].slot)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
 }
 
 double centerDepthScore(const LineupTeam& t, int slot, double center, double usage) {
