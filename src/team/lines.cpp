@@ -540,19 +540,33 @@ void markHeld(const BySlot<std::uint8_t>& table, std::uint64_t holders, std::arr
     }
 }
 
-LinePlaces placesOf(const LineTables& lines, int line, LineRange others, bool pairsOnly) {
+// Who holds a role on each line the fills make or look at (1 to 14), a bit
+// a slot, read from the tables once for all the lines of a fill and kept up
+// as the fill places men.
+struct LineHolders {
+    static constexpr int kLines = 14;
+    std::array<std::uint64_t, kLines> roles{};  // forward roles
+    std::array<std::uint64_t, kLines> pairs{};  // pair roles
+
+    explicit LineHolders(const LineTables& lines) {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(kLines); ++i) {
+            roles[i] = heldBits(lines.LineRoleLive[i]);
+            pairs[i] = heldBits(lines.LineFlagLive[i]);
+        }
+    }
+    static std::size_t at(int line) { return static_cast<std::size_t>(line - 1); }
+};
+
+LinePlaces placesOf(const LineTables& lines, const LineHolders& holders, int line, LineRange others, bool pairsOnly) {
     LinePlaces places;
-    const auto& ownRoles = lines.LineRoleLive.at(static_cast<std::size_t>(line - 1));
-    const auto& ownPairs = lines.LineFlagLive.at(static_cast<std::size_t>(line - 1));
-    std::uint64_t roleHolders = heldBits(ownRoles);
-    std::uint64_t pairHolders = heldBits(ownPairs);
-    markHeld(ownRoles, roleHolders, places.roleHeld);
-    markHeld(ownPairs, pairHolders, places.pairHeld);
-    places.taken = roleHolders | pairHolders;
+    const auto i = LineHolders::at(line);
+    markHeld(lines.LineRoleLive.at(i), holders.roles.at(i), places.roleHeld);
+    markHeld(lines.LineFlagLive.at(i), holders.pairs.at(i), places.pairHeld);
+    places.taken = holders.roles[i] | holders.pairs[i];
     for (int l = others.first; l <= others.last; ++l) {
         if (l == line) continue;
-        places.taken |= heldBits(lines.LineFlagLive[static_cast<std::size_t>(l - 1)]);
-        if (!pairsOnly) places.taken |= heldBits(lines.LineRoleLive[static_cast<std::size_t>(l - 1)]);
+        places.taken |= holders.pairs.at(LineHolders::at(l));
+        if (!pairsOnly) places.taken |= holders.roles.at(LineHolders::at(l));
     }
     return places;
 }
@@ -659,19 +673,20 @@ int bestOf(const PlaceScores& place, std::uint64_t taken) {
 
 // Men already on the line, or on another line of its group, are passed
 // over (the taken places); the scores only rank the rest.
-void fillForwardLine(LineupTeam& t, int line, const ForwardScores& scores) {
+void fillForwardLine(LineupTeam& t, LineHolders& holders, int line, const ForwardScores& scores) {
     bool kill = line >= 11;
     static constexpr std::array kKillRoles{ForwardRole::LeftWing, ForwardRole::RightWing};
     static constexpr std::array kRoles{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
     std::span<const ForwardRole> roles = kill ? std::span<const ForwardRole>(kKillRoles) : kRoles;
     LineRange group = line <= 4 ? LineRange{1, 4} : line <= 10 ? LineRange{7, 10} : LineRange{11, 14};
-    LinePlaces places = placesOf(*t.lines, line, group, false);
+    LinePlaces places = placesOf(*t.lines, holders, line, group, false);
     for (ForwardRole role : roles) {
         if (places.roleHeld[static_cast<std::size_t>(role)]) continue;
         int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setLineRole(line, best, role);
         places.taken |= std::uint64_t{1} << best;
+        holders.roles[LineHolders::at(line)] |= std::uint64_t{1} << best;
     }
 }
 
@@ -715,33 +730,44 @@ struct PairScores {
 
 // A man with a pair on another line of the group is passed over, but for
 // the first even pair, which takes the best men whatever pair they are on.
-void fillPair(LineupTeam& t, int line, const PairScores& scores) {
+void fillPair(LineupTeam& t, LineHolders& holders, int line, const PairScores& scores) {
     LineRange group = line == 1    ? LineRange{1, 0}
                       : line <= 4  ? LineRange{1, 4}
                       : line <= 10 ? LineRange{7, 10}
                                    : LineRange{11, 14};
-    LinePlaces places = placesOf(*t.lines, line, group, true);
+    LinePlaces places = placesOf(*t.lines, holders, line, group, true);
     for (PairRole role : {PairRole::Left, PairRole::Right}) {
         if (places.pairHeld[static_cast<std::size_t>(role)]) continue;
         int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setPairRole(line, best, role);
         places.taken |= std::uint64_t{1} << best;
+        holders.pairs[LineHolders::at(line)] |= std::uint64_t{1} << best;
     }
 }
 
 constexpr std::array kFilledLines = {1, 2, 3, 4, 7, 8, 11, 12};
 
+void fillForwards(LineupTeam& t, LineHolders& holders) {
+    const ForwardScores scores(t);
+    for (int line : kFilledLines) fillForwardLine(t, holders, line, scores);
+}
+
+void fillDefense(LineupTeam& t, LineHolders& holders) {
+    const PairScores scores(t);
+    for (int line : kFilledLines) fillPair(t, holders, line, scores);
+}
+
 }  // namespace
 
 void FillForwards(LineupTeam& t) {
-    const ForwardScores scores(t);
-    for (int line : kFilledLines) fillForwardLine(t, line, scores);
+    LineHolders holders(*t.lines);
+    fillForwards(t, holders);
 }
 
 void FillDefense(LineupTeam& t) {
-    const PairScores scores(t);
-    for (int line : kFilledLines) fillPair(t, line, scores);
+    LineHolders holders(*t.lines);
+    fillDefense(t, holders);
 }
 
 void FillExtraAttacker(LineupTeam& t) {
@@ -764,8 +790,11 @@ void FillShootout(LineupTeam& t) {
 }
 
 void HkAutofillLines(LineupTeam& t) {
-    FillForwards(t);
-    FillDefense(t);
+    // The pairs are filled around the forwards just placed: one reading of
+    // the tables serves both.
+    LineHolders holders(*t.lines);
+    fillForwards(t, holders);
+    fillDefense(t, holders);
     FillExtraAttacker(t);
     FillShootout(t);
 }
