@@ -619,14 +619,11 @@ double killForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     return score;
 }
 
-// Each man's score at each forward place, by the kind of line (even, power
-// play, kill) and the role (ForwardRole less one). The scores read ratings,
-// flags and depth charts, which filling lines doesn't change, so a fill works
-// them out once for all its lines. Zero for a man who isn't a candidate.
 // The scores of one place, with the men whose score is above 0 (the only
-// ones who can take it) a bit a slot.
+// ones who can take it) a bit a slot. Only their scores are ever read, so
+// the rest are left unset rather than cleared at every fill.
 struct PlaceScores {
-    BySlot<double> score{};
+    BySlot<double> score;
     std::uint64_t scored = 0;
 
     void set(int slot, double v) {
@@ -635,8 +632,12 @@ struct PlaceScores {
     }
 };
 
+// Each man's score at each forward place, by the kind of line (even, power
+// play, kill) and the role (ForwardRole less one). The scores read ratings,
+// flags and depth charts, which filling lines doesn't change, so a fill works
+// them out once for all its lines. A man who isn't a candidate isn't scored.
 struct ForwardScores {
-    std::array<std::array<PlaceScores, 3>, 3> byKind{};
+    std::array<std::array<PlaceScores, 3>, 3> byKind;
 
     explicit ForwardScores(const LineupTeam& t) {
         for (std::uint64_t men = fitBits(t.candidate); men != 0; men &= men - 1) {
@@ -708,7 +709,7 @@ double pairScore(const LineupTeam& t, int slot, int line, PairRole role) {
 // Each defenceman's score at each pair place, by the kind of line and the
 // role (PairRole less one), worked out once per fill as the forwards' are.
 struct PairScores {
-    std::array<std::array<PlaceScores, 2>, 3> byKind{};
+    std::array<std::array<PlaceScores, 2>, 3> byKind;
 
     explicit PairScores(const LineupTeam& t) {
         for (std::uint64_t men = fitBits(t.candidate); men != 0; men &= men - 1) {
