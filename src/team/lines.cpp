@@ -211,10 +211,12 @@ bool wrongHand(const PlayerRecord& p, bool leftSide) { return leftSide ? p.Prefe
 // Ranks go from `top` down to `bottom`, highest score first; of equal scores
 // the earlier slot, and only a score above 0 earns a rank. `men` holds, a
 // bit a slot, the candidates who can score above 0 at all; the others are
-// left unranked without being asked.
+// left unranked without being asked. Every slot's rank is cleared first
+// unless `clear` says the caller has done it.
 template <class Score, class Field>
-void rankChart(LineupTeam& t, std::uint64_t men, int top, int bottom, Score score, Field field) {
-    for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
+void rankChart(LineupTeam& t, std::uint64_t men, int top, int bottom, Score score, Field field, bool clear = true) {
+    if (clear)
+        for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
     // Every load ranks a dozen charts of ten places or fewer: the best are
     // kept in order as the men are scored, lowest slot first, so a man
     // enters only ahead of lower scores and a tie leaves the earlier slot
@@ -340,24 +342,24 @@ struct DepthInputs {
     }
 };
 
-void fillForwardDepth(LineupTeam& t, const DepthInputs& in) {
+void fillForwardDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
     rankChart(
         t, in.centers, 10, 1,
         [&](int s) {
             auto i = static_cast<std::size_t>(s);
             return centerDepthScore(t, s, in.center[i], in.usage[i]);
         },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; }, clear);
     rankChart(
         t, in.forwards, 10, 1, [&](int s) { return wingDepthScore(t, s, true, in.usage[static_cast<std::size_t>(s)]); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; }, clear);
     rankChart(
         t, in.forwards, 10, 1,
         [&](int s) { return wingDepthScore(t, s, false, in.usage[static_cast<std::size_t>(s)]); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; }, clear);
 }
 
-void fillDefenseDepth(LineupTeam& t, const DepthInputs& in) {
+void fillDefenseDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
     rankChart(
         t, in.defense, 10, 1,
         [&](int s) {
@@ -365,10 +367,10 @@ void fillDefenseDepth(LineupTeam& t, const DepthInputs& in) {
             const auto& r = t.ratings[static_cast<std::size_t>(s)];
             return (10 + (r.offense / 2 + r.defense) * 10) * in.usage[static_cast<std::size_t>(s)];
         },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Defense)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Defense)]; }, clear);
 }
 
-void fillGoalieDepth(LineupTeam& t, const DepthInputs& in) {
+void fillGoalieDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
     rankChart(
         t, in.goalies, 10, 1,
         [&](int s) {
@@ -377,10 +379,10 @@ void fillGoalieDepth(LineupTeam& t, const DepthInputs& in) {
             double score = t.ratings[static_cast<std::size_t>(s)].goalie * 100 + realOf(p).Toi / 1000.0 + 10000;
             return score * in.usage[static_cast<std::size_t>(s)];
         },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthGoalie; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthGoalie; }, clear);
 }
 
-void fillPowerPlayDepth(LineupTeam& t, const DepthInputs& in) {
+void fillPowerPlayDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
     auto forwardScore = [&](int s, Flag position) {
         const PlayerRecord& p = t.player(s);
         if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
@@ -394,13 +396,13 @@ void fillPowerPlayDepth(LineupTeam& t, const DepthInputs& in) {
     const std::uint64_t flaggedForwards = in.forwards & in.upFront;
     rankChart(
         t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Center)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Center)]; }, clear);
     rankChart(
         t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::LeftWing); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::LeftWing)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::LeftWing)]; }, clear);
     rankChart(
         t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::RightWing); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::RightWing)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::RightWing)]; }, clear);
     // The point men: the same offence score among the defencemen.
     rankChart(
         t, in.defense, 10, 1,
@@ -411,10 +413,10 @@ void fillPowerPlayDepth(LineupTeam& t, const DepthInputs& in) {
             double score = (10 + t.ratings[i].offense) * 10;
             return score * in.powerPlay[i] * in.usage[i];
         },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; });
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; }, clear);
 }
 
-void fillPenaltyKillDepth(LineupTeam& t, const DepthInputs& in) {
+void fillPenaltyKillDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
     auto forwardScore = [&](int s) {
         const PlayerRecord& p = t.player(s);
         if (isGoalie(p) || !hasForwardFlag(p)) return 0.0;
@@ -436,14 +438,16 @@ void fillPenaltyKillDepth(LineupTeam& t, const DepthInputs& in) {
     };
     // Both forward places rank by the same score, so they are ranked once.
     // A defenceman flagged up front ranks among the forwards here.
-    rankChart(t, in.upFront, 10, 1, forwardScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; });
+    rankChart(
+        t, in.upFront, 10, 1, forwardScore,
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; }, clear);
     for (int s = 0; s < kRosterSlots; ++s) {
         auto& depth = t.player(s).DepthPenaltyKill;
         depth[idx(KillDepth::ForwardRight)] = depth[idx(KillDepth::ForwardLeft)];
     }
-    rankChart(t, in.defense, 10, 1, defenseScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; });
+    rankChart(
+        t, in.defense, 10, 1, defenseScore,
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; }, clear);
 }
 
 }  // namespace
@@ -468,21 +472,28 @@ bool depthChartEmpty(const LineupTeam& t) {
     return true;
 }
 
-void FillForwardDepth(LineupTeam& t) { fillForwardDepth(t, DepthInputs(t)); }
-void FillDefenseDepth(LineupTeam& t) { fillDefenseDepth(t, DepthInputs(t)); }
-void FillGoalieDepth(LineupTeam& t) { fillGoalieDepth(t, DepthInputs(t)); }
-void FillPowerPlayDepth(LineupTeam& t) { fillPowerPlayDepth(t, DepthInputs(t)); }
-void FillPenaltyKillDepth(LineupTeam& t) { fillPenaltyKillDepth(t, DepthInputs(t)); }
+void FillForwardDepth(LineupTeam& t) { fillForwardDepth(t, DepthInputs(t), true); }
+void FillDefenseDepth(LineupTeam& t) { fillDefenseDepth(t, DepthInputs(t), true); }
+void FillGoalieDepth(LineupTeam& t) { fillGoalieDepth(t, DepthInputs(t), true); }
+void FillPowerPlayDepth(LineupTeam& t) { fillPowerPlayDepth(t, DepthInputs(t), true); }
+void FillPenaltyKillDepth(LineupTeam& t) { fillPenaltyKillDepth(t, DepthInputs(t), true); }
 
 void HkAutofillDepth(LineupTeam& t) {
     // The charts read ratings, flags and the real line, none of which a
-    // chart writes, so one reading serves all five.
+    // chart writes, so one reading serves all five; their ranks are cleared
+    // in one pass over the roster rather than one a chart.
     const DepthInputs in(t);
-    fillForwardDepth(t, in);
-    fillDefenseDepth(t, in);
-    fillGoalieDepth(t, in);
-    fillPowerPlayDepth(t, in);
-    fillPenaltyKillDepth(t, in);
+    for (PlayerRecord& p : *t.roster) {
+        p.DepthEven = {};
+        p.DepthGoalie = 0;
+        p.DepthPowerPlay = {};
+        p.DepthPenaltyKill = {};
+    }
+    fillForwardDepth(t, in, false);
+    fillDefenseDepth(t, in, false);
+    fillGoalieDepth(t, in, false);
+    fillPowerPlayDepth(t, in, false);
+    fillPenaltyKillDepth(t, in, false);
 }
 
 // ---- Lines --------------------------------------------------------------------

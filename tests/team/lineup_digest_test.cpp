@@ -238,5 +238,39 @@ TEST(LineupDigest, EveryRosterShapeGetsThePinnedLineup) {
     }
 }
 
+// A load remakes the charts over whatever ranks the records held: stale
+// ranks, on men in the roster or not, must not survive into the new charts.
+TEST(LineupDigest, StaleRanksDoNotSurviveARefill) {
+    for (const RosterShape& shape : kShapes) {
+        SCOPED_TRACE(shape.name);
+        Roster clean = rosterOf(shape);
+        Roster stale = clean;
+        for (PlayerRecord& p : stale.players) {
+            p.DepthEven.fill(7);
+            p.DepthGoalie = 7;
+            p.DepthPowerPlay.fill(7);
+            p.DepthPenaltyKill.fill(7);
+        }
+        for (Roster* r : {&clean, &stale}) {
+            LineupTeam t;
+            t.roster = &r->players;
+            t.lines = &r->lines;
+            t.minutes = r->minutes;
+            t.candidate = r->candidate;
+            for (std::size_t s = 0; s < r->players.size(); ++s)
+                t.ratings[s] = lineupRatings(r->players[s], r->minutes[s], 90.5);
+            HkAutofillDepth(t);
+        }
+        for (std::size_t s = 0; s < clean.players.size(); ++s) {
+            const PlayerRecord& a = clean.players[s];
+            const PlayerRecord& b = stale.players[s];
+            EXPECT_EQ(a.DepthEven, b.DepthEven) << "slot " << s;
+            EXPECT_EQ(a.DepthGoalie, b.DepthGoalie) << "slot " << s;
+            EXPECT_EQ(a.DepthPowerPlay, b.DepthPowerPlay) << "slot " << s;
+            EXPECT_EQ(a.DepthPenaltyKill, b.DepthPenaltyKill) << "slot " << s;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace tallyrink
