@@ -75,24 +75,6 @@ void storeLiveLines(const LineTables& lines, int slot, PlayerRecord& p) {
 
 // ---- Situations -------------------------------------------------------------
 
-LineRange situationLines(int own, int opponent) {
-    own = std::clamp(own, 3, 5);
-    opponent = std::clamp(opponent, 3, 5);
-    if (own == 5) return opponent == 5 ? LineRange{1, 6} : LineRange{7, 10};
-    if (own == 4) {
-        if (opponent == 5) return {11, 14};
-        if (opponent == 3) return {17, 19};
-        return {20, 21};
-    }
-    return opponent == 3 ? LineRange{22, 23} : LineRange{15, 16};
-}
-
-DepthKind depthKindOf(int own, int opponent) {
-    if (own > opponent) return DepthKind::PowerPlay;
-    if (own < opponent) return DepthKind::PenaltyKill;
-    return DepthKind::Even;
-}
-
 int fallbackLine(int line) {
     if (line == 5 || line == 6) return line - 4;
     if (line == 9 || line == 10) return line - 2;
