@@ -286,10 +286,11 @@ struct DepthInputs {
     std::uint64_t forwards = 0;  // candidates who are neither (flagged up front or not)
     std::uint64_t centers = 0;   // candidate skaters flagged at centre
     std::uint64_t upFront = 0;   // candidate skaters with any forward flag
-    BySlot<double> usage{};      // usageFactor
-    BySlot<double> center{};     // centerFactor, of the centres
-    BySlot<double> powerPlay{};  // powerPlayFactor, of the skaters
-    BySlot<double> kill{};       // killFactor, of the skaters
+    // Set only for the men named, the only ones the charts ask about.
+    BySlot<double> usage;      // usageFactor, of the candidates
+    BySlot<double> center;     // centerFactor, of the centres
+    BySlot<double> powerPlay;  // powerPlayFactor, of the skaters
+    BySlot<double> kill;       // killFactor, of the skaters
 
     explicit DepthInputs(const LineupTeam& t) {
         men = fitBits(t.candidate);
