@@ -1,6 +1,6 @@
 // The depth charts, lines and units on the ice a roster gets are pinned, as
-// a digest, for rosters of many shapes: the fills are worked on for speed,
-// and a change in who plays where must be a choice, not a slip. A digest
+// a digest, for rosters of many shapes: the fills are often reworked for
+// speed, and a change in who plays where must be a choice, not a slip. A digest
 // that moves on purpose is printed by the failure and pasted here.
 
 #include <fmt/core.h>
@@ -165,17 +165,23 @@ void addRoster(Digest& dg, const Roster& r) {
         for (auto v : line) dg.add(v);
 }
 
-// Everything a load makes of the roster, and then every unit it puts on the ice.
-std::uint64_t digestOf(const RosterShape& shape) {
-    Roster r = rosterOf(shape);
-    BySlot<std::string> names;
-    for (std::size_t s = 0; s < r.players.size(); ++s) names[s] = r.players[s].LastName.str();
+// The team the fills see: stand-in ratings against a .905 era.
+LineupTeam teamOf(Roster& r) {
     LineupTeam t;
     t.roster = &r.players;
     t.lines = &r.lines;
     t.minutes = r.minutes;
     t.candidate = r.candidate;
     for (std::size_t s = 0; s < r.players.size(); ++s) t.ratings[s] = lineupRatings(r.players[s], r.minutes[s], 90.5);
+    return t;
+}
+
+// Everything a load makes of the roster, and then every unit it puts on the ice.
+std::uint64_t digestOf(const RosterShape& shape) {
+    Roster r = rosterOf(shape);
+    BySlot<std::string> names;
+    for (std::size_t s = 0; s < r.players.size(); ++s) names[s] = r.players[s].LastName.str();
+    LineupTeam t = teamOf(r);
 
     Digest dg;
     HkAutofillDepth(t);
@@ -252,13 +258,7 @@ TEST(LineupDigest, StaleRanksDoNotSurviveARefill) {
             p.DepthPenaltyKill.fill(7);
         }
         for (Roster* r : {&clean, &stale}) {
-            LineupTeam t;
-            t.roster = &r->players;
-            t.lines = &r->lines;
-            t.minutes = r->minutes;
-            t.candidate = r->candidate;
-            for (std::size_t s = 0; s < r->players.size(); ++s)
-                t.ratings[s] = lineupRatings(r->players[s], r->minutes[s], 90.5);
+            LineupTeam t = teamOf(*r);
             HkAutofillDepth(t);
         }
         for (std::size_t s = 0; s < clean.players.size(); ++s) {
