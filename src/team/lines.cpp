@@ -3,12 +3,14 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cmath>
 #include <initializer_list>
 #include <span>
 
 #include "team/positions.h"
+#include "team/slot_scan.h"
 
 namespace tallyrink {
 
@@ -72,24 +74,6 @@ void storeLiveLines(const LineTables& lines, int slot, PlayerRecord& p) {
 }
 
 // ---- Situations -------------------------------------------------------------
-
-LineRange situationLines(int own, int opponent) {
-    own = std::clamp(own, 3, 5);
-    opponent = std::clamp(opponent, 3, 5);
-    if (own == 5) return opponent == 5 ? LineRange{1, 6} : LineRange{7, 10};
-    if (own == 4) {
-        if (opponent == 5) return {11, 14};
-        if (opponent == 3) return {17, 19};
-        return {20, 21};
-    }
-    return opponent == 3 ? LineRange{22, 23} : LineRange{15, 16};
-}
-
-DepthKind depthKindOf(int own, int opponent) {
-    if (own > opponent) return DepthKind::PowerPlay;
-    if (own < opponent) return DepthKind::PenaltyKill;
-    return DepthKind::Even;
-}
 
 int fallbackLine(int line) {
     if (line == 5 || line == 6) return line - 4;
@@ -176,28 +160,10 @@ double usageFactor(const LineupTeam& t, int slot) {
     return std::max(f, kUsageFloor);
 }
 
-// The usage factor of every candidate, worked out once for the charts of a
-// fill rather than once for each chart.
-BySlot<double> usageFactors(const LineupTeam& t) {
-    BySlot<double> usage{};
-    for (int s = 0; s < kRosterSlots; ++s)
-        if (t.candidate[static_cast<std::size_t>(s)]) usage[static_cast<std::size_t>(s)] = usageFactor(t, s);
-    return usage;
-}
-
 double drawsPer60(const LineupTeam& t, int slot) {
     const StatLine& real = realOf(t.player(slot));
     double minutes = real.GP * t.minutes[static_cast<std::size_t>(slot)];
     return minutes > 0 ? (real.FaceoffsWon + real.FaceoffsLost) / minutes * 60 : 0;
-}
-
-bool teamHasDraws(const LineupTeam& t) {
-    for (int s = 0; s < kRosterSlots; ++s) {
-        if (!t.candidate[static_cast<std::size_t>(s)]) continue;
-        const StatLine& real = realOf(t.player(s));
-        if (real.FaceoffsWon + real.FaceoffsLost > 0) return true;
-    }
-    return false;
 }
 
 // How much a centre's score counts by the draws he takes: a man flagged only
@@ -225,34 +191,44 @@ std::string lcFirst(std::string text) {
 bool wrongHand(const PlayerRecord& p, bool leftSide) { return leftSide ? p.PreferredSide == 2 : p.PreferredSide == 1; }
 
 // Ranks go from `top` down to `bottom`, highest score first; of equal scores
-// the earlier slot, and only a score above 0 earns a rank.
+// the earlier slot, and only a score above 0 earns a rank. `men` holds, a
+// bit a slot, the candidates who can score above 0 at all; the others are
+// left unranked without being asked. Every slot's rank is cleared first
+// unless `clear` says the caller has done it.
 template <class Score, class Field>
-void rankChart(LineupTeam& t, int top, int bottom, Score score, Field field) {
-    for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
-    // Every load ranks a dozen charts: the men who can be ranked are sorted
-    // once rather than the roster scanned again for each rank.
-    std::array<std::pair<double, int>, kRosterSlots> ranked{};
+void rankChart(LineupTeam& t, std::uint64_t men, int top, int bottom, Score score, Field field, bool clear = true) {
+    if (clear)
+        for (int s = 0; s < kRosterSlots; ++s) field(t.player(s)) = 0;
+    // Every load ranks a dozen charts of ten places or fewer: the best are
+    // kept in order as the men are scored, lowest slot first, so a man
+    // enters only ahead of lower scores and a tie leaves the earlier slot
+    // ahead. A man who can't beat the last of a full list isn't placed.
+    struct Ranked {
+        double score;
+        int slot;
+    };
+    std::array<Ranked, kRosterSlots> best;  // the first `count` are set
+    const std::size_t places = std::min<std::size_t>(static_cast<std::size_t>(std::max(top - bottom + 1, 0)),
+                                                     static_cast<std::size_t>(kRosterSlots));
     std::size_t count = 0;
-    for (int s = 0; s < kRosterSlots; ++s) {
-        if (!t.candidate[static_cast<std::size_t>(s)]) continue;
-        double v = score(s);
-        if (v > 0) ranked[count++] = {v, s};
+    for (; men != 0 && places > 0; men &= men - 1) {
+        const int s = std::countr_zero(men);
+        const double v = score(s);
+        if (!(v > 0) || (count == places && !(v > best[count - 1].score))) continue;
+        std::size_t at = count < places ? count++ : places - 1;
+        for (; at > 0 && best[at - 1].score < v; --at) best[at] = best[at - 1];
+        best[at] = {v, s};
     }
-    auto places = std::min<std::size_t>(count, static_cast<std::size_t>(std::max(top - bottom + 1, 0)));
-    std::partial_sort(ranked.begin(), ranked.begin() + static_cast<std::ptrdiff_t>(places),
-                      ranked.begin() + static_cast<std::ptrdiff_t>(count), [](const auto& a, const auto& b) {
-                          return a.first != b.first ? a.first > b.first : a.second < b.second;
-                      });
-    for (std::size_t k = 0; k < places; ++k)
-        field(t.player(ranked[k].second)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
+    for (std::size_t k = 0; k < count; ++k)
+        field(t.player(best[k].slot)) = static_cast<std::uint8_t>(top - static_cast<int>(k));
 }
 
-double centerDepthScore(const LineupTeam& t, int slot, bool draws, double usage) {
+double centerDepthScore(const LineupTeam& t, int slot, double center, double usage) {
     const PlayerRecord& p = t.player(slot);
     if (isGoalie(p) || !hasFlag(p, Flag::Center)) return 0;
     const auto& r = t.ratings[static_cast<std::size_t>(slot)];
     double score = 1000 + r.defense / 30 + r.offense / 7 + 100000;
-    return score * centerFactor(t, slot, draws) * usage;
+    return score * center * usage;
 }
 
 // Defensemen aren't ranked at wing: the line fill never takes them there,
@@ -275,12 +251,6 @@ int evenMinutesOf(const PlayerRecord& p) {
     const StatLine& real = realOf(p);
     if (real.GP == 0) return 0;
     return static_cast<int>((real.Toi - real.ToiPP - real.ToiSH) / 60.0 / real.GP);
-}
-
-bool anyoneHas(const LineupTeam& t, std::int32_t StatLine::*field) {
-    for (int s = 0; s < kRosterSlots; ++s)
-        if (t.candidate[static_cast<std::size_t>(s)] && realOf(t.player(s)).*field > 0) return true;
-    return false;
 }
 
 // The share of his even-strength time a player also got on the power play
@@ -306,6 +276,163 @@ double killFactor(const PlayerRecord& p, bool teamHasTime) {
     return specialTeamsFactor(p, &StatLine::ToiSH, teamHasTime, 4, {{0.05, 0.3}, {0.15, 0.5}, {0.25, 0.7}});
 }
 
+// What every chart of a fill reads of a man beyond his ratings, worked out
+// once for all the charts: the candidates by kind, a bit a slot, and the
+// corrections for use, draws and special-teams time.
+struct DepthInputs {
+    std::uint64_t men = 0;       // candidates
+    std::uint64_t goalies = 0;   // candidates in goal
+    std::uint64_t defense = 0;   // candidate defencemen
+    std::uint64_t forwards = 0;  // candidates who are neither (flagged up front or not)
+    std::uint64_t centers = 0;   // candidate skaters flagged at centre
+    std::uint64_t upFront = 0;   // candidate skaters with any forward flag
+    // Set only for the men named, the only ones the charts ask about.
+    BySlot<double> usage;      // usageFactor, of the candidates
+    BySlot<double> center;     // centerFactor, of the centres
+    BySlot<double> powerPlay;  // powerPlayFactor, of the skaters
+    BySlot<double> kill;       // killFactor, of the skaters
+
+    explicit DepthInputs(const LineupTeam& t) {
+        men = fitBits(t.candidate);
+        bool draws = false, ppTime = false, shTime = false;
+        for (std::uint64_t m = men; m != 0; m &= m - 1) {
+            const int s = std::countr_zero(m);
+            const PlayerRecord& p = t.player(s);
+            const StatLine& real = realOf(p);
+            const std::uint64_t bit = std::uint64_t{1} << s;
+            draws = draws || real.FaceoffsWon + real.FaceoffsLost > 0;
+            ppTime = ppTime || real.ToiPP > 0;
+            shTime = shTime || real.ToiSH > 0;
+            usage[static_cast<std::size_t>(s)] = usageFactor(t, s);
+            if (isGoalie(p)) {
+                goalies |= bit;
+                continue;
+            }
+            (isDefenseman(p) ? defense : forwards) |= bit;
+            if (hasFlag(p, Flag::Center)) centers |= bit;
+            if (hasForwardFlag(p)) upFront |= bit;
+        }
+        for (std::uint64_t m = centers; m != 0; m &= m - 1) {
+            const int s = std::countr_zero(m);
+            center[static_cast<std::size_t>(s)] = centerFactor(t, s, draws);
+        }
+        for (std::uint64_t m = men & ~goalies; m != 0; m &= m - 1) {
+            const int s = std::countr_zero(m);
+            const PlayerRecord& p = t.player(s);
+            powerPlay[static_cast<std::size_t>(s)] = powerPlayFactor(p, ppTime);
+            kill[static_cast<std::size_t>(s)] = killFactor(p, shTime);
+        }
+    }
+};
+
+void fillForwardDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
+    rankChart(
+        t, in.centers, 10, 1,
+        [&](int s) {
+            auto i = static_cast<std::size_t>(s);
+            return centerDepthScore(t, s, in.center[i], in.usage[i]);
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; }, clear);
+    rankChart(
+        t, in.forwards, 10, 1, [&](int s) { return wingDepthScore(t, s, true, in.usage[static_cast<std::size_t>(s)]); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; }, clear);
+    rankChart(
+        t, in.forwards, 10, 1,
+        [&](int s) { return wingDepthScore(t, s, false, in.usage[static_cast<std::size_t>(s)]); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; }, clear);
+}
+
+void fillDefenseDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
+    rankChart(
+        t, in.defense, 10, 1,
+        [&](int s) {
+            if (!isDefenseman(t.player(s))) return 0.0;
+            const auto& r = t.ratings[static_cast<std::size_t>(s)];
+            return (10 + (r.offense / 2 + r.defense) * 10) * in.usage[static_cast<std::size_t>(s)];
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Defense)]; }, clear);
+}
+
+void fillGoalieDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
+    rankChart(
+        t, in.goalies, 10, 1,
+        [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (!isGoalie(p)) return 0.0;
+            double score = t.ratings[static_cast<std::size_t>(s)].goalie * 100 + realOf(p).Toi / 1000.0 + 10000;
+            return score * in.usage[static_cast<std::size_t>(s)];
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthGoalie; }, clear);
+}
+
+void fillPowerPlayDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
+    auto forwardScore = [&](int s, Flag position) {
+        const PlayerRecord& p = t.player(s);
+        if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
+        auto i = static_cast<std::size_t>(s);
+        double score = (10 + t.ratings[i].offense) * 10;
+        if (position == Flag::Center && hasFlag(p, Flag::Center)) score *= in.center[i];
+        score *= in.powerPlay[i];
+        if (!hasFlag(p, position) && realOf(p).ToiPP < 150) score *= 0.7;
+        return score * in.usage[i];
+    };
+    const std::uint64_t flaggedForwards = in.forwards & in.upFront;
+    rankChart(
+        t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Center)]; }, clear);
+    rankChart(
+        t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::LeftWing); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::LeftWing)]; }, clear);
+    rankChart(
+        t, flaggedForwards, 10, 1, [&](int s) { return forwardScore(s, Flag::RightWing); },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::RightWing)]; }, clear);
+    // The point men: the same offence score among the defencemen.
+    rankChart(
+        t, in.defense, 10, 1,
+        [&](int s) {
+            const PlayerRecord& p = t.player(s);
+            if (!isDefenseman(p)) return 0.0;
+            auto i = static_cast<std::size_t>(s);
+            double score = (10 + t.ratings[i].offense) * 10;
+            return score * in.powerPlay[i] * in.usage[i];
+        },
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; }, clear);
+}
+
+void fillPenaltyKillDepth(LineupTeam& t, const DepthInputs& in, bool clear) {
+    auto forwardScore = [&](int s) {
+        const PlayerRecord& p = t.player(s);
+        if (isGoalie(p) || !hasForwardFlag(p)) return 0.0;
+        auto i = static_cast<std::size_t>(s);
+        const auto& r = t.ratings[i];
+        double score = (100 + r.penaltyKill * 1000 + r.offense / 5.5 + r.defense) * 10 + 10000;
+        if (hasFlag(p, Flag::Center) && !hasFlag(p, Flag::LeftWing) && !hasFlag(p, Flag::RightWing)) score *= 1.1;
+        return score * in.kill[i] * in.usage[i];
+    };
+    auto defenseScore = [&](int s) {
+        const PlayerRecord& p = t.player(s);
+        if (!isDefenseman(p)) return 0.0;
+        auto i = static_cast<std::size_t>(s);
+        const auto& r = t.ratings[i];
+        const StatLine& real = realOf(p);
+        double use = real.GP > 0 ? real.ToiSH / 60.0 / real.GP : 0;  // short-handed minutes a game
+        double score = (100 + (r.penaltyKill * 3 + use) * 100 + r.offense / 5.5 + r.defense) * 10 + 10000;
+        return score * in.kill[i] * in.usage[i];
+    };
+    // Both forward places rank by the same score, so they are ranked once.
+    // A defenceman flagged up front ranks among the forwards here.
+    rankChart(
+        t, in.upFront, 10, 1, forwardScore,
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; }, clear);
+    for (int s = 0; s < kRosterSlots; ++s) {
+        auto& depth = t.player(s).DepthPenaltyKill;
+        depth[idx(KillDepth::ForwardRight)] = depth[idx(KillDepth::ForwardLeft)];
+    }
+    rankChart(
+        t, in.defense, 10, 1, defenseScore,
+        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; }, clear);
+}
+
 }  // namespace
 
 void clearDepth(PlayerRecord& p) {
@@ -328,114 +455,28 @@ bool depthChartEmpty(const LineupTeam& t) {
     return true;
 }
 
-void FillForwardDepth(LineupTeam& t) {
-    bool draws = teamHasDraws(t);
-    const BySlot<double> usage = usageFactors(t);
-    auto used = [&](int s) { return usage[static_cast<std::size_t>(s)]; };
-    rankChart(
-        t, 10, 1, [&](int s) { return centerDepthScore(t, s, draws, used(s)); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Center)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, true, used(s)); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::LeftWing)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return wingDepthScore(t, s, false, used(s)); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::RightWing)]; });
-}
-
-void FillDefenseDepth(LineupTeam& t) {
-    rankChart(
-        t, 10, 1,
-        [&](int s) {
-            if (!isDefenseman(t.player(s))) return 0.0;
-            const auto& r = t.ratings[static_cast<std::size_t>(s)];
-            return (10 + (r.offense / 2 + r.defense) * 10) * usageFactor(t, s);
-        },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthEven[idx(EvenDepth::Defense)]; });
-}
-
-void FillGoalieDepth(LineupTeam& t) {
-    rankChart(
-        t, 10, 1,
-        [&](int s) {
-            const PlayerRecord& p = t.player(s);
-            if (!isGoalie(p)) return 0.0;
-            double score = t.ratings[static_cast<std::size_t>(s)].goalie * 100 + realOf(p).Toi / 1000.0 + 10000;
-            return score * usageFactor(t, s);
-        },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthGoalie; });
-}
-
-void FillPowerPlayDepth(LineupTeam& t) {
-    bool draws = teamHasDraws(t);
-    bool ppTime = anyoneHas(t, &StatLine::ToiPP);
-    const BySlot<double> usage = usageFactors(t);
-    auto forwardScore = [&](int s, Flag position) {
-        const PlayerRecord& p = t.player(s);
-        if (isGoalie(p) || isDefenseman(p) || !hasForwardFlag(p)) return 0.0;
-        double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
-        if (position == Flag::Center && hasFlag(p, Flag::Center)) score *= centerFactor(t, s, draws);
-        score *= powerPlayFactor(p, ppTime);
-        if (!hasFlag(p, position) && realOf(p).ToiPP < 150) score *= 0.7;
-        return score * usage[static_cast<std::size_t>(s)];
-    };
-    rankChart(
-        t, 10, 1, [&](int s) { return forwardScore(s, Flag::Center); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Center)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return forwardScore(s, Flag::LeftWing); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::LeftWing)]; });
-    rankChart(
-        t, 10, 1, [&](int s) { return forwardScore(s, Flag::RightWing); },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::RightWing)]; });
-    // The point men: the same offence score among the defencemen.
-    rankChart(
-        t, 10, 1,
-        [&](int s) {
-            const PlayerRecord& p = t.player(s);
-            if (!isDefenseman(p)) return 0.0;
-            double score = (10 + t.ratings[static_cast<std::size_t>(s)].offense) * 10;
-            return score * powerPlayFactor(p, ppTime) * usage[static_cast<std::size_t>(s)];
-        },
-        [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPowerPlay[idx(EvenDepth::Defense)]; });
-}
-
-void FillPenaltyKillDepth(LineupTeam& t) {
-    bool shTime = anyoneHas(t, &StatLine::ToiSH);
-    auto forwardScore = [&](int s) {
-        const PlayerRecord& p = t.player(s);
-        if (isGoalie(p) || !hasForwardFlag(p)) return 0.0;
-        const auto& r = t.ratings[static_cast<std::size_t>(s)];
-        double score = (100 + r.penaltyKill * 1000 + r.offense / 5.5 + r.defense) * 10 + 10000;
-        if (hasFlag(p, Flag::Center) && !hasFlag(p, Flag::LeftWing) && !hasFlag(p, Flag::RightWing)) score *= 1.1;
-        return score * killFactor(p, shTime) * usageFactor(t, s);
-    };
-    auto defenseScore = [&](int s) {
-        const PlayerRecord& p = t.player(s);
-        if (!isDefenseman(p)) return 0.0;
-        const auto& r = t.ratings[static_cast<std::size_t>(s)];
-        const StatLine& real = realOf(p);
-        double use = real.GP > 0 ? real.ToiSH / 60.0 / real.GP : 0;  // short-handed minutes a game
-        double score = (100 + (r.penaltyKill * 3 + use) * 100 + r.offense / 5.5 + r.defense) * 10 + 10000;
-        return score * killFactor(p, shTime) * usageFactor(t, s);
-    };
-    // Both forward places rank by the same score, so they are ranked once.
-    rankChart(t, 10, 1, forwardScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::ForwardLeft)]; });
-    for (int s = 0; s < kRosterSlots; ++s) {
-        auto& depth = t.player(s).DepthPenaltyKill;
-        depth[idx(KillDepth::ForwardRight)] = depth[idx(KillDepth::ForwardLeft)];
-    }
-    rankChart(t, 10, 1, defenseScore,
-              [](PlayerRecord& p) -> std::uint8_t& { return p.DepthPenaltyKill[idx(KillDepth::Defense)]; });
-}
+void FillForwardDepth(LineupTeam& t) { fillForwardDepth(t, DepthInputs(t), true); }
+void FillDefenseDepth(LineupTeam& t) { fillDefenseDepth(t, DepthInputs(t), true); }
+void FillGoalieDepth(LineupTeam& t) { fillGoalieDepth(t, DepthInputs(t), true); }
+void FillPowerPlayDepth(LineupTeam& t) { fillPowerPlayDepth(t, DepthInputs(t), true); }
+void FillPenaltyKillDepth(LineupTeam& t) { fillPenaltyKillDepth(t, DepthInputs(t), true); }
 
 void HkAutofillDepth(LineupTeam& t) {
-    FillForwardDepth(t);
-    FillDefenseDepth(t);
-    FillGoalieDepth(t);
-    FillPowerPlayDepth(t);
-    FillPenaltyKillDepth(t);
+    // The charts read ratings, flags and the real line, none of which a
+    // chart writes, so one reading serves all five; their ranks are cleared
+    // in one pass over the roster rather than one a chart.
+    const DepthInputs in(t);
+    for (PlayerRecord& p : *t.roster) {
+        p.DepthEven = {};
+        p.DepthGoalie = 0;
+        p.DepthPowerPlay = {};
+        p.DepthPenaltyKill = {};
+    }
+    fillForwardDepth(t, in, false);
+    fillDefenseDepth(t, in, false);
+    fillGoalieDepth(t, in, false);
+    fillPowerPlayDepth(t, in, false);
+    fillPenaltyKillDepth(t, in, false);
 }
 
 // ---- Lines --------------------------------------------------------------------
@@ -468,28 +509,58 @@ Flag flagOf(ForwardRole r) {
 // holding a role (`pairsOnly`: a pair role) on another line of `others`.
 // Worked out once per line, with the places someone already holds, rather
 // than for each man at each place; only the man given a place changes it.
+// The men are a bit a slot, read from the tables eight slots at a time.
 struct LinePlaces {
-    BySlot<bool> taken{};
+    std::uint64_t taken = 0;
     std::array<bool, 4> roleHeld{};  // by ForwardRole
     std::array<bool, 3> pairHeld{};  // by PairRole
 };
 
-LinePlaces placesOf(const LineTables& lines, int line, LineRange others, bool pairsOnly) {
-    LinePlaces places;
-    const auto& ownRoles = lines.LineRoleLive.at(static_cast<std::size_t>(line - 1));
-    const auto& ownPairs = lines.LineFlagLive.at(static_cast<std::size_t>(line - 1));
-    for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s) {
-        places.taken[s] = (ownRoles[s] | ownPairs[s]) != 0;
-        // Values past the roles (a damaged table) hold no place the fills make.
-        if (ownRoles[s] < places.roleHeld.size()) places.roleHeld[ownRoles[s]] = true;
-        if (ownPairs[s] < places.pairHeld.size()) places.pairHeld[ownPairs[s]] = true;
+// The slots of a table of bytes that hold anything, a bit a slot.
+std::uint64_t heldBits(const BySlot<std::uint8_t>& table) {
+    std::uint64_t bits = 0;
+    for (std::size_t first = 0; first < static_cast<std::size_t>(kRosterSlots); first += 8)
+        bits |= byteMarks(nonzeroBytes(slotWord(table, first))) << first;
+    return bits;
+}
+
+// Marks the roles held in a table (values past the roles, in a damaged
+// table, hold no place the fills make).
+template <std::size_t N>
+void markHeld(const BySlot<std::uint8_t>& table, std::uint64_t holders, std::array<bool, N>& held) {
+    for (; holders != 0; holders &= holders - 1) {
+        std::uint8_t role = table[static_cast<std::size_t>(std::countr_zero(holders))];
+        if (role < N) held[role] = true;
     }
+}
+
+// Who holds a role on each line the fills make or look at (1 to 14), a bit
+// a slot, read from the tables once for all the lines of a fill and kept up
+// as the fill places men.
+struct LineHolders {
+    static constexpr int kLines = 14;
+    std::array<std::uint64_t, kLines> roles{};  // forward roles
+    std::array<std::uint64_t, kLines> pairs{};  // pair roles
+
+    explicit LineHolders(const LineTables& lines) {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(kLines); ++i) {
+            roles[i] = heldBits(lines.LineRoleLive[i]);
+            pairs[i] = heldBits(lines.LineFlagLive[i]);
+        }
+    }
+    static std::size_t at(int line) { return static_cast<std::size_t>(line - 1); }
+};
+
+LinePlaces placesOf(const LineTables& lines, const LineHolders& holders, int line, LineRange others, bool pairsOnly) {
+    LinePlaces places;
+    const auto i = LineHolders::at(line);
+    markHeld(lines.LineRoleLive.at(i), holders.roles.at(i), places.roleHeld);
+    markHeld(lines.LineFlagLive.at(i), holders.pairs.at(i), places.pairHeld);
+    places.taken = holders.roles[i] | holders.pairs[i];
     for (int l = others.first; l <= others.last; ++l) {
         if (l == line) continue;
-        const auto& pairs = lines.LineFlagLive[static_cast<std::size_t>(l - 1)];
-        const auto& roles = lines.LineRoleLive[static_cast<std::size_t>(l - 1)];
-        for (std::size_t s = 0; s < static_cast<std::size_t>(kRosterSlots); ++s)
-            if (pairs[s] != 0 || (!pairsOnly && roles[s] != 0)) places.taken[s] = true;
+        places.taken |= holders.pairs.at(LineHolders::at(l));
+        if (!pairsOnly) places.taken |= holders.roles.at(LineHolders::at(l));
     }
     return places;
 }
@@ -542,40 +613,54 @@ double killForwardScore(const LineupTeam& t, int slot, ForwardRole role) {
     return score;
 }
 
+// The scores of one place, with the men whose score is above 0 (the only
+// ones who can take it) a bit a slot. Only their scores are ever read, so
+// the rest are left unset rather than cleared at every fill.
+struct PlaceScores {
+    BySlot<double> score;
+    std::uint64_t scored = 0;
+
+    void set(int slot, double v) {
+        score[static_cast<std::size_t>(slot)] = v;
+        if (v > 0) scored |= std::uint64_t{1} << slot;
+    }
+};
+
 // Each man's score at each forward place, by the kind of line (even, power
 // play, kill) and the role (ForwardRole less one). The scores read ratings,
 // flags and depth charts, which filling lines doesn't change, so a fill works
-// them out once for all its lines. Zero for a man who isn't a candidate.
+// them out once for all its lines. A man who isn't a candidate isn't scored.
 struct ForwardScores {
-    std::array<std::array<BySlot<double>, 3>, 3> byKind{};
+    std::array<std::array<PlaceScores, 3>, 3> byKind;
 
     explicit ForwardScores(const LineupTeam& t) {
-        for (ForwardRole role : {ForwardRole::LeftWing, ForwardRole::Center, ForwardRole::RightWing}) {
-            auto r = static_cast<std::size_t>(role) - 1;
-            for (int s = 0; s < kRosterSlots; ++s) {
-                auto i = static_cast<std::size_t>(s);
-                if (!t.candidate[i] || isGoalie(t.player(s))) continue;  // a goalie scores 0 everywhere
-                byKind[0][r][i] = evenForwardScore(t, s, role);
-                byKind[1][r][i] = powerPlayForwardScore(t, s, role);
-                if (role != ForwardRole::Center) byKind[2][r][i] = killForwardScore(t, s, role);
+        for (std::uint64_t men = fitBits(t.candidate); men != 0; men &= men - 1) {
+            const int s = std::countr_zero(men);
+            if (isGoalie(t.player(s))) continue;  // a goalie scores 0 everywhere
+            for (ForwardRole role : {ForwardRole::LeftWing, ForwardRole::Center, ForwardRole::RightWing}) {
+                auto r = static_cast<std::size_t>(role) - 1;
+                byKind[0][r].set(s, evenForwardScore(t, s, role));
+                byKind[1][r].set(s, powerPlayForwardScore(t, s, role));
+                if (role != ForwardRole::Center) byKind[2][r].set(s, killForwardScore(t, s, role));
             }
         }
     }
-    [[nodiscard]] const BySlot<double>& of(int line, ForwardRole role) const {
+    [[nodiscard]] const PlaceScores& of(int line, ForwardRole role) const {
         std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
         return byKind[kind][static_cast<std::size_t>(role) - 1];
     }
 };
 
-// The man not taken with the best score; -1 when no score is above 0.
-int bestOf(const BySlot<double>& score, const BySlot<bool>& taken) {
+// The man not taken with the best score, the earlier slot of equal scores;
+// -1 when no score is above 0.
+int bestOf(const PlaceScores& place, std::uint64_t taken) {
     int best = -1;
     double bestScore = 0;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(kRosterSlots); ++i) {
-        if (taken[i]) continue;
-        if (score[i] > bestScore) {
-            best = static_cast<int>(i);
-            bestScore = score[i];
+    for (std::uint64_t men = place.scored & ~taken; men != 0; men &= men - 1) {
+        const int s = std::countr_zero(men);
+        if (double v = place.score[static_cast<std::size_t>(s)]; v > bestScore) {
+            best = s;
+            bestScore = v;
         }
     }
     return best;
@@ -583,19 +668,20 @@ int bestOf(const BySlot<double>& score, const BySlot<bool>& taken) {
 
 // Men already on the line, or on another line of its group, are passed
 // over (the taken places); the scores only rank the rest.
-void fillForwardLine(LineupTeam& t, int line, const ForwardScores& scores) {
+void fillForwardLine(LineupTeam& t, LineHolders& holders, int line, const ForwardScores& scores) {
     bool kill = line >= 11;
     static constexpr std::array kKillRoles{ForwardRole::LeftWing, ForwardRole::RightWing};
     static constexpr std::array kRoles{ForwardRole::Center, ForwardRole::LeftWing, ForwardRole::RightWing};
     std::span<const ForwardRole> roles = kill ? std::span<const ForwardRole>(kKillRoles) : kRoles;
     LineRange group = line <= 4 ? LineRange{1, 4} : line <= 10 ? LineRange{7, 10} : LineRange{11, 14};
-    LinePlaces places = placesOf(*t.lines, line, group, false);
+    LinePlaces places = placesOf(*t.lines, holders, line, group, false);
     for (ForwardRole role : roles) {
         if (places.roleHeld[static_cast<std::size_t>(role)]) continue;
         int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setLineRole(line, best, role);
-        places.taken[static_cast<std::size_t>(best)] = true;
+        places.taken |= std::uint64_t{1} << best;
+        holders.roles[LineHolders::at(line)] |= std::uint64_t{1} << best;
     }
 }
 
@@ -617,21 +703,21 @@ double pairScore(const LineupTeam& t, int slot, int line, PairRole role) {
 // Each defenceman's score at each pair place, by the kind of line and the
 // role (PairRole less one), worked out once per fill as the forwards' are.
 struct PairScores {
-    std::array<std::array<BySlot<double>, 2>, 3> byKind{};
+    std::array<std::array<PlaceScores, 2>, 3> byKind;
 
     explicit PairScores(const LineupTeam& t) {
-        for (PairRole role : {PairRole::Left, PairRole::Right}) {
-            auto r = static_cast<std::size_t>(role) - 1;
-            for (int s = 0; s < kRosterSlots; ++s) {
-                auto i = static_cast<std::size_t>(s);
-                if (!t.candidate[i] || !isDefenseman(t.player(s))) continue;  // only defencemen score
-                byKind[0][r][i] = pairScore(t, s, 1, role);
-                byKind[1][r][i] = pairScore(t, s, 7, role);
-                byKind[2][r][i] = pairScore(t, s, 11, role);
+        for (std::uint64_t men = fitBits(t.candidate); men != 0; men &= men - 1) {
+            const int s = std::countr_zero(men);
+            if (!isDefenseman(t.player(s))) continue;  // only defencemen score
+            for (PairRole role : {PairRole::Left, PairRole::Right}) {
+                auto r = static_cast<std::size_t>(role) - 1;
+                byKind[0][r].set(s, pairScore(t, s, 1, role));
+                byKind[1][r].set(s, pairScore(t, s, 7, role));
+                byKind[2][r].set(s, pairScore(t, s, 11, role));
             }
         }
     }
-    [[nodiscard]] const BySlot<double>& of(int line, PairRole role) const {
+    [[nodiscard]] const PlaceScores& of(int line, PairRole role) const {
         std::size_t kind = line <= 4 ? 0 : line <= 10 ? 1 : 2;
         return byKind[kind][static_cast<std::size_t>(role) - 1];
     }
@@ -639,45 +725,56 @@ struct PairScores {
 
 // A man with a pair on another line of the group is passed over, but for
 // the first even pair, which takes the best men whatever pair they are on.
-void fillPair(LineupTeam& t, int line, const PairScores& scores) {
+void fillPair(LineupTeam& t, LineHolders& holders, int line, const PairScores& scores) {
     LineRange group = line == 1    ? LineRange{1, 0}
                       : line <= 4  ? LineRange{1, 4}
                       : line <= 10 ? LineRange{7, 10}
                                    : LineRange{11, 14};
-    LinePlaces places = placesOf(*t.lines, line, group, true);
+    LinePlaces places = placesOf(*t.lines, holders, line, group, true);
     for (PairRole role : {PairRole::Left, PairRole::Right}) {
         if (places.pairHeld[static_cast<std::size_t>(role)]) continue;
         int best = bestOf(scores.of(line, role), places.taken);
         if (best < 0) continue;
         t.lines->setPairRole(line, best, role);
-        places.taken[static_cast<std::size_t>(best)] = true;
+        places.taken |= std::uint64_t{1} << best;
+        holders.pairs[LineHolders::at(line)] |= std::uint64_t{1} << best;
     }
 }
 
 constexpr std::array kFilledLines = {1, 2, 3, 4, 7, 8, 11, 12};
 
+void fillForwards(LineupTeam& t, LineHolders& holders) {
+    const ForwardScores scores(t);
+    for (int line : kFilledLines) fillForwardLine(t, holders, line, scores);
+}
+
+void fillDefense(LineupTeam& t, LineHolders& holders) {
+    const PairScores scores(t);
+    for (int line : kFilledLines) fillPair(t, holders, line, scores);
+}
+
 }  // namespace
 
 void FillForwards(LineupTeam& t) {
-    const ForwardScores scores(t);
-    for (int line : kFilledLines) fillForwardLine(t, line, scores);
+    LineHolders holders(*t.lines);
+    fillForwards(t, holders);
 }
 
 void FillDefense(LineupTeam& t) {
-    const PairScores scores(t);
-    for (int line : kFilledLines) fillPair(t, line, scores);
+    LineHolders holders(*t.lines);
+    fillDefense(t, holders);
 }
 
 void FillExtraAttacker(LineupTeam& t) {
     rankChart(
-        t, 15, 9,
+        t, fitBits(t.candidate), 15, 9,
         [&](int s) { return isGoalie(t.player(s)) ? 0.0 : t.ratings[static_cast<std::size_t>(s)].offense * 10; },
         [](PlayerRecord& p) -> std::uint8_t& { return p.DepthExtraAttacker; });
 }
 
 void FillShootout(LineupTeam& t) {
     rankChart(
-        t, 15, 9,
+        t, fitBits(t.candidate), 15, 9,
         [&](int s) {
             const PlayerRecord& p = t.player(s);
             if (isGoalie(p)) return 0.0;
@@ -688,8 +785,11 @@ void FillShootout(LineupTeam& t) {
 }
 
 void HkAutofillLines(LineupTeam& t) {
-    FillForwards(t);
-    FillDefense(t);
+    // The pairs are filled around the forwards just placed: one reading of
+    // the tables serves both.
+    LineHolders holders(*t.lines);
+    fillForwards(t, holders);
+    fillDefense(t, holders);
     FillExtraAttacker(t);
     FillShootout(t);
 }
@@ -704,16 +804,21 @@ struct Need {
     PairRole pair;
 };
 
-std::vector<Need> neededRoles() {
-    std::vector<Need> needs;
+// The roles of the lines a team plays, in the order they are completed:
+// forward lines 1 to 4, even pairs 1 to 3, then each power-play and
+// penalty-kill unit's forwards and its pair. A fixed table, since every
+// team load asks it.
+constexpr std::array<Need, 36> kNeeds = [] {
+    std::array<Need, 36> needs{};
+    std::size_t n = 0;
     auto forwards = [&](int line, bool center) {
-        if (center) needs.push_back({line, ForwardRole::Center, PairRole::None});
-        needs.push_back({line, ForwardRole::LeftWing, PairRole::None});
-        needs.push_back({line, ForwardRole::RightWing, PairRole::None});
+        if (center) needs[n++] = {line, ForwardRole::Center, PairRole::None};
+        needs[n++] = {line, ForwardRole::LeftWing, PairRole::None};
+        needs[n++] = {line, ForwardRole::RightWing, PairRole::None};
     };
     auto pair = [&](int line) {
-        needs.push_back({line, ForwardRole::None, PairRole::Left});
-        needs.push_back({line, ForwardRole::None, PairRole::Right});
+        needs[n++] = {line, ForwardRole::None, PairRole::Left};
+        needs[n++] = {line, ForwardRole::None, PairRole::Right};
     };
     for (int line = 1; line <= 4; ++line) forwards(line, true);
     for (int line = 1; line <= 3; ++line) pair(line);
@@ -726,6 +831,19 @@ std::vector<Need> neededRoles() {
         pair(line);
     }
     return needs;
+}();
+
+// True when some slot of a line's table holds `role` (not 0), read eight
+// slots at a time: a byte equal to the role is a zero byte once the role is
+// taken out of every byte.
+bool roleTaken(const BySlot<std::uint8_t>& table, std::uint8_t role) {
+    constexpr std::uint64_t kLow = 0x0101010101010101ULL;
+    const std::uint64_t spread = kLow * role;
+    for (std::size_t first = 0; first < static_cast<std::size_t>(kRosterSlots); first += 8) {
+        // Slots past the roster read as 0, which never equals a role.
+        if ((nonzeroBytes(slotWord(table, first) ^ spread) ^ kLow) != 0) return true;
+    }
+    return false;
 }
 
 LineRange groupOf(int line) {
@@ -776,10 +894,12 @@ int otherLineOf(const LineTables& lines, int slot, LineRange group, int except) 
 
 std::vector<std::string> completeLines(LineupTeam& t, const BySlot<std::string>& nameOf) {
     std::vector<std::string> notes;
-    for (const Need& n : neededRoles()) {
+    for (const Need& n : kNeeds) {
         bool forwardRole = n.forward != ForwardRole::None;
-        int holder = forwardRole ? t.lines->holderOf(n.line, n.forward) : t.lines->holderOf(n.line, n.pair);
-        if (holder >= 0) continue;
+        const auto i = static_cast<std::size_t>(n.line - 1);
+        if (forwardRole ? roleTaken(t.lines->LineRoleLive[i], static_cast<std::uint8_t>(n.forward))
+                        : roleTaken(t.lines->LineFlagLive[i], static_cast<std::uint8_t>(n.pair)))
+            continue;
         LineRange group = groupOf(n.line);
         int best = bestFor(t, n.line, [&](int s) {
             const PlayerRecord& p = t.player(s);

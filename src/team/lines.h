@@ -9,6 +9,7 @@
 // Situation lines are numbered 1 to 30 as the coach sees them; slots are the
 // 0-based roster slots of the team.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -78,12 +79,27 @@ struct LineRange {
 // The situation lines of a side with `own` skaters against `opponent`
 // skaters: 5-5 lines 1 to 6, 5-4 and 5-3 7 to 10, 4-5 11 to 14, 3-5 and 3-4
 // 15 and 16, 4-3 17 to 19, 4-4 20 and 21, 3-3 22 and 23. Other counts (a
-// pulled goalie) take the lines of the nearest of these.
-LineRange situationLines(int own, int opponent);
+// pulled goalie) take the lines of the nearest of these. Inline: the
+// engine asks it at every line change and every coach's look at the ice.
+inline LineRange situationLines(int own, int opponent) {
+    own = std::clamp(own, 3, 5);
+    opponent = std::clamp(opponent, 3, 5);
+    if (own == 5) return opponent == 5 ? LineRange{1, 6} : LineRange{7, 10};
+    if (own == 4) {
+        if (opponent == 5) return {11, 14};
+        if (opponent == 3) return {17, 19};
+        return {20, 21};
+    }
+    return opponent == 3 ? LineRange{22, 23} : LineRange{15, 16};
+}
 
 // The kind of depth chart a situation fills from.
 enum class DepthKind { Even, PowerPlay, PenaltyKill };
-DepthKind depthKindOf(int own, int opponent);
+inline DepthKind depthKindOf(int own, int opponent) {
+    if (own > opponent) return DepthKind::PowerPlay;
+    if (own < opponent) return DepthKind::PenaltyKill;
+    return DepthKind::Even;
+}
 
 // The line whose players stand in for a situation line that has none of its
 // own: 5-3 and 4-3 play the power-play units, 3-5 the penalty killers, 4-4

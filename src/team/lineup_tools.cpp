@@ -136,13 +136,26 @@ void placeFromLine(const LineupTeam& t, int line, bool forwards, const PositionL
 // then one flagged for the very place, then by the situation's depth chart,
 // his ratings and his minutes.
 void placeFromBench(const LineupTeam& t, DepthKind kind, const PositionList& wanted, int goalie, IcePlacement& out) {
+    // The fit men not on the ice, a bit a slot: a fourth line's shift has
+    // no pair of its own, so the bench is searched many times a game and
+    // only these are worth scoring.
+    std::uint64_t bench = 0;
+    bool asked = false;
     for (IcePos pos : wanted) {
         if (out.onIce[pos] != kNoSlot) continue;
+        if (!asked) {
+            asked = true;
+            bench = fitBits(t.candidate);
+            for (int s : out.onIce.slot)
+                if (s != kNoSlot) bench &= ~(std::uint64_t{1} << s);
+            if (goalie != kNoSlot) bench &= ~(std::uint64_t{1} << goalie);
+        }
         int best = kNoSlot;
         double bestScore = 0;
-        for (int s = 0; s < kRosterSlots; ++s) {
-            if (!freeSkater(t, out.onIce, goalie, s)) continue;
+        for (std::uint64_t men = bench; men != 0; men &= men - 1) {
+            const int s = std::countr_zero(men);
             const PlayerRecord& p = t.player(s);
+            if (isGoalie(p)) continue;
             const auto& r = t.ratings[static_cast<std::size_t>(s)];
             bool rightKind = isForwardPos(pos) ? isForward(p) : isDefenseman(p);
             double score = 1 + t.minutes[static_cast<std::size_t>(s)] + (r.offense + r.defense) / 10;
@@ -157,6 +170,7 @@ void placeFromBench(const LineupTeam& t, DepthKind kind, const PositionList& wan
         if (best == kNoSlot) continue;
         const PlayerRecord& p = t.player(best);
         bool rightKind = isForwardPos(pos) ? isForward(p) : isDefenseman(p);
+        bench &= ~(std::uint64_t{1} << best);
         out.onIce[pos] = best;
         out.source[at(pos)] = rightKind && depthAt(p, kind, pos) > 0 ? IceSource::DepthChart : IceSource::Bench;
     }
