@@ -37,7 +37,8 @@ Cell clock(int seconds) { return {Cell::Kind::Clock, seconds}; }
 
 // The cell's text in `buf`: numbers as "{}", signed as "{:+}", clocks as
 // mmss, shares as "{:.1f}" percent and fractions as "{:.3f}", blank without
-// a whole. A box prints some thousand cells, so the plain ones skip fmt.
+// a whole. A box prints some thousand cells, so all but the odd negative
+// clock skip fmt: to_chars rounds a fixed precision exactly, as fmt does.
 std::string_view cellText(const Cell& c, std::array<char, 32>& buf) {
     char* first = buf.data();
     char* last = buf.data() + buf.size();
@@ -59,10 +60,10 @@ std::string_view cellText(const Cell& c, std::array<char, 32>& buf) {
         }
         case Cell::Kind::Share:
             if (c.a + c.b == 0) return {};
-            return {first, fmt::format_to_n(first, buf.size(), "{:.1f}", 100.0 * c.a / (c.a + c.b)).out};
+            return {first, std::to_chars(first, last, 100.0 * c.a / (c.a + c.b), std::chars_format::fixed, 1).ptr};
         case Cell::Kind::Fraction:
             if (c.b <= 0) return {};
-            return {first, fmt::format_to_n(first, buf.size(), "{:.3f}", double(c.a) / c.b).out};
+            return {first, std::to_chars(first, last, double(c.a) / c.b, std::chars_format::fixed, 3).ptr};
         case Cell::Kind::Text:
             return c.text;
     }
