@@ -243,9 +243,15 @@ const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "D
 constexpr std::array<int, 6> kGoalieWidths{4, 4, 4, 6, 7, 5};
 static_assert(std::ranges::max(kGoalieWidths) <= 8, "appendCells pads up to 8");
 
+// Appends the first `count` of `texts` (no more than it holds): each line's
+// string is made where it ends up, not in a list of its own and copied.
+void appendLines(std::vector<std::string>& out, const auto& texts, int count) {
+    for (int i = 0; i < count && i < static_cast<int>(texts.size()); ++i) out.push_back(texts[std::size_t(i)].str());
+}
+
 std::vector<std::string> nonBlank(const auto& texts, int count) {
     std::vector<std::string> out;
-    for (int i = 0; i < count && i < static_cast<int>(texts.size()); ++i) out.push_back(texts[std::size_t(i)].str());
+    appendLines(out, texts, count);
     return out;
 }
 
@@ -356,12 +362,12 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     out.push_back("Scoring Summary");
     out.push_back("Per Time Str Team");
-    for (const auto& s : nonBlank(box.r2.ScoringText, box.r2.ScoringCount)) out.push_back(s);
+    appendLines(out, box.r2.ScoringText, box.r2.ScoringCount);
     if (box.r2.ScoringCount == 0) out.push_back("No scoring");
     out.push_back("");
     out.push_back("Penalty Summary");
     out.push_back("Per Time Team");
-    for (const auto& s : nonBlank(box.r2.PenaltyText, box.r2.PenaltyCount)) out.push_back(s);
+    appendLines(out, box.r2.PenaltyText, box.r2.PenaltyCount);
     if (box.r2.PenaltyCount == 0) out.push_back("No penalties");
     out.push_back("");
     if (shootout) {
