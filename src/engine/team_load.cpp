@@ -705,10 +705,15 @@ LineupTeam GameSession::lineupTeam(int sideIndex) {
         if (!GameActive) t.candidate[i] = s.onTeam(slot);
         const PlayerRecord& p = s.player(slot);
         t.minutes[i] = s.rates[i][RateSet::Real].AverageMinutes;
-        int year = p.PlayerYear != 0 ? p.PlayerYear : s.team.TeamYear;
-        double savePct =
-            figuresOf(eraRow(year, 2008), p.PlayerType.view() == "C" ? EraLevel::College : EraLevel::Professional)
-                .savePct;
+        // The era's save percentage rates a goalie without ratings of his
+        // own and nobody else: the rest of the roster skips the look-up.
+        double savePct = 0;
+        if (isGoalie(p) && hasStandInRatings(p)) {
+            int year = p.PlayerYear != 0 ? p.PlayerYear : s.team.TeamYear;
+            savePct =
+                figuresOf(eraRow(year, 2008), p.PlayerType.view() == "C" ? EraLevel::College : EraLevel::Professional)
+                    .savePct;
+        }
         t.ratings[i] = lineupRatings(p, t.minutes[i], savePct);
     }
     return t;

@@ -37,7 +37,8 @@ Cell clock(int seconds) { return {Cell::Kind::Clock, seconds}; }
 
 // The cell's text in `buf`: numbers as "{}", signed as "{:+}", clocks as
 // mmss, shares as "{:.1f}" percent and fractions as "{:.3f}", blank without
-// a whole. A box prints some thousand cells, so the plain ones skip fmt.
+// a whole. A box prints some thousand cells, so all but the odd negative
+// clock skip fmt: to_chars rounds a fixed precision exactly, as fmt does.
 std::string_view cellText(const Cell& c, std::array<char, 32>& buf) {
     char* first = buf.data();
     char* last = buf.data() + buf.size();
@@ -59,10 +60,10 @@ std::string_view cellText(const Cell& c, std::array<char, 32>& buf) {
         }
         case Cell::Kind::Share:
             if (c.a + c.b == 0) return {};
-            return {first, fmt::format_to_n(first, buf.size(), "{:.1f}", 100.0 * c.a / (c.a + c.b)).out};
+            return {first, std::to_chars(first, last, 100.0 * c.a / (c.a + c.b), std::chars_format::fixed, 1).ptr};
         case Cell::Kind::Fraction:
             if (c.b <= 0) return {};
-            return {first, fmt::format_to_n(first, buf.size(), "{:.3f}", double(c.a) / c.b).out};
+            return {first, std::to_chars(first, last, double(c.a) / c.b, std::chars_format::fixed, 3).ptr};
         case Cell::Kind::Text:
             return c.text;
     }
@@ -242,9 +243,15 @@ const std::array<const char*, 6> kGoalieHeads{"SA", "GA", "SV", "SV%", "TOI", "D
 constexpr std::array<int, 6> kGoalieWidths{4, 4, 4, 6, 7, 5};
 static_assert(std::ranges::max(kGoalieWidths) <= 8, "appendCells pads up to 8");
 
+// Appends the first `count` of `texts` (no more than it holds): each line's
+// string is made where it ends up, not in a list of its own and copied.
+void appendLines(std::vector<std::string>& out, const auto& texts, int count) {
+    for (int i = 0; i < count && i < static_cast<int>(texts.size()); ++i) out.push_back(texts[std::size_t(i)].str());
+}
+
 std::vector<std::string> nonBlank(const auto& texts, int count) {
     std::vector<std::string> out;
-    for (int i = 0; i < count && i < static_cast<int>(texts.size()); ++i) out.push_back(texts[std::size_t(i)].str());
+    appendLines(out, texts, count);
     return out;
 }
 
@@ -355,12 +362,12 @@ std::vector<std::string> boxScoreText(const BoxFile& box, const BoxNames& names)
 
     out.push_back("Scoring Summary");
     out.push_back("Per Time Str Team");
-    for (const auto& s : nonBlank(box.r2.ScoringText, box.r2.ScoringCount)) out.push_back(s);
+    appendLines(out, box.r2.ScoringText, box.r2.ScoringCount);
     if (box.r2.ScoringCount == 0) out.push_back("No scoring");
     out.push_back("");
     out.push_back("Penalty Summary");
     out.push_back("Per Time Team");
-    for (const auto& s : nonBlank(box.r2.PenaltyText, box.r2.PenaltyCount)) out.push_back(s);
+    appendLines(out, box.r2.PenaltyText, box.r2.PenaltyCount);
     if (box.r2.PenaltyCount == 0) out.push_back("No penalties");
     out.push_back("");
     if (shootout) {

@@ -651,6 +651,11 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
         auto& table = leaders.Leaders[at(category)];
         // Once put in order, a table stays so until a player changes it.
         bool inOrder = false;
+        // A bit for the low six bits of each number the table lists: most
+        // men are listed nowhere, and a clear bit says so without a search.
+        auto numberBit = [](int number) { return std::uint64_t{1} << (static_cast<unsigned>(number) & 63u); };
+        std::uint64_t listedBits = 0;
+        for (const LeaderEntry& x : table) listedBits |= numberBit(x.PlayerNumber);
         for (int side : {kVisitor, kHome}) {
             const SideTables& t = session.side(side);
             int games = teamGames(t.team);
@@ -669,15 +674,19 @@ void postLeaders(LeadersRecord& leaders, const GameSession& session) {
                     e.PlayerNumber = p.PlayerId;
                     return e;
                 };
-                auto listed = std::find_if(table.begin(), table.end(),
-                                           [&](const LeaderEntry& x) { return x.PlayerNumber == p.PlayerId; });
+                auto listed = (listedBits & numberBit(p.PlayerId)) == 0
+                                  ? table.end()
+                                  : std::find_if(table.begin(), table.end(),
+                                                 [&](const LeaderEntry& x) { return x.PlayerNumber == p.PlayerId; });
                 bool changed = true;
-                if (listed != table.end())
+                if (listed != table.end()) {
                     *listed = entry();
-                else if (table.back().PlayerNumber == 0 || value > table.back().Value)
+                } else if (table.back().PlayerNumber == 0 || value > table.back().Value) {
                     table.back() = entry();
-                else
+                    listedBits |= numberBit(p.PlayerId);
+                } else {
                     changed = false;
+                }
                 if (inOrder && !changed) continue;
                 // Higher first; empty entries last. A table in order stays as
                 // it is, and most men change nothing.

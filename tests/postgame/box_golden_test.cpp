@@ -114,6 +114,45 @@ TEST(BoxGolden, NamesAreCutAndPaddedByCharacters) {
     }
 }
 
+// Shares and save fractions on exact halves of their last digit (1 of 80
+// is 1.25%, 13 of 16 is .8125) round as fmt rounds them, in both forms.
+TEST(BoxGolden, PercentagesRoundAsFmtDoes) {
+    struct Case {
+        int won, lost, saves, allowed;
+    };
+    for (const Case& c : {Case{1, 79, 13, 3}, Case{1, 7, 1, 15}, Case{3, 77, 5, 11}, Case{0, 1, 0, 3}}) {
+        BoxFile box;
+        BoxNames names;
+        std::size_t skater = BoxFile::at(0, 0), goalie = BoxFile::at(0, 1);
+        for (std::size_t at : {skater, goalie}) {
+            box.r1.BoxPlayerId[at] = static_cast<std::int16_t>(at + 1);
+            box.r1.BoxLines[at].GP = 1;
+            box.r1.BoxToi[at] = 600;
+        }
+        names.player[skater] = "A. Skater";
+        names.position[skater] = "C";
+        names.player[goalie] = "B. Goalie";
+        names.position[goalie] = "G";
+        box.r1.BoxLines[skater].FaceoffsWon = static_cast<std::int16_t>(c.won);
+        box.r1.BoxLines[skater].FaceoffsLost = static_cast<std::int16_t>(c.lost);
+        box.r1.BoxLines[goalie].Saves = static_cast<std::int16_t>(c.saves);
+        box.r1.BoxLines[goalie].GoalsAllowed = static_cast<std::int16_t>(c.allowed);
+        std::string share = fmt::format(" {:.1f} ", 100.0 * c.won / (c.won + c.lost));
+        std::string fraction = fmt::format(" {:.3f} ", double(c.saves) / (c.saves + c.allowed));
+        auto rowOf = [](const std::vector<std::string>& text, std::string_view name) {
+            auto row =
+                std::find_if(text.begin(), text.end(), [&](const std::string& line) { return line.starts_with(name); });
+            return row == text.end() ? std::string() : *row;
+        };
+        auto text = boxScoreText(box, names);
+        EXPECT_NE(rowOf(text, "A. Skater").find(share), std::string::npos) << share;
+        EXPECT_NE(rowOf(text, "B. Goalie").find(fraction), std::string::npos) << fraction;
+        std::string html = boxScoreHtml(box, names);
+        EXPECT_NE(html.find("<td>" + share.substr(1, share.size() - 2) + "</td>"), std::string::npos) << share;
+        EXPECT_NE(html.find("<td>" + fraction.substr(1, fraction.size() - 2) + "</td>"), std::string::npos);
+    }
+}
+
 TEST(BoxGolden, TheWebPageHoldsTheSameGame) {
     std::string html = seededBoxScore(true);
     EXPECT_EQ(html.rfind("<!DOCTYPE html>", 0), 0u);

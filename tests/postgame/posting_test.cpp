@@ -339,6 +339,25 @@ TEST(Posting, LeadersKeepOneEntryAPlayerHighestFirst) {
     EXPECT_EQ(top.Top[0][1].BoxFile.str(), "BOX1.BOX");
 }
 
+// The same men posted again are each found where they are listed, among
+// numbers that share their low bits: the tables come out as they went in.
+TEST(Posting, LeadersPostedAgainFindEveryListedMan) {
+    TempDir dir;
+    writeLeague(dir.path());
+    ScriptedGame g(dir.path(), {.row = 1, .visitorGoals = 5, .homeGoals = 1});
+    g.post();
+    LeadersRecord leaders = readRecord<LeadersRecord>(RandomFile(findFile(dir.path(), kLeadersFile), 30000), 1);
+    for (auto& table : leaders.Leaders)
+        for (LeaderEntry& e : table)
+            if (e.PlayerNumber == 0) {
+                e.PlayerNumber = static_cast<std::int16_t>(64 * 300 + table[0].PlayerNumber % 64);
+                e.Value = -30000;
+            }
+    const std::vector<std::uint8_t> before = codec::toSlot(leaders);
+    postLeaders(leaders, *g.session);
+    EXPECT_EQ(codec::toSlot(leaders), before);
+}
+
 // A table read out of order is put in order at the next posting, even when
 // none of the game's men enters it.
 TEST(Posting, LeadersReadOutOfOrderAreOrderedWhenNobodyEnters) {
