@@ -747,9 +747,9 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
     // this posting: a game's box is a new name, so a lookup of its own would
     // list the folder anyway.
     std::optional<FolderNames> ownNames;
-    FolderNames& folder = o.names ? *o.names : ownNames.emplace(dir);
-    auto locate = [&](std::string_view name) -> const fs::path& { return folder.find(name); };
-    const PostingJournal journal(dir, &folder, o.images);
+    FolderNames& leagueNames = o.names ? *o.names : ownNames.emplace(dir);
+    auto locate = [&](std::string_view name) -> const fs::path& { return leagueNames.find(name); };
+    const PostingJournal journal(dir, &leagueNames, o.images);
     // The session was read from the files a pending posting would change.
     if (journal.recover(writer))
         throw FileError(
@@ -888,12 +888,13 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
         // Both books take the same values of the players: worked out at the first.
         std::optional<PlayerRecordValues> playerValues;
         auto post = [&](const fs::path& folder, const fs::path& file, const std::string& name) {
+            // The league's own book has an image in a run; the book across
+            // leagues is read from its folder.
+            const bool imaged = o.images && folder == dir;
             std::optional<RecordBook> read;
-            if (!o.books)
-                read =
-                    o.images && folder == dir ? RecordBook::fromBytes(o.images->bytes(file)) : RecordBook::load(folder);
+            if (!o.books) read = imaged ? RecordBook::fromBytes(o.images->bytes(file)) : RecordBook::load(folder);
             // The journal keeps only what differs from the image of the league's book.
-            else if (o.images && folder == dir)
+            else if (imaged)
                 o.images->bytes(file);
             RecordBook& book = o.books ? o.books->book(file, folder != dir) : *read;
             if (!playerValues) playerValues = PlayerRecordValues::of(session, game);
@@ -905,11 +906,9 @@ PostingResult GameDone(GameSession& session, FinishedGame& game, const PostingOp
             // the run's writer puts near changes in one write all the same. A
             // book without one (the book across leagues) is written as its
             // changes come, so near slots go together: one write, not one a slot.
-            bool narrowed = o.images && folder == dir;
-            for (FileChange& c : book.changes(name, narrowed ? 1 : kRecordsJoinedWithin))
-                changes.push_back(std::move(c));
+            for (FileChange& c : book.changes(name, imaged ? 1 : kRecordsJoinedWithin)) changes.push_back(std::move(c));
         };
-        auto leagueBook = locate(kRecordsFile);
+        const fs::path& leagueBook = locate(kRecordsFile);
         post(dir, leagueBook, leagueBook.filename().string());
         const fs::path& allTime = o.allTimeRecordsDir;
         std::error_code ec;
