@@ -12,6 +12,7 @@
 #include "league/files.h"
 #include "league/folder_names.h"
 #include "league/league.h"
+#include "league/schedule.h"
 #include "league/session.h"
 #include "team/default_coach.h"
 #include "team/lineup_tools.h"
@@ -22,20 +23,6 @@ namespace tallyrink {
 namespace {
 
 const StatLine& realOf(const PlayerRecord& p) { return statLine(p, StatLineIndex::Real); }
-
-int monthLength(int seasonMonth) {
-    switch (calendarMonth(seasonMonth)) {
-        case 2:
-            return 28;
-        case 4:
-        case 6:
-        case 9:
-        case 11:
-            return 30;
-        default:
-            return 31;
-    }
-}
 
 bool endsWithNoCase(const std::string& text, std::string_view tail) {
     if (text.size() < tail.size()) return false;
@@ -124,7 +111,7 @@ void SideTables::forgetPlayerAsRead(int slot) {
 
 std::pair<int, int> dayAfter(int seasonMonth, int day) {
     ++day;
-    if (day > monthLength(seasonMonth)) {
+    if (day > scheduleMonthLength(calendarMonth(seasonMonth))) {
         day = 1;
         seasonMonth = seasonMonth % 12 + 1;
     }
