@@ -669,7 +669,8 @@ void Game::RunClock() {
     if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())
         s_.goals.back().clock = s_.Clock;
     checkAutoStop();
-    SetEnergy(drawn);
+    // Most charges leave no fall to draw.
+    if ((drawn[0] | drawn[1]) != 0) SetEnergy(drawn);
     endOfPeriod();
 }
 
