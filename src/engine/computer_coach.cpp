@@ -813,7 +813,7 @@ constexpr auto kTireRate = [] {
 // recovery on the bench, and the time and shifts of the game's line.
 std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     static_assert(kRosterSlots <= 64, "a side's slots fit one word of bits");
-    std::array<std::uint64_t, 2> rested{};
+    std::array<std::uint64_t, 2> drawn{};
     bool faceoff = isFaceoff(s_.PlayZone);
     bool afterPenalty = s_.LastPlayResult == Result::Penalty;
     bool timeout = s_.coach.tvTimeoutThisStep || s_.coach.coachTimeoutThisStep;
@@ -847,7 +847,27 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         tracked |= onIce;
         // Time running backwards would charge the bench too.
         if (t < 0) tracked = kAllSlots;
-        rested[at(side)] = ~tracked & kAllSlots;
+        // A man's energy follows from his seconds once they are charged: it
+        // is set here while his figures are at hand. Only a fall that is
+        // drawn waits for SetEnergy, so the draws still come after all of
+        // the charge's, in slot order; nothing in between reads energy.
+        auto settleEnergy = [&](int slot, double secs, int limit) {
+            if (limit <= 0) return;
+            int& energy = s_.Energy[at(side)][at(slot)];
+            const int maxEnergy = tables.MaxEnergy[at(slot)];
+            int e = maxEnergy;
+            if (secs > limit) {
+                e = std::clamp(roundToInt(80 - (secs - limit) * .3), 0, 79);
+                if (energy >= 80 && energy - e > 10) {
+                    drawn[at(side)] |= std::uint64_t{1} << slot;
+                    return;
+                }
+            } else if (secs > 0) {
+                e = roundToInt(maxEnergy - (secs / limit) * 20);
+                e = std::max(e, 80);
+            }
+            energy = std::clamp(e, 0, 100);
+        };
         // A man who has sat since the game began (or since a timeout rested
         // everyone) has nothing to charge: he has no seconds to recover and
         // no stint, and his bench rate can't push him above zero.
@@ -868,16 +888,20 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
                 s_.stint[at(side)][at(slot)] = 0;
                 s_.coach.wasOn[at(side)][at(slot)] = false;
                 s_.Energy[at(side)][at(slot)] = tables.MaxEnergy[at(slot)];
+                settleEnergy(slot, 0, limit);
                 continue;
             }
             if (restful && secs == 0 && s_.stint[at(side)][at(slot)] == 0 && !s_.coach.wasOn[at(side)][at(slot)] &&
                 (limit <= 0 || tables.MaxEnergy[at(slot)] > 50)) {
                 const bool settled =
                     limit <= 0 || s_.Energy[at(side)][at(slot)] == std::min<int>(tables.MaxEnergy[at(slot)], 100);
-                rested[at(side)] |= std::uint64_t{settled} << slot;
                 // Settled, he stays so until he is sent out again, and the
-                // ice is added to the visited slots at every charge.
-                if (settled) tracked &= ~(std::uint64_t{1} << slot);
+                // ice is added to the visited slots at every charge; his
+                // energy is where it stays.
+                if (settled)
+                    tracked &= ~(std::uint64_t{1} << slot);
+                else
+                    settleEnergy(slot, 0, limit);
                 continue;
             }
             s_.coach.wasOn[at(side)][at(slot)] = false;
@@ -893,6 +917,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             s_.stint[at(side)][at(slot)] = 0;
             recovered = std::max(recovered, 0.0);
             secs = timeout ? 0 : recovered;
+            settleEnergy(slot, secs, limit);
         }
         // The side's figures for every man on, read once: the stores to the
         // men's records would otherwise have them read again for each.
@@ -946,6 +971,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             }
             sum = std::max(sum, 0.0);
             secs = timeout ? 0 : sum;
+            settleEnergy(slot, secs, limit);
         }
         // The units' share of the game's time.
         auto& units = s_.coach.unitSecs[at(side)];
@@ -959,7 +985,7 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
     }
     s_.coach.tvTimeoutThisStep = false;
     s_.coach.coachTimeoutThisStep = false;
-    return rested;
+    return drawn;
 }
 
 void Game::layManFacts() {
@@ -1025,11 +1051,11 @@ void Game::trackFatigue() {
     }
 }
 
-void Game::SetEnergy(const std::array<std::uint64_t, 2>& rested) {
+void Game::SetEnergy(const std::array<std::uint64_t, 2>& drawn) {
     for (int side : {kVisitor, kHome}) {
         const SideTables& tables = sideOf(side);
         // The slots in order, lowest first, so any draws come as they always have.
-        for (std::uint64_t left = kAllSlots & ~rested[at(side)]; left != 0; left &= left - 1) {
+        for (std::uint64_t left = drawn[at(side)]; left != 0; left &= left - 1) {
             const auto slot = static_cast<std::size_t>(std::countr_zero(left));
             int limit = tables.ShiftLimit[slot];
             int maxEnergy = tables.MaxEnergy[slot];

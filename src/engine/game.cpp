@@ -662,14 +662,15 @@ const Game::EraPace& Game::eraPaceOf(int year) {
 
 void Game::RunClock() {
     double t = s_.PlayTime;
-    const auto rested = chargePlayers(t);
+    const auto drawn = chargePlayers(t);
     runPenaltyClock(t, true);
     s_.Clock = roundToInt(s_.Clock - t);
     // A goal is timed at the end of its play.
     if ((s_.PlayResult == Result::Goal || s_.PlayResult == Result::ClearGoal) && !s_.goals.empty())
         s_.goals.back().clock = s_.Clock;
     checkAutoStop();
-    SetEnergy(rested);
+    // Most charges leave no fall to draw.
+    if ((drawn[0] | drawn[1]) != 0) SetEnergy(drawn);
     endOfPeriod();
 }
 

@@ -735,10 +735,11 @@ private:
     void computerGoaliePull(int side);
     void returnGoalie(int side);
     void restoreEveryone();
-    // Returns, by side, a bit for each slot whose man sat rested through the
-    // charge: nothing about his fatigue moved, so SetEnergy passes him over.
+    // Charges the play's `t` seconds and sets each man's energy from them.
+    // Returns, by side, a bit for each slot whose fall in energy is drawn:
+    // SetEnergy sets those, after everything else the clock draws.
     std::array<std::uint64_t, 2> chargePlayers(double t);
-    void SetEnergy(const std::array<std::uint64_t, 2>& rested);
+    void SetEnergy(const std::array<std::uint64_t, 2>& drawn);
     // Marks, by side, the slots whose fatigue the clock may move: the men
     // dressed and any whose rest isn't settled. Called as a game starts and
     // when everyone is rested.

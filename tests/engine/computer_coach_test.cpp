@@ -587,6 +587,72 @@ TEST(IceTime, TheBenchRestsMenAsTheirStaminaAllows) {
     EXPECT_GT(weakMost, 0);
 }
 
+// After every step each man's energy is what his fatigue seconds come to:
+// at most his full energy, at least 80 while within his shift limit, and
+// under 80 past it, except that a fresh man who goes far past his limit at
+// once loses only a few points, drawn.
+TEST(IceTime, EnergyFollowsTheFatigueSecondsOfEveryMan) {
+    int drawnFalls = 0, pastLimit = 0;
+    for (std::uint64_t seed : {3u, 12u}) {
+        auto session = loaded(seed);
+        Game game(*session, GameOptions{.seed = seed});
+        game.InitGame();
+        for (int n = 0; n < 200 && !game.state().GameOverFlag; ++n) {
+            const int period = game.state().Period;
+            // Now and then a rested skater on the ice is pushed far past
+            // his limit, so the drawn fall comes up.
+            int pushed = kNoSlot;
+            if (n % 7 == 3) {
+                GameState& s = game.editState();
+                pushed = s.onIce[kVisitor][IcePos::Center];
+                const auto slot = std::size_t(pushed);
+                const int limit = session->side(kVisitor).ShiftLimit[slot];
+                if (pushed == kNoSlot || limit <= 0) {
+                    pushed = kNoSlot;
+                } else {
+                    s.Energy[kVisitor][slot] = 100;
+                    s.ShiftSecs[kVisitor][slot] = limit + 200;
+                }
+            }
+            const auto before = game.state().Energy;
+            game.editState().PlayCall = n % 3 == 0 ? Call::Shoot : Call::Balanced;
+            game.PlayStep();
+            const GameState& s = game.state();
+            if (s.Period != period || s.GameOverFlag) continue;  // the break rests everyone
+            for (int side : {kVisitor, kHome})
+                for (int slot = 0; slot < kRosterSlots; ++slot) {
+                    const auto i = std::size_t(slot);
+                    const SideTables& t = session->side(side);
+                    const int limit = t.ShiftLimit[i];
+                    if (limit <= 0) continue;
+                    const double secs = s.ShiftSecs[std::size_t(side)][i];
+                    const int energy = s.Energy[std::size_t(side)][i];
+                    const int was = before[std::size_t(side)][i];
+                    int expected = t.MaxEnergy[i];
+                    if (secs > limit) {
+                        ++pastLimit;
+                        expected = std::clamp(int(std::nearbyint(80 - (secs - limit) * .3)), 0, 79);
+                        if (was >= 80 && was - expected > 10) {
+                            ++drawnFalls;
+                            EXPECT_GE(energy, std::clamp(was - 6, 0, 100)) << "seed " << seed << " slot " << slot;
+                            EXPECT_LE(energy, std::clamp(was + 2, 0, 100)) << "seed " << seed << " slot " << slot;
+                            continue;
+                        }
+                    } else if (secs > 0) {
+                        expected = std::max(int(std::nearbyint(t.MaxEnergy[i] - secs / limit * 20)), 80);
+                    }
+                    EXPECT_EQ(energy, std::clamp(expected, 0, 100))
+                        << "seed " << seed << " side " << side << " slot " << slot << " secs " << secs;
+                }
+            if (pushed != kNoSlot) {
+                EXPECT_GE(s.Energy[kVisitor][std::size_t(pushed)], 94);
+            }
+        }
+    }
+    EXPECT_GT(drawnFalls, 5);
+    EXPECT_GT(pastLimit, drawnFalls);
+}
+
 TEST(IceTime, TheFirstLinePlaysMoreThanTheFourth) {
     double first = 0, fourth = 0, firstPair = 0, thirdPair = 0;
     for (std::uint64_t seed = 30; seed < 36; ++seed) {
