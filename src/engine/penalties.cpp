@@ -931,21 +931,8 @@ double Game::penaltySteering() {
     bool stop = s_.LastPlayResult == Result::Penalty || pen.DelayedState > 0 || s_.Clock < 20 ||
                 (overtime && s_.Skaters[0] != s_.Skaters[1]);
     if (stop) c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
-    if (s_.Period == 1 && rng_.overRand(s_.Clock, 900, 120)) {
-        c.PenaltyOppChance = per(c.PenaltyOppChance * .3);
-        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .3);
-        c.PenaltyBothChance = per(c.PenaltyBothChance * .3);
-    }
-    if (rules.Minorcheck == 0 && rules.Majorcheck == 0) {
-        c.PenaltyOppChance = c.PenaltyOwnChance = 0;
-    } else if (rules.Minorcheck == 0) {
-        c.PenaltyOppChance = per(c.PenaltyOppChance * .1);
-        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .1);
-    } else if (rules.Majorcheck == 0) {
-        c.PenaltyOppChance = per(c.PenaltyOppChance * .9);
-        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .9);
-    }
-    if (rules.Minorcheck == 0 || rules.Majorcheck == 0) c.PenaltyBothChance = 0;
+    // The quiet opening minutes and the rules that turn minors or majors
+    // off are weighed once, with the table's last changes before the draw.
 }
 
 // ---- Fights ---------------------------------------------------------------------

@@ -239,6 +239,31 @@ TEST_F(Table, APenaltyNeverFollowsAPenaltyAndLateShotsStayInTheTable) {
     EXPECT_TRUE(any);
 }
 
+// The calm of a game's first minutes and a rule that turns minors off each
+// cut the chance of a call once: to about .3 and .1 of what it is otherwise.
+TEST_F(Table, TheOpeningMinutesAndTheMinorRuleCutThePenaltyChanceOnce) {
+    RulesRecord& rules = const_cast<RulesRecord&>(session->league().rules);
+    auto calls = [&](int clock) {
+        long sum = 0;
+        for (int i = 0; i < 300; ++i) {
+            s().PuckTeam = kVisitor;
+            s().PlayZone = Zone::DefenseZone;
+            s().PlayCall = Call::Balanced;
+            s().PlayRating = 5.7;
+            s().LastPlayResult = Result::Save;
+            s().Period = 1;
+            s().Clock = clock;
+            sum += game->ChanceTable().PenaltyOppChance;
+        }
+        return double(sum);
+    };
+    const double settled = calls(700);
+    ASSERT_GT(settled, 3000);
+    EXPECT_NEAR(calls(1150) / settled, .3, .08);
+    rules.Minorcheck = 0;
+    EXPECT_NEAR(calls(700) / settled, .1, .04);
+}
+
 TEST_F(Table, ARushIsTheGoalieTheDefensemanAndTheRushTypeNotTheShooter) {
     RulesRecord& rules = const_cast<RulesRecord&>(session->league().rules);
     rules.GoalieConsecCheck = 1;  // no rest term
