@@ -20,9 +20,8 @@ constexpr int kSkatersLeast = 3;
 constexpr int kMaxShortHanded = kSkatersFull - kSkatersLeast;  // penalties that can run at once against a side
 constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
-// half, before the game's circumstances: set so that a season of the
-// present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 23;
+// half, before the era and the game's circumstances.
+constexpr double kPenaltyBase = 38;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 // Set so that a made-up league of 2017, whose players carry real fight
 // counts, fights at its era's rate. Without fight counts the rates stand on
@@ -901,11 +900,13 @@ double Game::penaltySteering() {
             for (int at : {720, 360, 180})
                 if (s_.Clock < at) o = per(o * .9);
     }
-    const GamePlanRecord& plan = sideOf(opp).plan;
-    int aggressive = plan.DzAggressiveness >= 1 && plan.DzAggressiveness <= 5 ? plan.DzAggressiveness : 3;
-    int forecheck = std::clamp<int>(plan.Forecheck, 0, 3);
+    // The defending side's zone aggressiveness scales the calls; the
+    // forecheckers it has out now (0 to 3, not its plan's forecheck scroll)
+    // add a little.
+    int aggressive = std::clamp(s_.coach.live[at(opp)].dzAggressiveness, 1, 5);
+    int forecheck = std::clamp(s_.find.ForecheckLevel[at(opp)], 0, 3);
     o = per(o * (aggressive + 1) / 4.0);
-    o = per(o * (forecheck + 1) / 2.2);
+    o = per(o + (forecheck + 1) / 2.2);
 
     int own = std::min(per(era), 25);
     int both = per(o * .07);

@@ -574,6 +574,33 @@ TEST_F(PenaltyGame, NoFightingMeansNoFightChance) {
     }
 }
 
+// The forecheckers the defending side has out at the moment, none to
+// three, add a per mille or two to the calls against it, whatever the
+// forecheck scroll of its plan; its zone aggressiveness scales them.
+TEST_F(PenaltyGame, ForecheckersOnTheIceAddToTheCallsAggressivenessScalesThem) {
+    auto calls = [&](int forecheckers, int aggressiveness) {
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.LastPlayResult = Result::Pass;
+        e.Period = 2;
+        e.Clock = 700;
+        e.find.ForecheckLevel = {1, forecheckers};
+        e.coach.live[kHome].dzAggressiveness = aggressiveness;
+        PlayChances c;
+        game->PenaltyChances(c);
+        return c.PenaltyOppChance;
+    };
+    const int none = calls(0, 3);
+    ASSERT_GT(none, 10);
+    EXPECT_EQ(calls(0, 3), none);  // nothing drawn at random in this state
+    EXPECT_GE(calls(3, 3) - none, 1);
+    EXPECT_LE(calls(3, 3) - none, 2);
+    session->side(kHome).plan.Forecheck = 7;
+    EXPECT_LE(calls(3, 3) - none, 2);
+    EXPECT_NEAR(calls(0, 5) / double(none), 1.5, .1);
+}
+
 TEST_F(PenaltyGame, NoPenaltyIsCalledInTheOffensiveZoneOrRightAfterOne) {
     GameState& e = game->editState();
     e.PlayZone = Zone::OffenseZone;
