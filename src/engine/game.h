@@ -575,6 +575,7 @@ private:
     // The factor on the call against the side without the puck from one of
     // its skaters' replay penalty minutes against his real ones.
     double penaltySteering();
+    [[nodiscard]] double disciplineFactor(int side) const;
     // The goalie who starts today for `side`, kNoSlot for the chart's first.
     int dayStarter(int side, const LineupTeam& team);
     Result splitTurnover(const PlayChances& c);

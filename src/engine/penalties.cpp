@@ -856,6 +856,23 @@ double Game::penaltySteering() {
     return 1;
 }
 
+// The discipline of the side's unit on the ice, from its men's real penalty
+// rates, as a factor on the calls against it. The unit is the one the
+// table's team strength asks for in the same step, so it is rated once.
+double Game::disciplineFactor(int side) const {
+    const int puck = s_.PuckTeam;
+    UnitSituation sit;
+    sit.skaters = s_.Skaters[at(side)];
+    sit.opponentSkaters = s_.Skaters[at(other(side))];
+    sit.extraAttacker = s_.GoaliePulled[at(side)];
+    sit.insideDefense = (s_.PlayZone == Zone::OffenseZone || s_.PlayZone == Zone::OffenseShooter) && side != puck;
+    const double discipline = unitRatings(side, true, sit).discipline;
+    // A unit so rough that its rating falls to -1 or below is the roughest
+    // there is, not a clean one.
+    if (discipline + 1 <= 6.75 / 1.1) return 1.1;
+    return std::clamp(6.75 / (discipline + 1), .9, 1.1);
+}
+
 // Asked at most steps; its small helpers are built into it.
 [[gnu::flatten]] void Game::PenaltyChances(PlayChances& c) {
     c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
@@ -909,6 +926,9 @@ double Game::penaltySteering() {
     o = per(o + (forecheck + 1) / 2.2);
 
     int own = std::min(per(era), 25);
+    // At full strength a unit that takes its penalties often draws calls
+    // more often than a clean one.
+    if (s_.Skaters[0] > 4 && s_.Skaters[1] > 4) o = per(o * disciplineFactor(opp));
     int both = per(o * .07);
     if (era >= 1.3) {
         both += per(.2 * o);

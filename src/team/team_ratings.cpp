@@ -48,7 +48,7 @@ double indiscipline(const PlayerRecord& p, double averageMinutes, const EraTable
     const double eraPim =
         figuresOf(era.yearOr(p.PlayerYear, 2008), college ? EraLevel::College : EraLevel::Professional).pimPerGame;
     if (eraPim <= 0) return 5;
-    return perSixty / (eraPim / 5) * 5;
+    return perSixty / (eraPim / 2 / 5) * 5;
 }
 
 bool usesInsideDefense(std::string_view playZone, bool hasPuck) {

@@ -601,6 +601,30 @@ TEST_F(PenaltyGame, ForecheckersOnTheIceAddToTheCallsAggressivenessScalesThem) {
     EXPECT_NEAR(calls(0, 5) / double(none), 1.5, .1);
 }
 
+// At full strength the calls against a side follow the real penalty rates
+// of its men on the ice, a tenth up or down; a man short, they don't.
+TEST_F(PenaltyGame, AtFullStrengthCallsFollowTheDefendingUnitsDiscipline) {
+    auto calls = [&](int realPim, int visitorSkaters) {
+        for (PlayerRecord& p : session->side(kHome).GameRoster) statLine(p, StatLineIndex::Real).Pim = realPim;
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 5});
+        game->InitGame();
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.LastPlayResult = Result::Pass;
+        e.Period = 2;
+        e.Clock = 700;
+        e.Skaters = {visitorSkaters, 5};
+        PlayChances c;
+        game->PenaltyChances(c);
+        return c.PenaltyOppChance;
+    };
+    const int clean = calls(0, 5), rough = calls(400, 5);
+    ASSERT_GT(clean, 20);
+    EXPECT_NEAR(double(rough) / clean, 1.1 / .9, .06);
+    EXPECT_EQ(calls(0, 4), calls(400, 4));
+}
+
 TEST_F(PenaltyGame, NoPenaltyIsCalledInTheOffensiveZoneOrRightAfterOne) {
     GameState& e = game->editState();
     e.PlayZone = Zone::OffenseZone;
