@@ -458,7 +458,10 @@ void Game::penaltyGoal(int side) {
         bool ends =
             (p.ReleaseOnGoal == 1 && rules.MinorGoalcheck == 1) || (p.ReleaseOnGoal == 2 && rules.MajorGoalcheck == 1);
         if (!ends) continue;
-        if (chosen == box.size() || p.PenaltySeconds < box[chosen].PenaltySeconds) chosen = i;
+        // At equal time left the man first in the roster's order comes out.
+        if (chosen == box.size() || p.PenaltySeconds < box[chosen].PenaltySeconds ||
+            (p.PenaltySeconds == box[chosen].PenaltySeconds && p.server < box[chosen].server))
+            chosen = i;
     }
     if (chosen == box.size()) return;
     BoxPenalty& p = box[chosen];

@@ -229,6 +229,16 @@ TEST_F(PenaltyGame, AGoalEndsTheEarliestMinorButNotAMajor) {
     EXPECT_EQ(s().pen.PowerPlayGoals[kVisitor], 3);
 }
 
+TEST_F(PenaltyGame, AtEqualTimeAGoalFreesTheManFirstInTheRoster) {
+    int x = skater(kHome, 0), y = skater(kHome, 1);
+    int first = std::min(x, y), second = std::max(x, y);
+    game->assessPenalty(kHome, second, PenaltyType::Minor);  // called first, but later in the roster
+    game->assessPenalty(kHome, first, PenaltyType::Minor);
+    game->penaltyGoal(kVisitor);
+    EXPECT_FALSE(game->offIce(kHome, first));
+    EXPECT_TRUE(game->offIce(kHome, second));
+}
+
 TEST_F(PenaltyGame, AMajorEndsOnAGoalOnlyUnderItsRule) {
     rules.MajorGoalcheck = 1;
     start();
