@@ -948,6 +948,14 @@ double Game::disciplineFactor(int side) const {
         c.PenaltyOwnChance = per(c.PenaltyOwnChance * .2);
         c.FightChance = per(c.FightChance * .05);
     }
+    // Three a side: the ice is open and the whistles fewer still.
+    if (s_.Skaters[0] == 3 && s_.Skaters[1] == 3) {
+        const double k = s_.ProbeOnly ? .5 : .5 * .2;
+        c.PenaltyOppChance = per(c.PenaltyOppChance * k);
+        c.PenaltyOwnChance = per(c.PenaltyOwnChance * k);
+        c.PenaltyBothChance = per(c.PenaltyBothChance * k);
+        c.FightChance = per(c.FightChance * k);
+    }
 
     // States in which nothing is called.
     if (s_.Skaters[at(opp)] <= kSkatersLeast) c.PenaltyOppChance = 0;
