@@ -929,6 +929,16 @@ double Game::disciplineFactor(int side) const {
     o = per(o + (forecheck + 1) / 2.2);
 
     int own = std::min(per(era), 25);
+    // In the calmer eras the puck carriers think twice once the other side
+    // has men who keep going to the box.
+    if (own > 0 && era < 1.5) {
+        for (std::uint8_t calls : pen.penaltiesOf[at(opp)]) {
+            if (calls >= 4)
+                own = per(own * .1);
+            else if (calls >= 3)
+                own = per(own * .3);
+        }
+    }
     // At full strength a unit that takes its penalties often draws calls
     // more often than a clean one.
     if (s_.Skaters[0] > 4 && s_.Skaters[1] > 4) o = per(o * disciplineFactor(opp));

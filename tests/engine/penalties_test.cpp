@@ -635,6 +635,27 @@ TEST_F(PenaltyGame, AtFullStrengthCallsFollowTheDefendingUnitsDiscipline) {
     EXPECT_EQ(calls(0, 4), calls(400, 4));
 }
 
+// In a calm era the team with the puck stops drawing calls against itself
+// once a man of the other side has been called three times.
+TEST_F(PenaltyGame, AManCalledThreeTimesCalmsThePuckCarriers) {
+    auto ownChance = [&]() {
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.LastPlayResult = Result::Pass;
+        e.Period = 2;
+        e.Clock = 700;
+        PlayChances c;
+        game->PenaltyChances(c);
+        return c.PenaltyOwnChance;
+    };
+    ASSERT_GT(ownChance(), 0);
+    game->editState().pen.penaltiesOf[kHome][std::size_t(skater(kHome, 0))] = 2;
+    EXPECT_GT(ownChance(), 0);
+    game->editState().pen.penaltiesOf[kHome][std::size_t(skater(kHome, 0))] = 3;
+    EXPECT_EQ(ownChance(), 0);
+}
+
 TEST_F(PenaltyGame, NoPenaltyIsCalledInTheOffensiveZoneOrRightAfterOne) {
     GameState& e = game->editState();
     e.PlayZone = Zone::OffenseZone;
