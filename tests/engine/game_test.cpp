@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <set>
 
@@ -718,6 +719,24 @@ TEST(WholeGames, EveryGameOfAMadeUpScheduleEndsLegallyAtLeagueRates) {
     EXPECT_GT(shots / games / 2, 22);
     EXPECT_LT(shots / games / 2, 42);
     EXPECT_LT(overtimes, 15);
+}
+
+// Momentum leans a game a little one way: hits and scrums move it a tenth
+// at a time, never past a half either way.
+TEST(WholeGames, MomentumStaysWithinAHalfEitherWay) {
+    double most = 0;
+    for (std::uint64_t seed : {3, 4, 5}) {
+        auto session = loaded(rulesWith(1, 0, 1), seed);
+        Game game(*session, GameOptions{.seed = seed});
+        game.InitGame();
+        while (!game.state().GameOverFlag) {
+            game.PlayStep();
+            const double m = game.state().Momentum;
+            ASSERT_LE(std::fabs(m), .5 + 1e-9) << "step " << game.state().steps;
+            most = std::max(most, std::fabs(m));
+        }
+    }
+    EXPECT_GT(most, .25);  // the hits did move it
 }
 
 // ---- Fatigue ----------------------------------------------------------------------
