@@ -134,8 +134,9 @@ struct GameState {
     double PlayTime = 0;
     double PlayRating = 0;
     double Momentum = 0;
-    bool periodEnds = false;  // time ran out inside the play
-    int penaltyOn = -1;       // the drawn penalty: a side, or kBothSides for one on each
+    double momentumSeconds = 0;  // play since momentum last faded
+    bool periodEnds = false;     // time ran out inside the play
+    int penaltyOn = -1;          // the drawn penalty: a side, or kBothSides for one on each
 
     std::array<Call, 2> FaceoffCall{Call::Computer, Call::Computer};
     bool NoDisplay = true;
@@ -674,6 +675,9 @@ private:
     }
     void checkAutoStop();
     void tvTimeout(Result previous);
+    // Momentum fades with the play, and a side on the power play plays free
+    // of any that stands against it.
+    void momentumOverTime();
 
     // ---- Coach (computer_coach.cpp): the computer's calls, line changes,
     // the goalie pull, coach timeouts, fatigue and ice time.
