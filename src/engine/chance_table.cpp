@@ -730,12 +730,11 @@ void Game::fillChanceTable(PlayChances& c) {
         if (onOff < 4 && shoot > 50) add(shoot, -(4 - onOff) * 10);
         if (ratedPlay) add(shoot, (s_.PlayRating - 5.8) * 20);
         if (offense) {
-            const GamePlanRecord& plan = o.plan;
-            int a = 3;
-            if (strength(opp) < strength(side))
-                a = plan.PKDzAggressiveness >= 1 && plan.PKDzAggressiveness <= 5 ? plan.PKDzAggressiveness : 3;
-            else
-                a = plan.DzAggressiveness >= 1 && plan.DzAggressiveness <= 5 ? plan.DzAggressiveness : 3;
+            // The defenders' aggressiveness as they play it now, on the kill
+            // or at even strength.
+            const LiveStrategy& live = s_.coach.live[at(opp)];
+            const int a =
+                std::clamp(strength(opp) < strength(side) ? live.pkDzAggressiveness : live.dzAggressiveness, 1, 5);
             shoot += (3 - a) * 50;
             gp -= (3 - a) * 0.005;
         }

@@ -188,6 +188,23 @@ TEST_F(Table, ManpowerMovesTheClearAndTheEntry) {
     EXPECT_EQ(probe(Zone::DefenseZone, Call::Safe).ClearChance, 300);  // two men short
 }
 
+// In the attacking zone the defenders' aggressiveness as they play it now
+// moves the chance of a goal, up for the bolder: the killers' own value on
+// a power play, the even-strength one otherwise; the plan's values, which
+// the live ones start from, don't count once play has moved them.
+TEST_F(Table, TheDefendersLiveAggressivenessMovesTheGoalChance) {
+    auto goal = [&](int even, int kill) {
+        s().coach.live[kHome].dzAggressiveness = even;
+        s().coach.live[kHome].pkDzAggressiveness = kill;
+        return probe(Zone::OffenseShooter, Call::Penetrate).GoalPct;
+    };
+    EXPECT_LT(goal(1, 3), goal(5, 3));
+    EXPECT_EQ(goal(3, 1), goal(3, 5));
+    game->setManpower(5, 4);
+    EXPECT_LT(goal(3, 1), goal(3, 5));
+    EXPECT_EQ(goal(1, 3), goal(5, 3));
+}
+
 TEST_F(Table, OffensiveZonePassesByThePassersRatingAndTheEdge) {
     PlayerRecord& center = onIceEdit(kVisitor, 1);
     center.RatingPassing = 6;
