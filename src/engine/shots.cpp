@@ -181,12 +181,6 @@ void Game::postGoal(bool fromClear) {
     DescribeAssists();
 
     ++s_.Score[at(side)];
-    // On a screen a goal also takes back up to a fifth of the momentum that
-    // stood against the scorers.
-    if (!s_.NoDisplay) {
-        if (side == kVisitor && s_.Momentum < 0) s_.Momentum = std::min(0.0, s_.Momentum + .2);
-        if (side == kHome && s_.Momentum > 0) s_.Momentum = std::max(0.0, s_.Momentum - .2);
-    }
     if (ev.ShotClass == 0) ev.ShotClass = 3;
     countShotOnGoal(side, kNoSlot);
     GoalType type = goalTypeOf(g.skaters[0], g.skaters[1], g.emptyNet, g.penaltyShot);
