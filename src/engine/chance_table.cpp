@@ -519,7 +519,7 @@ void Game::fillChanceTable(PlayChances& c) {
             if (pp > 5) scale(shoot, pp / 17.8);
             if (!probe) scale(shoot, f.PowerPlayCalibration);
         }
-        int system = t.plan.OffenseSystem;
+        const int system = s_.coach.live[at(side)].offenseSystem;
         if (system == 1 || system == 2) shoot += 25;
         if (system == 3) shoot -= 25;
         if (emptyNetOwn) shoot = 900;
@@ -874,8 +874,9 @@ void Game::fillChanceTable(PlayChances& c) {
         N *= 1.03;
     }
     R *= 0.8;
-    if (t.plan.OffenseSystem == 1 || t.plan.OffenseSystem == 2) D *= 1.2, N *= 1.2, R *= 1.2;
-    if (t.plan.OffenseSystem == 3) D *= 0.8, N *= 0.8, R *= 0.8;
+    const int liveSystem = s_.coach.live[at(side)].offenseSystem;
+    if (liveSystem == 1 || liveSystem == 2) D *= 1.2, N *= 1.2, R *= 1.2;
+    if (liveSystem == 3) D *= 0.8, N *= 0.8, R *= 0.8;
     if (D + N + R > 1) {
         double sum = D + N + R;
         D /= sum;

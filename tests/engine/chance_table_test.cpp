@@ -205,6 +205,18 @@ TEST_F(Table, TheDefendersLiveAggressivenessMovesTheGoalChance) {
     EXPECT_EQ(goal(1, 3), goal(5, 3));
 }
 
+// The offense system the puck team plays now, not its plan's, moves the
+// shot from its own half and the turnovers it risks.
+TEST_F(Table, TheLiveOffenseSystemMovesTheShotAndTheTurnovers) {
+    auto with = [&](int system) {
+        s().coach.live[kVisitor].offenseSystem = system;
+        return probe(Zone::DefenseZone, Call::Balanced);
+    };
+    const PlayChances point = with(1), defensive = with(3);
+    EXPECT_GT(point.shotsTried, defensive.shotsTried);
+    EXPECT_GT(point.TurnoverRushShare, defensive.TurnoverRushShare);
+}
+
 TEST_F(Table, OffensiveZonePassesByThePassersRatingAndTheEdge) {
     PlayerRecord& center = onIceEdit(kVisitor, 1);
     center.RatingPassing = 6;
