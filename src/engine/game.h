@@ -199,6 +199,7 @@ public:
     // Works out `PlayResult` as drawn: the next zone and possession, the
     // score and shots, and the play's time. Called once by PlayStep.
     void ApplyPlay();
+    [[nodiscard]] bool powerPlayGoalHeldOut() const;
 
     // Lets the computer make every call, the human's too, and show nothing
     // until the stop is reached; then the game pauses.
