@@ -323,7 +323,8 @@ private:
     void wordsWithTheReferee(int side, int offender, PenaltyType type);
     void delayOfGame();
     void afterPlayPenalties();
-    PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind);
+    // `delayed`: the call of a delayed penalty; `onGoal`: one the play ran on to a goal.
+    PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind, bool delayed = false, bool onGoal = false);
     int pickPenalized(int side);
     int penaltyServer(int side);
     BoxPenalty& addToBox(int side, int offender, int server, PenaltyType type, int seconds);

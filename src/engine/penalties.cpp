@@ -667,7 +667,7 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
 }
 
 // Major or minor, and the rarer calls, for a man the draw penalized.
-PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
+PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind, bool delayed, bool onGoal) {
     const RulesRecord& rules = session_.league().rules;
     PenaltyState& pen = s_.pen;
     if (kind == PenaltyKind::Fight) return PenaltyType::Major;
@@ -679,11 +679,13 @@ PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
     if (real.Pim / (toi + .01) > .2 + .3 * rng_.rnd()) m *= 1.5;
     bool goalie = isGoalie(p);
     if (kind == PenaltyKind::Coincidental || goalie || pen.penaltiesOf[at(side)][at(offender)] >= 3) m = 0;
-    if (s_.PlayResult == Result::ClearSave || s_.PlayResult == Result::ClearGoal) m = 2;
+    // A call the play ran on to a goal is seldom a major.
+    if (s_.PlayResult == Result::ClearSave || s_.PlayResult == Result::ClearGoal || onGoal) m = 2;
     if (rules.Majorcheck == 0) m = 0;
     if (rules.Minorcheck == 0) m = 1000;
     if (rng_.rand(1000) <= m) {
-        if (rules.MatchCheck == 1 && kind == PenaltyKind::OneSide && pen.DelayedState == 0 && rng_.rand(2) == 1) {
+        if (rules.MatchCheck == 1 && kind == PenaltyKind::OneSide && !delayed && pen.DelayedState == 0 &&
+            rng_.rand(2) == 1) {
             const SetRates& r = sideOf(side).rate(RateSet::Real, offender);
             if (r.PimPer60 > 1 + 3 * rng_.rnd() || (rng_.rand(10) == 1 && r.PimPer60 > 1 + 5 * rng_.rnd()) ||
                 r.FightsPer1000 > 1 + 10 * rng_.rnd() || rng_.rand(5) == 1)
@@ -691,8 +693,8 @@ PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
         }
         return PenaltyType::Major;
     }
-    if (rules.DoubleMinorcheck == 1 && kind == PenaltyKind::OneSide && !goalie && s_.Skaters[0] == kSkatersFull &&
-        s_.Skaters[1] == kSkatersFull) {
+    if (rules.DoubleMinorcheck == 1 && kind == PenaltyKind::OneSide && !goalie && !onGoal &&
+        s_.Skaters[0] == kSkatersFull && s_.Skaters[1] == kSkatersFull) {
         int d = 4 + (1 + 1.5 * rng_.rnd() < eraPenaltyFactor() ? 3 : 0);
         if (rng_.rand(100) <= d) return PenaltyType::DoubleMinor;
     }
@@ -793,7 +795,7 @@ void Game::CallDelayedPenalty(bool goalScored) {
     pen.delayedSide = -1;
     pen.delayedOffender = -1;
     if (side < 0 || offender < 0) return;
-    PenaltyType type = penaltyTypeFor(side, offender, PenaltyKind::OneSide);
+    PenaltyType type = penaltyTypeFor(side, offender, PenaltyKind::OneSide, true, goalScored);
     if (goalScored && (type == PenaltyType::Minor || type == PenaltyType::DoubleMinor)) {
         // The goal stands in for the power play: the minor is recorded but not served.
         std::string_view name = PickPenaltyName(type, false, rng_);

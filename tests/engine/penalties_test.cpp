@@ -406,6 +406,39 @@ TEST_F(PenaltyGame, ADelayedPenaltyIsCalledWhenTheOffendersTouchThePuck) {
 }
 
 // The box rests a man in full: whatever he had played, he comes out fresh.
+// A delayed call that the play runs on to a goal is a minor nearly always:
+// never a double minor, a major one time in five hundred.
+TEST_F(PenaltyGame, ADelayedCallEndedByAGoalIsAlmostAlwaysAMinor) {
+    GameState& e = game->editState();
+    int delayed = 0, doubles = 0, majors = 0;
+    for (int i = 0; i < 400; ++i) {
+        e.pen.penaltiesOf = {};
+        e.penaltyOn = kHome;
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.PlayResult = Result::Penalty;
+        e.Clock = 600;
+        game->ApplyPlay();
+        if (s().pen.DelayedState != 1) {  // a bench or goalie call is never delayed
+            game->runPenaltyClock(900);
+            continue;
+        }
+        ++delayed;
+        const int before = s().pen.PenaltyMinutes[kHome];
+        e.PlayZone = Zone::OffenseZone;
+        e.PlayResult = Result::Goal;
+        e.Clock = 600;
+        game->ApplyPlay();
+        const int minutes = s().pen.PenaltyMinutes[kHome] - before;
+        doubles += minutes == 4 ? 1 : 0;
+        majors += minutes >= 5 ? 1 : 0;
+        game->runPenaltyClock(900);
+    }
+    ASSERT_GT(delayed, 300);
+    EXPECT_EQ(doubles, 0);
+    EXPECT_LE(majors, 3);
+}
+
 TEST_F(PenaltyGame, AManInTheBoxIsRestedInFull) {
     const int tired = skater(kVisitor, 0);
     const auto i = std::size_t(tired);
