@@ -531,9 +531,10 @@ int Game::penaltyServer(int side) {
         int slot = ice.slot[pos];
         if (slot == kNoSlot || offIce(side, slot)) continue;
         const PlayerRecord& p = t.player(slot);
-        int score = p.RatingOffense + p.RatingDefense;
-        if (score < mark) {
-            mark = score;
+        // The mark left by a man taken is his worth on the kill, which the
+        // next forward nearly always comes under: he serves instead.
+        if (p.RatingOffense + p.RatingDefense < mark) {
+            mark = (4 - p.RatingPenaltyKill) * 100 + p.RatingDefense;
             best = slot;
         }
     }

@@ -239,6 +239,27 @@ TEST_F(PenaltyGame, AtEqualTimeAGoalFreesTheManFirstInTheRoster) {
     EXPECT_TRUE(game->offIce(kHome, second));
 }
 
+// A bench minor goes to the forwards in their order on the ice: each man
+// taken leaves a mark of his worth on the kill, which the next forward
+// comes under, so the last of them serves even when the first is weakest.
+TEST_F(PenaltyGame, ABenchMinorIsServedByTheForwardTheRunningMarkLeaves) {
+    std::vector<int> forwards;
+    for (std::size_t pos = 0; pos < 3; ++pos)
+        if (skater(kVisitor, pos) != kNoSlot) forwards.push_back(skater(kVisitor, pos));
+    ASSERT_GE(forwards.size(), 2u);
+    auto set = [&](int slot, int offense, int defense, int kill) {
+        PlayerRecord& p = session->side(kVisitor).player(slot);
+        p.RatingOffense = std::uint8_t(offense);
+        p.RatingDefense = std::uint8_t(defense);
+        p.RatingPenaltyKill = std::uint8_t(kill);
+    };
+    set(forwards[0], 40, 40, 2);                                                    // the weakest: 80, leaves 200 + 40
+    for (std::size_t i = 1; i < forwards.size(); ++i) set(forwards[i], 90, 60, 1);  // 150 under 240, then 360
+    game->assessPenalty(kVisitor, kNoSlot, PenaltyType::Minor, PenaltyKind::OneSide, "too many men");
+    ASSERT_EQ(box(kVisitor).size(), 1u);
+    EXPECT_EQ(box(kVisitor)[0].server, forwards.back());
+}
+
 TEST_F(PenaltyGame, AMajorEndsOnAGoalOnlyUnderItsRule) {
     rules.MajorGoalcheck = 1;
     start();
