@@ -260,6 +260,34 @@ TEST_F(PenaltyGame, ABenchMinorIsServedByTheForwardTheRunningMarkLeaves) {
     EXPECT_EQ(box(kVisitor)[0].server, forwards.back());
 }
 
+// A man called often this season is called less now; what counts is how
+// many calls he had, not their minutes: four majors are four calls, not ten.
+TEST_F(PenaltyGame, ASeasonOfCallsCountsCallsNotMinutes) {
+    const int man = skater(kHome, 0);
+    auto picked = [&](int minors, int majors) {
+        PlayerRecord& p = session->side(kHome).player(man);
+        statLine(p, StatLineIndex::Replay).GP = 10;
+        statLine(p, StatLineIndex::Replay).Pim = std::int16_t(2 * minors + 5 * majors);
+        p.Minors[0] = std::int16_t(minors);
+        p.Majors[0] = std::int16_t(majors);
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 5});
+        game->InitGame();
+        int n = 0;
+        for (int i = 0; i < 2000; ++i) {
+            FindState& f = game->editState().find;
+            f.PenaltiesToCall = {0, 1};
+            f.Drawn = {};
+            f.penalizedCount = {0, 0};
+            f.PenaltyServer = false;
+            game->FindPenalized();
+            n += f.penalizedCount[kHome] > 0 && f.Penalized[kHome][0] == man ? 1 : 0;
+        }
+        return n;
+    };
+    // Both histories come to 20 minutes in 10 games.
+    EXPECT_GT(picked(0, 4), picked(10, 0) * 1.3);
+}
+
 TEST_F(PenaltyGame, AMajorEndsOnAGoalOnlyUnderItsRule) {
     rules.MajorGoalcheck = 1;
     start();
