@@ -415,6 +415,8 @@ void Game::fillChanceTable(PlayChances& c) {
     const Call call = s_.PlayCall;
     const bool stronger = strength(side) > strength(opp);
     const bool shorthanded = strength(side) < strength(opp);
+    // A few steps ask for the men each side has, an extra attacker not counted.
+    const bool moreSkaters = s_.Skaters[at(side)] > s_.Skaters[at(opp)];
     const bool emptyNetOpp = s_.GoaliePulled[at(opp)];
     const bool emptyNetOwn = s_.GoaliePulled[at(side)];
     const int chanceEdge = s_.Skaters[at(side)] + (emptyNetOwn ? 1 : 0) - s_.Skaters[at(opp)] + (emptyNetOpp ? 1 : 0);
@@ -953,7 +955,8 @@ void Game::fillChanceTable(PlayChances& c) {
     }
     // Step 21: a draw won in the other end is a shot from the offensive zone.
     if (s_.OffensiveDraw && s_.entryFromFaceoff) {
-        scale(shoot, stronger ? 1.1 * 1.2 : 1.1);
+        scale(shoot, 1.1);
+        if (moreSkaters) scale(shoot, 1.2);
         scalePenalties(c, 0.2);
         c.TurnoverDefenseShare = c.TurnoverNeutralShare = 0;
         shoot += c.ClearChance + c.OffsideChance;
@@ -1031,7 +1034,7 @@ void Game::fillChanceTable(PlayChances& c) {
         if (e <= 79) gp *= 1 + (79 - e) * 0.007;
     }
     // Step 29: power plays of the era.
-    if (stronger && shoot < 850 && c.EntryChance < 850 && z != Zone::Rush) {
+    if (moreSkaters && shoot < 850 && c.EntryChance < 850 && z != Zone::Rush) {
         int own = slotAt(side, 5);
         if (!emptyNetOwn && own != kNoSlot) {
             const PlayerRecord& g = t.player(own);
