@@ -863,16 +863,24 @@ double Game::penaltySteering() {
 }
 
 // The discipline of the side's unit on the ice, from its men's real penalty
-// rates, as a factor on the calls against it. The unit is the one the
-// table's team strength asks for in the same step, so it is rated once.
+// rates, as a factor on the calls against it. The men's figures are worked
+// out once a game; only who is on the ice is looked at here.
 double Game::disciplineFactor(int side) const {
-    const int puck = s_.PuckTeam;
-    UnitSituation sit;
-    sit.skaters = s_.Skaters[at(side)];
-    sit.opponentSkaters = s_.Skaters[at(other(side))];
-    sit.extraAttacker = s_.GoaliePulled[at(side)];
-    sit.insideDefense = (s_.PlayZone == Zone::OffenseZone || s_.PlayZone == Zone::OffenseShooter) && side != puck;
-    const double discipline = unitRatings(side, true, sit).discipline;
+    const SideTables& t = sideOf(side);
+    const int places = s_.GoaliePulled[at(side)] ? 6 : 5;
+    double sum = 0;
+    int men = 0;
+    for (int pos = 0; pos < places; ++pos) {
+        const int slot = s_.onIce[at(side)].slot[at(pos)];
+        if (slot == kNoSlot) continue;
+        const double kept = manFacts_[at(side)][at(slot)].indiscipline;
+        const EraTable* era = session_.league().era;
+        sum += kept >= 0        ? kept
+               : era != nullptr ? indiscipline(t.player(slot), t.rate(RateSet::Real, slot).AverageMinutes, *era)
+                                : 5;
+        ++men;
+    }
+    const double discipline = unitDiscipline(sum, men);
     // A unit so rough that its rating falls to -1 or below is the roughest
     // there is, not a clean one.
     if (discipline + 1 <= 6.75 / 1.1) return 1.1;

@@ -124,7 +124,7 @@ void onIceRatings(const std::array<UnitPlayer, 6>& onIce, const UnitSituation& s
     out.onIcePassing = passing / 5;
     out.onIceInside = inside / 5;
     out.onIceOutside = outside / 5;
-    out.discipline = (10 - (skaters > 0 ? discipline / skaters : 0)) * 0.8;
+    out.discipline = unitDiscipline(discipline, skaters);
 }
 
 UnitRatings HkSetTeamRatings(std::span<const UnitPlayer> roster, const std::array<UnitPlayer, 6>& onIce,
