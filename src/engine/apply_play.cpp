@@ -47,6 +47,24 @@ void Game::rareClearEvents() {
         r = Result::ClearSave;
 }
 
+// A power-play goal is kept out while the killers have both a coincidental
+// call in its last half minute and a penalty the goal would end.
+bool Game::powerPlayGoalHeldOut() const {
+    const int killers = s_.OtherTeam();
+    if (s_.Skaters[at(s_.PuckTeam)] <= s_.Skaters[at(killers)]) return false;
+    const RulesRecord& rules = session_.league().rules;
+    bool coincidentalEnding = false, goalWouldEnd = false;
+    for (const BoxPenalty& p : s_.pen.box[at(killers)]) {
+        if (!p.running) continue;
+        if (p.Coincidental && p.PenaltySeconds > 0 && p.PenaltySeconds < 30) coincidentalEnding = true;
+        if (!p.Coincidental && p.shortHanded &&
+            ((p.ReleaseOnGoal == 1 && rules.MinorGoalcheck == 1) ||
+             (p.ReleaseOnGoal == 2 && rules.MajorGoalcheck == 1)))
+            goalWouldEnd = true;
+    }
+    return coincidentalEnding && goalWouldEnd;
+}
+
 void Game::ApplyPlay() {
     s_.LastZone = s_.PlayZone;
     clearPlayFlags();
@@ -70,6 +88,7 @@ void Game::ApplyPlay() {
         SetPlayTime();
         return;
     }
+    if (r == Result::Goal && powerPlayGoalHeldOut()) r = Result::Save;
     bool ownHalf = s_.LastZone == Zone::DefenseZone || s_.LastZone == Zone::NeutralZone;
     if (ownHalf && s_.PlayCall == Call::Clear && s_.GoaliePulled[at(s_.OtherTeam())]) r = Result::Clear;
     rareClearEvents();

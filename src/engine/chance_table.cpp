@@ -415,6 +415,8 @@ void Game::fillChanceTable(PlayChances& c) {
     const Call call = s_.PlayCall;
     const bool stronger = strength(side) > strength(opp);
     const bool shorthanded = strength(side) < strength(opp);
+    // A few steps ask for the men each side has, an extra attacker not counted.
+    const bool moreSkaters = s_.Skaters[at(side)] > s_.Skaters[at(opp)];
     const bool emptyNetOpp = s_.GoaliePulled[at(opp)];
     const bool emptyNetOwn = s_.GoaliePulled[at(side)];
     const int chanceEdge = s_.Skaters[at(side)] + (emptyNetOwn ? 1 : 0) - s_.Skaters[at(opp)] + (emptyNetOpp ? 1 : 0);
@@ -519,7 +521,7 @@ void Game::fillChanceTable(PlayChances& c) {
             if (pp > 5) scale(shoot, pp / 17.8);
             if (!probe) scale(shoot, f.PowerPlayCalibration);
         }
-        int system = t.plan.OffenseSystem;
+        const int system = s_.coach.live[at(side)].offenseSystem;
         if (system == 1 || system == 2) shoot += 25;
         if (system == 3) shoot -= 25;
         if (emptyNetOwn) shoot = 900;
@@ -730,12 +732,11 @@ void Game::fillChanceTable(PlayChances& c) {
         if (onOff < 4 && shoot > 50) add(shoot, -(4 - onOff) * 10);
         if (ratedPlay) add(shoot, (s_.PlayRating - 5.8) * 20);
         if (offense) {
-            const GamePlanRecord& plan = o.plan;
-            int a = 3;
-            if (strength(opp) < strength(side))
-                a = plan.PKDzAggressiveness >= 1 && plan.PKDzAggressiveness <= 5 ? plan.PKDzAggressiveness : 3;
-            else
-                a = plan.DzAggressiveness >= 1 && plan.DzAggressiveness <= 5 ? plan.DzAggressiveness : 3;
+            // The defenders' aggressiveness as they play it now, on the kill
+            // or at even strength.
+            const LiveStrategy& live = s_.coach.live[at(opp)];
+            const int a =
+                std::clamp(strength(opp) < strength(side) ? live.pkDzAggressiveness : live.dzAggressiveness, 1, 5);
             shoot += (3 - a) * 50;
             gp -= (3 - a) * 0.005;
         }
@@ -875,8 +876,9 @@ void Game::fillChanceTable(PlayChances& c) {
         N *= 1.03;
     }
     R *= 0.8;
-    if (t.plan.OffenseSystem == 1 || t.plan.OffenseSystem == 2) D *= 1.2, N *= 1.2, R *= 1.2;
-    if (t.plan.OffenseSystem == 3) D *= 0.8, N *= 0.8, R *= 0.8;
+    const int liveSystem = s_.coach.live[at(side)].offenseSystem;
+    if (liveSystem == 1 || liveSystem == 2) D *= 1.2, N *= 1.2, R *= 1.2;
+    if (liveSystem == 3) D *= 0.8, N *= 0.8, R *= 0.8;
     if (D + N + R > 1) {
         double sum = D + N + R;
         D /= sum;
@@ -953,7 +955,8 @@ void Game::fillChanceTable(PlayChances& c) {
     }
     // Step 21: a draw won in the other end is a shot from the offensive zone.
     if (s_.OffensiveDraw && s_.entryFromFaceoff) {
-        scale(shoot, stronger ? 1.1 * 1.2 : 1.1);
+        scale(shoot, 1.1);
+        if (moreSkaters) scale(shoot, 1.2);
         scalePenalties(c, 0.2);
         c.TurnoverDefenseShare = c.TurnoverNeutralShare = 0;
         shoot += c.ClearChance + c.OffsideChance;
@@ -1031,7 +1034,7 @@ void Game::fillChanceTable(PlayChances& c) {
         if (e <= 79) gp *= 1 + (79 - e) * 0.007;
     }
     // Step 29: power plays of the era.
-    if (stronger && shoot < 850 && c.EntryChance < 850 && z != Zone::Rush) {
+    if (moreSkaters && shoot < 850 && c.EntryChance < 850 && z != Zone::Rush) {
         int own = slotAt(side, 5);
         if (!emptyNetOwn && own != kNoSlot) {
             const PlayerRecord& g = t.player(own);

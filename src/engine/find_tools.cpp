@@ -466,8 +466,9 @@ std::int32_t Game::penaltyWeight(int side, int pos) {
             times(w, 1.6);
     }
     if (replay.GP > 0 && replay.GP >= rng_.rand(10)) {
-        // Penalties so far, counted as minors.
-        double m = (replay.Pim / 2.0) / replay.GP;
+        // Penalties so far, each call once whatever its minutes.
+        const int calls = p.Minors[0] + p.Majors[0] + p.Misconducts[0] + p.GameMisconducts[0] + p.MatchPenalties[0];
+        double m = double(calls) / replay.GP;
         if (m > .6 + .3 * rng_.rnd())
             times(w, .3);
         else if (m > .4 + .3 * rng_.rnd())

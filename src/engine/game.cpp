@@ -259,6 +259,7 @@ void Game::PlayStep() {
     s_.OffensiveDraw = false;
     s_.lineChangeMade = {false, false};
     tvTimeout(previous);
+    momentumOverTime();
     CoachTimeout();
     RunClock();
     GameOverCheck();
@@ -757,6 +758,17 @@ void Game::checkAutoStop() {
 // Broadcast breaks: two a period at the first whistle after 14 and 6
 // minutes left, when play is even and the stop isn't a goal, a penalty or
 // an icing. Everybody gets his breath back.
+void Game::momentumOverTime() {
+    // A tenth toward even for every five minutes of play.
+    s_.momentumSeconds += s_.PlayTime;
+    if (s_.momentumSeconds > 300) {
+        s_.Momentum = s_.Momentum > 0 ? std::max(0.0, s_.Momentum - .1) : std::min(0.0, s_.Momentum + .1);
+        s_.momentumSeconds = 0;
+    }
+    if (powerPlay(kVisitor) && s_.Momentum < 0) s_.Momentum = 0;
+    if (powerPlay(kHome) && s_.Momentum > 0) s_.Momentum = 0;
+}
+
 void Game::tvTimeout(Result previous) {
     const RulesRecord& rules = session_.league().rules;
     if (rules.TVTimeoutsCheck != 1 || rules.TimeoutsAllowedCheck != 1) return;

@@ -134,8 +134,9 @@ struct GameState {
     double PlayTime = 0;
     double PlayRating = 0;
     double Momentum = 0;
-    bool periodEnds = false;  // time ran out inside the play
-    int penaltyOn = -1;       // the drawn penalty: a side, or kBothSides for one on each
+    double momentumSeconds = 0;  // play since momentum last faded
+    bool periodEnds = false;     // time ran out inside the play
+    int penaltyOn = -1;          // the drawn penalty: a side, or kBothSides for one on each
 
     std::array<Call, 2> FaceoffCall{Call::Computer, Call::Computer};
     bool NoDisplay = true;
@@ -198,6 +199,7 @@ public:
     // Works out `PlayResult` as drawn: the next zone and possession, the
     // score and shots, and the play's time. Called once by PlayStep.
     void ApplyPlay();
+    [[nodiscard]] bool powerPlayGoalHeldOut() const;
 
     // Lets the computer make every call, the human's too, and show nothing
     // until the stop is reached; then the game pauses.
@@ -321,7 +323,8 @@ private:
     void wordsWithTheReferee(int side, int offender, PenaltyType type);
     void delayOfGame();
     void afterPlayPenalties();
-    PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind);
+    // `delayed`: the call of a delayed penalty; `onGoal`: one the play ran on to a goal.
+    PenaltyType penaltyTypeFor(int side, int offender, PenaltyKind kind, bool delayed = false, bool onGoal = false);
     int pickPenalized(int side);
     int penaltyServer(int side);
     BoxPenalty& addToBox(int side, int offender, int server, PenaltyType type, int seconds);
@@ -575,6 +578,7 @@ private:
     // The factor on the call against the side without the puck from one of
     // its skaters' replay penalty minutes against his real ones.
     double penaltySteering();
+    [[nodiscard]] double disciplineFactor(int side) const;
     // The goalie who starts today for `side`, kNoSlot for the chart's first.
     int dayStarter(int side, const LineupTeam& team);
     Result splitTurnover(const PlayChances& c);
@@ -673,6 +677,9 @@ private:
     }
     void checkAutoStop();
     void tvTimeout(Result previous);
+    // Momentum fades with the play, and a side on the power play plays free
+    // of any that stands against it.
+    void momentumOverTime();
 
     // ---- Coach (computer_coach.cpp): the computer's calls, line changes,
     // the goalie pull, coach timeouts, fatigue and ice time.

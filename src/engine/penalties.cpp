@@ -20,9 +20,8 @@ constexpr int kSkatersLeast = 3;
 constexpr int kMaxShortHanded = kSkatersFull - kSkatersLeast;  // penalties that can run at once against a side
 constexpr int kMisconductSeconds = 600;
 // Calls against the team without the puck, per mille of a play in its own
-// half, before the game's circumstances: set so that a season of the
-// present chance table comes near the penalty minutes of its era.
-constexpr double kPenaltyBase = 23;
+// half, before the era and the game's circumstances.
+constexpr double kPenaltyBase = 38;
 // Fight willingness of the ten skaters on the ice, summed, to fights per mille.
 // Set so that a made-up league of 2017, whose players carry real fight
 // counts, fights at its era's rate. Without fight counts the rates stand on
@@ -459,7 +458,10 @@ void Game::penaltyGoal(int side) {
         bool ends =
             (p.ReleaseOnGoal == 1 && rules.MinorGoalcheck == 1) || (p.ReleaseOnGoal == 2 && rules.MajorGoalcheck == 1);
         if (!ends) continue;
-        if (chosen == box.size() || p.PenaltySeconds < box[chosen].PenaltySeconds) chosen = i;
+        // At equal time left the man first in the roster's order comes out.
+        if (chosen == box.size() || p.PenaltySeconds < box[chosen].PenaltySeconds ||
+            (p.PenaltySeconds == box[chosen].PenaltySeconds && p.server < box[chosen].server))
+            chosen = i;
     }
     if (chosen == box.size()) return;
     BoxPenalty& p = box[chosen];
@@ -529,9 +531,10 @@ int Game::penaltyServer(int side) {
         int slot = ice.slot[pos];
         if (slot == kNoSlot || offIce(side, slot)) continue;
         const PlayerRecord& p = t.player(slot);
-        int score = p.RatingOffense + p.RatingDefense;
-        if (score < mark) {
-            mark = score;
+        // The mark left by a man taken is his worth on the kill, which the
+        // next forward nearly always comes under: he serves instead.
+        if (p.RatingOffense + p.RatingDefense < mark) {
+            mark = (4 - p.RatingPenaltyKill) * 100 + p.RatingDefense;
             best = slot;
         }
     }
@@ -665,7 +668,7 @@ void Game::callPenalty(int side, int offender, PenaltyType type, PenaltyKind kin
 }
 
 // Major or minor, and the rarer calls, for a man the draw penalized.
-PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
+PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind, bool delayed, bool onGoal) {
     const RulesRecord& rules = session_.league().rules;
     PenaltyState& pen = s_.pen;
     if (kind == PenaltyKind::Fight) return PenaltyType::Major;
@@ -677,11 +680,13 @@ PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
     if (real.Pim / (toi + .01) > .2 + .3 * rng_.rnd()) m *= 1.5;
     bool goalie = isGoalie(p);
     if (kind == PenaltyKind::Coincidental || goalie || pen.penaltiesOf[at(side)][at(offender)] >= 3) m = 0;
-    if (s_.PlayResult == Result::ClearSave || s_.PlayResult == Result::ClearGoal) m = 2;
+    // A call the play ran on to a goal is seldom a major.
+    if (s_.PlayResult == Result::ClearSave || s_.PlayResult == Result::ClearGoal || onGoal) m = 2;
     if (rules.Majorcheck == 0) m = 0;
     if (rules.Minorcheck == 0) m = 1000;
     if (rng_.rand(1000) <= m) {
-        if (rules.MatchCheck == 1 && kind == PenaltyKind::OneSide && pen.DelayedState == 0 && rng_.rand(2) == 1) {
+        if (rules.MatchCheck == 1 && kind == PenaltyKind::OneSide && !delayed && pen.DelayedState == 0 &&
+            rng_.rand(2) == 1) {
             const SetRates& r = sideOf(side).rate(RateSet::Real, offender);
             if (r.PimPer60 > 1 + 3 * rng_.rnd() || (rng_.rand(10) == 1 && r.PimPer60 > 1 + 5 * rng_.rnd()) ||
                 r.FightsPer1000 > 1 + 10 * rng_.rnd() || rng_.rand(5) == 1)
@@ -689,8 +694,8 @@ PenaltyType Game::penaltyTypeFor(int side, int offender, PenaltyKind kind) {
         }
         return PenaltyType::Major;
     }
-    if (rules.DoubleMinorcheck == 1 && kind == PenaltyKind::OneSide && !goalie && s_.Skaters[0] == kSkatersFull &&
-        s_.Skaters[1] == kSkatersFull) {
+    if (rules.DoubleMinorcheck == 1 && kind == PenaltyKind::OneSide && !goalie && !onGoal &&
+        s_.Skaters[0] == kSkatersFull && s_.Skaters[1] == kSkatersFull) {
         int d = 4 + (1 + 1.5 * rng_.rnd() < eraPenaltyFactor() ? 3 : 0);
         if (rng_.rand(100) <= d) return PenaltyType::DoubleMinor;
     }
@@ -791,7 +796,7 @@ void Game::CallDelayedPenalty(bool goalScored) {
     pen.delayedSide = -1;
     pen.delayedOffender = -1;
     if (side < 0 || offender < 0) return;
-    PenaltyType type = penaltyTypeFor(side, offender, PenaltyKind::OneSide);
+    PenaltyType type = penaltyTypeFor(side, offender, PenaltyKind::OneSide, true, goalScored);
     if (goalScored && (type == PenaltyType::Minor || type == PenaltyType::DoubleMinor)) {
         // The goal stands in for the power play: the minor is recorded but not served.
         std::string_view name = PickPenaltyName(type, false, rng_);
@@ -857,6 +862,31 @@ double Game::penaltySteering() {
     return 1;
 }
 
+// The discipline of the side's unit on the ice, from its men's real penalty
+// rates, as a factor on the calls against it. The men's figures are worked
+// out once a game; only who is on the ice is looked at here.
+double Game::disciplineFactor(int side) const {
+    const SideTables& t = sideOf(side);
+    const int places = s_.GoaliePulled[at(side)] ? 6 : 5;
+    double sum = 0;
+    int men = 0;
+    for (int pos = 0; pos < places; ++pos) {
+        const int slot = s_.onIce[at(side)].slot[at(pos)];
+        if (slot == kNoSlot) continue;
+        const double kept = manFacts_[at(side)][at(slot)].indiscipline;
+        const EraTable* era = session_.league().era;
+        sum += kept >= 0        ? kept
+               : era != nullptr ? indiscipline(t.player(slot), t.rate(RateSet::Real, slot).AverageMinutes, *era)
+                                : 5;
+        ++men;
+    }
+    const double discipline = unitDiscipline(sum, men);
+    // A unit so rough that its rating falls to -1 or below is the roughest
+    // there is, not a clean one.
+    if (discipline + 1 <= 6.75 / 1.1) return 1.1;
+    return std::clamp(6.75 / (discipline + 1), .9, 1.1);
+}
+
 // Asked at most steps; its small helpers are built into it.
 [[gnu::flatten]] void Game::PenaltyChances(PlayChances& c) {
     c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
@@ -901,13 +931,28 @@ double Game::penaltySteering() {
             for (int at : {720, 360, 180})
                 if (s_.Clock < at) o = per(o * .9);
     }
-    const GamePlanRecord& plan = sideOf(opp).plan;
-    int aggressive = plan.DzAggressiveness >= 1 && plan.DzAggressiveness <= 5 ? plan.DzAggressiveness : 3;
-    int forecheck = std::clamp<int>(plan.Forecheck, 0, 3);
+    // The defending side's zone aggressiveness scales the calls; the
+    // forecheckers it has out now (0 to 3, not its plan's forecheck scroll)
+    // add a little.
+    int aggressive = std::clamp(s_.coach.live[at(opp)].dzAggressiveness, 1, 5);
+    int forecheck = std::clamp(s_.find.ForecheckLevel[at(opp)], 0, 3);
     o = per(o * (aggressive + 1) / 4.0);
-    o = per(o * (forecheck + 1) / 2.2);
+    o = per(o + (forecheck + 1) / 2.2);
 
     int own = std::min(per(era), 25);
+    // In the calmer eras the puck carriers think twice once the other side
+    // has men who keep going to the box.
+    if (own > 0 && era < 1.5) {
+        for (std::uint8_t calls : pen.penaltiesOf[at(opp)]) {
+            if (calls >= 4)
+                own = per(own * .1);
+            else if (calls >= 3)
+                own = per(own * .3);
+        }
+    }
+    // At full strength a unit that takes its penalties often draws calls
+    // more often than a clean one.
+    if (s_.Skaters[0] > 4 && s_.Skaters[1] > 4) o = per(o * disciplineFactor(opp));
     int both = per(o * .07);
     if (era >= 1.3) {
         both += per(.2 * o);
@@ -924,6 +969,14 @@ double Game::penaltySteering() {
         c.PenaltyOwnChance = per(c.PenaltyOwnChance * .2);
         c.FightChance = per(c.FightChance * .05);
     }
+    // Three a side: the ice is open and the whistles fewer still.
+    if (s_.Skaters[0] == 3 && s_.Skaters[1] == 3) {
+        const double k = s_.ProbeOnly ? .5 : .5 * .2;
+        c.PenaltyOppChance = per(c.PenaltyOppChance * k);
+        c.PenaltyOwnChance = per(c.PenaltyOwnChance * k);
+        c.PenaltyBothChance = per(c.PenaltyBothChance * k);
+        c.FightChance = per(c.FightChance * k);
+    }
 
     // States in which nothing is called.
     if (s_.Skaters[at(opp)] <= kSkatersLeast) c.PenaltyOppChance = 0;
@@ -931,21 +984,8 @@ double Game::penaltySteering() {
     bool stop = s_.LastPlayResult == Result::Penalty || pen.DelayedState > 0 || s_.Clock < 20 ||
                 (overtime && s_.Skaters[0] != s_.Skaters[1]);
     if (stop) c.PenaltyOppChance = c.PenaltyOwnChance = c.PenaltyBothChance = c.FightChance = 0;
-    if (s_.Period == 1 && rng_.overRand(s_.Clock, 900, 120)) {
-        c.PenaltyOppChance = per(c.PenaltyOppChance * .3);
-        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .3);
-        c.PenaltyBothChance = per(c.PenaltyBothChance * .3);
-    }
-    if (rules.Minorcheck == 0 && rules.Majorcheck == 0) {
-        c.PenaltyOppChance = c.PenaltyOwnChance = 0;
-    } else if (rules.Minorcheck == 0) {
-        c.PenaltyOppChance = per(c.PenaltyOppChance * .1);
-        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .1);
-    } else if (rules.Majorcheck == 0) {
-        c.PenaltyOppChance = per(c.PenaltyOppChance * .9);
-        c.PenaltyOwnChance = per(c.PenaltyOwnChance * .9);
-    }
-    if (rules.Minorcheck == 0 || rules.Majorcheck == 0) c.PenaltyBothChance = 0;
+    // The quiet opening minutes and the rules that turn minors or majors
+    // off are weighed once, with the table's last changes before the draw.
 }
 
 // ---- Fights ---------------------------------------------------------------------

@@ -224,7 +224,7 @@ void Game::countHit() {
     double gain = 0;
     if (!rng_.randAtMost(50, 6 - p.RatingSportsmanship)) gain += .1;
     if (p.Enforcer == 1 && rng_.rand(100) <= 10) gain += .1;
-    s_.Momentum += hitting == kVisitor ? gain : -gain;
+    s_.Momentum = std::clamp(s_.Momentum + (hitting == kVisitor ? gain : -gain), -.5, .5);
     DescribeHit(hitting, hitter);
 }
 

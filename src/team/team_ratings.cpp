@@ -48,7 +48,7 @@ double indiscipline(const PlayerRecord& p, double averageMinutes, const EraTable
     const double eraPim =
         figuresOf(era.yearOr(p.PlayerYear, 2008), college ? EraLevel::College : EraLevel::Professional).pimPerGame;
     if (eraPim <= 0) return 5;
-    return perSixty / (eraPim / 5) * 5;
+    return perSixty / (eraPim / 2 / 5) * 5;
 }
 
 bool usesInsideDefense(std::string_view playZone, bool hasPuck) {
@@ -124,7 +124,7 @@ void onIceRatings(const std::array<UnitPlayer, 6>& onIce, const UnitSituation& s
     out.onIcePassing = passing / 5;
     out.onIceInside = inside / 5;
     out.onIceOutside = outside / 5;
-    out.discipline = (10 - (skaters > 0 ? discipline / skaters : 0)) * 0.8;
+    out.discipline = unitDiscipline(discipline, skaters);
 }
 
 UnitRatings HkSetTeamRatings(std::span<const UnitPlayer> roster, const std::array<UnitPlayer, 6>& onIce,

@@ -32,6 +32,12 @@ struct UnitPlayer {
 // average, for a man of `averageMinutes` real minutes a game.
 double indiscipline(const PlayerRecord& p, double averageMinutes, const EraTable& era);
 
+// The discipline of a unit from its men's indiscipline, summed: 8 for men
+// who never take a penalty, lower the more they do.
+inline double unitDiscipline(double indisciplineSum, int skaters) {
+    return (10 - (skaters > 0 ? indisciplineSum / skaters : 0)) * 0.8;
+}
+
 // Where the team stands at the moment of the call.
 struct UnitSituation {
     int skaters = 5;             // this team's skaters

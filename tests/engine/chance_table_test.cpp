@@ -188,6 +188,35 @@ TEST_F(Table, ManpowerMovesTheClearAndTheEntry) {
     EXPECT_EQ(probe(Zone::DefenseZone, Call::Safe).ClearChance, 300);  // two men short
 }
 
+// In the attacking zone the defenders' aggressiveness as they play it now
+// moves the chance of a goal, up for the bolder: the killers' own value on
+// a power play, the even-strength one otherwise; the plan's values, which
+// the live ones start from, don't count once play has moved them.
+TEST_F(Table, TheDefendersLiveAggressivenessMovesTheGoalChance) {
+    auto goal = [&](int even, int kill) {
+        s().coach.live[kHome].dzAggressiveness = even;
+        s().coach.live[kHome].pkDzAggressiveness = kill;
+        return probe(Zone::OffenseShooter, Call::Penetrate).GoalPct;
+    };
+    EXPECT_LT(goal(1, 3), goal(5, 3));
+    EXPECT_EQ(goal(3, 1), goal(3, 5));
+    game->setManpower(5, 4);
+    EXPECT_LT(goal(3, 1), goal(3, 5));
+    EXPECT_EQ(goal(1, 3), goal(5, 3));
+}
+
+// The offense system the puck team plays now, not its plan's, moves the
+// shot from its own half and the turnovers it risks.
+TEST_F(Table, TheLiveOffenseSystemMovesTheShotAndTheTurnovers) {
+    auto with = [&](int system) {
+        s().coach.live[kVisitor].offenseSystem = system;
+        return probe(Zone::DefenseZone, Call::Balanced);
+    };
+    const PlayChances point = with(1), defensive = with(3);
+    EXPECT_GT(point.shotsTried, defensive.shotsTried);
+    EXPECT_GT(point.TurnoverRushShare, defensive.TurnoverRushShare);
+}
+
 TEST_F(Table, OffensiveZonePassesByThePassersRatingAndTheEdge) {
     PlayerRecord& center = onIceEdit(kVisitor, 1);
     center.RatingPassing = 6;
@@ -237,6 +266,31 @@ TEST_F(Table, APenaltyNeverFollowsAPenaltyAndLateShotsStayInTheTable) {
     bool any = false;
     for (int i = 0; i < 20 && !any; ++i) any = game->ChanceTable().PenaltyOppChance > 0;
     EXPECT_TRUE(any);
+}
+
+// The calm of a game's first minutes and a rule that turns minors off each
+// cut the chance of a call once: to about .3 and .1 of what it is otherwise.
+TEST_F(Table, TheOpeningMinutesAndTheMinorRuleCutThePenaltyChanceOnce) {
+    RulesRecord& rules = const_cast<RulesRecord&>(session->league().rules);
+    auto calls = [&](int clock) {
+        long sum = 0;
+        for (int i = 0; i < 300; ++i) {
+            s().PuckTeam = kVisitor;
+            s().PlayZone = Zone::DefenseZone;
+            s().PlayCall = Call::Balanced;
+            s().PlayRating = 5.7;
+            s().LastPlayResult = Result::Save;
+            s().Period = 1;
+            s().Clock = clock;
+            sum += game->ChanceTable().PenaltyOppChance;
+        }
+        return double(sum);
+    };
+    const double settled = calls(700);
+    ASSERT_GT(settled, 3000);
+    EXPECT_NEAR(calls(1150) / settled, .3, .08);
+    rules.Minorcheck = 0;
+    EXPECT_NEAR(calls(700) / settled, .1, .04);
 }
 
 TEST_F(Table, ARushIsTheGoalieTheDefensemanAndTheRushTypeNotTheShooter) {

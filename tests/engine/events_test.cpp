@@ -345,6 +345,24 @@ TEST_F(Puck, AShortHandedSideNeverKeepsAReboundInNorIcesThePuck) {
     EXPECT_TRUE(clears.count(ClearTarget::DefenseZone));
 }
 
+// A power-play goal is kept out while the killers sit out both the last
+// half minute of a coincidental minor and a minor the goal would end.
+TEST_F(Puck, APowerPlayGoalIsKeptOutAtTheEndOfACoincidentalCall) {
+    auto skater = [&](int side, std::size_t pos) { return game->state().onIce[std::size_t(side)].slot[pos]; };
+    game->assessPenalty(kVisitor, skater(kVisitor, 0), PenaltyType::Minor, PenaltyKind::Coincidental);
+    game->assessPenalty(kHome, skater(kHome, 0), PenaltyType::Minor, PenaltyKind::Coincidental);
+    game->runPenaltyClock(12, true);  // the play of the call
+    game->runPenaltyClock(95);        // 25 seconds left
+    game->assessPenalty(kHome, skater(kHome, 1), PenaltyType::Minor);
+    ASSERT_EQ(game->state().Skaters, (std::array<int, 2>{5, 4}));
+    EXPECT_EQ(apply(Zone::OffenseZone, kVisitor, Result::Goal, {5, 4}).PlayResult, Result::Save);
+    EXPECT_EQ(game->state().Score[kVisitor], 0);
+    // With the coincidental calls over, the goal counts and ends the minor.
+    game->runPenaltyClock(30);
+    EXPECT_EQ(apply(Zone::OffenseZone, kVisitor, Result::Goal, {5, 4}).Score[kVisitor], 1);
+    EXPECT_EQ(game->state().Skaters, (std::array<int, 2>{5, 5}));
+}
+
 TEST_F(Puck, AnIcingBringsTheDrawBackToTheIcingEnd) {
     for (int i = 0; i < 400; ++i) {
         const GameState& s = apply(Zone::DefenseZone, kHome, Result::Clear);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <set>
 
@@ -718,6 +719,34 @@ TEST(WholeGames, EveryGameOfAMadeUpScheduleEndsLegallyAtLeagueRates) {
     EXPECT_GT(shots / games / 2, 22);
     EXPECT_LT(shots / games / 2, 42);
     EXPECT_LT(overtimes, 15);
+}
+
+// Momentum leans a game a little one way: hits and scrums move it a tenth
+// at a time, never past a half either way, and none of it stands against
+// a side on the power play.
+TEST(WholeGames, MomentumStaysWithinAHalfAndNeverAgainstThePowerPlay) {
+    double most = 0;
+    for (std::uint64_t seed : {3, 4, 5}) {
+        auto session = loaded(rulesWith(1, 0, 1), seed);
+        Game game(*session, GameOptions{.seed = seed});
+        game.InitGame();
+        while (!game.state().GameOverFlag) {
+            game.PlayStep();
+            const double m = game.state().Momentum;
+            ASSERT_LE(std::fabs(m), .5 + 1e-9) << "step " << game.state().steps;
+            const auto& men = game.state().Skaters;
+            const auto& pulled = game.state().GoaliePulled;
+            const int visitor = men[0] + (pulled[0] ? 1 : 0), home = men[1] + (pulled[1] ? 1 : 0);
+            if (visitor > home) {
+                EXPECT_GE(m, 0) << "step " << game.state().steps;
+            }
+            if (home > visitor) {
+                EXPECT_LE(m, 0) << "step " << game.state().steps;
+            }
+            most = std::max(most, std::fabs(m));
+        }
+    }
+    EXPECT_GT(most, .25);  // the hits did move it
 }
 
 // ---- Fatigue ----------------------------------------------------------------------

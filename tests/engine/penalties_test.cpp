@@ -229,6 +229,65 @@ TEST_F(PenaltyGame, AGoalEndsTheEarliestMinorButNotAMajor) {
     EXPECT_EQ(s().pen.PowerPlayGoals[kVisitor], 3);
 }
 
+TEST_F(PenaltyGame, AtEqualTimeAGoalFreesTheManFirstInTheRoster) {
+    int x = skater(kHome, 0), y = skater(kHome, 1);
+    int first = std::min(x, y), second = std::max(x, y);
+    game->assessPenalty(kHome, second, PenaltyType::Minor);  // called first, but later in the roster
+    game->assessPenalty(kHome, first, PenaltyType::Minor);
+    game->penaltyGoal(kVisitor);
+    EXPECT_FALSE(game->offIce(kHome, first));
+    EXPECT_TRUE(game->offIce(kHome, second));
+}
+
+// A bench minor goes to the forwards in their order on the ice: each man
+// taken leaves a mark of his worth on the kill, which the next forward
+// comes under, so the last of them serves even when the first is weakest.
+TEST_F(PenaltyGame, ABenchMinorIsServedByTheForwardTheRunningMarkLeaves) {
+    std::vector<int> forwards;
+    for (std::size_t pos = 0; pos < 3; ++pos)
+        if (skater(kVisitor, pos) != kNoSlot) forwards.push_back(skater(kVisitor, pos));
+    ASSERT_GE(forwards.size(), 2u);
+    auto set = [&](int slot, int offense, int defense, int kill) {
+        PlayerRecord& p = session->side(kVisitor).player(slot);
+        p.RatingOffense = std::uint8_t(offense);
+        p.RatingDefense = std::uint8_t(defense);
+        p.RatingPenaltyKill = std::uint8_t(kill);
+    };
+    set(forwards[0], 40, 40, 2);                                                    // the weakest: 80, leaves 200 + 40
+    for (std::size_t i = 1; i < forwards.size(); ++i) set(forwards[i], 90, 60, 1);  // 150 under 240, then 360
+    game->assessPenalty(kVisitor, kNoSlot, PenaltyType::Minor, PenaltyKind::OneSide, "too many men");
+    ASSERT_EQ(box(kVisitor).size(), 1u);
+    EXPECT_EQ(box(kVisitor)[0].server, forwards.back());
+}
+
+// A man called often this season is called less now; what counts is how
+// many calls he had, not their minutes: four majors are four calls, not ten.
+TEST_F(PenaltyGame, ASeasonOfCallsCountsCallsNotMinutes) {
+    const int man = skater(kHome, 0);
+    auto picked = [&](int minors, int majors) {
+        PlayerRecord& p = session->side(kHome).player(man);
+        statLine(p, StatLineIndex::Replay).GP = 10;
+        statLine(p, StatLineIndex::Replay).Pim = std::int16_t(2 * minors + 5 * majors);
+        p.Minors[0] = std::int16_t(minors);
+        p.Majors[0] = std::int16_t(majors);
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 5});
+        game->InitGame();
+        int n = 0;
+        for (int i = 0; i < 2000; ++i) {
+            FindState& f = game->editState().find;
+            f.PenaltiesToCall = {0, 1};
+            f.Drawn = {};
+            f.penalizedCount = {0, 0};
+            f.PenaltyServer = false;
+            game->FindPenalized();
+            n += f.penalizedCount[kHome] > 0 && f.Penalized[kHome][0] == man ? 1 : 0;
+        }
+        return n;
+    };
+    // Both histories come to 20 minutes in 10 games.
+    EXPECT_GT(picked(0, 4), picked(10, 0) * 1.3);
+}
+
 TEST_F(PenaltyGame, AMajorEndsOnAGoalOnlyUnderItsRule) {
     rules.MajorGoalcheck = 1;
     start();
@@ -396,6 +455,39 @@ TEST_F(PenaltyGame, ADelayedPenaltyIsCalledWhenTheOffendersTouchThePuck) {
 }
 
 // The box rests a man in full: whatever he had played, he comes out fresh.
+// A delayed call that the play runs on to a goal is a minor nearly always:
+// never a double minor, a major one time in five hundred.
+TEST_F(PenaltyGame, ADelayedCallEndedByAGoalIsAlmostAlwaysAMinor) {
+    GameState& e = game->editState();
+    int delayed = 0, doubles = 0, majors = 0;
+    for (int i = 0; i < 400; ++i) {
+        e.pen.penaltiesOf = {};
+        e.penaltyOn = kHome;
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.PlayResult = Result::Penalty;
+        e.Clock = 600;
+        game->ApplyPlay();
+        if (s().pen.DelayedState != 1) {  // a bench or goalie call is never delayed
+            game->runPenaltyClock(900);
+            continue;
+        }
+        ++delayed;
+        const int before = s().pen.PenaltyMinutes[kHome];
+        e.PlayZone = Zone::OffenseZone;
+        e.PlayResult = Result::Goal;
+        e.Clock = 600;
+        game->ApplyPlay();
+        const int minutes = s().pen.PenaltyMinutes[kHome] - before;
+        doubles += minutes == 4 ? 1 : 0;
+        majors += minutes >= 5 ? 1 : 0;
+        game->runPenaltyClock(900);
+    }
+    ASSERT_GT(delayed, 300);
+    EXPECT_EQ(doubles, 0);
+    EXPECT_LE(majors, 3);
+}
+
 TEST_F(PenaltyGame, AManInTheBoxIsRestedInFull) {
     const int tired = skater(kVisitor, 0);
     const auto i = std::size_t(tired);
@@ -572,6 +664,78 @@ TEST_F(PenaltyGame, NoFightingMeansNoFightChance) {
         EXPECT_EQ(c.FightChance, 0);
         EXPECT_GT(c.PenaltyOppChance, 0);
     }
+}
+
+// The forecheckers the defending side has out at the moment, none to
+// three, add a per mille or two to the calls against it, whatever the
+// forecheck scroll of its plan; its zone aggressiveness scales them.
+TEST_F(PenaltyGame, ForecheckersOnTheIceAddToTheCallsAggressivenessScalesThem) {
+    auto calls = [&](int forecheckers, int aggressiveness) {
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.LastPlayResult = Result::Pass;
+        e.Period = 2;
+        e.Clock = 700;
+        e.find.ForecheckLevel = {1, forecheckers};
+        e.coach.live[kHome].dzAggressiveness = aggressiveness;
+        PlayChances c;
+        game->PenaltyChances(c);
+        return c.PenaltyOppChance;
+    };
+    const int none = calls(0, 3);
+    ASSERT_GT(none, 10);
+    EXPECT_EQ(calls(0, 3), none);  // nothing drawn at random in this state
+    EXPECT_GE(calls(3, 3) - none, 1);
+    EXPECT_LE(calls(3, 3) - none, 2);
+    session->side(kHome).plan.Forecheck = 7;
+    EXPECT_LE(calls(3, 3) - none, 2);
+    EXPECT_NEAR(calls(0, 5) / double(none), 1.5, .1);
+}
+
+// At full strength the calls against a side follow the real penalty rates
+// of its men on the ice, a tenth up or down; a man short, they don't.
+TEST_F(PenaltyGame, AtFullStrengthCallsFollowTheDefendingUnitsDiscipline) {
+    auto calls = [&](int realPim, int visitorSkaters) {
+        for (PlayerRecord& p : session->side(kHome).GameRoster) statLine(p, StatLineIndex::Real).Pim = realPim;
+        game = std::make_unique<Game>(*session, GameOptions{.seed = 5});
+        game->InitGame();
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.LastPlayResult = Result::Pass;
+        e.Period = 2;
+        e.Clock = 700;
+        e.Skaters = {visitorSkaters, 5};
+        PlayChances c;
+        game->PenaltyChances(c);
+        return c.PenaltyOppChance;
+    };
+    const int clean = calls(0, 5), rough = calls(400, 5);
+    ASSERT_GT(clean, 20);
+    EXPECT_NEAR(double(rough) / clean, 1.1 / .9, .06);
+    EXPECT_EQ(calls(0, 4), calls(400, 4));
+}
+
+// In a calm era the team with the puck stops drawing calls against itself
+// once a man of the other side has been called three times.
+TEST_F(PenaltyGame, AManCalledThreeTimesCalmsThePuckCarriers) {
+    auto ownChance = [&]() {
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.LastPlayResult = Result::Pass;
+        e.Period = 2;
+        e.Clock = 700;
+        PlayChances c;
+        game->PenaltyChances(c);
+        return c.PenaltyOwnChance;
+    };
+    ASSERT_GT(ownChance(), 0);
+    game->editState().pen.penaltiesOf[kHome][std::size_t(skater(kHome, 0))] = 2;
+    EXPECT_GT(ownChance(), 0);
+    game->editState().pen.penaltiesOf[kHome][std::size_t(skater(kHome, 0))] = 3;
+    EXPECT_EQ(ownChance(), 0);
 }
 
 TEST_F(PenaltyGame, NoPenaltyIsCalledInTheOffensiveZoneOrRightAfterOne) {

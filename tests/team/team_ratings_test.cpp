@@ -77,7 +77,9 @@ TEST(UnitRatings, EvenStrengthFiveWorkedByHand) {
     EXPECT_NEAR(r.onIcePassing, 6.6, 1e-9);
     EXPECT_NEAR(r.onIceInside, 5.6, 1e-9);
     EXPECT_NEAR(r.onIceOutside, 3.4, 1e-9);
-    EXPECT_NEAR(r.discipline, 6.362982, 1e-6);
+    // Each man's penalty minutes a 60 against a fifth of the era's per
+    // team-game (9 here), times five: their mean is 4.092545.
+    EXPECT_NEAR(r.discipline, 4.725964, 1e-5);
 }
 
 TEST(UnitRatings, IndisciplineHandedInIsTheOneWorkedOut) {
@@ -149,7 +151,7 @@ TEST(UnitRatings, PlaceSixCountsOnlyAsExtraAttacker) {
     EXPECT_NEAR(six.onIceOffense, 6.518 + 9.9 / 5, 1e-9);
     EXPECT_NEAR(six.onIcePassing, 6.6 + 9.0 / 5, 1e-9);
     // He took no penalties in no minutes (counted as one): discipline over six men.
-    EXPECT_NEAR(six.discipline, (10 - (5 * (10 - 6.362982 / 0.8)) / 6) * 0.8, 1e-6);
+    EXPECT_NEAR(six.discipline, (10 - (5 * (10 - 4.725964 / 0.8)) / 6) * 0.8, 1e-5);
 }
 
 TEST(UnitRatings, EmptyIceAndEmptyRosterGiveZeroes) {
