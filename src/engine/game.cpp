@@ -482,6 +482,61 @@ void Game::SetPlayRating() {
     if (s_.PlayZone == Zone::Rush) r += 2;
     if (s_.Skaters[0] == 4 && s_.Skaters[1] == 4) r += 1;
     if (s_.Skaters[0] == 3 && s_.Skaters[1] == 3) r += 2;
+    const int puck = s_.PuckTeam;
+    const int other = s_.OtherTeam();
+    // A broken stick hurts his own side's play more than it helps the other.
+    for (int pos = 0; pos < 5; ++pos) {
+        if (stickBroken(puck, slotAt(puck, pos))) r -= 2;
+        if (stickBroken(other, slotAt(other, pos))) r += .5;
+    }
+    // How the last play was called, and how it ended.
+    const Zone last = s_.LastZone;
+    if (rng_.rand(2) == 1) {
+        switch (s_.LastPlayCall) {
+            case Call::Penetrate:
+                r += 1.5;
+                break;
+            case Call::Safe:
+            case Call::DumpChase:
+                if (last == Zone::DefenseZone) {
+                    if (rng_.rand(100) <= 50) r -= rng_.rnd();
+                } else if (last == Zone::NeutralZone) {
+                    if (rng_.rand(100) <= 80) r -= 1.5 * rng_.rnd();
+                } else {
+                    r -= 2;
+                }
+                break;
+            case Call::Clear:
+                r += last == Zone::DefenseZone   ? .8 - 1.4 * rng_.rnd()
+                     : last == Zone::NeutralZone ? -2 * rng_.rnd()
+                                                 : -1 - 1.5 * rng_.rnd();
+                break;
+            case Call::Aggressive:
+            case Call::SkatePass:
+                if (rng_.rand(100) <= 50) r += rng_.rnd();
+                break;
+            default:
+                break;
+        }
+    }
+    if (rng_.rand(2) == 1) {
+        // The system of the side that lost the puck leaves it more or less open.
+        auto system = [&]() {
+            const int s = std::clamp(s_.coach.live[at(other)].offenseSystem, 0, 3);
+            if (s == 1 || s == 2) r += 1;
+            if (s == 3) r -= 1;
+        };
+        const Result lr = s_.LastPlayResult;
+        if (lr == Result::To || lr == Result::ToDefense) {
+            if (last == Zone::OffenseZone || last == Zone::OffenseShooter || last == Zone::NeutralZone) r += 1;
+            system();
+        } else if (lr == Result::Miss || lr == Result::Save) {
+            r -= .5;
+            system();
+        }
+    }
+    if (rng_.rand(2) == 1 && isOffenseState(last))
+        r += (std::clamp(s_.coach.live[at(puck)].pkDzAggressiveness, 1, 5) - 3) * .75;
     switch (strengthEdge()) {
         case 2:
             r += 4.5;
