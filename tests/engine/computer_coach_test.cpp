@@ -605,13 +605,12 @@ TEST(IceTime, EnergyFollowsTheFatigueSecondsOfEveryMan) {
             if (n % 7 == 3) {
                 GameState& s = game.editState();
                 pushed = s.onIce[kVisitor][IcePos::Center];
-                const auto slot = std::size_t(pushed);
-                const int limit = session->side(kVisitor).ShiftLimit[slot];
-                if (pushed == kNoSlot || limit <= 0) {
+                const int limit = pushed == kNoSlot ? 0 : session->side(kVisitor).ShiftLimit[std::size_t(pushed)];
+                if (limit <= 0) {
                     pushed = kNoSlot;
                 } else {
-                    s.Energy[kVisitor][slot] = 100;
-                    s.ShiftSecs[kVisitor][slot] = limit + 200;
+                    s.Energy[kVisitor][std::size_t(pushed)] = 100;
+                    s.ShiftSecs[kVisitor][std::size_t(pushed)] = limit + 200;
                 }
             }
             const auto before = game.state().Energy;
