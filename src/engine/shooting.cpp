@@ -239,10 +239,10 @@ double Game::basePct() const {
     if (s_.PlayZone == Zone::Rush) {
         shotClass = kShotRush;
     } else if (pos != kNoPos) {
-        // A depth is a place in the offensive zone. A shot drawn from the own
-        // half stands for the whole way up the ice and the shot that ends
-        // it, so it takes the class of a shot with no depth.
-        int spot = isOffenseState(s_.PlayZone) ? f.Spot[at(pos)] : kSpotNone;
+        // The carrier's spot decides, in any zone: a carrier found in the own
+        // half stands out at the blue line, so his long shot is an outside
+        // one. Only a man with no spot at all takes a class by position.
+        int spot = f.Spot[at(pos)];
         if (spot >= kSpotIn)
             shotClass = spot - 2;
         else if (spot == kSpotNone)
