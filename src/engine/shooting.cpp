@@ -13,12 +13,6 @@ namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr double kStyleAtRealUsage = 1.15;
-// The level of a shot from its depth, the same idea as the season's shooting
-// calibration but before any season: most shots of the table come from the
-// own half and stand at the outside depth, which leaves goals per shot about
-// a tenth under the era's; this brings 1,000 games of a made-up league of
-// 2017 to its era's save percentage. The limits of the class still hold.
-constexpr double kShootingLevel = 1.26;
 
 int yearOr(int year, int lo, int hi, int fallback) { return year < lo || year > hi ? fallback : year; }
 
@@ -254,12 +248,9 @@ double Game::basePct() const {
         if (shotClass == kShotMid) g = d.mid;
         if (shotClass == kShotOutside) g = d.outside;
     }
-    const bool stronger = strength(side) > strength(opp);
-    // The power play has its own era terms (step 20 here, the power-play
-    // era of the table), which already bring it to the era's percentage.
-    g = limitByClass(stronger ? g : g * kShootingLevel, shotClass, playerPct);
+    g = limitByClass(g, shotClass, playerPct);
     // Step 20: the power play.
-    if (stronger) {
+    if (strength(side) > strength(opp)) {
         double cc = shotClass == kShotInside || shotClass == kShotMid ? 1.5 : 0.5;
         g += cc * 0.006;
         if (!s_.ProbeOnly) {

@@ -182,6 +182,36 @@ TEST_F(Table, TheShotClassIsTheCarriersSpotInEveryZone) {
     EXPECT_EQ(classes, (std::set<int>{kShotMid, kShotOutside}));
 }
 
+// At even strength a shot's chance is the value of its depth held to the
+// limits of its class against the era's percentage, with nothing laid on
+// top of it.
+TEST_F(Table, AnEvenStrengthShotIsItsDepthWithinTheLimitsOfItsClass) {
+    s().PuckTeam = kVisitor;
+    s().PlayZone = Zone::DefenseZone;
+    const int carrier = s().onIce[kVisitor].slot[1];
+    s().find.Carrier = carrier;
+    s().find.CarrierPos = 1;
+    s().find.ListCarrier = kNoSlot;
+    session->side(kVisitor).rates[std::size_t(carrier)].ShootingPct = 0.06;
+    const int year = onIce(kVisitor, 1).PlayerYear;
+    const double pp = (100 - figuresOf(shippedEra().yearOr(year, 2014), EraLevel::Professional).savePct) / 100;
+    for (int spot : {kSpotIn, kSpotMid, kSpotOut}) {
+        s().find.Spot = {};
+        s().find.Spot[1] = spot;
+        PlayChances c;
+        game->GoalPct(c);
+        const double depth = spot == kSpotIn ? c.PctInside : spot == kSpotMid ? c.PctMid : c.PctOutside;
+        EXPECT_DOUBLE_EQ(c.GoalPct, limitByClass(depth, c.ShotClass, pp)) << spotText(spot);
+    }
+    // The outside shot of this man lies well inside its limits, so the
+    // value itself is what the shot gets.
+    PlayChances c;
+    game->GoalPct(c);
+    EXPECT_GT(c.PctOutside, 0.2 * pp);
+    EXPECT_LT(c.PctOutside, 0.75 * pp);
+    EXPECT_DOUBLE_EQ(c.GoalPct, c.PctOutside);
+}
+
 TEST_F(Table, BreakoutEntryFollowsThePlayRatingAndTheForecheck) {
     // 5.75 * 30 = 172.5 rounds to 172; a forecheck of 1 adds 25.
     PlayChances c = probe(Zone::DefenseZone, Call::Balanced, 5.75, 1);
