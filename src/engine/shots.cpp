@@ -488,11 +488,11 @@ void Game::reboundShot(bool afterSave) {
     f.CarrierPos = pos;
     ev.Kind = ShotKind::ReboundShot;
     // The new shooter's chance comes from the shot model, as for any shot
-    // on net: his own finish, the era, the goalie he faces; a rebound is
-    // taken from in close, so it is the model's chance at that depth.
+    // on net: his own finish, the era, the goalie he faces, and the spot
+    // he stands on.
     PlayChances model;
     GoalPct(model);
-    double pct = model.PctInside;
+    double pct = model.GoalPct;
     ev.ShootN = afterSave ? roundToInt(pct * 100 + 20) : std::clamp(roundToInt(pct * 15), 1, 15);
     DescribeReboundShot(shooter);
     bool netEmpty = s_.GoaliePulled[at(defenders)];

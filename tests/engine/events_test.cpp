@@ -399,7 +399,11 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
         game->editState().find.GoalieForm[kHome][std::size_t(goalie)] = 0;
         // Every save is made from the same state: a game left to run on would
         // bring other shooters, scores and tired men to each goalie's rebounds.
-        const GameState fresh = game->state();
+        // The forwards stand in close, where the goalie's part isn't held
+        // back by the limits of an outside shot.
+        GameState fresh = game->state();
+        fresh.find.ListCarrier = kNoSlot;
+        for (int pos = 0; pos < 3; ++pos) fresh.find.Spot[std::size_t(pos)] = kSpotIn;
         long sum = 0;
         int n = 0;
         for (int i = 0; i < 400000 && n < 1500; ++i) {
@@ -417,6 +421,32 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
     double weak = meanChance(40);
     double strong = meanChance(95);
     EXPECT_GT(weak, strong + 3) << weak << " against " << strong;
+}
+
+// The rebound shooter's chance is the model's for the spot he stands on: a
+// man at the point puts fewer rebounds in than one at the edge of the crease.
+TEST_F(Puck, AReboundShootersSpotSetsHisChance) {
+    auto meanChance = [&](int spot) {
+        start();
+        GameState fresh = game->state();
+        fresh.find.ListCarrier = kNoSlot;
+        for (int pos = 0; pos < 3; ++pos) fresh.find.Spot[std::size_t(pos)] = spot;
+        long sum = 0;
+        int n = 0;
+        for (int i = 0; i < 400000 && n < 1500; ++i) {
+            game->editState() = fresh;
+            const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
+            if (s.events.Kind != ShotKind::ReboundShot || s.GameOverFlag) continue;
+            if (s.find.CarrierPos > 2) continue;  // a defenseman stands at the point anyway
+            sum += s.events.ShootN;
+            ++n;
+        }
+        EXPECT_GE(n, 100);
+        return n > 0 ? double(sum) / n : 0.0;
+    };
+    double in = meanChance(kSpotIn);
+    double out = meanChance(kSpotOut);
+    EXPECT_GT(in, out + 3) << in << " against " << out;
 }
 
 TEST_F(Puck, AnEmptyNetTakesNoReboundAndChargesNoGoalie) {
