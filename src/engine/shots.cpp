@@ -257,11 +257,14 @@ ShotRebound Game::ReboundAfterShot() {
     if ((r == ShotRebound::OffenseZone || r == ShotRebound::ReboundShot) && brokenStickOnIce(attackers))
         r = ShotRebound::DefenseZone;
 
-    // A long shot from the own half that nobody touches is iced.
+    // A long shot from the own half that nobody touches is iced. Only one
+    // from beyond the red line counts as an icing; the puck of a man who was
+    // hit as he shot, or one shot from the own end, goes to the defenders.
+    // A side that may not ice plays the puck on as after any other shot.
     if (s_.LastZone == Zone::DefenseZone || s_.LastZone == Zone::NeutralZone) {
         bool ices = session_.league().rules.Icinglist != 2 && strength(attackers) >= strength(defenders);
-        if (ices) r = ShotRebound::Icing;
-        if (ev.shooterWasHit || s_.LastZone != Zone::NeutralZone) r = ShotRebound::DefenseZone;
+        if (ices)
+            r = ev.shooterWasHit || s_.LastZone != Zone::NeutralZone ? ShotRebound::DefenseZone : ShotRebound::Icing;
         if (s_.PlayResult == Result::Penalty || penaltyDelayed()) r = ShotRebound::DefenseZone;
     }
     if (r == ShotRebound::OffenseZone || r == ShotRebound::ReboundShot) shiftPassersForRebound();

@@ -367,6 +367,30 @@ TEST_F(Puck, WithoutIcingInTheRulesNoClearIsIced) {
     }
 }
 
+// A long miss is an icing only from beyond the red line; from the own end
+// the defenders take the puck. Where no icing can be called, the miss plays
+// on as any other: the defenders clear it or it leaves the ice.
+TEST_F(Puck, AnOwnHalfMissIsIcedOnlyFromTheNeutralZoneAndOtherwisePlaysOn) {
+    std::set<ShotRebound> ownEnd, neutral, shortHanded;
+    for (int i = 0; i < 1500; ++i) {
+        ownEnd.insert(apply(Zone::DefenseZone, kVisitor, Result::Miss).events.shotRebound);
+        neutral.insert(apply(Zone::NeutralZone, kVisitor, Result::Miss).events.shotRebound);
+        shortHanded.insert(apply(Zone::DefenseZone, kVisitor, Result::Miss, {4, 5}).events.shotRebound);
+    }
+    EXPECT_EQ(ownEnd, std::set<ShotRebound>{ShotRebound::DefenseZone});
+    EXPECT_EQ(neutral, std::set<ShotRebound>{ShotRebound::Icing});
+    EXPECT_FALSE(shortHanded.count(ShotRebound::Icing));
+    EXPECT_TRUE(shortHanded.count(ShotRebound::Clear));
+    EXPECT_TRUE(shortHanded.count(ShotRebound::OutOfPlay));
+
+    rules.Icinglist = 2;
+    start();
+    std::set<ShotRebound> noIcing;
+    for (int i = 0; i < 1500; ++i) noIcing.insert(apply(Zone::DefenseZone, kVisitor, Result::Miss).events.shotRebound);
+    EXPECT_FALSE(noIcing.count(ShotRebound::Icing));
+    EXPECT_TRUE(noIcing.count(ShotRebound::Clear));
+}
+
 TEST_F(Puck, NoGoaliePassUnderTheRuleAndNoRecoveryWithoutAForecheck) {
     rules.NoGoaliePasscheck = 1;
     start();
