@@ -51,6 +51,12 @@ ShotDepths shotDepths(double goalPct, int pos, int ratingShotIn, int ratingShotO
     return d;
 }
 
+double keepInFactor(int ratingDefense, double strong, double weak, Random& rng) {
+    if (!rng.underRand(ratingDefense, 7, 3)) return strong;
+    if (!rng.randAtMost(5, ratingDefense - 1)) return weak;
+    return 1;
+}
+
 double limitByClass(double goalPct, int shotClass, double playerPct) {
     switch (shotClass) {
         case kShotOutside:

@@ -9,6 +9,7 @@
 
 #include "engine/game.h"
 #include "engine/live_stats.h"
+#include "engine/shooting.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -225,13 +226,8 @@ ShotRebound Game::ReboundAfterShot() {
     ev.ReboundDefender = d;
     auto band = kShotBands[at(edgeIndex())];
     double keep = band[0];
-    if (edgeIndex() == 2 && d != kNoSlot) {
-        int rating = sideOf(defenders).player(d).RatingDefense / 10;
-        if (!rng_.underRand(rating, 7, 3))
-            keep *= .7;
-        else if (!rng_.randAtMost(5, rating - 1))
-            keep *= 1.3;
-    }
+    if (edgeIndex() == 2)
+        keep *= keepInFactor(d == kNoSlot ? 0 : sideOf(defenders).player(d).RatingDefense, .7, 1.3, rng_);
     bool netEmpty = s_.GoaliePulled[at(defenders)];
     int v = rng_.rand(100);
     double edge = keep;
@@ -355,11 +351,7 @@ SaveRebound Game::ReboundAfterSave(bool allowReboundShot) {
     double keep = band[1];
     if (edgeIndex() == 2) {
         int d = s_.onIce[at(defenders)].slot[at(3 + rng_.rand(2) - 1)];
-        int rating = d == kNoSlot ? 5 : sideOf(defenders).player(d).RatingDefense / 10;
-        if (!rng_.underRand(rating, 7, 3))
-            keep *= 1.5;
-        else if (!rng_.randAtMost(5, rating - 1))
-            keep *= .5;
+        keep *= keepInFactor(d == kNoSlot ? 0 : sideOf(defenders).player(d).RatingDefense, 1.5, .5, rng_);
     }
     const RulesRecord& rules = session_.league().rules;
     int v = rng_.rand(100);

@@ -391,6 +391,29 @@ TEST_F(Puck, AnOwnHalfMissIsIcedOnlyFromTheNeutralZoneAndOtherwisePlaysOn) {
     EXPECT_TRUE(noIcing.count(ShotRebound::Clear));
 }
 
+// A rebound at even strength is contested on the defenseman's rating in
+// tenths, on which a 3.0 and a 9.0 defender are both past the mark: the
+// attackers keep the puck in as often against either.
+TEST_F(Puck, ReboundsAreKeptInAsOftenAgainstAnyDressedDefenseman) {
+    auto keptShare = [&](int rating) {
+        start();
+        for (int pos : {3, 4})
+            session->side(kHome).player(game->state().onIce[kHome].slot[std::size_t(pos)]).RatingDefense =
+                static_cast<std::uint8_t>(rating);
+        int kept = 0, n = 20000;
+        for (int i = 0; i < n; ++i) {
+            game->editState().find.BrokenStick = {};  // a shot may break a stick, which no change here mends
+            ShotRebound r = apply(Zone::OffenseZone, kVisitor, Result::Miss).events.shotRebound;
+            kept += r == ShotRebound::OffenseZone || r == ShotRebound::NeutralZone;
+        }
+        return double(kept) / n;
+    };
+    double poor = keptShare(30);
+    double good = keptShare(90);
+    EXPECT_GT(poor, 0.01);
+    EXPECT_NEAR(poor / good, 1, 0.15) << poor << " against " << good;
+}
+
 TEST_F(Puck, NoGoaliePassUnderTheRuleAndNoRecoveryWithoutAForecheck) {
     rules.NoGoaliePasscheck = 1;
     start();
