@@ -386,9 +386,10 @@ SaveRebound Game::ReboundAfterSave(bool allowReboundShot) {
 void Game::onSave() {
     int side = s_.PuckTeam;
     if (s_.PlayResult == Result::ClearSave) {
-        // A clear the goalie had to stop: no shot on goal.
-        DescribeClearSave();
-        s_.events.saveRebound = SaveRebound::Freeze;
+        // A clear the goalie had to stop: no shot on goal, but the puck comes
+        // off him as off any save, unless he had to dive for it.
+        s_.events.saveRebound = ReboundAfterSave(true);
+        if (DescribeClearSave()) s_.events.saveRebound = SaveRebound::Freeze;
     } else {
         s_.events.saveRebound = ReboundAfterSave(true);
         countSave(side, s_.find.Carrier);

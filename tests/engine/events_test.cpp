@@ -496,6 +496,24 @@ TEST_F(Puck, AReboundShootersSpotSetsHisChance) {
     EXPECT_GT(in, out + 3) << in << " against " << out;
 }
 
+// A clear that the goalie has to stop is no shot on goal, but the puck
+// comes off him as off any save: he passes it out, it drops to his
+// defensemen, or he covers it.
+TEST_F(Puck, AClearTheGoalieStopsIsNoShotButPlaysOnAsASave) {
+    std::set<SaveRebound> kinds;
+    for (int i = 0; i < 1000; ++i) {
+        const int shots = game->state().Shots[kVisitor];
+        const GameState& s = apply(Zone::DefenseZone, kVisitor, Result::ClearSave);
+        kinds.insert(s.events.saveRebound);
+        if (s.events.Kind != ShotKind::ReboundShot) {
+            EXPECT_EQ(s.Shots[kVisitor], shots);
+        }
+    }
+    EXPECT_TRUE(kinds.count(SaveRebound::Freeze));
+    EXPECT_TRUE(kinds.count(SaveRebound::GoaliePass));
+    EXPECT_TRUE(kinds.count(SaveRebound::DefenseZone));
+}
+
 TEST_F(Puck, AnEmptyNetTakesNoReboundAndChargesNoGoalie) {
     // With the net empty a rebound isn't played: the puck goes back.
     GameState& s = game->editState();
