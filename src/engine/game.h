@@ -449,7 +449,9 @@ private:
     void DescribeKnockedAway(int side, int defender);
     void DescribeReboundClear();
     void DescribeOutOfPlay();
-    void DescribeClearSave();
+    // A clear the goalie had to stop; true when he was caught behind his
+    // net and had to dive, which freezes the puck.
+    bool DescribeClearSave();
     void DescribeGoaliePass();
     void DescribeFreeze();
     void DescribeReboundShot(int shooter);

@@ -1062,7 +1062,7 @@ void Game::DescribeOutOfPlay() {
     if (telling()) play_.addShort(words("the puck goes out of play"));
 }
 
-void Game::DescribeClearSave() {
+bool Game::DescribeClearSave() {
     int shooting = s_.PuckTeam;
     sayFor(shooting, words(roll(4) == 1 ? "off the glass and on net" : "off the boards and on net"));
     int keeperSide = other(shooting);
@@ -1071,9 +1071,10 @@ void Game::DescribeClearSave() {
         sayFor(keeperSide, words(goalie, "is behind the net!"));
         sayFor(keeperSide, words("he dives for the puck"));
         sayFor(keeperSide, words("and makes the save!")).sound = kSoundSave;
-        return;
+        return true;
     }
     sayFor(keeperSide, words(goalie, phrase(kSavesIt))).sound = kSoundSave;
+    return false;
 }
 
 void Game::DescribeGoaliePass() {

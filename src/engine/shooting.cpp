@@ -13,12 +13,6 @@ namespace {
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr double kStyleAtRealUsage = 1.15;
-// The level of a shot from its depth, the same idea as the season's shooting
-// calibration but before any season: most shots of the table come from the
-// own half and stand at the outside depth, which leaves goals per shot about
-// a tenth under the era's; this brings 1,000 games of a made-up league of
-// 2017 to its era's save percentage. The limits of the class still hold.
-constexpr double kShootingLevel = 1.26;
 
 int yearOr(int year, int lo, int hi, int fallback) { return year < lo || year > hi ? fallback : year; }
 
@@ -55,6 +49,12 @@ ShotDepths shotDepths(double goalPct, int pos, int ratingShotIn, int ratingShotO
     d.mid = std::max(d.mid, d.outside + 0.03);
     d.inside = std::max(d.inside, d.mid + 0.03);
     return d;
+}
+
+double keepInFactor(int ratingDefense, double strong, double weak, Random& rng) {
+    if (!rng.underRand(ratingDefense, 7, 3)) return strong;
+    if (!rng.randAtMost(5, ratingDefense - 1)) return weak;
+    return 1;
 }
 
 double limitByClass(double goalPct, int shotClass, double playerPct) {
@@ -239,10 +239,10 @@ double Game::basePct() const {
     if (s_.PlayZone == Zone::Rush) {
         shotClass = kShotRush;
     } else if (pos != kNoPos) {
-        // A depth is a place in the offensive zone. A shot drawn from the own
-        // half stands for the whole way up the ice and the shot that ends
-        // it, so it takes the class of a shot with no depth.
-        int spot = isOffenseState(s_.PlayZone) ? f.Spot[at(pos)] : kSpotNone;
+        // The carrier's spot decides, in any zone: a carrier found in the own
+        // half stands out at the blue line, so his long shot is an outside
+        // one. Only a man with no spot at all takes a class by position.
+        int spot = f.Spot[at(pos)];
         if (spot >= kSpotIn)
             shotClass = spot - 2;
         else if (spot == kSpotNone)
@@ -254,12 +254,9 @@ double Game::basePct() const {
         if (shotClass == kShotMid) g = d.mid;
         if (shotClass == kShotOutside) g = d.outside;
     }
-    const bool stronger = strength(side) > strength(opp);
-    // The power play has its own era terms (step 20 here, the power-play
-    // era of the table), which already bring it to the era's percentage.
-    g = limitByClass(stronger ? g : g * kShootingLevel, shotClass, playerPct);
+    g = limitByClass(g, shotClass, playerPct);
     // Step 20: the power play.
-    if (stronger) {
+    if (strength(side) > strength(opp)) {
         double cc = shotClass == kShotInside || shotClass == kShotMid ? 1.5 : 0.5;
         g += cc * 0.006;
         if (!s_.ProbeOnly) {

@@ -40,4 +40,11 @@ ShotDepths shotDepths(double goalPct, int pos, int ratingShotIn, int ratingShotO
 // percentage `playerPct`.
 double limitByClass(double goalPct, int shotClass, double playerPct);
 
+// The factor on the attackers' chance to keep a rebound in at even
+// strength, by the defensive rating (in tenths, 0 to 100) of the
+// defenseman who contests it: `strong` past 7 + Rand(3), else `weak` at
+// or below Rand(5), else 1. On the tenths scale nearly every dressed
+// defenseman is past the first mark.
+double keepInFactor(int ratingDefense, double strong, double weak, Random& rng);
+
 }  // namespace tallyrink

@@ -9,6 +9,7 @@
 
 #include "engine/game.h"
 #include "engine/live_stats.h"
+#include "engine/shooting.h"
 #include "team/positions.h"
 
 namespace tallyrink {
@@ -225,13 +226,8 @@ ShotRebound Game::ReboundAfterShot() {
     ev.ReboundDefender = d;
     auto band = kShotBands[at(edgeIndex())];
     double keep = band[0];
-    if (edgeIndex() == 2 && d != kNoSlot) {
-        int rating = sideOf(defenders).player(d).RatingDefense / 10;
-        if (!rng_.underRand(rating, 7, 3))
-            keep *= .7;
-        else if (!rng_.randAtMost(5, rating - 1))
-            keep *= 1.3;
-    }
+    if (edgeIndex() == 2)
+        keep *= keepInFactor(d == kNoSlot ? 0 : sideOf(defenders).player(d).RatingDefense, .7, 1.3, rng_);
     bool netEmpty = s_.GoaliePulled[at(defenders)];
     int v = rng_.rand(100);
     double edge = keep;
@@ -257,11 +253,14 @@ ShotRebound Game::ReboundAfterShot() {
     if ((r == ShotRebound::OffenseZone || r == ShotRebound::ReboundShot) && brokenStickOnIce(attackers))
         r = ShotRebound::DefenseZone;
 
-    // A long shot from the own half that nobody touches is iced.
+    // A long shot from the own half that nobody touches is iced. Only one
+    // from beyond the red line counts as an icing; the puck of a man who was
+    // hit as he shot, or one shot from the own end, goes to the defenders.
+    // A side that may not ice plays the puck on as after any other shot.
     if (s_.LastZone == Zone::DefenseZone || s_.LastZone == Zone::NeutralZone) {
         bool ices = session_.league().rules.Icinglist != 2 && strength(attackers) >= strength(defenders);
-        if (ices) r = ShotRebound::Icing;
-        if (ev.shooterWasHit || s_.LastZone != Zone::NeutralZone) r = ShotRebound::DefenseZone;
+        if (ices)
+            r = ev.shooterWasHit || s_.LastZone != Zone::NeutralZone ? ShotRebound::DefenseZone : ShotRebound::Icing;
         if (s_.PlayResult == Result::Penalty || penaltyDelayed()) r = ShotRebound::DefenseZone;
     }
     if (r == ShotRebound::OffenseZone || r == ShotRebound::ReboundShot) shiftPassersForRebound();
@@ -352,11 +351,7 @@ SaveRebound Game::ReboundAfterSave(bool allowReboundShot) {
     double keep = band[1];
     if (edgeIndex() == 2) {
         int d = s_.onIce[at(defenders)].slot[at(3 + rng_.rand(2) - 1)];
-        int rating = d == kNoSlot ? 5 : sideOf(defenders).player(d).RatingDefense / 10;
-        if (!rng_.underRand(rating, 7, 3))
-            keep *= 1.5;
-        else if (!rng_.randAtMost(5, rating - 1))
-            keep *= .5;
+        keep *= keepInFactor(d == kNoSlot ? 0 : sideOf(defenders).player(d).RatingDefense, 1.5, .5, rng_);
     }
     const RulesRecord& rules = session_.league().rules;
     int v = rng_.rand(100);
@@ -391,9 +386,10 @@ SaveRebound Game::ReboundAfterSave(bool allowReboundShot) {
 void Game::onSave() {
     int side = s_.PuckTeam;
     if (s_.PlayResult == Result::ClearSave) {
-        // A clear the goalie had to stop: no shot on goal.
-        DescribeClearSave();
-        s_.events.saveRebound = SaveRebound::Freeze;
+        // A clear the goalie had to stop: no shot on goal, but the puck comes
+        // off him as off any save, unless he had to dive for it.
+        s_.events.saveRebound = ReboundAfterSave(true);
+        if (DescribeClearSave()) s_.events.saveRebound = SaveRebound::Freeze;
     } else {
         s_.events.saveRebound = ReboundAfterSave(true);
         countSave(side, s_.find.Carrier);
@@ -488,11 +484,11 @@ void Game::reboundShot(bool afterSave) {
     f.CarrierPos = pos;
     ev.Kind = ShotKind::ReboundShot;
     // The new shooter's chance comes from the shot model, as for any shot
-    // on net: his own finish, the era, the goalie he faces; a rebound is
-    // taken from in close, so it is the model's chance at that depth.
+    // on net: his own finish, the era, the goalie he faces, and the spot
+    // he stands on.
     PlayChances model;
     GoalPct(model);
-    double pct = model.PctInside;
+    double pct = model.GoalPct;
     ev.ShootN = afterSave ? roundToInt(pct * 100 + 20) : std::clamp(roundToInt(pct * 15), 1, 15);
     DescribeReboundShot(shooter);
     bool netEmpty = s_.GoaliePulled[at(defenders)];

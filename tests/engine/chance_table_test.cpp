@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
 
 #include "engine/chance_table.h"
 #include "engine/game.h"
@@ -147,6 +148,68 @@ TEST(ShotModel, GoalieStepsFormAndDepths) {
     EXPECT_DOUBLE_EQ(limitByClass(0.05, kShotMid, 0.09), 0.8 * 0.09);
     EXPECT_DOUBLE_EQ(limitByClass(0.09 * 3.6, kShotInside, 0.09), 0.09 * 3.8);  // above the cap: 3.8, not 3.5
     EXPECT_DOUBLE_EQ(limitByClass(0.5, kShotRush, 0.09), 0.5);
+}
+
+// A shot takes its class from the carrier's spot wherever the puck is: the
+// man found in his own half stands out at the blue line and shoots from
+// outside. Only a man with no spot at all takes a class by his position.
+TEST_F(Table, TheShotClassIsTheCarriersSpotInEveryZone) {
+    s().PuckTeam = kVisitor;
+    s().find.Carrier = s().onIce[kVisitor].slot[1];
+    s().find.CarrierPos = 1;
+    const std::array<std::pair<int, int>, 3> byDepth{
+        {{kSpotIn, kShotInside}, {kSpotMid, kShotMid}, {kSpotOut, kShotOutside}}};
+    for (Zone zone : {Zone::DefenseZone, Zone::NeutralZone, Zone::OffenseZone}) {
+        s().PlayZone = zone;
+        for (auto [spot, shotClass] : byDepth) {
+            s().find.Spot = {};
+            s().find.Spot[1] = spot;
+            for (int i = 0; i < 100; ++i) {
+                PlayChances c;
+                game->GoalPct(c);
+                ASSERT_EQ(c.ShotClass, shotClass) << text(zone) << " spot " << spot;
+            }
+        }
+    }
+    s().PlayZone = Zone::DefenseZone;
+    s().find.Spot = {};
+    std::set<int> classes;
+    for (int i = 0; i < 200; ++i) {
+        PlayChances c;
+        game->GoalPct(c);
+        classes.insert(c.ShotClass);
+    }
+    EXPECT_EQ(classes, (std::set<int>{kShotMid, kShotOutside}));
+}
+
+// At even strength a shot's chance is the value of its depth held to the
+// limits of its class against the era's percentage, with nothing laid on
+// top of it.
+TEST_F(Table, AnEvenStrengthShotIsItsDepthWithinTheLimitsOfItsClass) {
+    s().PuckTeam = kVisitor;
+    s().PlayZone = Zone::DefenseZone;
+    const int carrier = s().onIce[kVisitor].slot[1];
+    s().find.Carrier = carrier;
+    s().find.CarrierPos = 1;
+    s().find.ListCarrier = kNoSlot;
+    session->side(kVisitor).rates[std::size_t(carrier)].ShootingPct = 0.06;
+    const int year = onIce(kVisitor, 1).PlayerYear;
+    const double pp = (100 - figuresOf(shippedEra().yearOr(year, 2014), EraLevel::Professional).savePct) / 100;
+    for (int spot : {kSpotIn, kSpotMid, kSpotOut}) {
+        s().find.Spot = {};
+        s().find.Spot[1] = spot;
+        PlayChances c;
+        game->GoalPct(c);
+        const double depth = spot == kSpotIn ? c.PctInside : spot == kSpotMid ? c.PctMid : c.PctOutside;
+        EXPECT_DOUBLE_EQ(c.GoalPct, limitByClass(depth, c.ShotClass, pp)) << spotText(spot);
+    }
+    // The outside shot of this man lies well inside its limits, so the
+    // value itself is what the shot gets.
+    PlayChances c;
+    game->GoalPct(c);
+    EXPECT_GT(c.PctOutside, 0.2 * pp);
+    EXPECT_LT(c.PctOutside, 0.75 * pp);
+    EXPECT_DOUBLE_EQ(c.GoalPct, c.PctOutside);
 }
 
 TEST_F(Table, BreakoutEntryFollowsThePlayRatingAndTheForecheck) {

@@ -385,6 +385,53 @@ TEST_F(Puck, WithoutIcingInTheRulesNoClearIsIced) {
     }
 }
 
+// A long miss is an icing only from beyond the red line; from the own end
+// the defenders take the puck. Where no icing can be called, the miss plays
+// on as any other: the defenders clear it or it leaves the ice.
+TEST_F(Puck, AnOwnHalfMissIsIcedOnlyFromTheNeutralZoneAndOtherwisePlaysOn) {
+    std::set<ShotRebound> ownEnd, neutral, shortHanded;
+    for (int i = 0; i < 1500; ++i) {
+        ownEnd.insert(apply(Zone::DefenseZone, kVisitor, Result::Miss).events.shotRebound);
+        neutral.insert(apply(Zone::NeutralZone, kVisitor, Result::Miss).events.shotRebound);
+        shortHanded.insert(apply(Zone::DefenseZone, kVisitor, Result::Miss, {4, 5}).events.shotRebound);
+    }
+    EXPECT_EQ(ownEnd, std::set<ShotRebound>{ShotRebound::DefenseZone});
+    EXPECT_EQ(neutral, std::set<ShotRebound>{ShotRebound::Icing});
+    EXPECT_FALSE(shortHanded.count(ShotRebound::Icing));
+    EXPECT_TRUE(shortHanded.count(ShotRebound::Clear));
+    EXPECT_TRUE(shortHanded.count(ShotRebound::OutOfPlay));
+
+    rules.Icinglist = 2;
+    start();
+    std::set<ShotRebound> noIcing;
+    for (int i = 0; i < 1500; ++i) noIcing.insert(apply(Zone::DefenseZone, kVisitor, Result::Miss).events.shotRebound);
+    EXPECT_FALSE(noIcing.count(ShotRebound::Icing));
+    EXPECT_TRUE(noIcing.count(ShotRebound::Clear));
+}
+
+// A rebound at even strength is contested on the defenseman's rating in
+// tenths, on which a 3.0 and a 9.0 defender are both past the mark: the
+// attackers keep the puck in as often against either.
+TEST_F(Puck, ReboundsAreKeptInAsOftenAgainstAnyDressedDefenseman) {
+    auto keptShare = [&](int rating) {
+        start();
+        for (int pos : {3, 4})
+            session->side(kHome).player(game->state().onIce[kHome].slot[std::size_t(pos)]).RatingDefense =
+                static_cast<std::uint8_t>(rating);
+        int kept = 0, n = 20000;
+        for (int i = 0; i < n; ++i) {
+            game->editState().find.BrokenStick = {};  // a shot may break a stick, which no change here mends
+            ShotRebound r = apply(Zone::OffenseZone, kVisitor, Result::Miss).events.shotRebound;
+            kept += r == ShotRebound::OffenseZone || r == ShotRebound::NeutralZone;
+        }
+        return double(kept) / n;
+    };
+    double poor = keptShare(30);
+    double good = keptShare(90);
+    EXPECT_GT(poor, 0.01);
+    EXPECT_NEAR(poor / good, 1, 0.15) << poor << " against " << good;
+}
+
 TEST_F(Puck, NoGoaliePassUnderTheRuleAndNoRecoveryWithoutAForecheck) {
     rules.NoGoaliePasscheck = 1;
     start();
@@ -417,7 +464,11 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
         game->editState().find.GoalieForm[kHome][std::size_t(goalie)] = 0;
         // Every save is made from the same state: a game left to run on would
         // bring other shooters, scores and tired men to each goalie's rebounds.
-        const GameState fresh = game->state();
+        // The forwards stand in close, where the goalie's part isn't held
+        // back by the limits of an outside shot.
+        GameState fresh = game->state();
+        fresh.find.ListCarrier = kNoSlot;
+        for (int pos = 0; pos < 3; ++pos) fresh.find.Spot[std::size_t(pos)] = kSpotIn;
         long sum = 0;
         int n = 0;
         for (int i = 0; i < 400000 && n < 1500; ++i) {
@@ -435,6 +486,50 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
     double weak = meanChance(40);
     double strong = meanChance(95);
     EXPECT_GT(weak, strong + 3) << weak << " against " << strong;
+}
+
+// The rebound shooter's chance is the model's for the spot he stands on: a
+// man at the point puts fewer rebounds in than one at the edge of the crease.
+TEST_F(Puck, AReboundShootersSpotSetsHisChance) {
+    auto meanChance = [&](int spot) {
+        start();
+        GameState fresh = game->state();
+        fresh.find.ListCarrier = kNoSlot;
+        for (int pos = 0; pos < 3; ++pos) fresh.find.Spot[std::size_t(pos)] = spot;
+        long sum = 0;
+        int n = 0;
+        for (int i = 0; i < 400000 && n < 1500; ++i) {
+            game->editState() = fresh;
+            const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
+            if (s.events.Kind != ShotKind::ReboundShot || s.GameOverFlag) continue;
+            if (s.find.CarrierPos > 2) continue;  // a defenseman stands at the point anyway
+            sum += s.events.ShootN;
+            ++n;
+        }
+        EXPECT_GE(n, 100);
+        return n > 0 ? double(sum) / n : 0.0;
+    };
+    double in = meanChance(kSpotIn);
+    double out = meanChance(kSpotOut);
+    EXPECT_GT(in, out + 3) << in << " against " << out;
+}
+
+// A clear that the goalie has to stop is no shot on goal, but the puck
+// comes off him as off any save: he passes it out, it drops to his
+// defensemen, or he covers it.
+TEST_F(Puck, AClearTheGoalieStopsIsNoShotButPlaysOnAsASave) {
+    std::set<SaveRebound> kinds;
+    for (int i = 0; i < 1000; ++i) {
+        const int shots = game->state().Shots[kVisitor];
+        const GameState& s = apply(Zone::DefenseZone, kVisitor, Result::ClearSave);
+        kinds.insert(s.events.saveRebound);
+        if (s.events.Kind != ShotKind::ReboundShot) {
+            EXPECT_EQ(s.Shots[kVisitor], shots);
+        }
+    }
+    EXPECT_TRUE(kinds.count(SaveRebound::Freeze));
+    EXPECT_TRUE(kinds.count(SaveRebound::GoaliePass));
+    EXPECT_TRUE(kinds.count(SaveRebound::DefenseZone));
 }
 
 TEST_F(Puck, AnEmptyNetTakesNoReboundAndChargesNoGoalie) {
