@@ -153,9 +153,12 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
     Totals t;
     int year = 0;
     GameSession games = GameSession::forSession(*session);
-    // Played as league games, the way autoplay plays them; only nothing is posted.
+    // Played as league games, the way autoplay plays them; only nothing is
+    // posted. So they take the season calibration the league has earned so
+    // far, which stays at 1 until its teams have played a few games.
     games.GameActive = true;
     games.GameType = 'L';
+    const SeasonCalibration calibration = seasonCalibration(session->league(), session->era(), session->rules(), draws);
     for (int n = 0; n < o.games; ++n) {
         const GameRecord& row = schedule.row(rows[static_cast<std::size_t>(n) % rows.size()]);
         games.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, draws);
@@ -163,6 +166,7 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
         GameOptions gameOptions;
         gameOptions.seed = o.seed * 1000003ULL + static_cast<std::uint64_t>(n);
         gameOptions.noDisplay = true;
+        gameOptions.calibration = calibration;
         Game game(games, gameOptions);
         game.playToEnd();
         addGame(game, t);
@@ -171,8 +175,17 @@ void simulate(const GlobalOptions& options, const SimulateOptions& o) {
     EraFigures era = figuresOf(session->era().yearOr(year, 2014), EraLevel::Professional);
     double teamGames = 2.0 * t.games;
     double saves = t.shots - t.goals;
-    fmt::print("{} games of the schedule (seed {}); per team and game, the era of {} beside\n\n", t.games, o.seed,
-               year);
+    fmt::print("{} games of the schedule (seed {}); per team and game, the era of {} beside\n", t.games, o.seed, year);
+    const SeasonCalibration& k = calibration;
+    if (k.Shots == 1 && k.Penalty == 1 && k.Fight == 1 && k.Shooting == 1 && k.PowerPlay == 1)
+        fmt::print(
+            "No season calibration yet (the league's teams have played too few games): these are the\n"
+            "rules' own figures, which a season under way steers toward its era.\n\n");
+    else
+        fmt::print(
+            "Season calibration of the games played so far: shots {:.3f}, penalties {:.3f},\n"
+            "fights {:.3f}, shooting {:.3f}, power play {:.3f}\n\n",
+            k.Shots, k.Penalty, k.Fight, k.Shooting, k.PowerPlay);
     fmt::print("{:<24}{:>10}{:>10}\n", "", "Played", "Era");
     printRow("Goals", t.goals / teamGames, era.goalsPerTeam);
     printRow("Shots on goal", t.shots / teamGames, era.shotsPerTeam());
