@@ -858,10 +858,8 @@ void Game::fillChanceTable(PlayChances& c) {
         default:
             break;
     }
-    if (z == Zone::OffenseZone || z == Zone::OffenseShooter) {
-        D = N = 0;
-        if (stronger) R = 0;
-    }
+    if (z == Zone::OffenseZone || z == Zone::OffenseShooter) D = N = 0;
+    if (stronger) R = 0;
     if (z == Zone::NeutralZone) D = 0;
     if (z == Zone::Rush && f.rush == RushType::OneZero) c.ClearChance = c.OffsideChance = 0;
     if (call == Call::Clear) R = 0;

@@ -188,6 +188,18 @@ TEST_F(Table, ManpowerMovesTheClearAndTheEntry) {
     EXPECT_EQ(probe(Zone::DefenseZone, Call::Safe).ClearChance, 300);  // two men short
 }
 
+// A turnover by the side a man up never sends the killers off on a rush by
+// the table's share, wherever it happens; at even strength it can.
+TEST_F(Table, TheStrongerSideGivesUpNoRushShareInAnyZone) {
+    for (Zone zone : {Zone::DefenseZone, Zone::NeutralZone, Zone::OffenseZone}) {
+        game->setManpower(5, 5);
+        const Call call = zone == Zone::OffenseZone ? Call::Pass : Call::Aggressive;
+        EXPECT_GT(probe(zone, call, 5.7, 2).TurnoverRushShare, 0) << text(zone);
+        game->setManpower(5, 4);
+        EXPECT_EQ(probe(zone, call, 5.7, 2).TurnoverRushShare, 0) << text(zone);
+    }
+}
+
 // In the attacking zone the defenders' aggressiveness as they play it now
 // moves the chance of a goal, up for the bolder: the killers' own value on
 // a power play, the even-strength one otherwise; the plan's values, which
