@@ -660,6 +660,9 @@ void Game::SetPlayRating() {
         pt = std::max(0, s_.Clock - rng_.rand(3));
     }
     s_.PlayTime = pt;
+    // The box score's time of attack: the whole play goes to the side that
+    // had the puck when it began.
+    if (isOffenseState(z)) s_.attackSeconds[at(s_.StepPuckTeam)] += static_cast<int>(std::lround(pt));
 }
 
 // Plays of an era with many events (shots, penalties, fights) are short;

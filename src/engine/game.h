@@ -125,6 +125,7 @@ struct GameState {
 
     std::array<int, 2> Score{};
     std::array<int, 2> Shots{};
+    std::array<int, 2> attackSeconds{};             // play begun in the attacking zone or on a rush
     std::vector<std::array<int, 2>> shotsByPeriod;  // [period - 1][side]
     std::vector<GoalNote> goals;
     std::vector<PenaltyNote> penalties;
