@@ -578,7 +578,9 @@ void Game::SetPlayRating() {
     const RulesRecord& rules = session_.league().rules;
     const int lead = s_.Score[at(puck)] - s_.Score[at(other)];
     const bool tied = s_.Score[0] == s_.Score[1];
-    const int shoot = chances_.ShootChance();
+    // The table's own shot chance, not the sum of its endings: the blocks
+    // are raised after the split, so the endings can add up to more.
+    const int shoot = chances_.shotsTried;
 
     double pt = 14.5 + 4 * rng_.rnd() - 4 * rng_.rnd();
     if (lastPeriod && s_.Clock < 120) pt *= .35;
