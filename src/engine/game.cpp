@@ -247,7 +247,6 @@ void Game::PlayStep() {
     const Zone startZone = s_.PlayZone;
     const Result drawn = s_.PlayResult;
     const int edge = strengthEdge();
-    stepStrength_ = {strength(kVisitor), strength(kHome)};
     stepSkaters_ = s_.Skaters;
     ApplyPlay();
     countStep(startZone, drawn, edge);
@@ -591,7 +590,7 @@ void Game::SetPlayRating() {
     if (z == Zone::OffenseZone || z == Zone::Rush) pt = pt * .55 + 3 * rng_.rnd() - 3 * rng_.rnd();
     pt *= 1.05;
     if (!rng_.overRand(t.team.TeamYear, 1960, 20)) pt *= .9;
-    if (s_.LastPlayResult == Result::Clear && stepStrength_[at(puck)] > stepStrength_[at(other)] &&
+    if (s_.LastPlayResult == Result::Clear && stepSkaters_[at(puck)] > stepSkaters_[at(other)] &&
         !rng_.underRand(pt, 12, 10))
         pt = std::max(pt * .8, 3.0);
     if (s_.Skaters[at(puck)] == s_.Skaters[at(other)] + 2) pt *= .8;

@@ -770,7 +770,6 @@ private:
     NarrationState told_;
     PlayChances chances_{};
     PlayTally tally_{};
-    std::array<int, 2> stepStrength_{5, 5};  // skaters of each side when the step's result was drawn
     // Manpower as the step began: its time is power-play or short-handed
     // time by these counts, whatever the play itself called or ended.
     std::array<int, 2> stepSkaters_{5, 5};
