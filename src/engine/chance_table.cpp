@@ -1047,7 +1047,7 @@ void Game::fillChanceTable(PlayChances& c) {
         }
     }
     // Step 30: a human coach plays against a handicap.
-    if (coach(side) == CoachKind::Human && !probe && s_.AutoPlayTo == AutoStop::None && !s_.NoDisplay) {
+    if (coach(side) == CoachKind::Human && !probe && s_.AutoPlayTo == AutoStop::None) {
         double k = 0.95;
         int shotsThisPeriod = s_.shotsByPeriod.empty() ? 0 : s_.shotsByPeriod.back()[at(side)];
         if (!rng_.underRand(shotsThisPeriod, 10, 10)) k = 0.9025;

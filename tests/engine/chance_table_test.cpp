@@ -188,6 +188,30 @@ TEST_F(Table, ManpowerMovesTheClearAndTheEntry) {
     EXPECT_EQ(probe(Zone::DefenseZone, Call::Safe).ClearChance, 300);  // two men short
 }
 
+// A person coaching the puck team plays against a small handicap while he
+// calls the plays himself, whether or not the game is on a screen; running
+// ahead to a stop hands the calls to the computer and lifts it.
+TEST_F(Table, AHumanCoachIsHandicappedUntilHeRunsAheadWithOrWithoutAScreen) {
+    auto table = [&](AutoStop stop) {
+        Game g(*session, GameOptions{.seed = 9});  // no screen
+        g.InitGame();
+        g.setCoach(kVisitor, CoachKind::Human);
+        GameState& st = g.editState();
+        st.PuckTeam = st.StepPuckTeam = kVisitor;
+        st.PlayZone = Zone::DefenseZone;
+        st.PlayCall = Call::Balanced;
+        st.PlayRating = 5.7;
+        st.find.ForecheckLevel = {1, 1};
+        st.find.Carrier = st.onIce[kVisitor].slot[1];
+        st.AutoPlayTo = stop;
+        return g.ChanceTable();
+    };
+    const PlayChances calling = table(AutoStop::None), running = table(AutoStop::End3rd);
+    EXPECT_LT(calling.shotsTried, running.shotsTried);
+    EXPECT_LT(calling.EntryChance, running.EntryChance);
+    EXPECT_LT(calling.GoalPct, running.GoalPct);
+}
+
 // A turnover by the side a man up never sends the killers off on a rush by
 // the table's share, wherever it happens; at even strength it can.
 TEST_F(Table, TheStrongerSideGivesUpNoRushShareInAnyZone) {
