@@ -531,7 +531,7 @@ void Game::fillChanceTable(PlayChances& c) {
             gp = 0.5;
         }
         if (shorthanded) c.EntryChance = 0;
-        c.ClearChance = computerDecides(side) && lead < 0 && lastPeriod && s_.Clock <= 60 ? 0 : 150;
+        c.ClearChance = coach(side) == CoachKind::Computer && lead < 0 && lastPeriod && s_.Clock <= 60 ? 0 : 150;
         switch (call) {
             case Call::Shoot:
                 shoot = 1000;

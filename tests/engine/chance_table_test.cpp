@@ -212,6 +212,21 @@ TEST_F(Table, AHumanCoachIsHandicappedUntilHeRunsAheadWithOrWithoutAScreen) {
     EXPECT_LT(calling.GoalPct, running.GoalPct);
 }
 
+// A computer coach trailing in the last minute never clears from his own
+// half; a person keeps the clear, even in a game with no screen where the
+// computer calls his plays.
+TEST_F(Table, OnlyAComputerCoachGivesUpTheClearWhenTrailingInTheLastMinute) {
+    s().Period = game->periods();
+    s().Clock = 50;
+    s().Score = {1, 2};
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced).ClearChance, 0);
+    game->setCoach(kVisitor, CoachKind::Human);
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced).ClearChance, 150);
+    s().Clock = 61;
+    game->setCoach(kVisitor, CoachKind::Computer);
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced).ClearChance, 150);
+}
+
 // A turnover by the side a man up never sends the killers off on a rush by
 // the table's share, wherever it happens; at even strength it can.
 TEST_F(Table, TheStrongerSideGivesUpNoRushShareInAnyZone) {
