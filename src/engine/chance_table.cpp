@@ -531,7 +531,7 @@ void Game::fillChanceTable(PlayChances& c) {
             gp = 0.5;
         }
         if (shorthanded) c.EntryChance = 0;
-        c.ClearChance = computerDecides(side) && lead < 0 && lastPeriod && s_.Clock <= 60 ? 0 : 150;
+        c.ClearChance = coach(side) == CoachKind::Computer && lead < 0 && lastPeriod && s_.Clock <= 60 ? 0 : 150;
         switch (call) {
             case Call::Shoot:
                 shoot = 1000;
@@ -858,10 +858,8 @@ void Game::fillChanceTable(PlayChances& c) {
         default:
             break;
     }
-    if (z == Zone::OffenseZone || z == Zone::OffenseShooter) {
-        D = N = 0;
-        if (stronger) R = 0;
-    }
+    if (z == Zone::OffenseZone || z == Zone::OffenseShooter) D = N = 0;
+    if (stronger) R = 0;
     if (z == Zone::NeutralZone) D = 0;
     if (z == Zone::Rush && f.rush == RushType::OneZero) c.ClearChance = c.OffsideChance = 0;
     if (call == Call::Clear) R = 0;
@@ -1049,7 +1047,7 @@ void Game::fillChanceTable(PlayChances& c) {
         }
     }
     // Step 30: a human coach plays against a handicap.
-    if (coach(side) == CoachKind::Human && !probe && s_.AutoPlayTo == AutoStop::None && !s_.NoDisplay) {
+    if (coach(side) == CoachKind::Human && !probe && s_.AutoPlayTo == AutoStop::None) {
         double k = 0.95;
         int shotsThisPeriod = s_.shotsByPeriod.empty() ? 0 : s_.shotsByPeriod.back()[at(side)];
         if (!rng_.underRand(shotsThisPeriod, 10, 10)) k = 0.9025;

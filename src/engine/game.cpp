@@ -247,7 +247,6 @@ void Game::PlayStep() {
     const Zone startZone = s_.PlayZone;
     const Result drawn = s_.PlayResult;
     const int edge = strengthEdge();
-    stepStrength_ = {strength(kVisitor), strength(kHome)};
     stepSkaters_ = s_.Skaters;
     ApplyPlay();
     countStep(startZone, drawn, edge);
@@ -578,7 +577,9 @@ void Game::SetPlayRating() {
     const RulesRecord& rules = session_.league().rules;
     const int lead = s_.Score[at(puck)] - s_.Score[at(other)];
     const bool tied = s_.Score[0] == s_.Score[1];
-    const int shoot = chances_.ShootChance();
+    // The table's own shot chance, not the sum of its endings: the blocks
+    // are raised after the split, so the endings can add up to more.
+    const int shoot = chances_.shotsTried;
 
     double pt = 14.5 + 4 * rng_.rnd() - 4 * rng_.rnd();
     if (lastPeriod && s_.Clock < 120) pt *= .35;
@@ -589,7 +590,7 @@ void Game::SetPlayRating() {
     if (z == Zone::OffenseZone || z == Zone::Rush) pt = pt * .55 + 3 * rng_.rnd() - 3 * rng_.rnd();
     pt *= 1.05;
     if (!rng_.overRand(t.team.TeamYear, 1960, 20)) pt *= .9;
-    if (s_.LastPlayResult == Result::Clear && stepStrength_[at(puck)] > stepStrength_[at(other)] &&
+    if (s_.LastPlayResult == Result::Clear && stepSkaters_[at(puck)] > stepSkaters_[at(other)] &&
         !rng_.underRand(pt, 12, 10))
         pt = std::max(pt * .8, 3.0);
     if (s_.Skaters[at(puck)] == s_.Skaters[at(other)] + 2) pt *= .8;
@@ -660,6 +661,9 @@ void Game::SetPlayRating() {
         pt = std::max(0, s_.Clock - rng_.rand(3));
     }
     s_.PlayTime = pt;
+    // The box score's time of attack: the whole play goes to the side that
+    // had the puck when it began.
+    if (isOffenseState(z)) s_.attackSeconds[at(s_.StepPuckTeam)] += static_cast<int>(std::lround(pt));
 }
 
 // Plays of an era with many events (shots, penalties, fights) are short;

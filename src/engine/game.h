@@ -125,6 +125,7 @@ struct GameState {
 
     std::array<int, 2> Score{};
     std::array<int, 2> Shots{};
+    std::array<int, 2> attackSeconds{};             // play begun in the attacking zone or on a rush
     std::vector<std::array<int, 2>> shotsByPeriod;  // [period - 1][side]
     std::vector<GoalNote> goals;
     std::vector<PenaltyNote> penalties;
@@ -771,7 +772,6 @@ private:
     NarrationState told_;
     PlayChances chances_{};
     PlayTally tally_{};
-    std::array<int, 2> stepStrength_{5, 5};  // skaters of each side when the step's result was drawn
     // Manpower as the step began: its time is power-play or short-handed
     // time by these counts, whatever the play itself called or ended.
     std::array<int, 2> stepSkaters_{5, 5};

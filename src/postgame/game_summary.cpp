@@ -49,6 +49,7 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         x.shootoutScore = s.ShootoutGoals[i];
         x.shots = s.Shots[i];
         x.chancesFor = game.scoringChances(side);
+        x.timeOfAttack = s.attackSeconds[i];
         x.startingGoalie = s.goalie[i];
         x.powerPlays = s.pen.PowerPlays[i];
         x.penaltyMinutes = s.pen.PenaltyMinutes[i];

@@ -251,6 +251,57 @@ TEST_F(Table, ManpowerMovesTheClearAndTheEntry) {
     EXPECT_EQ(probe(Zone::DefenseZone, Call::Safe).ClearChance, 300);  // two men short
 }
 
+// A person coaching the puck team plays against a small handicap while he
+// calls the plays himself, whether or not the game is on a screen; running
+// ahead to a stop hands the calls to the computer and lifts it.
+TEST_F(Table, AHumanCoachIsHandicappedUntilHeRunsAheadWithOrWithoutAScreen) {
+    auto table = [&](AutoStop stop) {
+        Game g(*session, GameOptions{.seed = 9});  // no screen
+        g.InitGame();
+        g.setCoach(kVisitor, CoachKind::Human);
+        GameState& st = g.editState();
+        st.PuckTeam = st.StepPuckTeam = kVisitor;
+        st.PlayZone = Zone::DefenseZone;
+        st.PlayCall = Call::Balanced;
+        st.PlayRating = 5.7;
+        st.find.ForecheckLevel = {1, 1};
+        st.find.Carrier = st.onIce[kVisitor].slot[1];
+        st.AutoPlayTo = stop;
+        return g.ChanceTable();
+    };
+    const PlayChances calling = table(AutoStop::None), running = table(AutoStop::End3rd);
+    EXPECT_LT(calling.shotsTried, running.shotsTried);
+    EXPECT_LT(calling.EntryChance, running.EntryChance);
+    EXPECT_LT(calling.GoalPct, running.GoalPct);
+}
+
+// A computer coach trailing in the last minute never clears from his own
+// half; a person keeps the clear, even in a game with no screen where the
+// computer calls his plays.
+TEST_F(Table, OnlyAComputerCoachGivesUpTheClearWhenTrailingInTheLastMinute) {
+    s().Period = game->periods();
+    s().Clock = 50;
+    s().Score = {1, 2};
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced).ClearChance, 0);
+    game->setCoach(kVisitor, CoachKind::Human);
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced).ClearChance, 150);
+    s().Clock = 61;
+    game->setCoach(kVisitor, CoachKind::Computer);
+    EXPECT_EQ(probe(Zone::DefenseZone, Call::Balanced).ClearChance, 150);
+}
+
+// A turnover by the side a man up never sends the killers off on a rush by
+// the table's share, wherever it happens; at even strength it can.
+TEST_F(Table, TheStrongerSideGivesUpNoRushShareInAnyZone) {
+    for (Zone zone : {Zone::DefenseZone, Zone::NeutralZone, Zone::OffenseZone}) {
+        game->setManpower(5, 5);
+        const Call call = zone == Zone::OffenseZone ? Call::Pass : Call::Aggressive;
+        EXPECT_GT(probe(zone, call, 5.7, 2).TurnoverRushShare, 0) << text(zone);
+        game->setManpower(5, 4);
+        EXPECT_EQ(probe(zone, call, 5.7, 2).TurnoverRushShare, 0) << text(zone);
+    }
+}
+
 // In the attacking zone the defenders' aggressiveness as they play it now
 // moves the chance of a goal, up for the bolder: the killers' own value on
 // a power play, the even-strength one otherwise; the plan's values, which

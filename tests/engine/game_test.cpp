@@ -14,6 +14,7 @@
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
 #include "operations/schedule_generator.h"
+#include "postgame/game_summary.h"
 #include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
@@ -562,6 +563,23 @@ TEST(WholeGames, TheSameSeedPlaysTheSameGame) {
     bool differs = false;
     for (std::uint64_t seed = 1; seed <= 5 && !differs; ++seed) differs = !(playWhole(seed) == first);
     EXPECT_TRUE(differs);
+}
+
+// The box score's time of attack: each side has some, and the two together
+// are only a part of the game, the play begun in an attacking zone or on a
+// rush.
+TEST(WholeGames, BothSidesGetTimeOfAttackWithinTheGamesLength) {
+    for (std::uint64_t seed : {5u, 11u}) {
+        auto session = loaded(rulesWith(1, 0, 1), seed);
+        Game game(*session, GameOptions{.seed = seed});
+        game.playToEnd();
+        FinishedGame done = summarizeGame(game, 1, 11, 4, 2017);
+        const int played = 3 * 20 * 60 + (game.state().endedBy == GameEnd::Regulation ? 0 : 5 * 60);
+        SCOPED_TRACE(seed);
+        EXPECT_GT(done.side[kVisitor].timeOfAttack, 60);
+        EXPECT_GT(done.side[kHome].timeOfAttack, 60);
+        EXPECT_LT(done.side[kVisitor].timeOfAttack + done.side[kHome].timeOfAttack, played / 2);
+    }
 }
 
 // A game the driver plays through with nobody watching keeps the lines it
