@@ -356,6 +356,11 @@ void Game::buildRush() {
         s_.events.rushKind = rng_.rand(3) == 1 ? RushKind::ThreeOne : RushKind::ThreeTwo;
     else
         s_.events.rushKind = RushKind::ThreeTwo;  // four or five men go as the usual three on two
+    // The step that plays the rush reads its manpower from here: a
+    // breakaway is shot far more often, and better, than an odd-man rush.
+    static constexpr std::array<RushType, 4> kRushTypes{RushType::OneZero, RushType::TwoOne, RushType::ThreeOne,
+                                                        RushType::ThreeTwo};
+    s_.find.rush = kRushTypes[static_cast<std::size_t>(s_.events.rushKind)];
     for (int pos = 0; pos < 5; ++pos)
         if (ev.RushMember[at(pos)]) s_.find.Spot[at(pos)] = 2 + rng_.rand(2);
     RushAssists();

@@ -363,6 +363,22 @@ TEST_F(Puck, APowerPlayGoalIsKeptOutAtTheEndOfACoincidentalCall) {
     EXPECT_EQ(game->state().Skaters, (std::array<int, 2>{5, 5}));
 }
 
+// The rush a turnover starts is played by its manpower: the step that
+// plays it reads the same kind the narration tells.
+TEST_F(Puck, ARushIsPlayedAsTheRushItWasBuiltAs) {
+    std::set<RushType> seen;
+    for (int i = 0; i < 400 && seen.size() < 4; ++i) {
+        game->editState().find.rush = RushType::None;
+        const GameState& s = apply(Zone::NeutralZone, kVisitor, Result::ToRush);
+        if (s.PlayZone != Zone::Rush) continue;
+        ASSERT_NE(s.find.rush, RushType::None);
+        EXPECT_EQ(text(s.find.rush), text(s.events.rushKind));
+        seen.insert(s.find.rush);
+    }
+    EXPECT_TRUE(seen.count(RushType::OneZero));
+    EXPECT_TRUE(seen.count(RushType::ThreeTwo));
+}
+
 TEST_F(Puck, AnIcingBringsTheDrawBackToTheIcingEnd) {
     for (int i = 0; i < 400; ++i) {
         const GameState& s = apply(Zone::DefenseZone, kHome, Result::Clear);
