@@ -408,7 +408,7 @@ private:
     bool recoversClear();
     void callIcing(int side);
     void onOffside();
-    [[nodiscard]] double hitSteering(int side) const;
+    double hitSteering(int side);
     void countHit();
     TurnoverKind turnoverKind();
     bool joinsRush(int side, int pos);

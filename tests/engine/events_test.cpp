@@ -379,6 +379,29 @@ TEST_F(Puck, ARushIsPlayedAsTheRushItWasBuiltAs) {
     EXPECT_TRUE(seen.count(RushType::ThreeTwo));
 }
 
+// Hits on a turnover are steered by the hitting team's hits a game in the
+// replay against its real season: a team far ahead of its real pace hits
+// about half as often as one on it, one far behind about half again more.
+TEST_F(Puck, ATeamsHitsAreSteeredTowardItsRealPace) {
+    auto hitsWith = [&](int replayHits) {
+        TeamRecord& home = session->side(kHome).team;
+        home.TeamRealLine.GP = 10;
+        home.TeamRealLine.Hits = 200;
+        home.TeamFor[0].GP = 10;
+        home.TeamFor[0].Hits = static_cast<std::int16_t>(replayHits);
+        int hits = 0;
+        for (int i = 0; i < 3000; ++i) {
+            game->editState().pen.DelayedState = 0;
+            hits += apply(Zone::NeutralZone, kVisitor, Result::ToNeutral).events.HitDone ? 1 : 0;
+        }
+        return hits / 3000.0;
+    };
+    const double onPace = hitsWith(200), ahead = hitsWith(400), behind = hitsWith(80);
+    EXPECT_NEAR(onPace, .72, .05);
+    EXPECT_NEAR(ahead / onPace, .5, .08);
+    EXPECT_NEAR(behind, std::min(1.0, 1.75 * .715), .05);
+}
+
 TEST_F(Puck, AnIcingBringsTheDrawBackToTheIcingEnd) {
     for (int i = 0; i < 400; ++i) {
         const GameState& s = apply(Zone::DefenseZone, kHome, Result::Clear);
