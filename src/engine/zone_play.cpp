@@ -150,6 +150,8 @@ void Game::onClear() {
             PickNames();
             break;
         case ClearTarget::Icing:
+            // The clear is seen going down the ice before the whistle.
+            DescribeClear();
             callIcing(side);
             break;
         default:

@@ -402,6 +402,18 @@ TEST_F(Puck, ATeamsHitsAreSteeredTowardItsRealPace) {
     EXPECT_NEAR(behind, std::min(1.0, 1.75 * .715), .05);
 }
 
+// An iced clear is told as a clear going down the ice, then the whistle.
+TEST_F(Puck, AnIcedClearIsToldAsTheClearAndThenTheWhistle) {
+    for (int i = 0; i < 20; ++i) {
+        const int before = game->playTelling().count();
+        const GameState& s = apply(Zone::DefenseZone, kHome, Result::Clear);
+        if (s.events.clearTarget != ClearTarget::Icing) continue;
+        EXPECT_EQ(game->playTelling().count() - before, 2);
+        return;
+    }
+    FAIL() << "no icing in 20 clears";
+}
+
 TEST_F(Puck, AnIcingBringsTheDrawBackToTheIcingEnd) {
     for (int i = 0; i < 400; ++i) {
         const GameState& s = apply(Zone::DefenseZone, kHome, Result::Clear);
