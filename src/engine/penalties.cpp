@@ -1130,6 +1130,8 @@ void Game::callPenaltyShot() {
     Result& r = s_.PlayResult;
     bool onRush = s_.LastZone == Zone::Rush;
     bool foulOnAttack = r == Result::Penalty && s_.penaltyOn == s_.OtherTeam();
+    // A foul by the attackers, or a scrap, gives them nothing.
+    if (r == Result::Penalty && !foulOnAttack) return;
     if (!onRush && !foulOnAttack) return;
     if (session_.league().rules.PShotlist == 0) return;
     if (s_.GoaliePulled[0] || s_.GoaliePulled[1] || penaltyDelayed()) return;

@@ -629,6 +629,24 @@ TEST_F(PenaltyGame, PenaltyShotsComeOnRushesByTheirManpower) {
     EXPECT_NEAR(calls(RushType::TwoOne, false), 20000 * .008, 45);
     EXPECT_NEAR(calls(RushType::ThreeTwo, false), 20000 * .004, 35);
     EXPECT_EQ(calls(RushType::OneZero, true), 0);
+
+    // The attackers' own foul on a breakaway is only a penalty.
+    int shots = 0;
+    for (int i = 0; i < 2000; ++i) {
+        GameState& e = game->editState();
+        e.pen = {};
+        e.Skaters = {5, 5};
+        e.GoaliePulled = {false, false};
+        e.Clock = 600;
+        e.PlayZone = Zone::Rush;
+        e.find.rush = RushType::OneZero;
+        e.PuckTeam = kVisitor;
+        e.penaltyOn = kVisitor;
+        e.PlayResult = Result::Penalty;
+        game->ApplyPlay();
+        shots += s().PlayZone == Zone::PenaltyShot ? 1 : 0;
+    }
+    EXPECT_EQ(shots, 0);
 }
 
 TEST_F(PenaltyGame, TheMatchPenaltyAndTheMisconductRulePutMenOut) {
