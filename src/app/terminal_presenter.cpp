@@ -155,16 +155,18 @@ CoachingEnd coachRecordedGame(RecordedGame& recorded, TerminalPresenter& present
     while (!game.state().GameEndedFlag) {
         auto pending = presenter.takePending();
         if (pending.ask == TerminalPresenter::Ask::None) {
-            // Nothing asked of the user: the driver has more to run.
+            // Nothing asked of the user: the driver has more to run. What it
+            // asks next is the question of this round.
             recorded.drive();
-            if (presenter.takePending().ask == TerminalPresenter::Ask::None && !game.state().GameEndedFlag) {
+            pending = presenter.takePending();
+            if (game.state().GameEndedFlag) break;
+            if (pending.ask == TerminalPresenter::Ask::None) {
                 // The engine stopped with no question: let the computer finish.
                 recorded.setCoach(kVisitor, CoachKind::Computer);
                 recorded.setCoach(kHome, CoachKind::Computer);
                 recorded.drive();
                 break;
             }
-            continue;
         }
         int side = pending.side;
         presenter.ShowClock(game);

@@ -113,6 +113,9 @@ void Game::ApplyPlay() {
         default:
             break;
     }
+    // The horn sweeps away all but the end of a play, so a penalty shot is
+    // only called when the period goes on.
+    if (s_.Clock > horn) callPenaltyShot();
     if (s_.Clock <= horn) {
         s_.periodEnds = true;
         if (r == Result::Goal && rng_.rand(10) <= 4) r = Result::Save;
@@ -182,6 +185,10 @@ void Game::dispatchResult() {
             s_.PlayZone = rng_.rand(100) <= 70 ? Zone::NeutralZoneRetreat : Zone::DefenseZoneRetreat;
             DescribeRetreat();
             break;
+        case Result::PenaltyShot:
+            // No penalty is served: the fouled side shoots next.
+            s_.PlayZone = Zone::PenaltyShot;
+            break;
         case Result::NoPlay:
             s_.periodEnds = true;
             s_.PlayZone = Zone::FaceoffCenter1;
@@ -231,6 +238,14 @@ void Game::prepareNextState() {
             }
             break;
         case Zone::Rush:
+            break;
+        case Zone::PenaltyShot:
+            // The fouled carrier stays on the puck; the man who fouled him is
+            // the one who was on him.
+            f.Passer1 = kNoSlot;
+            f.Passer2 = kNoSlot;
+            FindDefender();
+            DescribePenaltyShotCall();
             break;
         default:
             f.Carrier = kNoSlot;

@@ -717,7 +717,7 @@ double Game::unitSeconds(int side, UnitKind kind, int unit) const {
 // it or the draw is in his own end.
 void Game::computerGoaliePull(int side) {
     Zone z = s_.PlayZone;
-    if (s_.Period < periods_ || s_.Clock > 120 || z == Zone::Shootout) {
+    if (s_.Period < periods_ || s_.Clock > 120 || z == Zone::Shootout || z == Zone::PenaltyShot) {
         returnGoalie(side);
         return;
     }

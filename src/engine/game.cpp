@@ -142,7 +142,7 @@ void Game::OffenseCommand(Call call) {
         ContinueCommand();
         return;
     }
-    if (z == Zone::Shootout || z == Zone::ContinueBox) {
+    if (z == Zone::Shootout || z == Zone::ContinueBox || z == Zone::PenaltyShot) {
         PlayStep();
         return;
     }
@@ -213,6 +213,10 @@ void Game::PlayStep() {
         if (shown()) presenter_->ShowPlayLines(*this, playLines());
         play_.endPlay();
         resumeDriver();
+        return;
+    }
+    if (s_.PlayZone == Zone::PenaltyShot) {
+        if (!s_.ProbeOnly) PenaltyShotStep();
         return;
     }
     if (s_.PlayZone == Zone::ContinueBox) {

@@ -309,6 +309,10 @@ public:
     // A penalty shot for `side` whose man `fouled` was hauled down on a
     // breakaway; true on a goal. Leaves the next faceoff in PlayZone.
     bool PenaltyShot(int side, int fouled);
+    // The step of the "PENALTY-SHOT" state: the shot, told and counted.
+    void PenaltyShotStep();
+    // A foul on a breakaway or on the attack may give a penalty shot instead.
+    void callPenaltyShot();
     // The penalty and fight chances of a step outside the offensive zone.
     void PenaltyChances(PlayChances& c);
     [[nodiscard]] int minPenaltyLeft() const;
@@ -405,7 +409,7 @@ private:
     bool recoversClear();
     void callIcing(int side);
     void onOffside();
-    [[nodiscard]] double hitSteering(int side) const;
+    double hitSteering(int side);
     void countHit();
     TurnoverKind turnoverKind();
     bool joinsRush(int side, int pos);
@@ -478,6 +482,7 @@ private:
     void DescribeDelayedPenalty(int side, int offender);
     void DescribeFight(std::array<int, 2> fighter);
     void DescribePenaltyShot(int side, int shooter, bool goal);
+    void DescribePenaltyShotCall();
     void DescribeInjury(int side, int slot, int games);
     void DescribeGoaliePull(int side);
     void DescribeTimeout(int side);

@@ -132,6 +132,7 @@ void cleanAssists(GoalCredit& g) {
 }
 
 GoalStrength strengthOf(const GoalCredit& g) {
+    if (g.penaltyShot) return GoalStrength::Even;
     if (g.skaters[0] > g.skaters[1]) return GoalStrength::PowerPlay;
     if (g.skaters[0] < g.skaters[1]) return GoalStrength::ShortHanded;
     return GoalStrength::Even;
@@ -161,7 +162,8 @@ void creditGoal(GoalCredit g, BySlot<PlayerRecord>& scoring, BySlot<PlayerRecord
     if (present(g.goalie)) creditBoth(other[at(g.goalie)], [](StatLine& l) { bump(l.GoalsAllowed); });
     // A power-play goal moves nobody's plus/minus; any other goal moves
     // everybody's who stood on the ice.
-    if (strength == GoalStrength::PowerPlay) return;
+    // Nor does a penalty shot: the men on the ice stood and watched.
+    if (strength == GoalStrength::PowerPlay || g.penaltyShot) return;
     for (int slot : g.ice[0].slot)
         if (present(slot)) creditBoth(scoring[at(slot)], [](StatLine& l) { bump(l.PlusMinus); });
     for (int slot : g.ice[1].slot)

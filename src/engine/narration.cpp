@@ -1456,16 +1456,26 @@ void Game::DescribeFight(std::array<int, 2> fighter) {
     if (telling()) play_.addShort(words("FIGHT:", a, "and", b, "drop the gloves"));
 }
 
-void Game::DescribePenaltyShot(int side, int shooter, bool goal) {
+// The whistle on the foul; the shot waits for the next step.
+void Game::DescribePenaltyShotCall() {
+    int side = s_.PuckTeam;
+    int fouled = s_.find.Carrier;
+    int foul = s_.find.Defender;
+    if (fouled != kNoSlot && foul != kNoSlot)
+        sayFor(other(side), words(nameOf(other(side), foul), "hauls down", nameOf(side, fouled)), {other(side), foul},
+               {side, fouled});
     sayFor(side, words(phrase(206))).sound = kSoundStoppage;
+}
+
+// The shooter steps up; a goal is told by the goal lines that post it, so
+// only a stop is finished here.
+void Game::DescribePenaltyShot(int side, int shooter, bool goal) {
     sayFor(side, words(nameOf(side, shooter), phrase(207)), {side, shooter});
-    LineMarks& m = goal ? sayFor(side, words(nameOf(side, shooter), "SCORES on a penalty shot"), {side, shooter})
-                        : sayFor(other(side),
-                                 words("the penalty shot is stopped by", nameOf(other(side), netminder(other(side)))));
-    m.sound = goal ? kSoundGoal : kSoundSave;
-    if (goal) m.icon = kIconGoal;
-    if (telling())
-        play_.addShort(words(nameOf(side, shooter), goal ? "SCORES on a penalty shot" : "misses penalty shot"));
+    if (goal) return;
+    int goalie = netminder(other(side));
+    LineMarks& m = sayFor(other(side), words("the penalty shot is stopped by", nameOf(other(side), goalie)));
+    m.sound = kSoundSave;
+    if (telling()) play_.addShort(words(nameOf(side, shooter), "misses penalty shot"));
 }
 
 void Game::DescribeInjury(int side, int slot, int games) {

@@ -1122,56 +1122,123 @@ void Game::ScrumAfterWhistle() {
 
 // ---- Penalty shots ------------------------------------------------------------
 
-// A foul from behind on a breakaway: the fouled man shoots alone on the
-// goalie (or, where the rules let any man take it, the team's best at it),
-// with the chance of a shootout attempt. No penalty is served for it.
+// A man hauled down from behind with only the goalie to beat, or a foul on
+// the attack that the referee judges took away a clear chance: the fouled
+// side gets a penalty shot instead of a power play. Only with both goalies
+// in their nets and no call already waiting.
+void Game::callPenaltyShot() {
+    Result& r = s_.PlayResult;
+    bool onRush = s_.LastZone == Zone::Rush;
+    bool foulOnAttack = r == Result::Penalty && s_.penaltyOn == s_.OtherTeam();
+    // A foul by the attackers, or a scrap, gives them nothing.
+    if (r == Result::Penalty && !foulOnAttack) return;
+    if (!onRush && !foulOnAttack) return;
+    if (session_.league().rules.PShotlist == 0) return;
+    if (s_.GoaliePulled[0] || s_.GoaliePulled[1] || penaltyDelayed()) return;
+    bool called = rng_.rand(1000) == 1;
+    if (!called && onRush) {
+        int limit = 0;
+        switch (s_.find.rush) {
+            case RushType::OneZero:
+                limit = 20;
+                break;
+            case RushType::TwoOne:
+            case RushType::ThreeOne:
+                limit = 7;
+                break;
+            case RushType::ThreeTwo:
+                limit = 3;
+                break;
+            case RushType::None:
+                break;
+        }
+        called = limit > 0 && rng_.rand(1000) <= limit;
+    }
+    if (called) r = Result::PenaltyShot;
+}
+
+// The shot itself, a step of its own: the shooter's coach has been asked,
+// nothing else moves on the ice and the clock stands.
+void Game::PenaltyShotStep() {
+    play_.startPlay();
+    s_.LastPlayCall = s_.PlayCall;
+    clearPlayFlags();
+    PenaltyShot(s_.PuckTeam, s_.find.Carrier);
+    s_.LastPlayResult = s_.PlayResult;
+    s_.find.newPlay = true;
+    s_.lineChangeMade = {false, false};
+    s_.entryFromFaceoff = false;
+    s_.OffensiveDraw = false;
+    SetPlayRating();
+    // A goal in sudden death ends the game at once.
+    endOfPeriod();
+    GameOverCheck();
+    ++s_.steps;
+    ++tally_.steps[static_cast<std::size_t>(Zone::PenaltyShot)];
+    if (shown()) {
+        presenter_->ShowClock(*this);
+        presenter_->ShowIce(*this);
+        presenter_->ShowPlayLines(*this, playLines());
+    }
+    play_.endPlay();
+    resumeDriver();
+}
+
+// The fouled man shoots (or, where the rules let any man take it, the one
+// his team would send out in a shootout), with a shootout attempt's chance.
+// A goal is posted as any other, under its own strength key; no penalty is
+// served for the foul and nobody's time in the box runs out on it. Play
+// goes on from center ice either way.
 bool Game::PenaltyShot(int side, int fouled) {
+    s_.LastZone = Zone::PenaltyShot;
     const RulesRecord& rules = session_.league().rules;
     SideTables& shooters = session_.side(side);
     int defending = other(side);
     int shooter = fouled;
-    if (shooter == kNoSlot || rules.PShotAnyoption == 1 || offIce(side, shooter)) {
-        int best = -1;
-        for (int slot = 0; slot < static_cast<int>(kRosterSlots); ++slot) {
-            const PlayerRecord& p = shooters.player(slot);
-            if (!teams_[at(side)].candidate[at(slot)] || isGoalie(p)) continue;
-            int score = p.DepthShootout * 1000 + p.RatingPenaltyShot * 100 + p.RatingShotOut;
-            if (score > best) {
-                best = score;
-                shooter = slot;
-            }
+    if (shooter == kNoSlot || rules.PShotAnyoption == 1 || offIce(side, shooter) ||
+        !teams_[at(side)].candidate[at(shooter)])
+        shooter = FindShootoutShooter(side);
+    FindState& f = s_.find;
+    f.Carrier = shooter;
+    f.CarrierPos = shooter == kNoSlot ? kNoPos : positionOf(side, shooter);
+    f.Passer1 = kNoSlot;
+    f.Passer2 = kNoSlot;
+    s_.events.Kind = ShotKind::Breakaway;
+    s_.events.ShotClass = 3;
+    int goalie = netminder(defending);
+    bool goal = false;
+    if (shooter != kNoSlot) {
+        const PlayerRecord& taker = shooters.player(shooter);
+        double goalieRating = goalie == kNoSlot ? 0 : sideOf(defending).player(goalie).RatingGoalie;
+        double c =
+            goalie == kNoSlot
+                ? 1000
+                : std::clamp((taker.RatingPenaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
+        goal = rng_.rand(1000) <= c;
+        auto raise = [](auto& v) { v = static_cast<std::remove_reference_t<decltype(v)>>(v + 1); };
+        PlayerRecord& p = shooters.player(shooter);
+        for (StatLineIndex line : {StatLineIndex::Game, StatLineIndex::Replay}) {
+            raise(statLine(p, line).PenaltyShotAttempts);
+            if (goalie == kNoSlot) continue;
+            StatLine& g = statLine(session_.side(defending).player(goalie), line);
+            raise(g.GoaliePenaltyShotsFaced);
+            if (goal) raise(g.GoaliePenaltyShotGoals);
         }
+        raise(p.PenaltyShotsTaken);
     }
-    if (shooter == kNoSlot) return false;
-    const PlayerRecord& taker = shooters.player(shooter);
-    int goalie = s_.GoaliePulled[at(defending)] ? kNoSlot : s_.goalie[at(defending)];
-    double goalieRating = goalie == kNoSlot ? 0 : sideOf(defending).player(goalie).RatingGoalie;
-    double c =
-        goalie == kNoSlot
-            ? 1000
-            : std::clamp((taker.RatingPenaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
-    bool goal = rng_.rand(1000) <= c;
-    auto raise = [](auto& v) { v = static_cast<std::remove_reference_t<decltype(v)>>(v + 1); };
-    PlayerRecord& p = shooters.player(shooter);
-    for (StatLineIndex line : {StatLineIndex::Game, StatLineIndex::Replay}) {
-        raise(statLine(p, line).PenaltyShotAttempts);
-        if (goal) raise(statLine(p, line).PenaltyShotGoals);
-        if (goalie == kNoSlot) continue;
-        StatLine& g = statLine(session_.side(defending).player(goalie), line);
-        raise(g.GoaliePenaltyShotsFaced);
-        if (goal) raise(g.GoaliePenaltyShotGoals);
-    }
-    raise(p.PenaltyShotsTaken);
-    if (goal) raise(shooters.team.GoalsPenaltyShot[1]);
     DescribePenaltyShot(side, shooter, goal);
-    ++s_.Shots[at(side)];
-    ++s_.shotsByPeriod.back()[at(side)];
+    s_.PuckTeam = side;
     if (goal) {
-        s_.PuckTeam = side;
-        onGoal();
+        s_.PlayResult = Result::Goal;
+        postGoal(false);
     } else {
-        s_.PlayZone = faceoffZone(FaceoffSpot::Defense, defending, 1);
+        s_.PlayResult = Result::Save;
+        countSave(side, shooter);
     }
+    s_.PlayZone = Zone::FaceoffCenter1;
+    s_.PuckTeam = kVisitor;
+    f.Carrier = kNoSlot;
+    f.CarrierPos = kNoPos;
     return goal;
 }
 

@@ -201,14 +201,16 @@ void Game::postGoal(bool fromClear) {
     note.period = s_.Period;
     note.clock = s_.Clock;
     note.side = side;
-    note.strengthEdge = s_.Skaters[at(side)] - s_.Skaters[at(against)];
+    // A penalty shot is one man against the goalie, whatever the manpower.
+    note.strengthEdge = g.penaltyShot ? 0 : s_.Skaters[at(side)] - s_.Skaters[at(against)];
     note.emptyNet = g.emptyNet;
     note.scorer = g.scorer;
     note.assists = {g.passer1, g.passer2};
     note.type = type;
     s_.goals.push_back(note);
 
-    penaltyGoal(side);
+    // The foul was punished by the shot itself: no one leaves the box for it.
+    if (!g.penaltyShot) penaltyGoal(side);
     s_.PlayZone = Zone::FaceoffCenter1;
     s_.PuckTeam = kVisitor;
 }

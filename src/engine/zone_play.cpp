@@ -150,6 +150,8 @@ void Game::onClear() {
             PickNames();
             break;
         case ClearTarget::Icing:
+            // The clear is seen going down the ice before the whistle.
+            DescribeClear();
             callIcing(side);
             break;
         default:
@@ -183,20 +185,20 @@ void Game::onOffside() {
 
 // ---- Hits -------------------------------------------------------------------------------
 
-// A team that has hit more in the replay than in real life hits less now,
-// and the other way round: the on-ice men's real and replay rates.
-double Game::hitSteering(int side) const {
-    const SideTables& t = sideOf(side);
-    double real = 0;
-    double replay = 0;
-    for (std::size_t pos = 0; pos < 5; ++pos) {
-        int slot = s_.onIce[at(side)].slot[pos];
-        if (slot == kNoSlot) continue;
-        real += t.rate(RateSet::Real, slot).HitsPer60;
-        replay += t.rate(RateSet::Replay, slot).HitsPer60;
-    }
-    if (real <= 0 || replay <= 0) return 1;
-    return std::clamp(real / replay, .7, 1.3);
+// A team that has hit more a game in the replay than in its real season
+// hits less now, and the other way round, in the steps by which a man's own
+// hits steer who throws the hit. Too few hits on either side steer nothing.
+double Game::hitSteering(int side) {
+    const TeamRecord& t = sideOf(side).team;
+    const StatLine& real = t.TeamRealLine;
+    const TeamStatLine& replay = t.TeamFor[0];
+    if (real.Hits <= 10 || replay.Hits <= 10 || real.GP <= 0 || replay.GP <= 0) return 1;
+    double m = (static_cast<double>(replay.Hits) / replay.GP) / (static_cast<double>(real.Hits) / real.GP);
+    if (m > 1 + .4 * rng_.rnd()) return .5;
+    if (m > 1 + .2 * rng_.rnd()) return .75;
+    if (m < 1 - .4 * rng_.rnd()) return 1.75;
+    if (m < 1 - .2 * rng_.rnd()) return 1.25;
+    return 1;
 }
 
 void Game::countHit() {
@@ -356,6 +358,11 @@ void Game::buildRush() {
         s_.events.rushKind = rng_.rand(3) == 1 ? RushKind::ThreeOne : RushKind::ThreeTwo;
     else
         s_.events.rushKind = RushKind::ThreeTwo;  // four or five men go as the usual three on two
+    // The step that plays the rush reads its manpower from here: a
+    // breakaway is shot far more often, and better, than an odd-man rush.
+    static constexpr std::array<RushType, 4> kRushTypes{RushType::OneZero, RushType::TwoOne, RushType::ThreeOne,
+                                                        RushType::ThreeTwo};
+    s_.find.rush = kRushTypes[static_cast<std::size_t>(s_.events.rushKind)];
     for (int pos = 0; pos < 5; ++pos)
         if (ev.RushMember[at(pos)]) s_.find.Spot[at(pos)] = 2 + rng_.rand(2);
     RushAssists();

@@ -318,6 +318,7 @@ void BoxWrite(BoxFile& boxFile, const GameSession& session, const FinishedGame& 
             r1.BoxInjuryType[at] = p.InjuryType;
             r1.BoxInjuredInGame[at] = byte(x.injuredInGame[std::size_t(slot)]);
             r1.BoxShootoutGoalsOf[at] = byte(x.shootoutGoalsOf[std::size_t(slot)]);
+            r1.BoxPenaltyShots[at] = g.PenaltyShotAttempts;
             r1.BoxChancesOf[at] = byte(p.ScoringChances[1]);
             r1.BoxPenaltyCounts[0][at] = byte(p.Minors[1]);
             r1.BoxPenaltyCounts[1][at] = byte(p.Majors[1]);

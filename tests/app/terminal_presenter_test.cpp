@@ -48,6 +48,28 @@ TEST(TerminalCoaching, AKeyTheBoxDoesNotOfferIsRefusedAndAskedAgain) {
     EXPECT_EQ(game->coach(kVisitor), CoachKind::Computer);
 }
 
+// A penalty shot for the user's side waits for his one call; then it is
+// taken by the man who was fouled and the game goes on.
+TEST(TerminalCoaching, APenaltyShotWaitsForTheUsersShootCall) {
+    Coached c;
+    auto game = c.game(kVisitor);
+    game->InitGame();
+    GameState& e = game->editState();
+    const int fouled = e.onIce[kVisitor].slot[1];
+    e.PlayZone = Zone::PenaltyShot;
+    e.PuckTeam = kVisitor;
+    e.find.Carrier = fouled;
+    RecordedGame recorded(*game);
+    std::istringstream in("1\nq\n");
+    cli::coachRecordedGame(recorded, c.presenter, in, c.out, false);
+    std::string text = c.out.str();
+    EXPECT_NE(text.find("1-Shoot"), std::string::npos) << text;
+    EXPECT_NE(text.find("will take the penalty shot"), std::string::npos) << text;
+    const PlayerRecord& p = c.session->side(kVisitor).player(fouled);
+    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotAttempts, 1);
+    EXPECT_TRUE(game->state().GameEndedFlag);
+}
+
 TEST(TerminalCoaching, SaveStopsAtTheCallAndLeavesTheQuestionStanding) {
     Coached c;
     auto game = c.game(kHome);

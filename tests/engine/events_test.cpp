@@ -363,6 +363,57 @@ TEST_F(Puck, APowerPlayGoalIsKeptOutAtTheEndOfACoincidentalCall) {
     EXPECT_EQ(game->state().Skaters, (std::array<int, 2>{5, 5}));
 }
 
+// The rush a turnover starts is played by its manpower: the step that
+// plays it reads the same kind the narration tells.
+TEST_F(Puck, ARushIsPlayedAsTheRushItWasBuiltAs) {
+    std::set<RushType> seen;
+    for (int i = 0; i < 400 && seen.size() < 4; ++i) {
+        game->editState().find.rush = RushType::None;
+        const GameState& s = apply(Zone::NeutralZone, kVisitor, Result::ToRush);
+        if (s.PlayZone != Zone::Rush) continue;
+        ASSERT_NE(s.find.rush, RushType::None);
+        EXPECT_EQ(text(s.find.rush), text(s.events.rushKind));
+        seen.insert(s.find.rush);
+    }
+    EXPECT_TRUE(seen.count(RushType::OneZero));
+    EXPECT_TRUE(seen.count(RushType::ThreeTwo));
+}
+
+// Hits on a turnover are steered by the hitting team's hits a game in the
+// replay against its real season: a team far ahead of its real pace hits
+// about half as often as one on it, one far behind about half again more.
+TEST_F(Puck, ATeamsHitsAreSteeredTowardItsRealPace) {
+    auto hitsWith = [&](int replayHits) {
+        TeamRecord& home = session->side(kHome).team;
+        home.TeamRealLine.GP = 10;
+        home.TeamRealLine.Hits = 200;
+        home.TeamFor[0].GP = 10;
+        home.TeamFor[0].Hits = static_cast<std::int16_t>(replayHits);
+        int hits = 0;
+        for (int i = 0; i < 3000; ++i) {
+            game->editState().pen.DelayedState = 0;
+            hits += apply(Zone::NeutralZone, kVisitor, Result::ToNeutral).events.HitDone ? 1 : 0;
+        }
+        return hits / 3000.0;
+    };
+    const double onPace = hitsWith(200), ahead = hitsWith(400), behind = hitsWith(80);
+    EXPECT_NEAR(onPace, .72, .05);
+    EXPECT_NEAR(ahead / onPace, .5, .08);
+    EXPECT_NEAR(behind, std::min(1.0, 1.75 * .715), .05);
+}
+
+// An iced clear is told as a clear going down the ice, then the whistle.
+TEST_F(Puck, AnIcedClearIsToldAsTheClearAndThenTheWhistle) {
+    for (int i = 0; i < 20; ++i) {
+        const int before = game->playTelling().count();
+        const GameState& s = apply(Zone::DefenseZone, kHome, Result::Clear);
+        if (s.events.clearTarget != ClearTarget::Icing) continue;
+        EXPECT_EQ(game->playTelling().count() - before, 2);
+        return;
+    }
+    FAIL() << "no icing in 20 clears";
+}
+
 TEST_F(Puck, AnIcingBringsTheDrawBackToTheIcingEnd) {
     for (int i = 0; i < 400; ++i) {
         const GameState& s = apply(Zone::DefenseZone, kHome, Result::Clear);

@@ -749,12 +749,16 @@ TEST(WholeGames, MomentumStaysWithinAHalfAndNeverAgainstThePowerPlay) {
         Game game(*session, GameOptions{.seed = seed});
         game.InitGame();
         while (!game.state().GameOverFlag) {
+            const auto before = game.state().Skaters;
             game.PlayStep();
             const double m = game.state().Momentum;
             ASSERT_LE(std::fabs(m), .5 + 1e-9) << "step " << game.state().steps;
             const auto& men = game.state().Skaters;
             const auto& pulled = game.state().GoaliePulled;
             const int visitor = men[0] + (pulled[0] ? 1 : 0), home = men[1] + (pulled[1] ? 1 : 0);
+            // A man back from the box on the clock's last run gives a power
+            // play that the next step's bookkeeping weighs.
+            if (men[0] > before[0] || men[1] > before[1]) continue;
             if (visitor > home) {
                 EXPECT_GE(m, 0) << "step " << game.state().steps;
             }

@@ -529,21 +529,124 @@ TEST_F(PenaltyGame, APowerPlayIsCountedWhenASideGainsTheEdge) {
     EXPECT_EQ(pp, (std::array<int, 2>{2, 1}));
 }
 
-TEST_F(PenaltyGame, APenaltyShotIsTakenAndCounted) {
+// A foul on a breakaway: the play stops for the shot, which is a step of its
+// own; goal or save, it is counted once and play resumes at center with the
+// manpower it had, a man in the box staying there.
+TEST_F(PenaltyGame, APenaltyShotIsCalledTakenAndCountedOnce) {
+    int jailed = skater(kHome, 4);
+    game->assessPenalty(kHome, jailed, PenaltyType::Minor);
+    ASSERT_EQ(skaters(), (std::array<int, 2>{5, 4}));
     int fouled = skater(kVisitor, 1);
     int goalie = s().goalie[kHome];
-    int goals = 0;
-    for (int i = 0; i < 200; ++i) goals += game->PenaltyShot(kVisitor, fouled) ? 1 : 0;
-    const PlayerRecord& p = session->side(kVisitor).player(fouled);
-    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotAttempts, 200);
-    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotGoals, goals);
-    EXPECT_EQ(statLine(session->side(kHome).player(goalie), StatLineIndex::Game).GoaliePenaltyShotsFaced, 200);
-    EXPECT_EQ(s().Score[kVisitor], goals);
-    // Some go in, most don't.
-    EXPECT_GT(goals, 10);
-    EXPECT_LT(goals, 150);
-    EXPECT_EQ(skaters(), (std::array<int, 2>{5, 5}));
-    EXPECT_EQ(s().pen.PenaltyMinutes, (std::array<int, 2>{0, 0}));
+    GameState& e = game->editState();
+    e.Clock = 600;
+    e.PlayZone = Zone::Rush;
+    e.PuckTeam = kVisitor;
+    e.find.Carrier = fouled;
+    e.find.CarrierPos = 1;
+    e.PlayResult = Result::PenaltyShot;
+    game->ApplyPlay();
+    ASSERT_EQ(s().PlayZone, Zone::PenaltyShot);
+    EXPECT_EQ(s().PuckTeam, kVisitor);
+    EXPECT_EQ(s().find.Carrier, fouled);
+    EXPECT_TRUE(s().onIce[kHome].holds(s().find.Defender));  // the man who hauled him down
+    EXPECT_EQ(box(kHome).size(), 1u);                        // no penalty for it
+
+    auto line = [&](int side, int slot) { return statLine(session->side(side).player(slot), StatLineIndex::Game); };
+    auto replayLine = [&](int side, int slot) {
+        return statLine(session->side(side).player(slot), StatLineIndex::Replay);
+    };
+    int goals = 0, saves = 0;
+    for (int attempt = 1; attempt <= 60 && (goals == 0 || saves == 0); ++attempt) {
+        const StatLine shooterBefore = line(kVisitor, fouled);
+        const StatLine goalieBefore = line(kHome, goalie);
+        const int penaltyShotGoals = session->side(kVisitor).team.GoalsPenaltyShot[1];
+        const auto score = s().Score;
+        const auto shots = s().Shots;
+        const std::size_t notes = s().goals.size();
+        const int replayAttempts = replayLine(kVisitor, fouled).PenaltyShotAttempts;
+        GameState& r = game->editState();
+        r.PlayZone = Zone::PenaltyShot;
+        r.PuckTeam = kVisitor;
+        r.find.Carrier = fouled;
+        game->OffenseCommand(Call::Shoot);
+
+        const StatLine shooter = line(kVisitor, fouled);
+        const StatLine keeper = line(kHome, goalie);
+        const bool goal = s().Score[kVisitor] > score[kVisitor];
+        (goal ? goals : saves) += 1;
+        EXPECT_EQ(s().Score[kVisitor], score[kVisitor] + (goal ? 1 : 0));
+        EXPECT_EQ(s().Score[kHome], score[kHome]);
+        EXPECT_EQ(s().Shots[kVisitor], shots[kVisitor] + 1);
+        EXPECT_EQ(shooter.Sog, shooterBefore.Sog + 1);
+        EXPECT_EQ(shooter.PenaltyShotAttempts, attempt);
+        EXPECT_EQ(replayLine(kVisitor, fouled).PenaltyShotAttempts, replayAttempts + 1);
+        EXPECT_EQ(shooter.Goals, shooterBefore.Goals + (goal ? 1 : 0));
+        EXPECT_EQ(shooter.PenaltyShotGoals, shooterBefore.PenaltyShotGoals + (goal ? 1 : 0));
+        // One man against the goalie: no power-play goal, no plus or minus.
+        EXPECT_EQ(shooter.PPG, 0);
+        EXPECT_EQ(shooter.PlusMinus, shooterBefore.PlusMinus);
+        EXPECT_EQ(keeper.GoaliePenaltyShotsFaced, attempt);
+        EXPECT_EQ(keeper.GoaliePenaltyShotGoals, goals);
+        EXPECT_EQ(keeper.GoalsAllowed, goalieBefore.GoalsAllowed + (goal ? 1 : 0));
+        EXPECT_EQ(keeper.Saves, goalieBefore.Saves + (goal ? 0 : 1));
+        EXPECT_EQ(session->side(kVisitor).team.GoalsPenaltyShot[1], penaltyShotGoals + (goal ? 1 : 0));
+        ASSERT_EQ(s().goals.size(), notes + (goal ? 1 : 0));
+        if (goal) {
+            EXPECT_EQ(s().goals.back().type, GoalType::PenaltyShot);
+            EXPECT_EQ(s().goals.back().strengthEdge, 0);
+        }
+        EXPECT_EQ(s().PlayZone, Zone::FaceoffCenter1);
+        EXPECT_EQ(skaters(), (std::array<int, 2>{5, 4}));
+        EXPECT_TRUE(game->offIce(kHome, jailed));
+    }
+    EXPECT_GT(goals, 0);
+    EXPECT_GT(saves, 0);
+    EXPECT_EQ(s().pen.PowerPlayGoals[kVisitor], 0);
+}
+
+// The whistle comes on a rush by its manpower, a breakaway most often, and
+// never against an empty net.
+TEST_F(PenaltyGame, PenaltyShotsComeOnRushesByTheirManpower) {
+    auto calls = [&](RushType rush, bool pulled) {
+        int n = 0;
+        for (int i = 0; i < 20000; ++i) {
+            GameState& e = game->editState();
+            e.Clock = 600;
+            e.PlayZone = Zone::Rush;
+            e.find.rush = rush;
+            e.PuckTeam = kVisitor;
+            e.GoaliePulled = {false, pulled};
+            e.PlayResult = Result::ToNeutral;
+            e.pen.DelayedState = 0;
+            game->ApplyPlay();
+            n += s().PlayZone == Zone::PenaltyShot ? 1 : 0;
+        }
+        return n;
+    };
+    // 1 in 1000 on any rush, then 20, 7 and 3 in 1000 by the rush.
+    EXPECT_NEAR(calls(RushType::OneZero, false), 20000 * .021, 70);
+    EXPECT_NEAR(calls(RushType::TwoOne, false), 20000 * .008, 45);
+    EXPECT_NEAR(calls(RushType::ThreeTwo, false), 20000 * .004, 35);
+    EXPECT_EQ(calls(RushType::OneZero, true), 0);
+
+    // The attackers' own foul on a breakaway is only a penalty.
+    int shots = 0;
+    for (int i = 0; i < 2000; ++i) {
+        GameState& e = game->editState();
+        e.pen = {};
+        e.Skaters = {5, 5};
+        e.GoaliePulled = {false, false};
+        e.Clock = 600;
+        e.PlayZone = Zone::Rush;
+        e.find.rush = RushType::OneZero;
+        e.PuckTeam = kVisitor;
+        e.penaltyOn = kVisitor;
+        e.PlayResult = Result::Penalty;
+        game->ApplyPlay();
+        shots += s().PlayZone == Zone::PenaltyShot ? 1 : 0;
+    }
+    EXPECT_EQ(shots, 0);
 }
 
 TEST_F(PenaltyGame, TheMatchPenaltyAndTheMisconductRulePutMenOut) {
