@@ -382,6 +382,20 @@ Result Game::applyOverrides(Result r) {
         (r == Result::Block || r == Result::Save || r == Result::Miss) && rng_.rand(100) <= 5)
         r = Result::Goal;
     if (s_.PlayCall == Call::Clear && (isOffenseState(s_.PlayZone) || isShotResult(r))) r = Result::Clear;
+    // A breakaway at an empty net goes in, and nothing the step drew
+    // against either side is called.
+    if (s_.PlayZone == Zone::Rush && s_.find.rush == RushType::OneZero && s_.GoaliePulled[at(s_.OtherTeam())]) {
+        r = Result::Goal;
+        s_.penaltyOn = -1;
+    }
+    // Carrying the puck up at an empty net: mostly it goes up ice, else it
+    // is lost in one end or the other. A long unwatched game hurries less.
+    if (s_.PlayCall == Call::Advance) {
+        r = Result::ToDefense;
+        if (rng_.rand(100) <= 20) r = Result::ToNeutral;
+        if (s_.entryFromFaceoff && s_.OffensiveDraw) r = Result::To;
+        if (!(s_.NoDisplay && s_.steps > 200) && rng_.rand(100) <= 60) r = Result::MoveUp;
+    }
     // Late in a close game the puck is walked up quickly: the play moves up
     // and the next step draws again.
     bool late = (s_.Period >= periods_ && s_.Clock <= 120) || s_.Clock <= 30;
@@ -406,6 +420,11 @@ Result Game::applyOverrides(Result r) {
                 break;
         }
     }
+    // Now and then the building holds up play early in a game: a fan, the
+    // scoreboard, the horn, the lights or a broken pane of glass.
+    if (s_.PlayZone == Zone::DefenseZone && s_.Clock < periodSeconds() * s_.Period - 40 && minPenaltyLeft() > 10 &&
+        s_.Clock > 30 && s_.steps < 150 && rng_.rand(10000) == 1)
+        return Result::Delay;
     return r;
 }
 
@@ -446,7 +465,10 @@ void Game::ShootoutStep() {
     bool goal = rng_.rand(1000) <= c;
     s_.PlayResult = goal ? Result::ShootoutGoal : Result::ShootoutMiss;
     s_.LastPlayResult = s_.PlayResult;
-    if (shooter != kNoSlot) s_.ShootoutUsed[at(side)][at(shooter)] = true;
+    if (shooter != kNoSlot) {
+        s_.ShootoutUsed[at(side)][at(shooter)] = true;
+        countPenaltyShot(side, shooter, goal, true);
+    }
     if (goal) ++s_.ShootoutGoals[at(side)];
     DescribeShootoutAttempt(side, shooter, goal);
 

@@ -311,6 +311,9 @@ public:
     bool PenaltyShot(int side, int fouled);
     // The step of the "PENALTY-SHOT" state: the shot, told and counted.
     void PenaltyShotStep();
+    // A penalty shot or shootout attempt by `shooter` of `side` in the
+    // shooter's and goalie's lines; the shooter's goal only with `countGoal`.
+    void countPenaltyShot(int side, int shooter, bool goal, bool countGoal);
     // A foul on a breakaway or on the attack may give a penalty shot instead.
     void callPenaltyShot();
     // The penalty and fight chances of a step outside the offensive zone.

@@ -1159,6 +1159,23 @@ void Game::callPenaltyShot() {
 
 // The shot itself, a step of its own: the shooter's coach has been asked,
 // nothing else moves on the ice and the clock stands.
+// A penalty shot or a shootout attempt, in the game's and the replay's
+// lines of the shooter and of the goalie who faced it.
+void Game::countPenaltyShot(int side, int shooter, bool goal, bool countGoal) {
+    auto raise = [](auto& v) { v = static_cast<std::remove_reference_t<decltype(v)>>(v + 1); };
+    const int defending = other(side);
+    const int goalie = netminder(defending);
+    for (StatLineIndex line : {StatLineIndex::Game, StatLineIndex::Replay}) {
+        StatLine& taker = statLine(session_.side(side).player(shooter), line);
+        raise(taker.PenaltyShotAttempts);
+        if (goal && countGoal) raise(taker.PenaltyShotGoals);
+        if (goalie == kNoSlot) continue;
+        StatLine& g = statLine(session_.side(defending).player(goalie), line);
+        raise(g.GoaliePenaltyShotsFaced);
+        if (goal) raise(g.GoaliePenaltyShotGoals);
+    }
+}
+
 void Game::PenaltyShotStep() {
     play_.startPlay();
     s_.LastPlayCall = s_.PlayCall;
@@ -1215,16 +1232,10 @@ bool Game::PenaltyShot(int side, int fouled) {
                 ? 1000
                 : std::clamp((taker.RatingPenaltyShot - 6.2) * 45 + 300 + (6.5 - goalieRating / 10) * 20, 100.0, 600.0);
         goal = rng_.rand(1000) <= c;
-        auto raise = [](auto& v) { v = static_cast<std::remove_reference_t<decltype(v)>>(v + 1); };
+        // The shooter's goal itself is counted with the goal.
+        countPenaltyShot(side, shooter, goal, false);
         PlayerRecord& p = shooters.player(shooter);
-        for (StatLineIndex line : {StatLineIndex::Game, StatLineIndex::Replay}) {
-            raise(statLine(p, line).PenaltyShotAttempts);
-            if (goalie == kNoSlot) continue;
-            StatLine& g = statLine(session_.side(defending).player(goalie), line);
-            raise(g.GoaliePenaltyShotsFaced);
-            if (goal) raise(g.GoaliePenaltyShotGoals);
-        }
-        raise(p.PenaltyShotsTaken);
+        p.PenaltyShotsTaken = static_cast<std::int16_t>(p.PenaltyShotsTaken + 1);
     }
     DescribePenaltyShot(side, shooter, goal);
     s_.PuckTeam = side;

@@ -89,7 +89,11 @@ TEST(TerminalCoaching, SaveStopsAtTheCallAndLeavesTheQuestionStanding) {
     std::istringstream none("");
     EXPECT_EQ(cli::coachRecordedGame(recorded, c.presenter, none, c.out, true, [] { return true; }),
               cli::CoachingEnd::SaveAsked);
-    // Without saving on offer "s" is no choice.
+    // Without saving on offer "s" is no choice (asked in open play, where
+    // a faceoff's "go on" would take any key).
+    game->editState().PlayZone = Zone::NeutralZone;
+    game->editState().PuckTeam = kHome;
+    c.presenter.AskPlayCall(*game, kHome);
     std::istringstream plain("s\nq\n");
     EXPECT_EQ(cli::coachRecordedGame(recorded, c.presenter, plain, c.out, false), cli::CoachingEnd::GameOver);
     EXPECT_NE(c.out.str().find("Invalid Choice!"), std::string::npos);

@@ -537,7 +537,94 @@ TEST(Periods, AShootoutEndsWithOneSideAheadAfterFullRounds) {
         int winner = s.ShootoutGoals[0] > s.ShootoutGoals[1] ? 0 : 1;
         EXPECT_EQ(score[std::size_t(winner)], 3);
         EXPECT_LE(s.ShootoutRound, 50);
+        // Each attempt is a penalty shot in the shooter's and the goalie's
+        // lines, and each shootout goal a penalty-shot goal.
+        std::array<int, 2> attempts{}, goals{}, faced{}, against{};
+        for (int side : {kVisitor, kHome})
+            for (int slot = 0; slot < kRosterSlots; ++slot) {
+                const StatLine& g = statLine(session->side(side).player(slot), StatLineIndex::Game);
+                attempts[std::size_t(side)] += g.PenaltyShotAttempts;
+                goals[std::size_t(side)] += g.PenaltyShotGoals;
+                faced[std::size_t(side)] += g.GoaliePenaltyShotsFaced;
+                against[std::size_t(side)] += g.GoaliePenaltyShotGoals;
+            }
+        EXPECT_EQ(goals, s.ShootoutGoals) << "seed " << seed;
+        EXPECT_EQ(faced[kHome], attempts[kVisitor]);
+        EXPECT_EQ(faced[kVisitor], attempts[kHome]);
+        EXPECT_EQ(against[kHome], goals[kVisitor]);
+        EXPECT_GE(attempts[kVisitor] - attempts[kHome], 0);
+        EXPECT_LE(attempts[kVisitor] - attempts[kHome], 1);
+        EXPECT_GE(attempts[kHome], 2);
+        for (int side : {kVisitor, kHome})
+            for (PlayerRecord& p : session->side(side).GameRoster) {
+                StatLine& g = statLine(p, StatLineIndex::Game);
+                g.PenaltyShotAttempts = g.PenaltyShotGoals = g.GoaliePenaltyShotsFaced = g.GoaliePenaltyShotGoals = 0;
+            }
     }
+}
+
+// ---- The overrides after the draw ----------------------------------------------------------
+
+struct Overrides : ::testing::Test {
+    std::unique_ptr<GameSession> session = loaded(rulesWith(1, 0, 1));
+    std::unique_ptr<Game> game;
+    GameState& fresh(std::uint64_t seed, Zone zone) {
+        game = std::make_unique<Game>(*session, GameOptions{.seed = seed});
+        game->InitGame();
+        GameState& s = game->editState();
+        s.PlayZone = zone;
+        s.PuckTeam = kVisitor;
+        s.Period = 1;
+        s.Clock = 900;
+        s.find.Carrier = s.onIce[kVisitor].slot[0];
+        s.find.CarrierPos = 0;
+        return s;
+    }
+};
+
+// A breakaway at an empty net goes in whatever the draw gave, and nothing
+// is called on the step.
+TEST_F(Overrides, ABreakawayAtAnEmptyNetAlwaysScores) {
+    for (std::uint64_t seed = 1; seed <= 40; ++seed) {
+        GameState& s = fresh(seed, Zone::Rush);
+        s.find.rush = RushType::OneZero;
+        s.GoaliePulled[kHome] = true;
+        s.PlayCall = Call::Rush;
+        game->PlayStep();
+        EXPECT_EQ(game->state().Score[kVisitor], 1) << "seed " << seed;
+        EXPECT_EQ(game->state().pen.periodPenalties, (std::array<int, 2>{0, 0})) << "seed " << seed;
+    }
+}
+
+// Carrying the puck up at an empty net moves it up ice most of the time,
+// and otherwise loses it in one end or the other; it is never a shot.
+TEST_F(Overrides, AdvancingAtAnEmptyNetMovesUpOrLosesThePuck) {
+    int up = 0, n = 0;
+    for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+        GameState& s = fresh(seed, Zone::NeutralZone);
+        s.GoaliePulled[kHome] = true;
+        s.PlayCall = Call::Advance;
+        game->PlayStep();
+        const Result r = game->state().LastPlayResult;
+        EXPECT_TRUE(r == Result::MoveUp || r == Result::ToDefense || r == Result::ToNeutral) << text(r);
+        up += r == Result::MoveUp;
+        ++n;
+    }
+    EXPECT_NEAR(up / double(n), .6, .1);
+}
+
+// Once in a long while the building holds play up early in a game; play
+// goes on with a draw at center.
+TEST_F(Overrides, TheBuildingNowAndThenHoldsUpPlay) {
+    bool held = false;
+    for (std::uint64_t seed = 1; seed <= 30000 && !held; ++seed) {
+        fresh(seed, Zone::DefenseZone);
+        game->PlayStep();
+        if (game->state().LastPlayResult != Result::Delay) continue;
+        held = true;
+        EXPECT_EQ(game->state().PlayZone, Zone::FaceoffCenter1);
+    }
+    EXPECT_TRUE(held);
 }
 
 // ---- Whole games -------------------------------------------------------------------------
