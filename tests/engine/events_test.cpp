@@ -299,6 +299,26 @@ protected:
         game->InitGame();
     }
     void SetUp() override { start(); }
+    // The mean chance of the rebound shots that follow saves made from the same
+    // state, again and again (a game left to run on would bring other shooters,
+    // scores and tired men), with the forwards at `spot`; `counts` picks the
+    // rebounds to take.
+    double meanReboundChance(int spot, bool (*counts)(const GameState&)) {
+        GameState fresh = game->state();
+        fresh.find.ListCarrier = kNoSlot;
+        for (int pos = 0; pos < 3; ++pos) fresh.find.Spot[std::size_t(pos)] = spot;
+        long sum = 0;
+        int n = 0;
+        for (int i = 0; i < 400000 && n < 1500; ++i) {
+            game->editState() = fresh;
+            const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
+            if (s.events.Kind != ShotKind::ReboundShot || s.GameOverFlag || !counts(s)) continue;
+            sum += s.events.ShootN;
+            ++n;
+        }
+        EXPECT_GE(n, 100);
+        return n > 0 ? double(sum) / n : 0.0;
+    }
     const GameState& apply(Zone zone, int puck, Result result, std::array<int, 2> skaters = {5, 5}) {
         GameState& s = game->editState();
         s.PlayZone = zone;
@@ -513,26 +533,13 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
         int goalie = game->state().goalie[kHome];
         session->side(kHome).player(goalie).RatingGoalie = static_cast<std::uint8_t>(rating);
         game->editState().find.GoalieForm[kHome][std::size_t(goalie)] = 0;
-        // Every save is made from the same state: a game left to run on would
-        // bring other shooters, scores and tired men to each goalie's rebounds.
-        // The forwards stand in close, where the goalie's part isn't held
-        // back by the limits of an outside shot.
-        GameState fresh = game->state();
-        fresh.find.ListCarrier = kNoSlot;
-        for (int pos = 0; pos < 3; ++pos) fresh.find.Spot[std::size_t(pos)] = kSpotIn;
-        long sum = 0;
-        int n = 0;
-        for (int i = 0; i < 400000 && n < 1500; ++i) {
-            game->editState() = fresh;
-            const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
-            if (s.events.Kind != ShotKind::ReboundShot || s.GameOverFlag) continue;
-            // After a save the chance in per cent is the model's plus 20.
+        // In close, where the goalie's part isn't held back by the limits of
+        // an outside shot. After a save the chance in per cent is the
+        // model's plus 20.
+        return meanReboundChance(kSpotIn, [](const GameState& s) {
             EXPECT_GE(s.events.ShootN, 20);
-            sum += s.events.ShootN;
-            ++n;
-        }
-        EXPECT_GE(n, 100);
-        return n > 0 ? double(sum) / n : 0.0;
+            return true;
+        });
     };
     double weak = meanChance(40);
     double strong = meanChance(95);
@@ -544,21 +551,8 @@ TEST_F(Puck, AReboundsChanceComesFromTheShotModel) {
 TEST_F(Puck, AReboundShootersSpotSetsHisChance) {
     auto meanChance = [&](int spot) {
         start();
-        GameState fresh = game->state();
-        fresh.find.ListCarrier = kNoSlot;
-        for (int pos = 0; pos < 3; ++pos) fresh.find.Spot[std::size_t(pos)] = spot;
-        long sum = 0;
-        int n = 0;
-        for (int i = 0; i < 400000 && n < 1500; ++i) {
-            game->editState() = fresh;
-            const GameState& s = apply(Zone::OffenseZone, kVisitor, Result::Save);
-            if (s.events.Kind != ShotKind::ReboundShot || s.GameOverFlag) continue;
-            if (s.find.CarrierPos > 2) continue;  // a defenseman stands at the point anyway
-            sum += s.events.ShootN;
-            ++n;
-        }
-        EXPECT_GE(n, 100);
-        return n > 0 ? double(sum) / n : 0.0;
+        // A defenseman stands at the point anyway.
+        return meanReboundChance(spot, [](const GameState& s) { return s.find.CarrierPos <= 2; });
     };
     double in = meanChance(kSpotIn);
     double out = meanChance(kSpotOut);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 #include "engine/game.h"
@@ -77,6 +78,22 @@ struct PenaltyGame : ::testing::Test {
         game->InitGame();
     }
     void SetUp() override { start(); }
+
+    // The chances of a plain neutral-zone step in mid-game, the visitor
+    // with the puck, in which nothing is drawn at random: `arrange` sets
+    // what the test varies.
+    PlayChances midGameChances(const std::function<void(GameState&)>& arrange = {}) {
+        GameState& e = game->editState();
+        e.PlayZone = Zone::NeutralZone;
+        e.PuckTeam = kVisitor;
+        e.LastPlayResult = Result::Pass;
+        e.Period = 2;
+        e.Clock = 700;
+        if (arrange) arrange(e);
+        PlayChances c;
+        game->PenaltyChances(c);
+        return c;
+    }
 
     const GameState& s() const { return game->state(); }
     std::array<int, 2> skaters() const { return s().Skaters; }
@@ -774,17 +791,11 @@ TEST_F(PenaltyGame, NoFightingMeansNoFightChance) {
 // forecheck scroll of its plan; its zone aggressiveness scales them.
 TEST_F(PenaltyGame, ForecheckersOnTheIceAddToTheCallsAggressivenessScalesThem) {
     auto calls = [&](int forecheckers, int aggressiveness) {
-        GameState& e = game->editState();
-        e.PlayZone = Zone::NeutralZone;
-        e.PuckTeam = kVisitor;
-        e.LastPlayResult = Result::Pass;
-        e.Period = 2;
-        e.Clock = 700;
-        e.find.ForecheckLevel = {1, forecheckers};
-        e.coach.live[kHome].dzAggressiveness = aggressiveness;
-        PlayChances c;
-        game->PenaltyChances(c);
-        return c.PenaltyOppChance;
+        return midGameChances([&](GameState& e) {
+                   e.find.ForecheckLevel = {1, forecheckers};
+                   e.coach.live[kHome].dzAggressiveness = aggressiveness;
+               })
+            .PenaltyOppChance;
     };
     const int none = calls(0, 3);
     ASSERT_GT(none, 10);
@@ -803,16 +814,7 @@ TEST_F(PenaltyGame, AtFullStrengthCallsFollowTheDefendingUnitsDiscipline) {
         for (PlayerRecord& p : session->side(kHome).GameRoster) statLine(p, StatLineIndex::Real).Pim = realPim;
         game = std::make_unique<Game>(*session, GameOptions{.seed = 5});
         game->InitGame();
-        GameState& e = game->editState();
-        e.PlayZone = Zone::NeutralZone;
-        e.PuckTeam = kVisitor;
-        e.LastPlayResult = Result::Pass;
-        e.Period = 2;
-        e.Clock = 700;
-        e.Skaters = {visitorSkaters, 5};
-        PlayChances c;
-        game->PenaltyChances(c);
-        return c.PenaltyOppChance;
+        return midGameChances([&](GameState& e) { e.Skaters = {visitorSkaters, 5}; }).PenaltyOppChance;
     };
     const int clean = calls(0, 5), rough = calls(400, 5);
     ASSERT_GT(clean, 20);
@@ -823,17 +825,7 @@ TEST_F(PenaltyGame, AtFullStrengthCallsFollowTheDefendingUnitsDiscipline) {
 // In a calm era the team with the puck stops drawing calls against itself
 // once a man of the other side has been called three times.
 TEST_F(PenaltyGame, AManCalledThreeTimesCalmsThePuckCarriers) {
-    auto ownChance = [&]() {
-        GameState& e = game->editState();
-        e.PlayZone = Zone::NeutralZone;
-        e.PuckTeam = kVisitor;
-        e.LastPlayResult = Result::Pass;
-        e.Period = 2;
-        e.Clock = 700;
-        PlayChances c;
-        game->PenaltyChances(c);
-        return c.PenaltyOwnChance;
-    };
+    auto ownChance = [&]() { return midGameChances().PenaltyOwnChance; };
     ASSERT_GT(ownChance(), 0);
     game->editState().pen.penaltiesOf[kHome][std::size_t(skater(kHome, 0))] = 2;
     EXPECT_GT(ownChance(), 0);
