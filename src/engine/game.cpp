@@ -857,8 +857,9 @@ void Game::momentumOverTime() {
 void Game::tvTimeout(Result previous) {
     const RulesRecord& rules = session_.league().rules;
     if (rules.TVTimeoutsCheck != 1 || rules.TimeoutsAllowedCheck != 1) return;
+    // A man hurt on the play is seen to first: the break waits for a later stop.
     if (!isFaceoff(s_.PlayZone) || s_.PlayResult == Result::Goal || s_.PlayResult == Result::Penalty ||
-        previous == Result::Penalty || s_.PlayResult == Result::Clear)
+        previous == Result::Penalty || s_.PlayResult == Result::Clear || s_.pen.injuredThisPlay)
         return;
     if (strength(0) != strength(1) || s_.Period > 3 || s_.Clock <= 120) return;
     int due = s_.Clock <= 360 ? 2 : s_.Clock <= 840 ? 1 : 0;

@@ -687,7 +687,6 @@ private:
         return coach(side) == CoachKind::Computer || s_.NoDisplay || s_.AutoPlayTo != AutoStop::None;
     }
     void checkAutoStop();
-    void tvTimeout(Result previous);
     // Momentum fades with the play, and a side on the power play plays free
     // of any that stands against it.
     void momentumOverTime();
@@ -720,6 +719,9 @@ public:
     void CoachInPlay();
     // A computer coach's timeout at a stoppage late in a close game.
     void CoachTimeout();
+    // A broadcast break at the stoppage that ends the step; `previous` is
+    // the result of the play before it.
+    void tvTimeout(Result previous);
     // Seconds of the game, so far, each side's units have played.
     [[nodiscard]] double unitSeconds(int side, UnitKind kind, int unit) const;
 

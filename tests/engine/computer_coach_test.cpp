@@ -448,6 +448,38 @@ TEST(Timeouts, AComputerCoachTakesOneLateInACloseLastPeriod) {
     EXPECT_EQ(t.Energy[kHome][std::size_t(t.onIce[kHome][IcePos::Center])], 85);
 }
 
+// Broadcast breaks: two a period, at the first fit stop under 14 and under
+// 6 minutes, and never right after a man is hurt.
+TEST(Timeouts, TwoTvBreaksAPeriodAtFitStops) {
+    RulesRecord rules = regulationOnly();
+    rules.TVTimeoutsCheck = 1;
+    auto session = loaded(1, rules);
+    Silent screen;
+    Game game(*session, computerVisitor(), &screen);
+    game.InitGame();
+    GameState& s = game.editState();
+    int center = s.onIce[kVisitor][IcePos::Center];
+    auto stop = [&](int clock, bool hurt = false, Result result = Result::Save) {
+        s.PlayZone = Zone::FaceoffNeutral11;
+        s.PlayResult = result;
+        s.Period = 1;
+        s.Clock = clock;
+        s.pen.injuredThisPlay = hurt;
+        s.Energy[kVisitor][std::size_t(center)] = 85;
+        s.ShiftSecs[kVisitor][std::size_t(center)] = 50;
+        game.tvTimeout(Result::None);
+        return s.Energy[kVisitor][std::size_t(center)] != 85;
+    };
+    EXPECT_FALSE(stop(900));                       // too early
+    EXPECT_FALSE(stop(800, false, Result::Goal));  // not after a goal
+    EXPECT_FALSE(stop(800, true));                 // a man is down
+    EXPECT_TRUE(stop(800));
+    EXPECT_EQ(s.ShiftSecs[kVisitor][std::size_t(center)], 0);
+    EXPECT_FALSE(stop(700));  // the first is taken
+    EXPECT_TRUE(stop(350));
+    EXPECT_FALSE(stop(300));
+}
+
 // ---- Ice time ---------------------------------------------------------------------------
 
 TEST(IceTime, EveryDressedSkaterPlaysAndTheTimesAddUp) {
