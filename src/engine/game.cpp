@@ -223,6 +223,7 @@ void Game::PlayStep() {
         s_.PlayZone = s_.ContinueZone;
         s_.PuckTeam = s_.ContinueTeam;
     }
+    if (!s_.ProbeOnly) mendSticks(isFaceoff(s_.PlayZone));
     if (isFaceoff(s_.PlayZone)) {
         // Called straight on a draw (a probe of a faceoff state reads the
         // winner's first play only after the draw is made).
@@ -275,6 +276,16 @@ void Game::PlayStep() {
     }
     play_.endPlay();
     resumeDriver();
+}
+
+// A man with a broken stick gets a new one on the bench, and everybody has
+// one by the time the puck is dropped.
+void Game::mendSticks(bool stoppage) {
+    for (int side : {kVisitor, kHome}) {
+        auto& broken = s_.find.BrokenStick[at(side)];
+        for (std::size_t slot = 0; slot < broken.size(); ++slot)
+            if (broken[slot] && (stoppage || !s_.onIce[at(side)].holds(static_cast<int>(slot)))) broken[slot] = false;
+    }
 }
 
 void Game::countStep(Zone zone, Result drawn, int edge) {

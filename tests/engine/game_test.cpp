@@ -627,6 +627,28 @@ TEST_F(Overrides, TheBuildingNowAndThenHoldsUpPlay) {
     EXPECT_TRUE(held);
 }
 
+// A broken stick is replaced on the bench, and at a stoppage for everybody:
+// a man who broke one isn't left without a stick for the rest of the game.
+TEST_F(Overrides, BrokenSticksAreMendedOnTheBenchAndAtADraw) {
+    GameState& s = fresh(5, Zone::DefenseZone);
+    const int onIce = s.onIce[kHome].slot[3];
+    int bench = 0;
+    while (s.onIce[kVisitor].holds(bench)) ++bench;
+    s.find.BrokenStick[kHome][std::size_t(onIce)] = true;
+    s.find.BrokenStick[kVisitor][std::size_t(bench)] = true;
+    s.PlayCall = Call::Balanced;
+    game->PlayStep();
+    EXPECT_FALSE(game->state().find.BrokenStick[kVisitor][std::size_t(bench)]);
+    EXPECT_TRUE(game->state().find.BrokenStick[kHome][std::size_t(onIce)]);
+
+    GameState& draw = fresh(5, Zone::FaceoffNeutral12);
+    const int center = draw.onIce[kVisitor].slot[1];
+    draw.find.BrokenStick[kVisitor][std::size_t(center)] = true;
+    draw.PlayCall = Call::Balanced;
+    game->PlayStep();
+    EXPECT_FALSE(game->state().find.BrokenStick[kVisitor][std::size_t(center)]);
+}
+
 // ---- Whole games -------------------------------------------------------------------------
 
 struct Outcome {
