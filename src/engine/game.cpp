@@ -253,7 +253,10 @@ void Game::PlayStep() {
     const Result drawn = s_.PlayResult;
     const int edge = strengthEdge();
     stepSkaters_ = s_.Skaters;
+    // A dump-in is told and played on for the one step that follows it.
+    const bool afterDump = s_.events.dumpIn;
     ApplyPlay();
+    if (afterDump) s_.events.dumpIn = false;
     countStep(startZone, drawn, edge);
     if (rng_.rand(35) == 1) s_.find.LooseInClose = true;
     s_.find.newPlay = true;

@@ -649,6 +649,20 @@ TEST_F(Overrides, BrokenSticksAreMendedOnTheBenchAndAtADraw) {
     EXPECT_FALSE(game->state().find.BrokenStick[kVisitor][std::size_t(center)]);
 }
 
+// A dump-in that goes in leaves the chaser with the puck for the next play,
+// which doesn't look for a new carrier, and is forgotten after that play:
+// later clears aren't told as dumps.
+TEST_F(Overrides, ADumpInIsPlayedOnForTheOneStepAfterIt) {
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        GameState& s = fresh(seed, Zone::OffenseZone);
+        s.events.dumpIn = true;
+        s.PlayCall = Call::Pass;
+        game->PlayStep();
+        EXPECT_FALSE(game->state().find.PickCarrier) << "seed " << seed;
+        EXPECT_FALSE(game->state().events.dumpIn) << "seed " << seed;
+    }
+}
+
 // ---- Whole games -------------------------------------------------------------------------
 
 struct Outcome {
