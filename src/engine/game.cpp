@@ -872,12 +872,14 @@ void Game::tvTimeout(Result previous) {
     const RulesRecord& rules = session_.league().rules;
     if (rules.TVTimeoutsCheck != 1 || rules.TimeoutsAllowedCheck != 1) return;
     if (!isFaceoff(s_.PlayZone) || s_.PlayResult == Result::Goal || s_.PlayResult == Result::Penalty ||
-        previous == Result::Penalty || s_.PlayResult == Result::Clear)
+        previous == Result::Penalty || s_.events.IcingFlag || penaltyDelayed())
         return;
     if (strength(0) != strength(1) || s_.Period > 3 || s_.Clock <= 120) return;
+    // One break a whistle: a first break that comes late still leaves the
+    // second for a later whistle.
     int due = s_.Clock <= 360 ? 2 : s_.Clock <= 840 ? 1 : 0;
     if (s_.tvTimeoutsTaken >= due) return;
-    s_.tvTimeoutsTaken = due;
+    ++s_.tvTimeoutsTaken;
     s_.coach.tvTimeoutThisStep = true;
     restoreEveryone();
     if (telling()) tell("TV Timeout");

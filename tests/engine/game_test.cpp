@@ -663,6 +663,30 @@ TEST_F(Overrides, ADumpInIsPlayedOnForTheOneStepAfterIt) {
     }
 }
 
+// Broadcast breaks come at whistles, one a whistle: a period whose first
+// stop after 14 minutes comes with under 6 left still has its second break
+// for a later stop. An icing is no stop for a break.
+TEST_F(Overrides, BroadcastBreaksComeOneAWhistleAndNeverAtAnIcing) {
+    int breaks = 0, icings = 0;
+    for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+        GameState& s = fresh(seed, seed % 2 ? Zone::DefenseZone : Zone::NeutralZone);
+        s.Clock = 300;
+        s.PlayCall = Call::Clear;
+        game->PlayStep();
+        const GameState& after = game->state();
+        if (!isFaceoff(after.PlayZone) || after.Period != 1) continue;
+        if (after.events.IcingFlag) {
+            ++icings;
+            EXPECT_EQ(after.tvTimeoutsTaken, 0) << "seed " << seed;
+        }
+        if (after.tvTimeoutsTaken == 0) continue;
+        ++breaks;
+        EXPECT_EQ(after.tvTimeoutsTaken, 1) << "seed " << seed;
+    }
+    EXPECT_GT(breaks, 0);
+    EXPECT_GT(icings, 0);
+}
+
 // ---- Whole games -------------------------------------------------------------------------
 
 struct Outcome {
