@@ -833,6 +833,13 @@ void Game::finishGame(GameEnd how) {
 void Game::GameOverCheck() {
     if (!s_.GameOverFlag || s_.GameEndedFlag) return;
     s_.GameEndedFlag = true;
+    // However it ended: at the horn (which has told it already), in sudden
+    // death, by a shootout or as a tie.
+    const std::vector<std::string>& told = play_.texts();
+    if (told.empty() || told.back() != "Game Over") {
+        say(std::string("Game Over"));
+        if (telling()) play_.addShort(std::string("Game Over"));
+    }
     presenter_->GameOver(*this);
 }
 

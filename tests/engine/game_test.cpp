@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <set>
@@ -787,6 +788,38 @@ struct Forgetful final : NullPresenter {
         if (game != nullptr) (void)game->editState();
     }
 };
+
+// However a watched game ends (at the horn, in sudden death, by a shootout
+// or as a tie) its last line says so, once.
+TEST(WholeGames, EveryEndingIsToldAsGameOver) {
+    struct LastLines final : GamePresenter {
+        std::vector<std::string> last;
+        void ShowPlayLines(const Game&, const std::vector<std::string>& lines) override {
+            if (!lines.empty()) last = lines;
+        }
+        void ShowClock(const Game&) override {}
+        void ShowIce(const Game&) override {}
+        void ShowOffenseTargets(const Game&) override {}
+        void AskPlayCall(const Game&, int) override {}
+        void AskLineChange(const Game&, int) override {}
+        void ShowPause(const Game&) override {}
+        void GameOver(const Game&) override {}
+    };
+    std::set<GameEnd> seen;
+    for (std::uint64_t seed = 1; seed <= 40 && seen.size() < 3; ++seed) {
+        auto session = loaded(rulesWith(1, 0, 1), seed);
+        LastLines shown;
+        Game game(*session, GameOptions{.seed = seed, .noDisplay = false}, &shown);
+        game.playToEnd();
+        const GameEnd end = game.state().endedBy;
+        seen.insert(end);
+        ASSERT_FALSE(shown.last.empty());
+        EXPECT_EQ(shown.last.back(), "Game Over") << gameEndText(end) << " seed " << seed;
+        EXPECT_EQ(std::count(shown.last.begin(), shown.last.end(), "Game Over"), 1) << "seed " << seed;
+    }
+    EXPECT_TRUE(seen.count(GameEnd::Regulation));
+    EXPECT_TRUE(seen.count(GameEnd::Overtime) || seen.count(GameEnd::Shootout));
+}
 
 TEST(WholeGames, KeptAnswersDroppedAfterEveryStepPlayTheSame) {
     int penalties = 0, injuries = 0;
