@@ -220,7 +220,10 @@ void Game::PlayStep() {
         return;
     }
     if (s_.PlayZone == Zone::ContinueBox) {
+        // The step that waited on the other coach's answer runs as it was
+        // called, whatever he sent.
         s_.PlayZone = s_.ContinueZone;
+        s_.PlayCall = s_.ContinueCall;
         s_.PuckTeam = s_.ContinueTeam;
     }
     if (!s_.ProbeOnly) mendSticks(isFaceoff(s_.PlayZone));

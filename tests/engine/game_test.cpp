@@ -363,6 +363,20 @@ TEST(Handshake, ALineChangeGivesTheOtherCoachATurnAndThenRunsTheSavedCall) {
     s.pen = PenaltyState{};
     game.OffenseCommand(Call::Balanced);
     EXPECT_EQ(s.steps, 2);
+
+    // A call sent from the box by the other coach doesn't replace the one
+    // that was waiting.
+    s.PlayZone = Zone::NeutralZone;
+    s.PuckTeam = kHome;
+    s.Skaters = {5, 5};
+    s.pen = PenaltyState{};
+    s.lineChangeMade[kHome] = true;
+    game.OffenseCommand(Call::DumpChase);
+    ASSERT_EQ(s.PlayZone, Zone::ContinueBox);
+    game.OffenseCommand(Call::Aggressive);
+    EXPECT_EQ(s.steps, 3);
+    EXPECT_EQ(s.StepPuckTeam, kHome);
+    EXPECT_EQ(s.LastPlayCall, Call::DumpChase);
 }
 
 TEST(Handshake, AComputerCoachTrailingLatePullsHisGoalieAndPutsHimBack) {
