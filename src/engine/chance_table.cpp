@@ -264,6 +264,8 @@ void Game::chooseCarrier() {
     if (z == Zone::OffenseZone && s_.StepPuckTeam == s_.PuckTeam &&
         (s_.LastPlayResult == Result::Block || s_.LastPlayResult == Result::Miss || s_.LastPlayResult == Result::Save))
         pick = false;
+    // The chaser who got to a dump-in already has the puck.
+    if (isOffenseState(z) && s_.events.dumpIn) pick = false;
     // A set play goes to the man the coach chose: the carrier passes to him.
     if (isCall(call, {Call::PlayShoot, Call::PlayTo}) && !s_.ProbeOnly && f.PlayTarget != f.Carrier &&
         positionOf(s_.PuckTeam, f.PlayTarget) != kNoPos) {

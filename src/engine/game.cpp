@@ -220,9 +220,13 @@ void Game::PlayStep() {
         return;
     }
     if (s_.PlayZone == Zone::ContinueBox) {
+        // The step that waited on the other coach's answer runs as it was
+        // called, whatever he sent.
         s_.PlayZone = s_.ContinueZone;
+        s_.PlayCall = s_.ContinueCall;
         s_.PuckTeam = s_.ContinueTeam;
     }
+    if (!s_.ProbeOnly) mendSticks(isFaceoff(s_.PlayZone));
     if (isFaceoff(s_.PlayZone)) {
         // Called straight on a draw (a probe of a faceoff state reads the
         // winner's first play only after the draw is made).
@@ -252,7 +256,10 @@ void Game::PlayStep() {
     const Result drawn = s_.PlayResult;
     const int edge = strengthEdge();
     stepSkaters_ = s_.Skaters;
+    // A dump-in is told and played on for the one step that follows it.
+    const bool afterDump = s_.events.dumpIn;
     ApplyPlay();
+    if (afterDump) s_.events.dumpIn = false;
     countStep(startZone, drawn, edge);
     if (rng_.rand(35) == 1) s_.find.LooseInClose = true;
     s_.find.newPlay = true;
@@ -275,6 +282,16 @@ void Game::PlayStep() {
     }
     play_.endPlay();
     resumeDriver();
+}
+
+// A man with a broken stick gets a new one on the bench, and everybody has
+// one by the time the puck is dropped.
+void Game::mendSticks(bool stoppage) {
+    for (int side : {kVisitor, kHome}) {
+        auto& broken = s_.find.BrokenStick[at(side)];
+        for (std::size_t slot = 0; slot < broken.size(); ++slot)
+            if (broken[slot] && (stoppage || !s_.onIce[at(side)].holds(static_cast<int>(slot)))) broken[slot] = false;
+    }
 }
 
 void Game::countStep(Zone zone, Result drawn, int edge) {
@@ -819,6 +836,13 @@ void Game::finishGame(GameEnd how) {
 void Game::GameOverCheck() {
     if (!s_.GameOverFlag || s_.GameEndedFlag) return;
     s_.GameEndedFlag = true;
+    // However it ended: at the horn (which has told it already), in sudden
+    // death, by a shootout or as a tie.
+    const std::vector<std::string>& told = play_.texts();
+    if (told.empty() || told.back() != "Game Over") {
+        say(std::string("Game Over"));
+        if (telling()) play_.addShort(std::string("Game Over"));
+    }
     presenter_->GameOver(*this);
 }
 
@@ -859,12 +883,14 @@ void Game::tvTimeout(Result previous) {
     if (rules.TVTimeoutsCheck != 1 || rules.TimeoutsAllowedCheck != 1) return;
     // A man hurt on the play is seen to first: the break waits for a later stop.
     if (!isFaceoff(s_.PlayZone) || s_.PlayResult == Result::Goal || s_.PlayResult == Result::Penalty ||
-        previous == Result::Penalty || s_.PlayResult == Result::Clear || s_.pen.injuredThisPlay)
+        previous == Result::Penalty || s_.events.IcingFlag || penaltyDelayed() || s_.pen.injuredThisPlay)
         return;
     if (strength(0) != strength(1) || s_.Period > 3 || s_.Clock <= 120) return;
+    // One break a whistle: a first break that comes late still leaves the
+    // second for a later whistle.
     int due = s_.Clock <= 360 ? 2 : s_.Clock <= 840 ? 1 : 0;
     if (s_.tvTimeoutsTaken >= due) return;
-    s_.tvTimeoutsTaken = due;
+    ++s_.tvTimeoutsTaken;
     s_.coach.tvTimeoutThisStep = true;
     restoreEveryone();
     if (telling()) tell("TV Timeout");

@@ -586,6 +586,7 @@ private:
     // Adds a played step to the tally: the zone it started in, the result
     // drawn and the puck team's edge in men then.
     void countStep(Zone zone, Result drawn, int edge);
+    void mendSticks(bool stoppage);
     // The factor on the call against the side without the puck from one of
     // its skaters' replay penalty minutes against his real ones.
     double penaltySteering();

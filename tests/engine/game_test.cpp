@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <set>
@@ -362,6 +363,20 @@ TEST(Handshake, ALineChangeGivesTheOtherCoachATurnAndThenRunsTheSavedCall) {
     s.pen = PenaltyState{};
     game.OffenseCommand(Call::Balanced);
     EXPECT_EQ(s.steps, 2);
+
+    // A call sent from the box by the other coach doesn't replace the one
+    // that was waiting.
+    s.PlayZone = Zone::NeutralZone;
+    s.PuckTeam = kHome;
+    s.Skaters = {5, 5};
+    s.pen = PenaltyState{};
+    s.lineChangeMade[kHome] = true;
+    game.OffenseCommand(Call::DumpChase);
+    ASSERT_EQ(s.PlayZone, Zone::ContinueBox);
+    game.OffenseCommand(Call::Aggressive);
+    EXPECT_EQ(s.steps, 3);
+    EXPECT_EQ(s.StepPuckTeam, kHome);
+    EXPECT_EQ(s.LastPlayCall, Call::DumpChase);
 }
 
 TEST(Handshake, AComputerCoachTrailingLatePullsHisGoalieAndPutsHimBack) {
@@ -627,6 +642,66 @@ TEST_F(Overrides, TheBuildingNowAndThenHoldsUpPlay) {
     EXPECT_TRUE(held);
 }
 
+// A broken stick is replaced on the bench, and at a stoppage for everybody:
+// a man who broke one isn't left without a stick for the rest of the game.
+TEST_F(Overrides, BrokenSticksAreMendedOnTheBenchAndAtADraw) {
+    GameState& s = fresh(5, Zone::DefenseZone);
+    const int onIce = s.onIce[kHome].slot[3];
+    int bench = 0;
+    while (s.onIce[kVisitor].holds(bench)) ++bench;
+    s.find.BrokenStick[kHome][std::size_t(onIce)] = true;
+    s.find.BrokenStick[kVisitor][std::size_t(bench)] = true;
+    s.PlayCall = Call::Balanced;
+    game->PlayStep();
+    EXPECT_FALSE(game->state().find.BrokenStick[kVisitor][std::size_t(bench)]);
+    EXPECT_TRUE(game->state().find.BrokenStick[kHome][std::size_t(onIce)]);
+
+    GameState& draw = fresh(5, Zone::FaceoffNeutral12);
+    const int center = draw.onIce[kVisitor].slot[1];
+    draw.find.BrokenStick[kVisitor][std::size_t(center)] = true;
+    draw.PlayCall = Call::Balanced;
+    game->PlayStep();
+    EXPECT_FALSE(game->state().find.BrokenStick[kVisitor][std::size_t(center)]);
+}
+
+// A dump-in that goes in leaves the chaser with the puck for the next play,
+// which doesn't look for a new carrier, and is forgotten after that play:
+// later clears aren't told as dumps.
+TEST_F(Overrides, ADumpInIsPlayedOnForTheOneStepAfterIt) {
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        GameState& s = fresh(seed, Zone::OffenseZone);
+        s.events.dumpIn = true;
+        s.PlayCall = Call::Pass;
+        game->PlayStep();
+        EXPECT_FALSE(game->state().find.PickCarrier) << "seed " << seed;
+        EXPECT_FALSE(game->state().events.dumpIn) << "seed " << seed;
+    }
+}
+
+// Broadcast breaks come at whistles, one a whistle: a period whose first
+// stop after 14 minutes comes with under 6 left still has its second break
+// for a later stop. An icing is no stop for a break.
+TEST_F(Overrides, BroadcastBreaksComeOneAWhistleAndNeverAtAnIcing) {
+    int breaks = 0, icings = 0;
+    for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+        GameState& s = fresh(seed, seed % 2 ? Zone::DefenseZone : Zone::NeutralZone);
+        s.Clock = 300;
+        s.PlayCall = Call::Clear;
+        game->PlayStep();
+        const GameState& after = game->state();
+        if (!isFaceoff(after.PlayZone) || after.Period != 1) continue;
+        if (after.events.IcingFlag) {
+            ++icings;
+            EXPECT_EQ(after.tvTimeoutsTaken, 0) << "seed " << seed;
+        }
+        if (after.tvTimeoutsTaken == 0) continue;
+        ++breaks;
+        EXPECT_EQ(after.tvTimeoutsTaken, 1) << "seed " << seed;
+    }
+    EXPECT_GT(breaks, 0);
+    EXPECT_GT(icings, 0);
+}
+
 // ---- Whole games -------------------------------------------------------------------------
 
 struct Outcome {
@@ -727,6 +802,38 @@ struct Forgetful final : NullPresenter {
         if (game != nullptr) (void)game->editState();
     }
 };
+
+// However a watched game ends (at the horn, in sudden death, by a shootout
+// or as a tie) its last line says so, once.
+TEST(WholeGames, EveryEndingIsToldAsGameOver) {
+    struct LastLines final : GamePresenter {
+        std::vector<std::string> last;
+        void ShowPlayLines(const Game&, const std::vector<std::string>& lines) override {
+            if (!lines.empty()) last = lines;
+        }
+        void ShowClock(const Game&) override {}
+        void ShowIce(const Game&) override {}
+        void ShowOffenseTargets(const Game&) override {}
+        void AskPlayCall(const Game&, int) override {}
+        void AskLineChange(const Game&, int) override {}
+        void ShowPause(const Game&) override {}
+        void GameOver(const Game&) override {}
+    };
+    std::set<GameEnd> seen;
+    for (std::uint64_t seed = 1; seed <= 40 && seen.size() < 3; ++seed) {
+        auto session = loaded(rulesWith(1, 0, 1), seed);
+        LastLines shown;
+        Game game(*session, GameOptions{.seed = seed, .noDisplay = false}, &shown);
+        game.playToEnd();
+        const GameEnd end = game.state().endedBy;
+        seen.insert(end);
+        ASSERT_FALSE(shown.last.empty());
+        EXPECT_EQ(shown.last.back(), "Game Over") << gameEndText(end) << " seed " << seed;
+        EXPECT_EQ(std::count(shown.last.begin(), shown.last.end(), "Game Over"), 1) << "seed " << seed;
+    }
+    EXPECT_TRUE(seen.count(GameEnd::Regulation));
+    EXPECT_TRUE(seen.count(GameEnd::Overtime) || seen.count(GameEnd::Shootout));
+}
 
 TEST(WholeGames, KeptAnswersDroppedAfterEveryStepPlayTheSame) {
     int penalties = 0, injuries = 0;
