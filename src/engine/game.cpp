@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "team/positions.h"
@@ -289,6 +290,8 @@ void Game::PlayStep() {
 void Game::mendSticks(bool stoppage) {
     for (int side : {kVisitor, kHome}) {
         auto& broken = s_.find.BrokenStick[at(side)];
+        // Most steps nobody's stick is broken: one look over the whole row.
+        if (std::memchr(broken.data(), true, broken.size()) == nullptr) continue;
         for (std::size_t slot = 0; slot < broken.size(); ++slot)
             if (broken[slot] && (stoppage || !s_.onIce[at(side)].holds(static_cast<int>(slot)))) broken[slot] = false;
     }
