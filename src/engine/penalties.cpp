@@ -1157,8 +1157,6 @@ void Game::callPenaltyShot() {
     if (called) r = Result::PenaltyShot;
 }
 
-// The shot itself, a step of its own: the shooter's coach has been asked,
-// nothing else moves on the ice and the clock stands.
 // A penalty shot or a shootout attempt, in the game's and the replay's
 // lines of the shooter and of the goalie who faced it.
 void Game::countPenaltyShot(int side, int shooter, bool goal, bool countGoal) {
@@ -1176,6 +1174,8 @@ void Game::countPenaltyShot(int side, int shooter, bool goal, bool countGoal) {
     }
 }
 
+// The shot itself, a step of its own: the shooter's coach has been asked,
+// nothing else moves on the ice and the clock stands.
 void Game::PenaltyShotStep() {
     play_.startPlay();
     s_.LastPlayCall = s_.PlayCall;
