@@ -787,7 +787,9 @@ void Game::endOfPeriod() {
         return;
     }
     if (s_.Clock > 0) return;
-    DescribePeriodEnd(s_.Period >= periods_ && !tied);
+    // The end of regulation is told either way; a tied overtime that leads
+    // to more play is not an ending.
+    DescribePeriodEnd(s_.Period == periods_ || (s_.Period > periods_ && !tied));
     s_.periodEnds = false;
     s_.Momentum = s_.Momentum > 0 ? std::max(0.0, s_.Momentum - .2) : std::min(0.0, s_.Momentum + .2);
     restoreEveryone();

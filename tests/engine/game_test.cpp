@@ -828,6 +828,29 @@ TEST(WholeGames, EveryEndingIsToldAsGameOver) {
     EXPECT_TRUE(seen.count(GameEnd::Overtime) || seen.count(GameEnd::Shootout));
 }
 
+// The short telling marks the end of regulation of a tied game, once, and
+// never that of a game decided in it.
+TEST(WholeGames, ATiedGameIsToldAtTheEndOfRegulation) {
+    struct AllShort final : NullPresenter {
+        std::vector<std::string> told;
+        void ShowPlayLines(const Game&, const std::vector<std::string>& lines) override {
+            told.insert(told.end(), lines.begin(), lines.end());
+        }
+    };
+    std::set<bool> seen;
+    for (std::uint64_t seed = 1; seed <= 40 && seen.size() < 2; ++seed) {
+        auto session = loaded(rulesWith(1, 0, 1), seed);
+        AllShort shown;
+        Game game(*session, GameOptions{.seed = seed, .noDisplay = false, .shortPlayByPlay = true}, &shown);
+        game.playToEnd();
+        const bool pastRegulation = game.state().endedBy != GameEnd::Regulation;
+        seen.insert(pastRegulation);
+        EXPECT_EQ(std::count(shown.told.begin(), shown.told.end(), "End Of Regulation"), pastRegulation ? 1 : 0)
+            << "seed " << seed;
+    }
+    EXPECT_EQ(seen.size(), 2u);
+}
+
 TEST(WholeGames, KeptAnswersDroppedAfterEveryStepPlayTheSame) {
     int penalties = 0, injuries = 0;
     for (std::uint64_t seed : {4u, 9u, 23u, 41u}) {
