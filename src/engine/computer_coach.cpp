@@ -807,6 +807,14 @@ constexpr auto kTireRate = [] {
     return rates;
 }();
 
+// A man's energy from his fatigue seconds against his shift limit: his
+// most while he is rested, down to 80 at the limit, under 80 past it.
+int energyAfter(double secs, int limit, int maxEnergy) {
+    if (secs > limit) return std::clamp(roundToInt(80 - (secs - limit) * .3), 0, 79);
+    if (secs > 0) return std::max(roundToInt(maxEnergy - (secs / limit) * 20), 80);
+    return maxEnergy;
+}
+
 }  // namespace
 
 // The clock's charge to the players: fatigue seconds on the ice and
@@ -854,17 +862,10 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         auto settleEnergy = [&](int slot, double secs, int limit) {
             if (limit <= 0) return;
             int& energy = s_.Energy[at(side)][at(slot)];
-            const int maxEnergy = tables.MaxEnergy[at(slot)];
-            int e = maxEnergy;
-            if (secs > limit) {
-                e = std::clamp(roundToInt(80 - (secs - limit) * .3), 0, 79);
-                if (energy >= 80 && energy - e > 10) {
-                    drawn[at(side)] |= std::uint64_t{1} << slot;
-                    return;
-                }
-            } else if (secs > 0) {
-                e = roundToInt(maxEnergy - (secs / limit) * 20);
-                e = std::max(e, 80);
+            const int e = energyAfter(secs, limit, tables.MaxEnergy[at(slot)]);
+            if (secs > limit && energy >= 80 && energy - e > 10) {
+                drawn[at(side)] |= std::uint64_t{1} << slot;
+                return;
             }
             energy = std::clamp(e, 0, 100);
         };
@@ -1053,23 +1054,13 @@ void Game::trackFatigue() {
 
 void Game::SetEnergy(const std::array<std::uint64_t, 2>& drawn) {
     for (int side : {kVisitor, kHome}) {
-        const SideTables& tables = sideOf(side);
-        // The slots in order, lowest first, so any draws come as they always have.
+        // Only the men the charge left a drawn fall for, lowest slot first so
+        // the draws come as they always have: a fresh man far past his limit
+        // at once loses a few points, not all the way down.
         for (std::uint64_t left = drawn[at(side)]; left != 0; left &= left - 1) {
             const auto slot = static_cast<std::size_t>(std::countr_zero(left));
-            int limit = tables.ShiftLimit[slot];
-            int maxEnergy = tables.MaxEnergy[slot];
-            double secs = s_.ShiftSecs[at(side)][slot];
             int& energy = s_.Energy[at(side)][slot];
-            if (limit <= 0) continue;
-            int e = maxEnergy;
-            if (secs > limit) {
-                e = std::clamp(roundToInt(80 - (secs - limit) * .3), 0, 79);
-                if (energy >= 80 && energy - e > 10) e = energy - 2 + rng_.rand(5) - rng_.rand(5);
-            } else if (secs > 0) {
-                e = roundToInt(maxEnergy - (secs / limit) * 20);
-                e = std::max(e, 80);
-            }
+            const int e = energy - 2 + rng_.rand(5) - rng_.rand(5);
             energy = std::clamp(e, 0, 100);
         }
     }

@@ -867,17 +867,17 @@ double Game::penaltySteering() {
 // out once a game; only who is on the ice is looked at here.
 double Game::disciplineFactor(int side) const {
     const SideTables& t = sideOf(side);
+    const EraTable* era = session_.league().era;
     const int places = s_.GoaliePulled[at(side)] ? 6 : 5;
     double sum = 0;
     int men = 0;
     for (int pos = 0; pos < places; ++pos) {
         const int slot = s_.onIce[at(side)].slot[at(pos)];
         if (slot == kNoSlot) continue;
-        const double kept = manFacts_[at(side)][at(slot)].indiscipline;
-        const EraTable* era = session_.league().era;
-        sum += kept >= 0        ? kept
-               : era != nullptr ? indiscipline(t.player(slot), t.rate(RateSet::Real, slot).AverageMinutes, *era)
-                                : 5;
+        // With no era table no figure was kept, and every man is the average.
+        sum += era == nullptr ? 5
+                              : indisciplineOr(manFacts_[at(side)][at(slot)].indiscipline, t.player(slot),
+                                               t.rate(RateSet::Real, slot).AverageMinutes, *era);
         ++men;
     }
     const double discipline = unitDiscipline(sum, men);

@@ -116,7 +116,7 @@ void onIceRatings(const std::array<UnitPlayer, 6>& onIce, const UnitSituation& s
         passing += p.RatingPassing;
         inside += p.RatingShotIn;
         outside += p.RatingShotOut;
-        discipline += u.indiscipline >= 0 ? u.indiscipline : indiscipline(p, u.averageMinutes, era);
+        discipline += indisciplineOr(u.indiscipline, p, u.averageMinutes, era);
         ++skaters;
     }
     out.onIceOffense = offense / 5;

@@ -32,6 +32,12 @@ struct UnitPlayer {
 // average, for a man of `averageMinutes` real minutes a game.
 double indiscipline(const PlayerRecord& p, double averageMinutes, const EraTable& era);
 
+// A man's indiscipline as kept for the game (`kept`, 0 or more), or worked
+// out now when none was kept.
+inline double indisciplineOr(double kept, const PlayerRecord& p, double averageMinutes, const EraTable& era) {
+    return kept >= 0 ? kept : indiscipline(p, averageMinutes, era);
+}
+
 // The discipline of a unit from its men's indiscipline, summed: 8 for men
 // who never take a penalty, lower the more they do.
 inline double unitDiscipline(double indisciplineSum, int skaters) {
