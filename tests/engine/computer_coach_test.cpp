@@ -39,16 +39,10 @@ std::unique_ptr<GameSession> loaded(std::uint64_t seed = 1, RulesRecord rules = 
     return test::loadedGame(madeUp(), rules, seed);
 }
 
-struct Silent final : GamePresenter {
+struct Silent final : NullPresenter {
     int asked = 0;
-    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
-    void ShowClock(const Game&) override {}
-    void ShowIce(const Game&) override {}
-    void ShowOffenseTargets(const Game&) override {}
     void AskPlayCall(const Game&, int) override { ++asked; }
     void AskLineChange(const Game&, int) override { ++asked; }
-    void ShowPause(const Game&) override {}
-    void GameOver(const Game&) override {}
 };
 
 // The visitor is the computer; the home coach is a human, so the driver
@@ -738,17 +732,11 @@ TEST(CoachInPlay, TheLineOnTheIceBringsItsOwnSettings) {
 }
 
 // Answers every question of the screen with a plain call, and counts them.
-struct Answering final : GamePresenter {
+struct Answering final : NullPresenter {
     Game* game = nullptr;
     int asked = 0;
-    void ShowPlayLines(const Game&, const std::vector<std::string>&) override {}
-    void ShowClock(const Game&) override {}
-    void ShowIce(const Game&) override {}
-    void ShowOffenseTargets(const Game&) override {}
     void AskPlayCall(const Game&, int) override { ++asked; }
     void AskLineChange(const Game&, int) override { ++asked; }
-    void ShowPause(const Game&) override {}
-    void GameOver(const Game&) override {}
     void answer() {
         // Fresh legs, as a coach who changes his lines keeps them.
         GameState& s = game->editState();

@@ -47,15 +47,12 @@ std::unique_ptr<GameSession> loaded(const RulesRecord& rules, std::uint64_t seed
 }
 
 // Remembers who was asked for what.
-struct Recorder final : GamePresenter {
+struct Recorder final : NullPresenter {
     std::vector<std::pair<char, int>> asked;  // 'P' play call, 'L' line change; side
     int gameOver = 0;
     int pauses = 0;
     int linesShown = 0;
     void ShowPlayLines(const Game&, const std::vector<std::string>&) override { ++linesShown; }
-    void ShowClock(const Game&) override {}
-    void ShowIce(const Game&) override {}
-    void ShowOffenseTargets(const Game&) override {}
     void AskPlayCall(const Game&, int side) override { asked.emplace_back('P', side); }
     void AskLineChange(const Game&, int side) override { asked.emplace_back('L', side); }
     void ShowPause(const Game&) override { ++pauses; }

@@ -18,7 +18,8 @@
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
 #include "postgame/box_text.h"
-#include "postgame/game_done.h"
+#include "postgame/game_summary.h"
+#include "support/made_up_game.h"
 #include "support/source_tree.h"
 #include "support/temp_dir.h"
 
@@ -56,14 +57,7 @@ std::string seededBoxScore(bool html) {
     game.seed = 2024;
     Game g(session, game);
     g.playToEnd();
-    FinishedGame finished = summarizeGame(g, 1, 11, 4, 2017);
-    Random postDraws(5);
-    PostingOptions posting;
-    posting.rng = &postDraws;
-    posting.dateText = "11/04/2017";
-    PostingResult res = GameDone(session, finished, posting);
-
-    auto box = BoxRead(findFile(dir.path(), res.boxFile));
+    auto box = test::postAndReadBox(session, g, dir.path());
     BoxNames names = boxNamesFromLeague(*box, dir.path());
     if (html) return boxScoreHtml(*box, names);
     std::string text;

@@ -11,7 +11,6 @@
 #include "league/schedule.h"
 #include "operations/blank_league.h"
 #include "postgame/box_file.h"
-#include "postgame/game_done.h"
 #include "postgame/game_summary.h"
 #include "support/made_up_game.h"
 #include "support/source_tree.h"
@@ -87,13 +86,7 @@ Outcome openOnPenaltyShot(std::uint64_t seed) {
     EXPECT_GT(game.state().Shots[kVisitor], 1);
     EXPECT_GT(game.state().Shots[kHome], 0);
 
-    FinishedGame finished = summarizeGame(game, 1, 11, 4, 2017);
-    Random postDraws(5);
-    PostingOptions posting;
-    posting.rng = &postDraws;
-    posting.dateText = "11/04/2017";
-    PostingResult res = GameDone(session, finished, posting);
-    auto box = BoxRead(findFile(dir.path(), res.boxFile));
+    auto box = test::postAndReadBox(session, game, dir.path());
     const std::size_t at = BoxFile::at(kVisitor, shooter);
     EXPECT_EQ(box->r1.BoxPenaltyShots[at], 1);
     EXPECT_EQ(box->r1.BoxLines[at].PenaltyShotAttempts, 1);

@@ -3,8 +3,11 @@
 #include <map>
 #include <utility>
 
+#include "league/files.h"
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
+#include "postgame/game_done.h"
+#include "postgame/game_summary.h"
 #include "support/source_tree.h"
 
 namespace tallyrink::test {
@@ -57,6 +60,16 @@ std::unique_ptr<GameSession> loadedGame(const MadeUpLeague& league, const RulesR
 
 std::unique_ptr<GameSession> loadedGame(const RulesRecord& rules, std::uint64_t seed, int visitor, int home) {
     return loadedGame(madeUpLeague(), rules, seed, visitor, home);
+}
+
+std::unique_ptr<BoxFile> postAndReadBox(GameSession& session, const Game& game, const std::filesystem::path& dir) {
+    FinishedGame finished = summarizeGame(game, 1, 11, 4, 2017);
+    Random postDraws(5);
+    PostingOptions posting;
+    posting.rng = &postDraws;
+    posting.dateText = "11/04/2017";
+    PostingResult res = GameDone(session, finished, posting);
+    return BoxRead(findFile(dir, res.boxFile));
 }
 
 }  // namespace tallyrink::test

@@ -10,8 +10,10 @@
 #include <memory>
 #include <vector>
 
+#include "engine/game.h"
 #include "engine/team_load.h"
 #include "league/schedule.h"
+#include "postgame/box_file.h"
 #include "support/temp_dir.h"
 
 namespace tallyrink::test {
@@ -41,5 +43,10 @@ std::unique_ptr<GameSession> loadedGame(const MadeUpLeague& league, const RulesR
 // The same from the default league.
 std::unique_ptr<GameSession> loadedGame(const RulesRecord& rules, std::uint64_t seed = 1, int visitor = 0,
                                         int home = 1);
+
+// A finished game posted as the first game of its schedule, on 4 November
+// 2017, into the league folder `dir` the session has open; its box file read
+// back.
+std::unique_ptr<BoxFile> postAndReadBox(GameSession& session, const Game& game, const std::filesystem::path& dir);
 
 }  // namespace tallyrink::test
