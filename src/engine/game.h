@@ -726,6 +726,9 @@ public:
     void CoachInPlay();
     // A computer coach's timeout at a stoppage late in a close game.
     void CoachTimeout();
+    // The step's change of goalie by a computer coach after a goal against
+    // (goalie_change.cpp): `scoreBefore` is the score as the play began.
+    void goalieChangeAfterGoal(const std::array<int, 2>& scoreBefore);
     // A broadcast break at the stoppage that ends the step; `previous` is
     // the result of the play before it.
     void tvTimeout(Result previous);
@@ -761,9 +764,6 @@ private:
     [[nodiscard]] std::uint64_t readLineMen(int side, int line, bool forwards);
     void computerGoaliePull(int side);
     void returnGoalie(int side);
-    // A computer coach's change of goalie after a goal against
-    // (goalie_change.cpp): `scoreBefore` is the score as the play began.
-    void goalieChangeAfterGoal(const std::array<int, 2>& scoreBefore);
     // The goalie to send in for the one just scored on, kNoSlot to keep him.
     int reliefGoalie(int side);
     [[nodiscard]] int spareGoalie(int side) const;

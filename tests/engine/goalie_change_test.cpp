@@ -1,0 +1,225 @@
+// A computer coach's change of goalie after a goal against: the goalie's own
+// limit, the cases in which nobody is changed, the relieved goalie's return
+// only when his reliever is hurt, and the hook that decides when the goalie
+// has no limit of his own.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "engine/game.h"
+#include "engine/goalie_change.h"
+#include "support/made_up_game.h"
+#include "team/positions.h"
+
+namespace tallyrink {
+namespace {
+
+const test::MadeUpLeague& madeUp() { return test::madeUpLeague(6, 31); }
+
+int countHolding(const std::vector<std::string>& lines, const std::string& words) {
+    int n = 0;
+    for (const auto& l : lines) n += l.find(words) != std::string::npos ? 1 : 0;
+    return n;
+}
+
+class Relief : public ::testing::Test {
+protected:
+    std::unique_ptr<GameSession> session = test::loadedGame(madeUp(), test::madeUpRules(), 5);
+    // A screen, so that the change is told; both coaches are the computer.
+    Game game{*session, GameOptions{.seed = 11, .noDisplay = false}};
+    int starter = kNoSlot;
+    int spare = kNoSlot;
+
+    void SetUp() override {
+        game.InitGame();
+        starter = game.state().goalie[kHome];
+        const SideTables& t = session->side(kHome);
+        for (int slot = 0; slot < kRosterSlots && spare == kNoSlot; ++slot)
+            if (slot != starter && t.onTeam(slot) && t.DressedToday[std::size_t(slot)] == 0 && isGoalie(t.player(slot)))
+                spare = slot;
+        ASSERT_NE(starter, kNoSlot);
+        ASSERT_NE(spare, kNoSlot) << "a made-up team dresses two goalies";
+        limitGoals(starter, 2);
+    }
+    PlayerRecord& home(int slot) { return session->side(kHome).player(slot); }
+    void limitGoals(int slot, int goals) { home(slot).GoaliePullAfterGoalsAllowed = std::uint8_t(goals); }
+    // `side` scores in mid-period; the step's change follows.
+    void goalBy(int side, int period = 2, int clock = 600) {
+        GameState& s = game.editState();
+        s.Period = period;
+        s.Clock = clock;
+        s.PlayZone = Zone::OffenseShooter;
+        s.PuckTeam = side;
+        s.PlayResult = Result::Goal;
+        const std::array<int, 2> before = s.Score;
+        game.ApplyPlay();
+        game.goalieChangeAfterGoal(before);
+    }
+    int goalieNow() const { return game.state().goalie[kHome]; }
+    int inNet() const { return game.state().onIce[kHome][IcePos::GoalieOrExtra]; }
+    int toldChanges() const { return countHolding(game.playLines(), "now in goal for"); }
+};
+
+TEST_F(Relief, TheGoaliesOwnLimitRelievesHimRightAfterThatGoal) {
+    goalBy(kVisitor);
+    goalBy(kHome);  // his own team's goals count for nothing
+    goalBy(kHome);
+    EXPECT_EQ(goalieNow(), starter);
+    EXPECT_EQ(statLine(home(starter), StatLineIndex::Game).GoalsAllowed, 1);
+    EXPECT_EQ(toldChanges(), 0);
+
+    goalBy(kVisitor);
+    EXPECT_EQ(goalieNow(), spare);
+    EXPECT_EQ(inNet(), spare);
+    EXPECT_EQ(toldChanges(), 1);
+    EXPECT_EQ(countHolding(game.playLines(), "heads to the bench"), 1);
+    EXPECT_EQ(game.tally().goalieReliefs, 1);
+    EXPECT_EQ(game.state().relief.starter[kHome], starter);
+    // The faceoff after the goal doesn't tell the change again.
+    EXPECT_EQ(game.state().events.goalieAnnounced[kHome], spare);
+    // The goals went against the man in net at each.
+    EXPECT_EQ(statLine(home(starter), StatLineIndex::Game).GoalsAllowed, 2);
+
+    // The reliever, with a limit of his own, has nobody left behind him: the
+    // relieved starter doesn't come back for goals.
+    limitGoals(spare, 1);
+    goalBy(kVisitor);
+    goalBy(kVisitor);
+    EXPECT_EQ(goalieNow(), spare);
+    EXPECT_EQ(statLine(home(spare), StatLineIndex::Game).GoalsAllowed, 2);
+    EXPECT_EQ(toldChanges(), 1);
+}
+
+TEST_F(Relief, TheStarterReturnsOnlyWhenHisRelieverIsHurt) {
+    goalBy(kVisitor);
+    goalBy(kVisitor);
+    ASSERT_EQ(goalieNow(), spare);
+    game.injure(kHome, spare, 5);
+    game.setManpower(5, 5);
+    EXPECT_EQ(goalieNow(), starter);
+    EXPECT_EQ(inNet(), starter);
+}
+
+TEST_F(Relief, NobodyIsChangedWhereACoachWouldNotOrCouldNot) {
+    // A starter marked never to be pulled in games he starts.
+    home(starter).GoalieNeverPullInGamesStarted = 1;
+    goalBy(kVisitor);
+    goalBy(kVisitor);
+    goalBy(kVisitor);
+    EXPECT_EQ(goalieNow(), starter);
+    home(starter).GoalieNeverPullInGamesStarted = 0;
+
+    // Past his limit now, but it is his own team that scores.
+    goalBy(kHome);
+    EXPECT_EQ(goalieNow(), starter);
+
+    // No fit spare.
+    game.editState().find.PlayerOut[kHome][std::size_t(spare)] = true;
+    goalBy(kVisitor);
+    EXPECT_EQ(goalieNow(), starter);
+    game.editState().find.PlayerOut[kHome][std::size_t(spare)] = false;
+
+    // Overtime, and the last minute of regulation.
+    goalBy(kVisitor, 4, 200);
+    EXPECT_EQ(goalieNow(), starter);
+    goalBy(kVisitor, 3, 45);
+    EXPECT_EQ(goalieNow(), starter);
+
+    // A goal into the empty net is not the goalie's.
+    game.editState().GoaliePulled[kHome] = true;
+    goalBy(kVisitor);
+    EXPECT_EQ(goalieNow(), starter);
+    game.editState().GoaliePulled[kHome] = false;
+
+    // A person coaching the side changes his own goalie.
+    game.setCoach(kHome, CoachKind::Human);
+    goalBy(kVisitor);
+    EXPECT_EQ(goalieNow(), starter);
+    EXPECT_EQ(toldChanges(), 0);
+    EXPECT_EQ(game.tally().goalieReliefs, 0);
+
+    // Given back to the computer, the next goal against brings the change.
+    game.setCoach(kHome, CoachKind::Computer);
+    goalBy(kVisitor);
+    EXPECT_EQ(goalieNow(), spare);
+}
+
+TEST_F(Relief, WithoutALimitThePlansHookDecides) {
+    limitGoals(starter, 0);
+    // A very slow hook keeps a goalie through five goals, whatever the draw.
+    session->side(kHome).plan.YankGoalie = {1, 1, 1};
+    for (int g = 0; g < 4; ++g) goalBy(kVisitor, 1, 1000 - 10 * g);
+    EXPECT_EQ(goalieNow(), starter);
+    // The coach's chances each goal after that add up to a change soon.
+    session->side(kHome).plan.YankGoalie = {4, 4, 4};
+    for (int g = 0; g < 12 && goalieNow() == starter; ++g) goalBy(kVisitor, 1, 900 - 10 * g);
+    EXPECT_EQ(goalieNow(), spare);
+}
+
+// ---- The hook ----------------------------------------------------------------------
+
+ReliefPicture picture(int goals, int shots, int period = 2, int clock = 600, int lead = -2) {
+    ReliefPicture p;
+    p.goalsAllowed = goals;
+    p.shotsFaced = shots;
+    p.period = period;
+    p.clock = clock;
+    p.lead = lead;
+    return p;
+}
+
+TEST(GoalieHook, EachPeriodHasItsHookAndTheLastHoldsAfterIt) {
+    const std::array<std::uint8_t, 3> hooks{1, 3, 4};
+    EXPECT_EQ(hookForPeriod(hooks, 1), GoalieHook::VerySlow);
+    EXPECT_EQ(hookForPeriod(hooks, 2), GoalieHook::Fast);
+    EXPECT_EQ(hookForPeriod(hooks, 3), GoalieHook::VeryFast);
+    EXPECT_EQ(hookForPeriod(hooks, 5), GoalieHook::VeryFast);
+    EXPECT_EQ(hookForPeriod({9, 0, 0}, 1), GoalieHook::NoPreference);
+}
+
+TEST(GoalieHook, MoreGoalsAndAFasterHookMakeAChangeLikelier) {
+    const std::array<GoalieHook, 5> slowToFast{GoalieHook::VerySlow, GoalieHook::Slow, GoalieHook::NoPreference,
+                                               GoalieHook::Fast, GoalieHook::VeryFast};
+    for (GoalieHook h : slowToFast) {
+        // One goal never, whatever the hook.
+        EXPECT_EQ(reliefChance(h, picture(1, 4)), 0);
+        for (int goals = 2; goals < 9; ++goals) {
+            const double c = reliefChance(h, picture(goals, goals * 5));
+            EXPECT_LE(c, reliefChance(h, picture(goals + 1, (goals + 1) * 5))) << goals;
+            EXPECT_GE(c, 0);
+            EXPECT_LT(c, 1);
+        }
+    }
+    for (std::size_t i = 0; i + 1 < slowToFast.size(); ++i)
+        for (int goals = 2; goals < 9; ++goals)
+            EXPECT_LE(reliefChance(slowToFast[i], picture(goals, goals * 5)),
+                      reliefChance(slowToFast[i + 1], picture(goals, goals * 5)));
+    // The usual bench waits for a third goal, a slow one for a fourth or a
+    // fifth; a fast one may go after the second.
+    EXPECT_EQ(reliefChance(GoalieHook::NoPreference, picture(2, 8)), 0);
+    EXPECT_GT(reliefChance(GoalieHook::NoPreference, picture(3, 8)), 0);
+    EXPECT_EQ(reliefChance(GoalieHook::Slow, picture(3, 8)), 0);
+    EXPECT_EQ(reliefChance(GoalieHook::VerySlow, picture(4, 12)), 0);
+    EXPECT_GT(reliefChance(GoalieHook::Fast, picture(2, 6)), 0);
+}
+
+TEST(GoalieHook, EarlyGoalsOnFewShotsWhileBehindWeighMost) {
+    const GoalieHook h = GoalieHook::NoPreference;
+    // By the period: early, then the middle, then a decided third.
+    EXPECT_GT(reliefChance(h, picture(4, 20, 1)), reliefChance(h, picture(4, 20, 2)));
+    EXPECT_GT(reliefChance(h, picture(4, 20, 2)), reliefChance(h, picture(4, 20, 3, 900)));
+    EXPECT_GT(reliefChance(h, picture(4, 20, 3, 900)), reliefChance(h, picture(4, 20, 3, 300)));
+    // Goals on few shots are his; goals behind a team that gives up forty
+    // shots are not.
+    EXPECT_GT(reliefChance(h, picture(4, 10)), reliefChance(h, picture(4, 20)));
+    EXPECT_GT(reliefChance(h, picture(4, 20)), reliefChance(h, picture(4, 40)));
+    // Behind by a lot, behind, tied, still ahead.
+    EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, -3)), reliefChance(h, picture(4, 20, 2, 600, -1)));
+    EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, -1)), reliefChance(h, picture(4, 20, 2, 600, 0)));
+    EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, 0)), reliefChance(h, picture(4, 20, 2, 600, 1)));
+}
+
+}  // namespace
+}  // namespace tallyrink
