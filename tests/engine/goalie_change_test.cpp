@@ -10,8 +10,13 @@
 
 #include "engine/game.h"
 #include "engine/goalie_change.h"
+#include "league/schedule.h"
+#include "operations/season_import.h"
 #include "support/made_up_game.h"
+#include "support/source_tree.h"
+#include "support/temp_dir.h"
 #include "team/positions.h"
+#include "team/rating_tool.h"
 
 namespace tallyrink {
 namespace {
@@ -219,6 +224,56 @@ TEST(GoalieHook, EarlyGoalsOnFewShotsWhileBehindWeighMost) {
     EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, -3)), reliefChance(h, picture(4, 20, 2, 600, -1)));
     EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, -1)), reliefChance(h, picture(4, 20, 2, 600, 0)));
     EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, 0)), reliefChance(h, picture(4, 20, 2, 600, 1)));
+}
+
+// ---- Over a season ------------------------------------------------------------------
+
+// Coaches with no preference of their own, on the real season's teams,
+// against the real season's benches. Of its team-games in which the goalies
+// let in three goals or more, 196 of 1,357 (14.4%) saw a second goalie, most
+// of them after the first was taken out for the goals, a few for an injury
+// (218 of all 2,542 team-games had two). Counted over those games, the
+// figure holds whether a league scores a little more or less than the real
+// one: the games here aren't posted, so the season never steers its goals
+// and shots toward the era's as a replay does.
+TEST(DefaultHook, ChangesGoaliesAboutAsOftenAsTheRealSeasonsBenches) {
+    testing::TempDir dir;
+    const std::filesystem::path folder = dir.path() / "league";
+    writeLeague(buildLeague(readSeasonData(defaultSeasonFolder({}))), folder, false);
+    rateLeague(folder, test::shippedEra(), nullptr);
+    Schedule schedule = Schedule::load(folder);
+    GameSession session({folder, defaultRules(2017), &test::shippedEra(), &schedule});
+    session.GameActive = true;
+    int teamGames = 0, threeOrMore = 0, twoGoalies = 0;
+    long reliefs = 0;
+    for (std::size_t r = 1; r <= 700; ++r) {
+        const GameRecord& row = schedule.row(r);
+        Random draws(r);
+        session.loadGame(row.VisitorTeam, row.HomeTeam, row.Month, row.Day, draws);
+        Game game(session, GameOptions{.seed = r * 31});
+        game.playToEnd();
+        reliefs += game.tally().goalieReliefs;
+        for (int side : {kVisitor, kHome}) {
+            int goalies = 0, against = 0;
+            for (const PlayerRecord& p : session.side(side).GameRoster) {
+                if (!isGoalie(p) || statLine(p, StatLineIndex::Game).Toi <= 0) continue;
+                ++goalies;
+                against += statLine(p, StatLineIndex::Game).GoalsAllowed;
+            }
+            ++teamGames;
+            if (against < 3) continue;
+            ++threeOrMore;
+            twoGoalies += goalies >= 2 ? 1 : 0;
+        }
+    }
+    const double rate = double(twoGoalies) / threeOrMore;
+    RecordProperty("twoGoalies", std::to_string(rate));
+    RecordProperty("threeOrMore", std::to_string(double(threeOrMore) / teamGames));
+    EXPECT_GT(rate, 0.09);
+    EXPECT_LT(rate, 0.21);
+    // The changes the coaches made are the second goalies of those games.
+    EXPECT_LE(reliefs, twoGoalies);
+    EXPECT_GT(reliefs, twoGoalies / 2);
 }
 
 }  // namespace
