@@ -295,6 +295,8 @@ void Game::DescribeNewGoalie(int side) {
 void Game::DescribeGoalieRelief(int side, int out) {
     sayFor(side, words(nameOf(side, out), "heads to the bench"));
     DescribeNewGoalie(side);
+    // A change in goal is news enough for the short telling too.
+    if (telling()) play_.addShort(words(nameOf(side, s_.goalie[at(side)]), "now in goal for", cityOf(side)));
 }
 
 void Game::DescribeCircleChange(int side, int out, int in) {

@@ -80,6 +80,7 @@ TEST_F(Relief, TheGoaliesOwnLimitRelievesHimRightAfterThatGoal) {
     EXPECT_EQ(inNet(), spare);
     EXPECT_EQ(toldChanges(), 1);
     EXPECT_EQ(countHolding(game.playLines(), "heads to the bench"), 1);
+    EXPECT_EQ(countHolding(game.playTelling().shortTexts(), "now in goal for"), 1);
     EXPECT_EQ(game.tally().goalieReliefs, 1);
     EXPECT_EQ(game.state().relief.starter[kHome], starter);
     // The faceoff after the goal doesn't tell the change again.
