@@ -166,65 +166,50 @@ TEST_F(Relief, WithoutALimitThePlansHookDecides) {
 
 // ---- The hook ----------------------------------------------------------------------
 
-ReliefPicture picture(int goals, int shots, int period = 2, int clock = 600, int lead = -2) {
-    ReliefPicture p;
-    p.goalsAllowed = goals;
-    p.shotsFaced = shots;
-    p.period = period;
-    p.clock = clock;
-    p.lead = lead;
-    return p;
+double chance(GoalieHook h, int goals, int shots, int period = 2, int clock = 600, int lead = -2) {
+    return reliefChance(h,
+                        {.goalsAllowed = goals, .shotsFaced = shots, .period = period, .clock = clock, .lead = lead});
 }
 
 TEST(GoalieHook, EachPeriodHasItsHookAndTheLastHoldsAfterIt) {
     const std::array<std::uint8_t, 3> hooks{1, 3, 4};
     EXPECT_EQ(hookForPeriod(hooks, 1), GoalieHook::VerySlow);
     EXPECT_EQ(hookForPeriod(hooks, 2), GoalieHook::Fast);
-    EXPECT_EQ(hookForPeriod(hooks, 3), GoalieHook::VeryFast);
     EXPECT_EQ(hookForPeriod(hooks, 5), GoalieHook::VeryFast);
     EXPECT_EQ(hookForPeriod({9, 0, 0}, 1), GoalieHook::NoPreference);
 }
 
-TEST(GoalieHook, MoreGoalsAndAFasterHookMakeAChangeLikelier) {
-    const std::array<GoalieHook, 5> slowToFast{GoalieHook::VerySlow, GoalieHook::Slow, GoalieHook::NoPreference,
-                                               GoalieHook::Fast, GoalieHook::VeryFast};
-    for (GoalieHook h : slowToFast) {
-        // One goal never, whatever the hook.
-        EXPECT_EQ(reliefChance(h, picture(1, 4)), 0);
-        for (int goals = 2; goals < 9; ++goals) {
-            const double c = reliefChance(h, picture(goals, goals * 5));
-            EXPECT_LE(c, reliefChance(h, picture(goals + 1, (goals + 1) * 5))) << goals;
-            EXPECT_GE(c, 0);
+TEST(GoalieHook, GoalsHookPeriodShotsAndScoreSetTheChance) {
+    using enum GoalieHook;
+    // More goals, or a faster hook, never make a change less likely.
+    const std::array<GoalieHook, 5> slowToFast{VerySlow, Slow, NoPreference, Fast, VeryFast};
+    for (std::size_t i = 0; i < slowToFast.size(); ++i)
+        for (int goals = 1; goals < 9; ++goals) {
+            const double c = chance(slowToFast[i], goals, goals * 5);
+            EXPECT_LE(c, chance(slowToFast[i], goals + 1, goals * 5 + 5)) << goals;
+            if (i + 1 < slowToFast.size()) {
+                EXPECT_LE(c, chance(slowToFast[i + 1], goals, goals * 5)) << goals;
+            }
             EXPECT_LT(c, 1);
         }
-    }
-    for (std::size_t i = 0; i + 1 < slowToFast.size(); ++i)
-        for (int goals = 2; goals < 9; ++goals)
-            EXPECT_LE(reliefChance(slowToFast[i], picture(goals, goals * 5)),
-                      reliefChance(slowToFast[i + 1], picture(goals, goals * 5)));
-    // The usual bench waits for a third goal, a slow one for a fourth or a
-    // fifth; a fast one may go after the second.
-    EXPECT_EQ(reliefChance(GoalieHook::NoPreference, picture(2, 8)), 0);
-    EXPECT_GT(reliefChance(GoalieHook::NoPreference, picture(3, 8)), 0);
-    EXPECT_EQ(reliefChance(GoalieHook::Slow, picture(3, 8)), 0);
-    EXPECT_EQ(reliefChance(GoalieHook::VerySlow, picture(4, 12)), 0);
-    EXPECT_GT(reliefChance(GoalieHook::Fast, picture(2, 6)), 0);
-}
-
-TEST(GoalieHook, EarlyGoalsOnFewShotsWhileBehindWeighMost) {
-    const GoalieHook h = GoalieHook::NoPreference;
-    // By the period: early, then the middle, then a decided third.
-    EXPECT_GT(reliefChance(h, picture(4, 20, 1)), reliefChance(h, picture(4, 20, 2)));
-    EXPECT_GT(reliefChance(h, picture(4, 20, 2)), reliefChance(h, picture(4, 20, 3, 900)));
-    EXPECT_GT(reliefChance(h, picture(4, 20, 3, 900)), reliefChance(h, picture(4, 20, 3, 300)));
-    // Goals on few shots are his; goals behind a team that gives up forty
-    // shots are not.
-    EXPECT_GT(reliefChance(h, picture(4, 10)), reliefChance(h, picture(4, 20)));
-    EXPECT_GT(reliefChance(h, picture(4, 20)), reliefChance(h, picture(4, 40)));
-    // Behind by a lot, behind, tied, still ahead.
-    EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, -3)), reliefChance(h, picture(4, 20, 2, 600, -1)));
-    EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, -1)), reliefChance(h, picture(4, 20, 2, 600, 0)));
-    EXPECT_GT(reliefChance(h, picture(4, 20, 2, 600, 0)), reliefChance(h, picture(4, 20, 2, 600, 1)));
+    // One goal never; the usual bench waits for a third, a slow one for a
+    // fourth or a fifth, a fast one may go after the second.
+    EXPECT_EQ(chance(VeryFast, 1, 2), 0);
+    EXPECT_EQ(chance(NoPreference, 2, 8), 0);
+    EXPECT_GT(chance(NoPreference, 3, 8), 0);
+    EXPECT_EQ(chance(Slow, 3, 8), 0);
+    EXPECT_EQ(chance(VerySlow, 4, 12), 0);
+    EXPECT_GT(chance(Fast, 2, 6), 0);
+    // Early rather than late; goals on few shots rather than many; behind
+    // by a lot rather than by one, tied or ahead.
+    EXPECT_GT(chance(NoPreference, 4, 20, 1), chance(NoPreference, 4, 20, 2));
+    EXPECT_GT(chance(NoPreference, 4, 20, 2), chance(NoPreference, 4, 20, 3, 900));
+    EXPECT_GT(chance(NoPreference, 4, 20, 3, 900), chance(NoPreference, 4, 20, 3, 300));
+    EXPECT_GT(chance(NoPreference, 4, 10), chance(NoPreference, 4, 20));
+    EXPECT_GT(chance(NoPreference, 4, 20), chance(NoPreference, 4, 40));
+    EXPECT_GT(chance(NoPreference, 4, 20, 2, 600, -3), chance(NoPreference, 4, 20, 2, 600, -1));
+    EXPECT_GT(chance(NoPreference, 4, 20, 2, 600, -1), chance(NoPreference, 4, 20, 2, 600, 0));
+    EXPECT_GT(chance(NoPreference, 4, 20, 2, 600, 0), chance(NoPreference, 4, 20, 2, 600, 1));
 }
 
 // ---- Over a season ------------------------------------------------------------------
