@@ -93,6 +93,7 @@ void Game::InitGame() {
         }
         s_.goalie[at(side)] = chooseGoalie(team, dayStarter(side, team));
         putUnitOnIce(side);
+        s_.relief.starter[at(side)] = s_.goalie[at(side)];
         clearGameLines(t.GameRoster, t.team);
     }
     s_.events.blocksByPeriod.reserve(8);
@@ -259,9 +260,11 @@ void Game::PlayStep() {
     stepSkaters_ = s_.Skaters;
     // A dump-in is told and played on for the one step that follows it.
     const bool afterDump = s_.events.dumpIn;
+    const std::array<int, 2> scoreBefore = s_.Score;
     ApplyPlay();
     if (afterDump) s_.events.dumpIn = false;
     countStep(startZone, drawn, edge);
+    goalieChangeAfterGoal(scoreBefore);
     if (rng_.rand(35) == 1) s_.find.LooseInClose = true;
     s_.find.newPlay = true;
     SetPlayRating();

@@ -23,6 +23,7 @@
 #include "engine/computer_coach.h"
 #include "engine/events.h"
 #include "engine/find_tools.h"
+#include "engine/goalie_change.h"
 #include "engine/live_stats.h"
 #include "engine/narration.h"
 #include "engine/penalties.h"
@@ -85,6 +86,9 @@ struct GoalNote {
     int scorer = kNoSlot;  // slots of the scoring side
     std::array<int, 2> assists{kNoSlot, kNoSlot};
     GoalType type = GoalType::FiveOnFive;
+    // Each side's goalie when it went in, his net empty or not: the goalies
+    // of record are read from the deciding goal.
+    std::array<int, 2> goalies{kNoSlot, kNoSlot};
 };
 
 // A penalty as called, for the penalty summary.
@@ -174,7 +178,8 @@ struct GameState {
 
     int steps = 0;
 
-    CoachState coach;  // the computer coach, line changes, timeouts
+    CoachState coach;     // the computer coach, line changes, timeouts
+    GoalieRelief relief;  // who started in goal and who was taken out
 };
 
 class Game {
@@ -488,6 +493,7 @@ private:
     void DescribePenaltyShotCall();
     void DescribeInjury(int side, int slot, int games);
     void DescribeGoaliePull(int side);
+    void DescribeGoalieRelief(int side, int out);
     void DescribeTimeout(int side);
     void DescribeLineChange(int side);
     void countScoringChance(double quality);
@@ -720,6 +726,9 @@ public:
     void CoachInPlay();
     // A computer coach's timeout at a stoppage late in a close game.
     void CoachTimeout();
+    // The step's change of goalie by a computer coach after a goal against
+    // (goalie_change.cpp): `scoreBefore` is the score as the play began.
+    void goalieChangeAfterGoal(const std::array<int, 2>& scoreBefore);
     // A broadcast break at the stoppage that ends the step; `previous` is
     // the result of the play before it.
     void tvTimeout(Result previous);
@@ -755,6 +764,9 @@ private:
     [[nodiscard]] std::uint64_t readLineMen(int side, int line, bool forwards);
     void computerGoaliePull(int side);
     void returnGoalie(int side);
+    // The goalie to send in for the one just scored on, kNoSlot to keep him.
+    int reliefGoalie(int side);
+    [[nodiscard]] int spareGoalie(int side) const;
     void restoreEveryone();
     // Charges the play's `t` seconds and sets each man's energy from them.
     // Returns, by side, a bit for each slot whose fall in energy is drawn:

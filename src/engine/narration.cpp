@@ -292,6 +292,13 @@ void Game::DescribeNewGoalie(int side) {
     sayFor(side, words(nameOf(side, s_.goalie[at(side)]), "now in goal for", cityOf(side)));
 }
 
+void Game::DescribeGoalieRelief(int side, int out) {
+    sayFor(side, words(nameOf(side, out), "heads to the bench"));
+    DescribeNewGoalie(side);
+    // A change in goal is news enough for the short telling too.
+    if (telling()) play_.addShort(words(nameOf(side, s_.goalie[at(side)]), "now in goal for", cityOf(side)));
+}
+
 void Game::DescribeCircleChange(int side, int out, int in) {
     sayFor(side, words(nameOf(side, out), "is removed from the circle"));
     sayFor(side, words(nameOf(side, in), "will take the draw"));

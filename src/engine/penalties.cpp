@@ -1180,7 +1180,9 @@ void Game::PenaltyShotStep() {
     play_.startPlay();
     s_.LastPlayCall = s_.PlayCall;
     clearPlayFlags();
+    const std::array<int, 2> scoreBefore = s_.Score;
     PenaltyShot(s_.PuckTeam, s_.find.Carrier);
+    goalieChangeAfterGoal(scoreBefore);
     s_.LastPlayResult = s_.PlayResult;
     s_.find.newPlay = true;
     s_.lineChangeMade = {false, false};

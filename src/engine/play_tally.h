@@ -51,6 +51,8 @@ struct PlayTally {
     long goaliePulls = 0;
     long emptyNetGoals = 0;
     long extraAttackerGoals = 0;
+    // Goalies a computer coach took out after goals against.
+    long goalieReliefs = 0;
 
     void add(const PlayTally& o);
 };
@@ -91,6 +93,7 @@ inline void PlayTally::add(const PlayTally& o) {
     goaliePulls += o.goaliePulls;
     emptyNetGoals += o.emptyNetGoals;
     extraAttackerGoals += o.extraAttackerGoals;
+    goalieReliefs += o.goalieReliefs;
 }
 
 }  // namespace tallyrink

@@ -207,6 +207,7 @@ void Game::postGoal(bool fromClear) {
     note.scorer = g.scorer;
     note.assists = {g.passer1, g.passer2};
     note.type = type;
+    note.goalies = s_.goalie;
     s_.goals.push_back(note);
 
     // The foul was punished by the shot itself: no one leaves the box for it.

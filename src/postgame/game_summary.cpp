@@ -19,6 +19,34 @@ int FinishedGame::finalScore(int s) const {
     return x.score + bonus;
 }
 
+namespace {
+
+// The goalies of record are those in net for the goal that put the winner
+// ahead for good, so a starter chased after that goal still takes the loss
+// and a backup who came in with the game tied and held on takes the win.
+// After a shootout, those who faced it. A game with a single goalie a side
+// gives the starters either way.
+void settleDecisions(FinishedGame& f, const GameState& s) {
+    const int winner = f.winnerSide();
+    if (winner < 0) return;
+    const int loser = winner == kVisitor ? kHome : kVisitor;
+    if (f.wentToShootout()) {
+        f.winningGoalie = s.goalie[static_cast<std::size_t>(winner)];
+        f.losingGoalie = s.goalie[static_cast<std::size_t>(loser)];
+        return;
+    }
+    const int needed = f.side[static_cast<std::size_t>(loser)].score + 1;
+    int count = 0;
+    for (const GoalNote& g : s.goals) {
+        if (g.side != winner || ++count != needed) continue;
+        f.winningGoalie = g.goalies[static_cast<std::size_t>(winner)];
+        f.losingGoalie = g.goalies[static_cast<std::size_t>(loser)];
+        return;
+    }
+}
+
+}  // namespace
+
 FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calendarMonth, int day, int year) {
     const GameState& s = game.state();
     const GameSession& session = game.session();
@@ -50,7 +78,8 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         x.shots = s.Shots[i];
         x.chancesFor = game.scoringChances(side);
         x.timeOfAttack = s.attackSeconds[i];
-        x.startingGoalie = s.goalie[i];
+        // A goalie taken out or hurt leaves another in net by the end.
+        x.startingGoalie = s.relief.starter[i] != kNoSlot ? s.relief.starter[i] : s.goalie[i];
         x.powerPlays = s.pen.PowerPlays[i];
         x.penaltyMinutes = s.pen.PenaltyMinutes[i];
         // Hurt in play: 1 to 3 back after a while, 4 done for the night, and
@@ -82,6 +111,7 @@ FinishedGame summarizeGame(const Game& game, std::size_t scheduleRow, int calend
         x.goalsByPeriod[static_cast<std::size_t>(std::clamp(g.period, 1, kPeriodSlots) - 1)] += 1;
         if (g.strengthEdge > 0) x.powerPlayGoals += 1;
     }
+    settleDecisions(f, s);
     return f;
 }
 
