@@ -87,7 +87,7 @@ struct GoalNote {
     std::array<int, 2> assists{kNoSlot, kNoSlot};
     GoalType type = GoalType::FiveOnFive;
     // Each side's goalie when it went in, his net empty or not: the goalies
-    // of record are read from the deciding goal.
+    // of record are read from the game's last goal.
     std::array<int, 2> goalies{kNoSlot, kNoSlot};
 };
 

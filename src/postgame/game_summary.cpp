@@ -21,28 +21,16 @@ int FinishedGame::finalScore(int s) const {
 
 namespace {
 
-// The goalies of record are those in net for the goal that put the winner
-// ahead for good, so a starter chased after that goal still takes the loss
-// and a backup who came in with the game tied and held on takes the win.
-// After a shootout, those who faced it. A game with a single goalie a side
-// gives the starters either way.
+// The goalies of record are those each side had in net when the game's last
+// goal went in (after a shootout, those who faced it), empty net or not. A
+// game with a single goalie a side gives the starters either way.
 void settleDecisions(FinishedGame& f, const GameState& s) {
     const int winner = f.winnerSide();
     if (winner < 0) return;
     const int loser = winner == kVisitor ? kHome : kVisitor;
-    if (f.wentToShootout()) {
-        f.winningGoalie = s.goalie[static_cast<std::size_t>(winner)];
-        f.losingGoalie = s.goalie[static_cast<std::size_t>(loser)];
-        return;
-    }
-    const int needed = f.side[static_cast<std::size_t>(loser)].score + 1;
-    int count = 0;
-    for (const GoalNote& g : s.goals) {
-        if (g.side != winner || ++count != needed) continue;
-        f.winningGoalie = g.goalies[static_cast<std::size_t>(winner)];
-        f.losingGoalie = g.goalies[static_cast<std::size_t>(loser)];
-        return;
-    }
+    const std::array<int, 2>& inNet = f.wentToShootout() || s.goals.empty() ? s.goalie : s.goals.back().goalies;
+    f.winningGoalie = inNet[static_cast<std::size_t>(winner)];
+    f.losingGoalie = inNet[static_cast<std::size_t>(loser)];
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ struct FinishedGame {
     int clock = 0;           // seconds left when it ended
     int shootoutRounds = 0;  // 2 or more: the game went to a shootout
     bool overtimePlayed = false;
-    int winningGoalie = kNoSlot;  // on the winning side, the goalie in net at the deciding goal
+    int winningGoalie = kNoSlot;  // on the winning side, the goalie in net at the last goal
     int losingGoalie = kNoSlot;   // on the losing side
     bool neutralIce = false;
     bool playoff = false;

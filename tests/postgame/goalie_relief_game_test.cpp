@@ -2,7 +2,7 @@
 // against, played and posted: both goalies are in the box score with their
 // own minutes, shots and saves, the starter alone is credited with the start,
 // both with a game played, and the side's one decision goes to the goalie in
-// net for the goal that decided it.
+// net when the last goal went in.
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,6 @@
 #include "operations/blank_league.h"
 #include "postgame/box_file.h"
 #include "postgame/box_text.h"
-#include "postgame/game_done.h"
 #include "postgame/game_summary.h"
 #include "support/made_up_game.h"
 #include "support/source_tree.h"
@@ -32,15 +31,6 @@ struct Goalies {
     int starter = kNoSlot;
     int reliever = kNoSlot;
 };
-
-// The goalie of `side` in net for the goal that put the winner ahead for good.
-int inNetAtTheDecidingGoal(const GameState& s, int winner, int side) {
-    const int needed = s.Score[std::size_t(1 - winner)] + 1;
-    int count = 0;
-    for (const GoalNote& g : s.goals)
-        if (g.side == winner && ++count == needed) return g.goalies[std::size_t(side)];
-    return kNoSlot;
-}
 
 // Which goalies of a side that changed took its decision.
 struct Relieved {
@@ -86,13 +76,7 @@ Relieved playAndPostARelief(std::uint64_t seed) {
     out.game = true;
     const int winner = s.Score[kVisitor] > s.Score[kHome] ? kVisitor : kHome;
 
-    FinishedGame finished = summarizeGame(game, 1, 11, 4, 2017);
-    Random postDraws(5);
-    PostingOptions posting;
-    posting.rng = &postDraws;
-    posting.dateText = "11/04/2017";
-    PostingResult res = GameDone(session, finished, posting);
-    auto box = BoxRead(findFile(dir.path(), res.boxFile));
+    auto box = test::postAndReadBox(session, game, dir.path());
     std::vector<std::string> text = boxScoreText(*box, boxNamesFromLeague(*box, dir.path()));
 
     for (int side : {kVisitor, kHome}) {
@@ -124,7 +108,7 @@ Relieved playAndPostARelief(std::uint64_t seed) {
         EXPECT_EQ(decisions, 1);
         EXPECT_EQ(box->r1.BoxStarterGoalie[std::size_t(side)], g.starter + 1);
         EXPECT_EQ(box->r1.BoxLines[BoxFile::at(side, g.starter)].GS, 1);
-        const int decided = inNetAtTheDecidingGoal(s, winner, side);
+        const int decided = s.goals.back().goalies[std::size_t(side)];
         const BoxLine& ofRecord = box->r1.BoxLines[BoxFile::at(side, decided)];
         EXPECT_EQ(side == winner ? ofRecord.GoalieWins : ofRecord.GoalieLosses, 1);
 

@@ -95,7 +95,8 @@ Outcome openOnPenaltyShot(std::uint64_t seed) {
     for (const PlayerRecord& p : session.side(kVisitor).GameRoster)
         visitorGoals += statLine(p, StatLineIndex::Game).PenaltyShotGoals;
     EXPECT_EQ(box->r1.BoxGoalTypes[10], visitorGoals);  // the visitors' penalty-shot goals
-    int goalie = finished.side[kHome].startingGoalie;
+    // The shot opened the game: the home starter faced it.
+    const int goalie = box->r1.BoxStarterGoalie[kHome] - 1;
     EXPECT_EQ(box->r1.BoxLines[BoxFile::at(kHome, goalie)].GoaliePenaltyShotsFaced, 1);
     return {goal};
 }
