@@ -136,6 +136,7 @@ void printDetail(const Totals& t) {
     fmt::print("Goalies pulled a game {:.3f}, empty-net goals {:.3f}, goals with the goalie out {:.3f}\n",
                tally.goaliePulls / double(t.games), tally.emptyNetGoals / double(t.games),
                tally.extraAttackerGoals / double(t.games));
+    fmt::print("Goalies relieved after goals against, a team-game {:.3f}\n", tally.goalieReliefs / teamGames);
 }
 
 void simulate(const GlobalOptions& options, const SimulateOptions& o) {
