@@ -521,6 +521,12 @@ std::array<int, 2> Game::finalScore() const {
 // ---- Play rating ----------------------------------------------------------------
 
 void Game::SetPlayRating() {
+    // A faceoff is rated even whatever the play before it: nothing below
+    // would count, so nothing is drawn for it.
+    if (isFaceoff(s_.PlayZone)) {
+        s_.PlayRating = 5;
+        return;
+    }
     double r = 5.7 + 2 * rng_.rnd() - 2 * rng_.rnd();
     bool against = (s_.PuckTeam == kVisitor && s_.Momentum < 0) || (s_.PuckTeam == kHome && s_.Momentum > 0);
     if (against) r -= std::fabs(s_.Momentum);
@@ -606,7 +612,6 @@ void Game::SetPlayRating() {
             break;
     }
     if (strengthEdge() < 0 && rng_.rand(5) == 1) r = 2 + 3 * rng_.rnd();
-    if (isFaceoff(s_.PlayZone)) r = 5;
     s_.PlayRating = std::clamp(r, 1.0, 10.0);
 }
 
