@@ -101,9 +101,14 @@ struct FindState {
     bool DrawForcedEntry = false;
     Call drawCall = Call::None;
 
-    // The mood of the coming shot, 1 to 9 (5 neutral), drawn at the start
-    // of each play, and the flag that asks for the draw.
+    // The mood of the coming shot, 1 to 9 (5 neutral), and the flag that
+    // asks for a new one at the start of each play. The carrier's record
+    // adds its lift then; the rest of the mood stands apart from the play
+    // and is drawn when a table first asks for it (moodDrawn), as most
+    // steps never shoot.
     int ShooterMood = 5;
+    int moodLift = 0;
+    bool moodDrawn = true;
     bool newPlay = true;
     // A puck loose near the net: a carrier at spot 1 shoots as from inside.
     bool LooseInClose = false;

@@ -373,6 +373,7 @@ private:
 
     // Chances: the parts of a step up to the table (chance_table.cpp).
     void drawShooterMood();
+    int shooterMood();
     void moveForecheck();
     void chooseCarrier();
     void eraFactors();

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -117,6 +119,52 @@ TEST(ChanceArithmetic, UsageTierIsTheHighestStepPassed) {
     EXPECT_EQ(usageTier(steps, 100, 80), 3);  // 1.2625 > 1.25
     EXPECT_EQ(usageTier(steps, 10, 0), 0);    // no real games
     EXPECT_EQ(usageTier({0, 0, 0}, 100, 80), 0);
+}
+
+// The mood's one draw against the throws it stands for, counted out one by
+// one: the start (a throw of three), then for each swing its odds (a throw
+// of 3, 5 or 7) and, when it comes, two throws of three.
+TEST(ShotModel, TheMoodsOneDrawHasTheLawOfItsThrows) {
+    std::map<int, std::int64_t> counted;
+    std::int64_t all = 0;
+    for (int start = 1; start <= 3; ++start)
+        for (int a = 1; a <= 3; ++a)
+            for (int a1 = 1; a1 <= 3; ++a1)
+                for (int a2 = 1; a2 <= 3; ++a2)
+                    for (int b = 1; b <= 5; ++b)
+                        for (int b1 = 1; b1 <= 3; ++b1)
+                            for (int b2 = 1; b2 <= 3; ++b2)
+                                for (int c = 1; c <= 7; ++c)
+                                    for (int c1 = 1; c1 <= 3; ++c1)
+                                        for (int c2 = 1; c2 <= 3; ++c2) {
+                                            // A swing that doesn't come still has its
+                                            // two throws counted, nine ways alike.
+                                            int mood = start == 1 ? 4 : 5;
+                                            if (a == 1) mood += a1 - a2;
+                                            if (b == 1) mood += b1 - b2;
+                                            if (c == 1) mood += c1 - c2;
+                                            ++counted[mood];
+                                            ++all;
+                                        }
+    ASSERT_EQ(all, kMoodWeightTotal);
+    std::int64_t total = 0;
+    for (std::size_t m = 0; m < kMoodWeights.size(); ++m) {
+        const int mood = kLowestMood + static_cast<int>(m);
+        EXPECT_EQ(kMoodWeights[m], counted[mood]) << mood;
+        total += kMoodWeights[m];
+    }
+    EXPECT_EQ(total, kMoodWeightTotal);
+    EXPECT_EQ(counted.size(), kMoodWeights.size());
+
+    // The draw lands on each mood as often as its weight says: every step
+    // of Int(u * total) once.
+    std::map<int, std::int64_t> landed;
+    for (std::int64_t k = 0; k < kMoodWeightTotal; ++k)
+        ++landed[baseShooterMood((static_cast<double>(k) + .5) / kMoodWeightTotal)];
+    for (std::size_t m = 0; m < kMoodWeights.size(); ++m)
+        EXPECT_EQ(landed[kLowestMood + static_cast<int>(m)], kMoodWeights[m]) << m;
+    EXPECT_EQ(baseShooterMood(0), kLowestMood);
+    EXPECT_EQ(baseShooterMood(std::nextafter(1.0, 0.0)), 11);
 }
 
 TEST(ShotModel, GoalieStepsFormAndDepths) {
