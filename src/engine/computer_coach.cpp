@@ -835,12 +835,15 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         int opp = stepSkaters_[at(other(side))];
         int dressed = slotsSet(teams_[at(side)].candidate);
         double benchRate = .5 + (dressed <= 17 ? .05 : 0) + (dressed <= 16 ? .05 : 0);
-        bool topLine = false;
+        // A top-line man among the first three places: each is tested on
+        // his own until one passes, so one draw against the chance that
+        // any does.
+        double noTopLine = 1;
         for (std::size_t pos = 0; pos < 3; ++pos) {
-            int slot = ice.slot[pos];
-            if (!topLine && slot != kNoSlot && rng_.over(manFacts_[at(side)][at(slot)].realMinutes, 22, 4))
-                topLine = true;
+            const int slot = ice.slot[pos];
+            if (slot != kNoSlot) noTopLine *= 1 - manFacts_[at(side)][at(slot)].topLineChance;
         }
+        const bool topLine = rng_.chance(1 - noTopLine);
         // Who is on, by slot: one pass over the six places instead of a
         // search of them for each of the roster's slots.
         // Worked without a test per place: which places are filled varies
@@ -958,17 +961,15 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             // A player running ahead of his real minutes tires sooner.
             const double ratio = facts.minutesRatio;
             if (facts.minutes10 && rng_.under(ratio, .92, .05)) rate *= .95;
-            if (facts.minutes18 && rng_.randAtMost(10, facts.replayGames - 10) && rng_.under(ratio, .95, .04))
-                rate *= .9;
+            if (rng_.chance(facts.tireChance18)) rate *= .9;
             sum += t * rate;
             s_.stint[at(side)][at(slot)] += t;
             if (sum >= 5 && t >= 5) {
-                if (!rng_.under(ratio, 1, .07))
-                    sum += 1;
-                else if (!rng_.over(ratio, .98, -.03))
-                    sum -= 2;
-                else if (!rng_.over(ratio, 1, -.07))
-                    sum -= 1;
+                // A swing the man's minutes make certain takes no draw: the
+                // running sums are then all 0 or 1, and a draw of 0 finds it.
+                const double u = facts.swingCertain ? 0 : rng_.rnd();
+                const std::array<double, 3>& below = facts.swingBelow;
+                sum += u < below[0] ? 1.0 : u < below[1] ? -2.0 : u < below[2] ? -1.0 : 0.0;
             }
             sum = std::max(sum, 0.0);
             secs = timeout ? 0 : sum;
@@ -1024,12 +1025,29 @@ void Game::layManFacts() {
             facts.college = p.PlayerType.view() == "C";
             facts.enforcer = p.Enforcer == 1;
             facts.fightsPer1000 = real.FightsPer1000;
+            layFatigueChances(facts);
             // Only a man of the team can be on the ice to be rated; the
             // rest are left to be worked out should that ever change.
             facts.indiscipline =
                 era != nullptr && tables.onTeam(slot) ? indiscipline(p, real.AverageMinutes, *era) : -1;
         }
     }
+}
+
+void Game::layFatigueChances(ManFacts& facts) {
+    facts.topLineChance = Random::chanceOver(facts.realMinutes, 22, 4);
+    const double ratio = facts.minutesRatio;
+    facts.tireChance18 =
+        facts.minutes18 ? Random::chanceAtMost(10, facts.replayGames - 10) * Random::chanceUnder(ratio, .95, .04) : 0;
+    // +1 unless under(ratio, 1, .07); else -2 unless over(ratio, .98, -.03);
+    // else -1 unless over(ratio, 1, -.07).
+    const double up = 1 - Random::chanceUnder(ratio, 1, .07);
+    const double down2 = 1 - Random::chanceOver(ratio, .98, -.03);
+    const double down1 = 1 - Random::chanceOver(ratio, 1, -.07);
+    const double rest = (1 - up) * (1 - down2);
+    facts.swingBelow = {up, up + (1 - up) * down2, up + (1 - up) * down2 + rest * down1};
+    auto sure = [](double p) { return p == 0 || p == 1; };
+    facts.swingCertain = sure(up) && sure(down2) && sure(down1);
 }
 
 void Game::trackFatigue() {

@@ -849,6 +849,15 @@ private:
         bool enforcer = false;
         double fightsPer1000 = 0;  // his real fights a thousand minutes
         double indiscipline = -1;  // his penalty rate against his era's, for the unit ratings
+        // The fatigue charge's chances for him, as his minutes set them: that
+        // he is taken for a top-line man, that a man of 18 minutes tires
+        // sooner, and the running sums of the chances of a long stint's
+        // swing of +1, -2 and -1 seconds (the rest is none), with whether
+        // the swing is certain and takes no draw.
+        double topLineChance = 0;
+        double tireChance18 = 0;
+        std::array<double, 3> swingBelow{};
+        bool swingCertain = true;
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
     // What kind of team each side is, read from its record with the men's facts.
@@ -894,6 +903,7 @@ private:
     std::array<BySlot<PasserBase>, 2> passerBase_{};
     void layPickBase();
     void layManFacts();
+    static void layFatigueChances(ManFacts& facts);
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.
