@@ -807,6 +807,13 @@ constexpr auto kTireRate = [] {
     return rates;
 }();
 
+// A long stint's swing for a draw u, by the running sums of the chances of
+// +1, -2 and -1 (the rest is none). When the swing is certain the sums are
+// all 0 or 1, and a draw of 0 finds it.
+double swingOf(double u, const std::array<double, 3>& below) {
+    return u < below[0] ? 1.0 : u < below[1] ? -2.0 : u < below[2] ? -1.0 : 0.0;
+}
+
 // A man's energy from his fatigue seconds against his shift limit: his
 // most while he is rested, down to 80 at the limit, under 80 past it.
 int energyAfter(double secs, int limit, int maxEnergy) {
@@ -964,13 +971,8 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             if (rng_.chance(facts.tireChance18)) rate *= .9;
             sum += t * rate;
             s_.stint[at(side)][at(slot)] += t;
-            if (sum >= 5 && t >= 5) {
-                // A swing the man's minutes make certain takes no draw: the
-                // running sums are then all 0 or 1, and a draw of 0 finds it.
-                const double u = facts.swingCertain ? 0 : rng_.rnd();
-                const std::array<double, 3>& below = facts.swingBelow;
-                sum += u < below[0] ? 1.0 : u < below[1] ? -2.0 : u < below[2] ? -1.0 : 0.0;
-            }
+            // A swing the man's minutes make certain takes no draw.
+            if (sum >= 5 && t >= 5) sum += facts.swingCertain ? facts.swingSure : swingOf(rng_.rnd(), facts.swingBelow);
             sum = std::max(sum, 0.0);
             secs = timeout ? 0 : sum;
             settleEnergy(slot, secs, limit);
@@ -1048,6 +1050,7 @@ void Game::layFatigueChances(ManFacts& facts) {
     facts.swingBelow = {up, up + (1 - up) * down2, up + (1 - up) * down2 + rest * down1};
     auto sure = [](double p) { return p == 0 || p == 1; };
     facts.swingCertain = sure(up) && sure(down2) && sure(down1);
+    facts.swingSure = swingOf(0, facts.swingBelow);
 }
 
 void Game::trackFatigue() {

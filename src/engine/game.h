@@ -853,11 +853,12 @@ private:
         // he is taken for a top-line man, that a man of 18 minutes tires
         // sooner, and the running sums of the chances of a long stint's
         // swing of +1, -2 and -1 seconds (the rest is none), with whether
-        // the swing is certain and takes no draw.
+        // the swing is certain and takes no draw, and what it then is.
         double topLineChance = 0;
         double tireChance18 = 0;
         std::array<double, 3> swingBelow{};
         bool swingCertain = true;
+        double swingSure = 0;  // the swing when it is certain
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
     // What kind of team each side is, read from its record with the men's facts.
