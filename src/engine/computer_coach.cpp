@@ -297,7 +297,6 @@ Call Game::ChooseOffensePlay(int side, bool faceoff) {
     } else if (shortHanded) {
         call = r.randAtMost(100, 50) ? Call::Clear : Call::Safe;
     } else {
-        if (r.rand(10) <= 2) call = s_.coach.ownLastCall[at(side)];
         double rating = faceoff ? 5 : s_.PlayRating;
         // The unit ratings in tenths, the scale the matching margins are set in.
         double offense = onIceOffense(side) * 10;
@@ -306,30 +305,9 @@ Call Game::ChooseOffensePlay(int side, bool faceoff) {
         auto overmatched = [&] { return r.overRand(offense, defense + 10, 20); };
         auto undermatched = [&] { return r.overRand(-offense, -(defense - 10), 20); };
 
-        double a = 30 + aggressivenessAdj(plan);
-        if (r.over(rating, 5, 5)) a = 50 + adj(BreakoutAdj::HighPotential);
-        if (r.over(rating, 7, 3)) a = 80;
-        if (r.under(rating, 2, 3)) a = 10 + adj(BreakoutAdj::LowPotential);
-        if (r.under(rating, 1, 2)) a = 0;
-        if (leading) a += adj(BreakoutAdj::Leading);
-        if (trailing) a += adj(BreakoutAdj::Trailing);
-        if (overmatched())
-            a += adj(BreakoutAdj::Overmatched);
-        else if (undermatched())
-            a += adj(BreakoutAdj::Undermatched);
-        if (r.overRand(lead, 2, 3)) a *= .1;
-        if (r.overRand(lead, 1, 3)) a *= .5;
-        if (leading && s_.Period >= 2) a *= .5;
-        if (lead > 1 && lastRegular) a *= .5;
-        if (lead > 1 && lastRegular && !r.overRand(left, 360, 360)) a = 0;
-        if (leading && lastRegular && left <= 180) a = 0;
-        if (r.overRand(behind, 1, 3) && r.randAtMost(2, s_.Period)) a = (a + 3) * 1.1;
-        if (lastRegular && r.overRand(behind, 0, 2)) a = (a + 2) * 1.1;
-        if (trailing && s_.Period >= periods_ && r.underRand(left, 480, 480)) a = (a + 3) * 1.1;
-        if (behind > 1 && lastRegular && !r.overRand(left, 90, 90)) a += 20;
-        if (trailing && lastRegular && !r.overRand(left, 60, 60)) a = 100;
-        if (r.randAtMost(100, a)) call = Call::Aggressive;
-
+        // A safe breakout outranks an aggressive one, which outranks the
+        // last call repeated: each is weighed only when those above it
+        // didn't come, as their draws would count for nothing.
         double safe = 15;
         if (r.over(rating, 5, 5)) safe = 7 - adj(BreakoutAdj::HighPotential);
         if (r.over(rating, 7, 3)) safe = 2;
@@ -356,7 +334,36 @@ Call Game::ChooseOffensePlay(int side, bool faceoff) {
             if (left <= 180) safe *= 2;
         }
         if (lead > 1 && lastRegular && left <= 180) safe = 100;
-        if (r.randAtMost(100, safe)) call = Call::Safe;
+        if (r.randAtMost(100, safe)) {
+            call = Call::Safe;
+        } else {
+            double a = 30 + aggressivenessAdj(plan);
+            if (r.over(rating, 5, 5)) a = 50 + adj(BreakoutAdj::HighPotential);
+            if (r.over(rating, 7, 3)) a = 80;
+            if (r.under(rating, 2, 3)) a = 10 + adj(BreakoutAdj::LowPotential);
+            if (r.under(rating, 1, 2)) a = 0;
+            if (leading) a += adj(BreakoutAdj::Leading);
+            if (trailing) a += adj(BreakoutAdj::Trailing);
+            if (overmatched())
+                a += adj(BreakoutAdj::Overmatched);
+            else if (undermatched())
+                a += adj(BreakoutAdj::Undermatched);
+            if (r.overRand(lead, 2, 3)) a *= .1;
+            if (r.overRand(lead, 1, 3)) a *= .5;
+            if (leading && s_.Period >= 2) a *= .5;
+            if (lead > 1 && lastRegular) a *= .5;
+            if (lead > 1 && lastRegular && !r.overRand(left, 360, 360)) a = 0;
+            if (leading && lastRegular && left <= 180) a = 0;
+            if (r.overRand(behind, 1, 3) && r.randAtMost(2, s_.Period)) a = (a + 3) * 1.1;
+            if (lastRegular && r.overRand(behind, 0, 2)) a = (a + 2) * 1.1;
+            if (trailing && s_.Period >= periods_ && r.underRand(left, 480, 480)) a = (a + 3) * 1.1;
+            if (behind > 1 && lastRegular && !r.overRand(left, 90, 90)) a += 20;
+            if (trailing && lastRegular && !r.overRand(left, 60, 60)) a = 100;
+            if (r.randAtMost(100, a))
+                call = Call::Aggressive;
+            else if (r.rand(10) <= 2)
+                call = s_.coach.ownLastCall[at(side)];
+        }
     }
 
     if (lastRegular && trailing && (left < 120 || (left < 360 && r.rand(2) == 1))) call = Call::Safe;
