@@ -814,13 +814,6 @@ constexpr auto kTireRate = [] {
     return rates;
 }();
 
-// A long stint's swing for a draw u, by the running sums of the chances of
-// +1, -2 and -1 (the rest is none). When the swing is certain the sums are
-// all 0 or 1, and a draw of 0 finds it.
-double swingOf(double u, const std::array<double, 3>& below) {
-    return u < below[0] ? 1.0 : u < below[1] ? -2.0 : u < below[2] ? -1.0 : 0.0;
-}
-
 // A man's energy from his fatigue seconds against his shift limit: his
 // most while he is rested, down to 80 at the limit, under 80 past it.
 int energyAfter(double secs, int limit, int maxEnergy) {
@@ -979,7 +972,8 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             sum += t * rate;
             s_.stint[at(side)][at(slot)] += t;
             // A swing the man's minutes make certain takes no draw.
-            if (sum >= 5 && t >= 5) sum += facts.swingCertain ? facts.swingSure : swingOf(rng_.rnd(), facts.swingBelow);
+            if (sum >= 5 && t >= 5)
+                sum += facts.swingCertain ? facts.swingSure : stintSwing(rng_.rnd(), facts.swingBelow);
             sum = std::max(sum, 0.0);
             secs = timeout ? 0 : sum;
             settleEnergy(slot, secs, limit);
@@ -1048,16 +1042,22 @@ void Game::layFatigueChances(ManFacts& facts) {
     const double ratio = facts.minutesRatio;
     facts.tireChance18 =
         facts.minutes18 ? Random::chanceAtMost(10, facts.replayGames - 10) * Random::chanceUnder(ratio, .95, .04) : 0;
-    // +1 unless under(ratio, 1, .07); else -2 unless over(ratio, .98, -.03);
-    // else -1 unless over(ratio, 1, -.07).
+    facts.swingBelow = stintSwingBelow(ratio);
+    auto sure = [](double p) { return p == 0 || p == 1; };
+    facts.swingCertain = std::all_of(facts.swingBelow.begin(), facts.swingBelow.end(), sure);
+    facts.swingSure = stintSwing(0, facts.swingBelow);
+}
+
+std::array<double, 3> stintSwingBelow(double ratio) {
     const double up = 1 - Random::chanceUnder(ratio, 1, .07);
     const double down2 = 1 - Random::chanceOver(ratio, .98, -.03);
     const double down1 = 1 - Random::chanceOver(ratio, 1, -.07);
-    const double rest = (1 - up) * (1 - down2);
-    facts.swingBelow = {up, up + (1 - up) * down2, up + (1 - up) * down2 + rest * down1};
-    auto sure = [](double p) { return p == 0 || p == 1; };
-    facts.swingCertain = sure(up) && sure(down2) && sure(down1);
-    facts.swingSure = swingOf(0, facts.swingBelow);
+    const double upOrDown2 = up + (1 - up) * down2;
+    return {up, upOrDown2, upOrDown2 + (1 - upOrDown2) * down1};
+}
+
+double stintSwing(double u, const std::array<double, 3>& below) {
+    return u < below[0] ? 1.0 : u < below[1] ? -2.0 : u < below[2] ? -1.0 : 0.0;
 }
 
 void Game::trackFatigue() {
