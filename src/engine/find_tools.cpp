@@ -743,11 +743,17 @@ void Game::HkSetPlayCallList() {
         const PlayerRecord& p = t.player(slot);
         int spot = kSpotOut;
         if (pos <= 2 || pos == 5) {
+            // Three times in ten he stands between, whatever his shot: only
+            // otherwise is it weighed (a draw only when it could go either
+            // way), and a strong inside shooter may screen.
             int in = p.RatingShotIn;
             int total = p.RatingShotIn + p.RatingShotOut;
-            spot = total > 0 && rng_.rand(total) <= in ? kSpotIn : kSpotOut;
-            if (rng_.rand(100) <= 30) spot = kSpotMid;
-            if (spot == kSpotIn && in >= 6 && rng_.rand(4) == 1) spot = kSpotScreen;
+            if (rng_.rand(100) <= 30) {
+                spot = kSpotMid;
+            } else {
+                spot = total > 0 && rng_.randAtMost(total, in) ? kSpotIn : kSpotOut;
+                if (spot == kSpotIn && in >= 6 && rng_.rand(4) == 1) spot = kSpotScreen;
+            }
         }
         f.Spot[at(pos)] = spot;
     }
