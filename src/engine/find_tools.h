@@ -133,4 +133,25 @@ struct FindState {
     double EraShotsPerGame = 0;
 };
 
+// The first passer's weight is multiplied by 5 for each of five tests that
+// pass: his assists over 2.5 + 1.5 rnd; over (1.6 + .6 rnd) times his goals;
+// over 2.5 + rnd and over (1.6 + .6 rnd) times his goals; his shots over
+// 7 + 4 rnd and assists over 2 + 1.5 rnd; his shots over 8 + 4 rnd and
+// assists over 3 + rnd. The tests draw on their own, so how many pass has
+// a law of its own, fixed by his figures for the game: `below` holds the
+// chances of at most 0 to 4 passing, and a count his figures settle takes
+// no draw (`certain`, `sure`).
+struct PasserFives {
+    std::array<double, 5> below{1, 1, 1, 1, 1};
+    bool certain = true;
+    int sure = 0;
+};
+PasserFives passerFives(double assists, double goals, double shots);
+// How many pass for a draw u.
+inline int fivesFor(double u, const PasserFives& f) {
+    int passed = 0;
+    for (double b : f.below) passed += u >= b ? 1 : 0;
+    return passed;
+}
+
 }  // namespace tallyrink

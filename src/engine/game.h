@@ -900,6 +900,10 @@ private:
         std::int32_t loneWeight = 1;
         std::int32_t weight = 1;
         bool replayGames2 = false;
+        // The first passer's five tests of his assists, goals and shots,
+        // each of which multiplies his weight by 5, as one draw of how many
+        // pass (passerFives).
+        PasserFives fives;
     };
     std::array<BySlot<PasserBase>, 2> passerBase_{};
     void layPickBase();

@@ -167,6 +167,48 @@ TEST(ShotModel, TheMoodsOneDrawHasTheLawOfItsThrows) {
     EXPECT_EQ(baseShooterMood(std::nextafter(1.0, 0.0)), 11);
 }
 
+// How many of the first passer's five tests pass, in one draw, comes as
+// often as when each test draws on its own; figures that settle the count
+// take no draw and give the count the tests give.
+TEST(PasserWeight, TheFiveTestsInOneDrawHaveTheLawOfTheTestsInTurn) {
+    struct Figures {
+        double assists, goals, shots;
+    };
+    for (Figures m : {Figures{3.1, 2.5, 9.0}, Figures{2.2, 1.4, 7.5}, Figures{4.5, 3.0, 13.0}, Figures{0.5, 1.0, 2.0},
+                      Figures{4.5, 1.0, 6.0}, Figures{3.4, 0.0, 10.5}}) {
+        const PasserFives fives = passerFives(m.assists, m.goals, m.shots);
+        const double A = m.assists, G = m.goals, S = m.shots;
+        auto inTurn = [&](Random& r) {
+            int n = 0;
+            n += r.over(A, 2.5, 1.5) ? 1 : 0;
+            n += r.over(A, 1.6, .6, G) ? 1 : 0;
+            n += r.over(A, 2.5, 1) && r.over(A, 1.6, .6, G) ? 1 : 0;
+            n += r.over(S, 7, 4) && r.over(A, 2, 1.5) ? 1 : 0;
+            n += r.over(S, 8, 4) && r.over(A, 3, 1) ? 1 : 0;
+            return n;
+        };
+        constexpr int kTries = 100000;
+        std::array<int, 6> tests{}, one{};
+        Random a(7), b(8);
+        for (int i = 0; i < kTries; ++i) {
+            ++tests[static_cast<std::size_t>(inTurn(a))];
+            ++one[static_cast<std::size_t>(fives.certain ? fives.sure : fivesFor(b.rnd(), fives))];
+        }
+        for (std::size_t n = 0; n < tests.size(); ++n)
+            EXPECT_NEAR(one[n] / double(kTries), tests[n] / double(kTries), 0.006) << m.assists << " " << n;
+        Random once(3), untouched(3);
+        const int settled = inTurn(once);
+        // Tests that draw nothing leave the count certain (and a count can be
+        // certain where a test in turn would still have drawn in vain).
+        if (once.rnd() == untouched.rnd()) {
+            EXPECT_TRUE(fives.certain) << m.assists;
+        }
+        if (fives.certain) {
+            EXPECT_EQ(fives.sure, settled) << m.assists;
+        }
+    }
+}
+
 TEST(ShotModel, GoalieStepsFormAndDepths) {
     EXPECT_NEAR(goalieRatingTerm(65, 0, 2017), 0, 1e-12);
     EXPECT_NEAR(goalieRatingTerm(90, 0, 2017), -0.025, 1e-12);
