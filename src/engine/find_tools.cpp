@@ -109,7 +109,7 @@ std::string_view text(RushType r) {
     const StatLine& real = statLine(p, StatLineIndex::Real);
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const SetRates& rr = t.rate(RateSet::Real, slot);
-    const double S = rr.ShotsPer60, A = rr.AssistsPer60, G = rr.GoalsPer60;
+    const double S = rr.ShotsPer60;
     const bool pp = terms.powerPlay;
     const bool sh = terms.shortHanded;
     const bool point = pos == 3 || pos == 4;
@@ -118,8 +118,8 @@ std::string_view text(RushType r) {
     const CarrierBase& base = carrierBase_[at(side)][at(slot)];
     const double q = base.share[unitPPG > 0 ? 1 : 0];
     std::int32_t w = base.weight[unitPPG > 0 ? 1 : 0];
-    if (rng_.over(S, 6, 3) && rng_.under(A, 1.5, 1)) times(w, .6);
-    if (rng_.over(A, 2, 2) && rng_.over(A, 1.8, .4, G)) times(w, 3);
+    if (rng_.chance(base.setUpChance)) times(w, .6);
+    if (rng_.chance(base.scorerChance)) times(w, 3);
     if (point) times(w, .65);
     if (pp && point) {
         if (!hasFlag(p, Flag::Defense) && rng_.randAtMost(7, real.PPG)) times(w, 5);
@@ -213,6 +213,9 @@ void Game::layPickBase() {
             base.usageFactor = (usage - 3) * .2 + 1;
             base.usageSet = usage != 3;
             base.steerable = usage == 3 && S > 0 && t.rate(RateSet::Replay, slot).ShotsPer60 > 0;
+            const double G = rr.GoalsPer60;
+            base.setUpChance = Random::chanceOver(S, 6, 3) * Random::chanceUnder(A, 1.5, 1);
+            base.scorerChance = Random::chanceOver(A, 2, 2) * Random::chanceOver(A, 1.8, .4, G);
             PasserBase& passer = passerBase_[at(side)][at(slot)];
             passer.assists = std::min(A, 7.0);
             passer.goals = rr.GoalsPer60;

@@ -885,6 +885,11 @@ private:
         double usageFactor = 1;
         bool usageSet = false;
         bool steerable = false;
+        // The chances of his two pairs of tests of shots, assists and goals
+        // that must both pass (a set-up man shoots less, a scorer more): one
+        // draw each against the product of the pair's chances.
+        double setUpChance = 0;
+        double scorerChance = 0;
     };
     std::array<BySlot<CarrierBase>, 2> carrierBase_{};
     // What a man's weight as a passer starts from, by side and slot: his
