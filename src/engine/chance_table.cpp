@@ -204,17 +204,15 @@ void Game::prepareZone() {
     }
 }
 
-// The mood of the coming shot: mostly neutral, now and then up or down,
-// and a shooter who has scored on more of his shots than in real life
-// gets a little less of it.
+// The mood of the coming shot: mostly neutral, now and then up or down
+// (baseShooterMood), and a shooter who has scored on more of his shots
+// than in real life gets a little less of it. His record is read as the
+// play starts; the rest waits for the first table that asks.
 void Game::drawShooterMood() {
     FindState& f = s_.find;
     f.newPlay = false;
-    int mood = 5;
-    if (rng_.rand(3) == 1) mood = 4;
-    if (rng_.rand(3) == 1) mood += rng_.rand(3) - rng_.rand(3);
-    if (rng_.rand(5) == 1) mood += rng_.rand(3) - rng_.rand(3);
-    if (rng_.rand(7) == 1) mood += rng_.rand(3) - rng_.rand(3);
+    f.moodDrawn = false;
+    int lift = 0;
     if (f.Carrier != kNoSlot) {
         const PlayerRecord& p = sideOf(s_.PuckTeam).player(f.Carrier);
         const StatLine& real = statLine(p, StatLineIndex::Real);
@@ -223,12 +221,25 @@ void Game::drawShooterMood() {
             double ratio =
                 (static_cast<double>(replay.Goals) / replay.Sog) / (static_cast<double>(real.Goals) / real.Sog);
             if (!rng_.under(ratio, 1, 0.15))
-                mood -= rng_.rand(2);
+                lift -= rng_.rand(2);
             else if (!rng_.over(ratio, 1, -0.15))
-                mood += rng_.rand(2);
+                lift += rng_.rand(2);
         }
     }
-    f.ShooterMood = std::clamp(mood, 1, 9);
+    f.moodLift = lift;
+}
+
+// A probe's draws are taken back after it, so a mood it draws is not kept:
+// the step that follows draws it again.
+int Game::shooterMood() {
+    FindState& f = s_.find;
+    if (f.moodDrawn) return f.ShooterMood;
+    const int mood = std::clamp(baseShooterMood(rng_.rnd()) + f.moodLift, 1, 9);
+    if (!s_.ProbeOnly) {
+        f.ShooterMood = mood;
+        f.moodDrawn = true;
+    }
+    return mood;
 }
 
 void Game::moveForecheck() {
@@ -1067,7 +1078,7 @@ void Game::fillChanceTable(PlayChances& c) {
         scale(shoot, 1.7);
     }
     // Step 32: the shooter's mood.
-    const int mood = f.ShooterMood >= 1 && f.ShooterMood <= 9 ? f.ShooterMood : 5;
+    const int mood = shooterMood();
     c.OnNetShare *= 1 + (mood - 5) * 0.1;
     gp *= 1 + (mood - 5) * 0.1;
     // Step 33: shooting percentages steered toward the real season.

@@ -55,6 +55,49 @@ double calibration(double actual, double expected, double power, double lo, doub
 // The power-play factor of an era whose success rate is `pct` per cent.
 double powerPlayEraFactor(double pct);
 
+// The shooter's mood before his own record is weighed: 5 (4 one time in
+// three), then three times, one in three, one in five and one in seven, a
+// swing of a throw of three less another (-2 to 2). The law of the sum is
+// held as whole weights out of kMoodWeightTotal, for -2 to 11, so the mood
+// takes one draw instead of up to ten, and no branch on it.
+inline constexpr int kLowestMood = -2;
+inline constexpr int kMoodWeightTotal = 3 * (3 * 9) * (5 * 9) * (7 * 9);
+inline constexpr std::array<std::int32_t, 14> kMoodWeights = [] {
+    std::array<std::int64_t, 14> w{};
+    w[4 - kLowestMood] = 1;  // the start, 4 or 5, weighted 1 and 2 out of 3
+    w[5 - kLowestMood] = 2;
+    constexpr std::array<int, 5> swing{1, 2, 3, 2, 1};  // -2 to 2, out of 9
+    for (int odds : {3, 5, 7}) {
+        std::array<std::int64_t, 14> next{};
+        for (std::size_t m = 0; m < w.size(); ++m) {
+            next[m] += w[m] * (odds - 1) * 9;  // no swing
+            for (std::size_t d = 0; d < swing.size(); ++d) {
+                const std::size_t to = m + d - 2;
+                if (w[m] != 0) next[to] += w[m] * swing[d];
+            }
+        }
+        w = next;
+    }
+    std::array<std::int32_t, 14> out{};
+    for (std::size_t m = 0; m < w.size(); ++m) out[m] = static_cast<std::int32_t>(w[m]);
+    return out;
+}();
+
+// The mood for a draw 0 <= u < 1: the place of Int(u * kMoodWeightTotal)
+// among the weights' running sums.
+inline int baseShooterMood(double u) {
+    static constexpr std::array<std::int32_t, 13> kBounds = [] {
+        std::array<std::int32_t, 13> b{};
+        std::int32_t sum = 0;
+        for (std::size_t m = 0; m < b.size(); ++m) b[m] = sum += kMoodWeights[m];
+        return b;
+    }();
+    const auto k = static_cast<std::int32_t>(u * kMoodWeightTotal);
+    int mood = kLowestMood;
+    for (std::int32_t bound : kBounds) mood += k >= bound ? 1 : 0;
+    return mood;
+}
+
 // A player's usage tier, 0 to 3: the highest step his replay games (plus
 // the one he is playing) have run past, in per cent of his real games.
 int usageTier(const std::array<std::uint8_t, 3>& steps, int replayGames, int realGames);

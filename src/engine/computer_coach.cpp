@@ -297,7 +297,6 @@ Call Game::ChooseOffensePlay(int side, bool faceoff) {
     } else if (shortHanded) {
         call = r.randAtMost(100, 50) ? Call::Clear : Call::Safe;
     } else {
-        if (r.rand(10) <= 2) call = s_.coach.ownLastCall[at(side)];
         double rating = faceoff ? 5 : s_.PlayRating;
         // The unit ratings in tenths, the scale the matching margins are set in.
         double offense = onIceOffense(side) * 10;
@@ -306,30 +305,9 @@ Call Game::ChooseOffensePlay(int side, bool faceoff) {
         auto overmatched = [&] { return r.overRand(offense, defense + 10, 20); };
         auto undermatched = [&] { return r.overRand(-offense, -(defense - 10), 20); };
 
-        double a = 30 + aggressivenessAdj(plan);
-        if (r.over(rating, 5, 5)) a = 50 + adj(BreakoutAdj::HighPotential);
-        if (r.over(rating, 7, 3)) a = 80;
-        if (r.under(rating, 2, 3)) a = 10 + adj(BreakoutAdj::LowPotential);
-        if (r.under(rating, 1, 2)) a = 0;
-        if (leading) a += adj(BreakoutAdj::Leading);
-        if (trailing) a += adj(BreakoutAdj::Trailing);
-        if (overmatched())
-            a += adj(BreakoutAdj::Overmatched);
-        else if (undermatched())
-            a += adj(BreakoutAdj::Undermatched);
-        if (r.overRand(lead, 2, 3)) a *= .1;
-        if (r.overRand(lead, 1, 3)) a *= .5;
-        if (leading && s_.Period >= 2) a *= .5;
-        if (lead > 1 && lastRegular) a *= .5;
-        if (lead > 1 && lastRegular && !r.overRand(left, 360, 360)) a = 0;
-        if (leading && lastRegular && left <= 180) a = 0;
-        if (r.overRand(behind, 1, 3) && r.randAtMost(2, s_.Period)) a = (a + 3) * 1.1;
-        if (lastRegular && r.overRand(behind, 0, 2)) a = (a + 2) * 1.1;
-        if (trailing && s_.Period >= periods_ && r.underRand(left, 480, 480)) a = (a + 3) * 1.1;
-        if (behind > 1 && lastRegular && !r.overRand(left, 90, 90)) a += 20;
-        if (trailing && lastRegular && !r.overRand(left, 60, 60)) a = 100;
-        if (r.randAtMost(100, a)) call = Call::Aggressive;
-
+        // A safe breakout outranks an aggressive one, which outranks the
+        // last call repeated: each is weighed only when those above it
+        // didn't come, as their draws would count for nothing.
         double safe = 15;
         if (r.over(rating, 5, 5)) safe = 7 - adj(BreakoutAdj::HighPotential);
         if (r.over(rating, 7, 3)) safe = 2;
@@ -356,7 +334,36 @@ Call Game::ChooseOffensePlay(int side, bool faceoff) {
             if (left <= 180) safe *= 2;
         }
         if (lead > 1 && lastRegular && left <= 180) safe = 100;
-        if (r.randAtMost(100, safe)) call = Call::Safe;
+        if (r.randAtMost(100, safe)) {
+            call = Call::Safe;
+        } else {
+            double a = 30 + aggressivenessAdj(plan);
+            if (r.over(rating, 5, 5)) a = 50 + adj(BreakoutAdj::HighPotential);
+            if (r.over(rating, 7, 3)) a = 80;
+            if (r.under(rating, 2, 3)) a = 10 + adj(BreakoutAdj::LowPotential);
+            if (r.under(rating, 1, 2)) a = 0;
+            if (leading) a += adj(BreakoutAdj::Leading);
+            if (trailing) a += adj(BreakoutAdj::Trailing);
+            if (overmatched())
+                a += adj(BreakoutAdj::Overmatched);
+            else if (undermatched())
+                a += adj(BreakoutAdj::Undermatched);
+            if (r.overRand(lead, 2, 3)) a *= .1;
+            if (r.overRand(lead, 1, 3)) a *= .5;
+            if (leading && s_.Period >= 2) a *= .5;
+            if (lead > 1 && lastRegular) a *= .5;
+            if (lead > 1 && lastRegular && !r.overRand(left, 360, 360)) a = 0;
+            if (leading && lastRegular && left <= 180) a = 0;
+            if (r.overRand(behind, 1, 3) && r.randAtMost(2, s_.Period)) a = (a + 3) * 1.1;
+            if (lastRegular && r.overRand(behind, 0, 2)) a = (a + 2) * 1.1;
+            if (trailing && s_.Period >= periods_ && r.underRand(left, 480, 480)) a = (a + 3) * 1.1;
+            if (behind > 1 && lastRegular && !r.overRand(left, 90, 90)) a += 20;
+            if (trailing && lastRegular && !r.overRand(left, 60, 60)) a = 100;
+            if (r.randAtMost(100, a))
+                call = Call::Aggressive;
+            else if (r.rand(10) <= 2)
+                call = s_.coach.ownLastCall[at(side)];
+        }
     }
 
     if (lastRegular && trailing && (left < 120 || (left < 360 && r.rand(2) == 1))) call = Call::Safe;
@@ -835,12 +842,15 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
         int opp = stepSkaters_[at(other(side))];
         int dressed = slotsSet(teams_[at(side)].candidate);
         double benchRate = .5 + (dressed <= 17 ? .05 : 0) + (dressed <= 16 ? .05 : 0);
-        bool topLine = false;
+        // A top-line man among the first three places: each is tested on
+        // his own until one passes, so one draw against the chance that
+        // any does.
+        double noTopLine = 1;
         for (std::size_t pos = 0; pos < 3; ++pos) {
-            int slot = ice.slot[pos];
-            if (!topLine && slot != kNoSlot && rng_.over(manFacts_[at(side)][at(slot)].realMinutes, 22, 4))
-                topLine = true;
+            const int slot = ice.slot[pos];
+            if (slot != kNoSlot) noTopLine *= 1 - manFacts_[at(side)][at(slot)].topLineChance;
         }
+        const bool topLine = rng_.chance(1 - noTopLine);
         // Who is on, by slot: one pass over the six places instead of a
         // search of them for each of the roster's slots.
         // Worked without a test per place: which places are filled varies
@@ -958,18 +968,12 @@ std::array<std::uint64_t, 2> Game::chargePlayers(double t) {
             // A player running ahead of his real minutes tires sooner.
             const double ratio = facts.minutesRatio;
             if (facts.minutes10 && rng_.under(ratio, .92, .05)) rate *= .95;
-            if (facts.minutes18 && rng_.randAtMost(10, facts.replayGames - 10) && rng_.under(ratio, .95, .04))
-                rate *= .9;
+            if (rng_.chance(facts.tireChance18)) rate *= .9;
             sum += t * rate;
             s_.stint[at(side)][at(slot)] += t;
-            if (sum >= 5 && t >= 5) {
-                if (!rng_.under(ratio, 1, .07))
-                    sum += 1;
-                else if (!rng_.over(ratio, .98, -.03))
-                    sum -= 2;
-                else if (!rng_.over(ratio, 1, -.07))
-                    sum -= 1;
-            }
+            // A swing the man's minutes make certain takes no draw.
+            if (sum >= 5 && t >= 5)
+                sum += facts.swingCertain ? facts.swingSure : stintSwing(rng_.rnd(), facts.swingBelow);
             sum = std::max(sum, 0.0);
             secs = timeout ? 0 : sum;
             settleEnergy(slot, secs, limit);
@@ -1024,12 +1028,36 @@ void Game::layManFacts() {
             facts.college = p.PlayerType.view() == "C";
             facts.enforcer = p.Enforcer == 1;
             facts.fightsPer1000 = real.FightsPer1000;
+            layFatigueChances(facts);
             // Only a man of the team can be on the ice to be rated; the
             // rest are left to be worked out should that ever change.
             facts.indiscipline =
                 era != nullptr && tables.onTeam(slot) ? indiscipline(p, real.AverageMinutes, *era) : -1;
         }
     }
+}
+
+void Game::layFatigueChances(ManFacts& facts) {
+    facts.topLineChance = Random::chanceOver(facts.realMinutes, 22, 4);
+    const double ratio = facts.minutesRatio;
+    facts.tireChance18 =
+        facts.minutes18 ? Random::chanceAtMost(10, facts.replayGames - 10) * Random::chanceUnder(ratio, .95, .04) : 0;
+    facts.swingBelow = stintSwingBelow(ratio);
+    auto sure = [](double p) { return p == 0 || p == 1; };
+    facts.swingCertain = std::all_of(facts.swingBelow.begin(), facts.swingBelow.end(), sure);
+    facts.swingSure = stintSwing(0, facts.swingBelow);
+}
+
+std::array<double, 3> stintSwingBelow(double ratio) {
+    const double up = 1 - Random::chanceUnder(ratio, 1, .07);
+    const double down2 = 1 - Random::chanceOver(ratio, .98, -.03);
+    const double down1 = 1 - Random::chanceOver(ratio, 1, -.07);
+    const double upOrDown2 = up + (1 - up) * down2;
+    return {up, upOrDown2, upOrDown2 + (1 - upOrDown2) * down1};
+}
+
+double stintSwing(double u, const std::array<double, 3>& below) {
+    return u < below[0] ? 1.0 : u < below[1] ? -2.0 : u < below[2] ? -1.0 : 0.0;
 }
 
 void Game::trackFatigue() {

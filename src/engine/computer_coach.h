@@ -15,6 +15,15 @@
 
 namespace tallyrink {
 
+// A long stint's swing of a man's fatigue seconds, by his replay minutes
+// against his real ones: +1 unless under(ratio, 1, .07); else -2 unless
+// over(ratio, .98, -.03); else -1 unless over(ratio, 1, -.07); else none.
+// stintSwingBelow gives the running sums of the chances of +1, -2 and -1,
+// and stintSwing the swing they give a draw u, so the swing takes one draw.
+// A certain swing has sums of 0 and 1 only, and a draw of 0 finds it.
+std::array<double, 3> stintSwingBelow(double ratio);
+double stintSwing(double u, const std::array<double, 3>& below);
+
 // Kinds of unit whose ice time a coach shares out.
 enum class UnitKind : std::size_t { Forwards, Pairs, PowerPlay, PenaltyKill };
 inline constexpr std::size_t kUnitKinds = 4;

@@ -109,7 +109,7 @@ std::string_view text(RushType r) {
     const StatLine& real = statLine(p, StatLineIndex::Real);
     const StatLine& replay = statLine(p, StatLineIndex::Replay);
     const SetRates& rr = t.rate(RateSet::Real, slot);
-    const double S = rr.ShotsPer60, A = rr.AssistsPer60, G = rr.GoalsPer60;
+    const double S = rr.ShotsPer60;
     const bool pp = terms.powerPlay;
     const bool sh = terms.shortHanded;
     const bool point = pos == 3 || pos == 4;
@@ -118,8 +118,8 @@ std::string_view text(RushType r) {
     const CarrierBase& base = carrierBase_[at(side)][at(slot)];
     const double q = base.share[unitPPG > 0 ? 1 : 0];
     std::int32_t w = base.weight[unitPPG > 0 ? 1 : 0];
-    if (rng_.over(S, 6, 3) && rng_.under(A, 1.5, 1)) times(w, .6);
-    if (rng_.over(A, 2, 2) && rng_.over(A, 1.8, .4, G)) times(w, 3);
+    if (rng_.chance(base.setUpChance)) times(w, .6);
+    if (rng_.chance(base.scorerChance)) times(w, 3);
     if (point) times(w, .65);
     if (pp && point) {
         if (!hasFlag(p, Flag::Defense) && rng_.randAtMost(7, real.PPG)) times(w, 5);
@@ -213,6 +213,9 @@ void Game::layPickBase() {
             base.usageFactor = (usage - 3) * .2 + 1;
             base.usageSet = usage != 3;
             base.steerable = usage == 3 && S > 0 && t.rate(RateSet::Replay, slot).ShotsPer60 > 0;
+            const double G = rr.GoalsPer60;
+            base.setUpChance = Random::chanceOver(S, 6, 3) * Random::chanceUnder(A, 1.5, 1);
+            base.scorerChance = Random::chanceOver(A, 2, 2) * Random::chanceOver(A, 1.8, .4, G);
             PasserBase& passer = passerBase_[at(side)][at(slot)];
             passer.assists = std::min(A, 7.0);
             passer.goals = rr.GoalsPer60;
@@ -221,8 +224,33 @@ void Game::layPickBase() {
             passer.loneWeight = whole(passer.assists * passer.assists) + 1;
             passer.weight = whole(std::pow(passer.assists, 5)) + 1;
             passer.replayGames2 = statLine(t.player(slot), StatLineIndex::Replay).GP >= 2;
+            passer.fives = passerFives(passer.assists, passer.goals, passer.shots);
         }
     }
+}
+
+PasserFives passerFives(double A, double G, double S) {
+    using R = Random;
+    const std::array<double, 5> chances{R::chanceOver(A, 2.5, 1.5), R::chanceOver(A, 1.6, .6, G),
+                                        R::chanceOver(A, 2.5, 1) * R::chanceOver(A, 1.6, .6, G),
+                                        R::chanceOver(S, 7, 4) * R::chanceOver(A, 2, 1.5),
+                                        R::chanceOver(S, 8, 4) * R::chanceOver(A, 3, 1)};
+    // The law of the count, test by test.
+    std::array<double, 6> law{1, 0, 0, 0, 0, 0};
+    for (double p : chances) {
+        for (std::size_t n = law.size() - 1; n > 0; --n) law[n] = law[n] * (1 - p) + law[n - 1] * p;
+        law[0] *= 1 - p;
+    }
+    PasserFives out;
+    double sum = 0;
+    for (std::size_t n = 0; n < out.below.size(); ++n) out.below[n] = sum += law[n];
+    out.certain = std::all_of(chances.begin(), chances.end(), [](double p) { return p == 0 || p == 1; });
+    if (out.certain) {
+        // Every sum is then 0 or 1 but for rounding; the count is the tests that pass.
+        out.sure = static_cast<int>(std::count(chances.begin(), chances.end(), 1.0));
+        for (std::size_t n = 0; n < out.below.size(); ++n) out.below[n] = static_cast<int>(n) >= out.sure ? 1 : 0;
+    }
+    return out;
 }
 
 void Game::FindCarrier() {
@@ -292,7 +320,7 @@ int Game::firstOccupied(int side) const {
     const SideTables& t = sideOf(side);
     const PlayerRecord& p = t.player(slot);
     const PasserBase& base = passerBase_[at(side)][at(slot)];
-    const double A = base.assists, G = base.goals, S = base.shots;
+    const double A = base.assists;
     const double R = base.replayAssists;
     const bool pp = terms.powerPlay;
     // A man with a broken stick isn't picked: nothing else about him counts.
@@ -300,11 +328,10 @@ int Game::firstOccupied(int side) const {
 
     std::int32_t w = terms.loneCarrier ? base.loneWeight : base.weight;
     if (!second) {
-        if (rng_.over(A, 2.5, 1.5)) times(w, 5);
-        if (rng_.over(A, 1.6, .6, G)) times(w, 5);
-        if (rng_.over(A, 2.5, 1) && rng_.over(A, 1.6, .6, G)) times(w, 5);
-        if (rng_.over(S, 7, 4) && rng_.over(A, 2, 1.5)) times(w, 5);
-        if (rng_.over(S, 8, 4) && rng_.over(A, 3, 1)) times(w, 5);
+        // Each pass multiplies a whole weight by 5, exactly.
+        static constexpr std::array<std::int32_t, 6> kFives{1, 5, 25, 125, 625, 3125};
+        const PasserFives& fives = base.fives;
+        w *= kFives[at(fives.certain ? fives.sure : fivesFor(rng_.rnd(), fives))];
         bool topThere = false;
         if (terms.top != kNoSlot) {
             topThere = rng_.over(terms.topAssists, 2.5, 1.5);
@@ -743,11 +770,17 @@ void Game::HkSetPlayCallList() {
         const PlayerRecord& p = t.player(slot);
         int spot = kSpotOut;
         if (pos <= 2 || pos == 5) {
+            // Three times in ten he stands between, whatever his shot: only
+            // otherwise is it weighed (a draw only when it could go either
+            // way), and a strong inside shooter may screen.
             int in = p.RatingShotIn;
             int total = p.RatingShotIn + p.RatingShotOut;
-            spot = total > 0 && rng_.rand(total) <= in ? kSpotIn : kSpotOut;
-            if (rng_.rand(100) <= 30) spot = kSpotMid;
-            if (spot == kSpotIn && in >= 6 && rng_.rand(4) == 1) spot = kSpotScreen;
+            if (rng_.rand(100) <= 30) {
+                spot = kSpotMid;
+            } else {
+                spot = total > 0 && rng_.randAtMost(total, in) ? kSpotIn : kSpotOut;
+                if (spot == kSpotIn && in >= 6 && rng_.rand(4) == 1) spot = kSpotScreen;
+            }
         }
         f.Spot[at(pos)] = spot;
     }

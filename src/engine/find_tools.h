@@ -101,9 +101,14 @@ struct FindState {
     bool DrawForcedEntry = false;
     Call drawCall = Call::None;
 
-    // The mood of the coming shot, 1 to 9 (5 neutral), drawn at the start
-    // of each play, and the flag that asks for the draw.
+    // The mood of the coming shot, 1 to 9 (5 neutral), and the flag that
+    // asks for a new one at the start of each play. The carrier's record
+    // adds its lift then; the rest of the mood stands apart from the play
+    // and is drawn when a table first asks for it (moodDrawn), as most
+    // steps never shoot.
     int ShooterMood = 5;
+    int moodLift = 0;
+    bool moodDrawn = true;
     bool newPlay = true;
     // A puck loose near the net: a carrier at spot 1 shoots as from inside.
     bool LooseInClose = false;
@@ -127,5 +132,26 @@ struct FindState {
     double EraPenaltyFactor = 1;
     double EraShotsPerGame = 0;
 };
+
+// The first passer's weight is multiplied by 5 for each of five tests that
+// pass: his assists over 2.5 + 1.5 rnd; over (1.6 + .6 rnd) times his goals;
+// over 2.5 + rnd and over (1.6 + .6 rnd) times his goals; his shots over
+// 7 + 4 rnd and assists over 2 + 1.5 rnd; his shots over 8 + 4 rnd and
+// assists over 3 + rnd. The tests draw on their own, so how many pass has
+// a law of its own, fixed by his figures for the game: `below` holds the
+// chances of at most 0 to 4 passing, and a count his figures settle takes
+// no draw (`certain`, `sure`).
+struct PasserFives {
+    std::array<double, 5> below{1, 1, 1, 1, 1};
+    bool certain = true;
+    int sure = 0;
+};
+PasserFives passerFives(double assists, double goals, double shots);
+// How many pass for a draw u.
+inline int fivesFor(double u, const PasserFives& f) {
+    int passed = 0;
+    for (double b : f.below) passed += u >= b ? 1 : 0;
+    return passed;
+}
 
 }  // namespace tallyrink

@@ -524,6 +524,12 @@ std::array<int, 2> Game::finalScore() const {
 // ---- Play rating ----------------------------------------------------------------
 
 void Game::SetPlayRating() {
+    // A faceoff is rated even whatever the play before it: nothing below
+    // would count, so nothing is drawn for it.
+    if (isFaceoff(s_.PlayZone)) {
+        s_.PlayRating = 5;
+        return;
+    }
     double r = 5.7 + 2 * rng_.rnd() - 2 * rng_.rnd();
     bool against = (s_.PuckTeam == kVisitor && s_.Momentum < 0) || (s_.PuckTeam == kHome && s_.Momentum > 0);
     if (against) r -= std::fabs(s_.Momentum);
@@ -537,10 +543,14 @@ void Game::SetPlayRating() {
         if (stickBroken(puck, slotAt(puck, pos))) r -= 2;
         if (stickBroken(other, slotAt(other, pos))) r += .5;
     }
-    // How the last play was called, and how it ended.
+    // How the last play was called, and how it ended: each weighed half
+    // the time, and drawn for only when it could count.
     const Zone last = s_.LastZone;
-    if (rng_.rand(2) == 1) {
-        switch (s_.LastPlayCall) {
+    const Call lastCall = s_.LastPlayCall;
+    const bool callCounts = lastCall == Call::Penetrate || lastCall == Call::Safe || lastCall == Call::DumpChase ||
+                            lastCall == Call::Clear || lastCall == Call::Aggressive || lastCall == Call::SkatePass;
+    if (callCounts && rng_.rand(2) == 1) {
+        switch (lastCall) {
             case Call::Penetrate:
                 r += 1.5;
                 break;
@@ -567,14 +577,15 @@ void Game::SetPlayRating() {
                 break;
         }
     }
-    if (rng_.rand(2) == 1) {
+    const Result lr = s_.LastPlayResult;
+    const bool endCounts = lr == Result::To || lr == Result::ToDefense || lr == Result::Miss || lr == Result::Save;
+    if (endCounts && rng_.rand(2) == 1) {
         // The system of the side that lost the puck leaves it more or less open.
         auto system = [&]() {
             const int s = std::clamp(s_.coach.live[at(other)].offenseSystem, 0, 3);
             if (s == 1 || s == 2) r += 1;
             if (s == 3) r -= 1;
         };
-        const Result lr = s_.LastPlayResult;
         if (lr == Result::To || lr == Result::ToDefense) {
             if (last == Zone::OffenseZone || last == Zone::OffenseShooter || last == Zone::NeutralZone) r += 1;
             system();
@@ -583,8 +594,8 @@ void Game::SetPlayRating() {
             system();
         }
     }
-    if (rng_.rand(2) == 1 && isOffenseState(last))
-        r += (std::clamp(s_.coach.live[at(puck)].pkDzAggressiveness, 1, 5) - 3) * .75;
+    const double pressLift = (std::clamp(s_.coach.live[at(puck)].pkDzAggressiveness, 1, 5) - 3) * .75;
+    if (pressLift != 0 && isOffenseState(last) && rng_.rand(2) == 1) r += pressLift;
     switch (strengthEdge()) {
         case 2:
             r += 4.5;
@@ -609,7 +620,6 @@ void Game::SetPlayRating() {
             break;
     }
     if (strengthEdge() < 0 && rng_.rand(5) == 1) r = 2 + 3 * rng_.rnd();
-    if (isFaceoff(s_.PlayZone)) r = 5;
     s_.PlayRating = std::clamp(r, 1.0, 10.0);
 }
 

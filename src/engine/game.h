@@ -378,6 +378,7 @@ private:
 
     // Chances: the parts of a step up to the table (chance_table.cpp).
     void drawShooterMood();
+    int shooterMood();
     void moveForecheck();
     void chooseCarrier();
     void eraFactors();
@@ -860,6 +861,16 @@ private:
         bool enforcer = false;
         double fightsPer1000 = 0;  // his real fights a thousand minutes
         double indiscipline = -1;  // his penalty rate against his era's, for the unit ratings
+        // The fatigue charge's chances for him, as his minutes set them: that
+        // he is taken for a top-line man, that a man of 18 minutes tires
+        // sooner, and the running sums of the chances of a long stint's
+        // swing of +1, -2 and -1 seconds (the rest is none), with whether
+        // the swing is certain and takes no draw, and what it then is.
+        double topLineChance = 0;
+        double tireChance18 = 0;
+        std::array<double, 3> swingBelow{};
+        bool swingCertain = true;
+        double swingSure = 0;  // the swing when it is certain
     };
     std::array<BySlot<ManFacts>, 2> manFacts_{};
     // What kind of team each side is, read from its record with the men's facts.
@@ -886,6 +897,11 @@ private:
         double usageFactor = 1;
         bool usageSet = false;
         bool steerable = false;
+        // The chances of his two pairs of tests of shots, assists and goals
+        // that must both pass (a set-up man shoots less, a scorer more): one
+        // draw each against the product of the pair's chances.
+        double setUpChance = 0;
+        double scorerChance = 0;
     };
     std::array<BySlot<CarrierBase>, 2> carrierBase_{};
     // What a man's weight as a passer starts from, by side and slot: his
@@ -901,10 +917,15 @@ private:
         std::int32_t loneWeight = 1;
         std::int32_t weight = 1;
         bool replayGames2 = false;
+        // The first passer's five tests of his assists, goals and shots,
+        // each of which multiplies his weight by 5, as one draw of how many
+        // pass (passerFives).
+        PasserFives fives;
     };
     std::array<BySlot<PasserBase>, 2> passerBase_{};
     void layPickBase();
     void layManFacts();
+    static void layFatigueChances(ManFacts& facts);
     // The slots chargePlayers visits, by side (see trackFatigue); a man put
     // on the ice is added, and one whose fatigue has settled on the bench
     // leaves.

@@ -506,6 +506,9 @@ void Game::reboundShot(bool afterSave) {
     if (rng_.rand(100) <= 56 && !netEmpty) {
         tally.count(Result::Save, ev.ShootN / 100.0);
         s_.PlayResult = Result::Save;
+        // Told like any save: untold, the man's next shot would follow his
+        // last with nothing between.
+        DescribeSave();
         ev.saveRebound = ReboundAfterSave(false);
         countSave(side, shooter);
         followSaveRebound();

@@ -129,6 +129,38 @@ public:
         return rand(n) <= x;
     }
 
+    // True with chance p, drawing only when p leaves the answer open. With
+    // the chances below, several tests of independent draws that all have
+    // to pass take one draw of the product of their chances, which has the
+    // same law.
+    bool chance(double p) {
+        if (p >= 1) return true;
+        if (p <= 0) return false;
+        return rnd() < p;
+    }
+    // The chances that over, under and randAtMost hold, as fractions of the
+    // draw's range; 0 or 1 where they take no draw.
+    static double chanceOver(double x, double lo, double span, double scale = 1) {
+        const double a = lo * scale, b = (lo + span) * scale;
+        const double top = a > b ? a : b, bottom = a < b ? a : b;
+        if (x > top) return 1;
+        if (x <= bottom) return 0;
+        return (x - bottom) / (top - bottom);
+    }
+    static double chanceUnder(double x, double lo, double span, double scale = 1) {
+        const double a = lo * scale, b = (lo + span) * scale;
+        const double top = a > b ? a : b, bottom = a < b ? a : b;
+        if (x < bottom) return 1;
+        if (x >= top) return 0;
+        return (top - x) / (top - bottom);
+    }
+    static double chanceAtMost(int n, double x) {
+        if (n <= 1) return 1 <= x ? 1 : 0;
+        if (x < 1) return 0;
+        if (x >= n) return 1;
+        return std::floor(x) / n;
+    }
+
     // A seed from the clock and the system's entropy, for runs with no seed given.
     static std::uint64_t freshSeed() {
         std::random_device rd;

@@ -15,9 +15,9 @@ struct Coached {
     std::ostringstream out;
     cli::TerminalPresenter presenter{out, {.pace = 0}};
 
-    std::unique_ptr<Game> game(int humanSide) {
+    std::unique_ptr<Game> game(int humanSide, std::uint64_t seed = 9) {
         GameOptions options;
-        options.seed = 9;
+        options.seed = seed;
         options.noDisplay = false;
         options.coach[static_cast<std::size_t>(humanSide)] = CoachKind::Human;
         return std::make_unique<Game>(*session, options, &presenter);
@@ -66,7 +66,12 @@ TEST(TerminalCoaching, APenaltyShotWaitsForTheUsersShootCall) {
     EXPECT_NE(text.find("1-Shoot"), std::string::npos) << text;
     EXPECT_NE(text.find("will take the penalty shot"), std::string::npos) << text;
     const PlayerRecord& p = c.session->side(kVisitor).player(fouled);
-    EXPECT_EQ(statLine(p, StatLineIndex::Game).PenaltyShotAttempts, 1);
+    // A shootout at the end counts his attempts there too.
+    const int attempts = statLine(p, StatLineIndex::Game).PenaltyShotAttempts;
+    if (game->state().ShootoutUsed[kVisitor][static_cast<std::size_t>(fouled)])
+        EXPECT_GE(attempts, 2) << text;
+    else
+        EXPECT_EQ(attempts, 1) << text;
     EXPECT_TRUE(game->state().GameEndedFlag);
 }
 
@@ -103,27 +108,30 @@ TEST(TerminalCoaching, SaveStopsAtTheCallAndLeavesTheQuestionStanding) {
 // where the open men are offered first, each with where he stands and the
 // grades of his shot and of a pass to him, then the four plays.
 TEST(TerminalCoaching, TheOffensiveZoneMenuOffersTheOpenMenWithTheirGrades) {
-    Coached c;
-    auto game = c.game(kVisitor);
-    std::string script;
-    for (int i = 0; i < 300; ++i) script += "1\n";
-    std::istringstream in(script + "q\n");
-    cli::coachGame(*game, c.presenter, in, c.out);
-    std::string text = c.out.str();
-    static const std::regex row(
-        R"(1-[^ ].* \((Puck|Behind|Screen|In|Mid|Out), shot \d+, pass \d+\).*7-Shoot  8-Pass  9-Dump  0-Retreat)");
-    std::istringstream lines(text);
+    // A game where the user makes the first choice every time reaches the
+    // offensive zone only now and then: a few games give enough menus.
     int menus = 0;
-    int withPuck = 0;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.find("7-Shoot") == std::string::npos) continue;
-        ++menus;
-        EXPECT_TRUE(std::regex_search(line, row)) << line;
-        if (line.find("(Puck,") != std::string::npos) ++withPuck;
+    for (std::uint64_t seed : {9u, 10u, 11u}) {
+        Coached c;
+        auto game = c.game(kVisitor, seed);
+        std::string script;
+        for (int i = 0; i < 300; ++i) script += "1\n";
+        std::istringstream in(script + "q\n");
+        cli::coachGame(*game, c.presenter, in, c.out);
+        std::string text = c.out.str();
+        static const std::regex row(
+            R"(1-[^ ].* \((Puck|Behind|Screen|In|Mid|Out), shot \d+, pass \d+\).*7-Shoot  8-Pass  9-Dump  0-Retreat)");
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.find("7-Shoot") == std::string::npos) continue;
+            ++menus;
+            EXPECT_TRUE(std::regex_search(line, row)) << line;
+            // The carrier is always among the men shown.
+            EXPECT_NE(line.find("(Puck,"), std::string::npos) << line;
+        }
+        EXPECT_TRUE(game->state().GameEndedFlag);
     }
-    EXPECT_GT(menus, 5) << text;
-    EXPECT_EQ(withPuck, menus);  // the carrier is always among the men shown
-    EXPECT_TRUE(game->state().GameEndedFlag);
+    EXPECT_GT(menus, 5);
 }
 
 // At a stoppage the coach sends out other lines and the game tells it; in

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -117,6 +119,94 @@ TEST(ChanceArithmetic, UsageTierIsTheHighestStepPassed) {
     EXPECT_EQ(usageTier(steps, 100, 80), 3);  // 1.2625 > 1.25
     EXPECT_EQ(usageTier(steps, 10, 0), 0);    // no real games
     EXPECT_EQ(usageTier({0, 0, 0}, 100, 80), 0);
+}
+
+// The mood's one draw against the throws it stands for, counted out one by
+// one: the start (a throw of three), then for each swing its odds (a throw
+// of 3, 5 or 7) and, when it comes, two throws of three.
+TEST(ShotModel, TheMoodsOneDrawHasTheLawOfItsThrows) {
+    std::map<int, std::int64_t> counted;
+    std::int64_t all = 0;
+    for (int start = 1; start <= 3; ++start)
+        for (int a = 1; a <= 3; ++a)
+            for (int a1 = 1; a1 <= 3; ++a1)
+                for (int a2 = 1; a2 <= 3; ++a2)
+                    for (int b = 1; b <= 5; ++b)
+                        for (int b1 = 1; b1 <= 3; ++b1)
+                            for (int b2 = 1; b2 <= 3; ++b2)
+                                for (int c = 1; c <= 7; ++c)
+                                    for (int c1 = 1; c1 <= 3; ++c1)
+                                        for (int c2 = 1; c2 <= 3; ++c2) {
+                                            // A swing that doesn't come still has its
+                                            // two throws counted, nine ways alike.
+                                            int mood = start == 1 ? 4 : 5;
+                                            if (a == 1) mood += a1 - a2;
+                                            if (b == 1) mood += b1 - b2;
+                                            if (c == 1) mood += c1 - c2;
+                                            ++counted[mood];
+                                            ++all;
+                                        }
+    ASSERT_EQ(all, kMoodWeightTotal);
+    std::int64_t total = 0;
+    for (std::size_t m = 0; m < kMoodWeights.size(); ++m) {
+        const int mood = kLowestMood + static_cast<int>(m);
+        EXPECT_EQ(kMoodWeights[m], counted[mood]) << mood;
+        total += kMoodWeights[m];
+    }
+    EXPECT_EQ(total, kMoodWeightTotal);
+    EXPECT_EQ(counted.size(), kMoodWeights.size());
+
+    // The draw lands on each mood as often as its weight says: every step
+    // of Int(u * total) once.
+    std::map<int, std::int64_t> landed;
+    for (std::int64_t k = 0; k < kMoodWeightTotal; ++k)
+        ++landed[baseShooterMood((static_cast<double>(k) + .5) / kMoodWeightTotal)];
+    for (std::size_t m = 0; m < kMoodWeights.size(); ++m)
+        EXPECT_EQ(landed[kLowestMood + static_cast<int>(m)], kMoodWeights[m]) << m;
+    EXPECT_EQ(baseShooterMood(0), kLowestMood);
+    EXPECT_EQ(baseShooterMood(std::nextafter(1.0, 0.0)), 11);
+}
+
+// How many of the first passer's five tests pass, in one draw, comes as
+// often as when each test draws on its own; figures that settle the count
+// take no draw and give the count the tests give.
+TEST(PasserWeight, TheFiveTestsInOneDrawHaveTheLawOfTheTestsInTurn) {
+    struct Figures {
+        double assists, goals, shots;
+    };
+    for (Figures m : {Figures{3.1, 2.5, 9.0}, Figures{2.2, 1.4, 7.5}, Figures{4.5, 3.0, 13.0}, Figures{0.5, 1.0, 2.0},
+                      Figures{4.5, 1.0, 6.0}, Figures{3.4, 0.0, 10.5}}) {
+        const PasserFives fives = passerFives(m.assists, m.goals, m.shots);
+        const double A = m.assists, G = m.goals, S = m.shots;
+        auto inTurn = [&](Random& r) {
+            int n = 0;
+            n += r.over(A, 2.5, 1.5) ? 1 : 0;
+            n += r.over(A, 1.6, .6, G) ? 1 : 0;
+            n += r.over(A, 2.5, 1) && r.over(A, 1.6, .6, G) ? 1 : 0;
+            n += r.over(S, 7, 4) && r.over(A, 2, 1.5) ? 1 : 0;
+            n += r.over(S, 8, 4) && r.over(A, 3, 1) ? 1 : 0;
+            return n;
+        };
+        constexpr int kTries = 100000;
+        std::array<int, 6> tests{}, one{};
+        Random a(7), b(8);
+        for (int i = 0; i < kTries; ++i) {
+            ++tests[static_cast<std::size_t>(inTurn(a))];
+            ++one[static_cast<std::size_t>(fives.certain ? fives.sure : fivesFor(b.rnd(), fives))];
+        }
+        for (std::size_t n = 0; n < tests.size(); ++n)
+            EXPECT_NEAR(one[n] / double(kTries), tests[n] / double(kTries), 0.006) << m.assists << " " << n;
+        Random once(3), untouched(3);
+        const int settled = inTurn(once);
+        // Tests that draw nothing leave the count certain (and a count can be
+        // certain where a test in turn would still have drawn in vain).
+        if (once.rnd() == untouched.rnd()) {
+            EXPECT_TRUE(fives.certain) << m.assists;
+        }
+        if (fives.certain) {
+            EXPECT_EQ(fives.sure, settled) << m.assists;
+        }
+    }
 }
 
 TEST(ShotModel, GoalieStepsFormAndDepths) {

@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
 #include <memory>
 
+#include "engine/computer_coach.h"
 #include "engine/game.h"
 #include "operations/era_figures.h"
 #include "operations/new_league.h"
@@ -244,6 +247,40 @@ struct PullCase {
         return game->tally().goaliePulls > 0;
     }
 };
+
+// A long stint's swing in one draw comes as often as the three tests it
+// stands for, taken in turn on their own draws; a swing the minutes settle
+// takes no draw and is the one the tests would give.
+TEST(FatigueCharge, TheStintSwingInOneDrawHasTheLawOfItsThreeTests) {
+    for (double ratio : {0.9, 0.94, 0.955, 0.97, 0.985, 0.995, 1.03, 1.1}) {
+        const std::array<double, 3> below = stintSwingBelow(ratio);
+        Random tests(17), one(29);
+        std::map<double, int> inTurn, inOne;
+        constexpr int kTries = 100000;
+        for (int i = 0; i < kTries; ++i) {
+            double swing = 0;
+            if (!tests.under(ratio, 1, .07))
+                swing = 1;
+            else if (!tests.over(ratio, .98, -.03))
+                swing = -2;
+            else if (!tests.over(ratio, 1, -.07))
+                swing = -1;
+            ++inTurn[swing];
+            ++inOne[stintSwing(one.rnd(), below)];
+        }
+        for (double swing : {1.0, -2.0, -1.0, 0.0})
+            EXPECT_NEAR(inOne[swing] / double(kTries), inTurn[swing] / double(kTries), 0.006)
+                << "ratio " << ratio << " swing " << swing;
+        // Settled just where the tests in turn take no draw.
+        const bool settled = std::all_of(below.begin(), below.end(), [](double p) { return p == 0 || p == 1; });
+        Random once(3), untouched(3);
+        if (once.under(ratio, 1, .07) && once.over(ratio, .98, -.03)) once.over(ratio, 1, -.07);
+        EXPECT_EQ(settled, once.rnd() == untouched.rnd()) << ratio;
+        if (settled) {
+            EXPECT_EQ(inTurn[stintSwing(0, below)], kTries) << ratio;
+        }
+    }
+}
 
 TEST(GoaliePull, ThePlansTimesAreHonoured) {
     PullCase c(95, 115, false);

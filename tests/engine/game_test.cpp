@@ -680,10 +680,13 @@ TEST_F(Overrides, ADumpInIsPlayedOnForTheOneStepAfterIt) {
 // for a later stop. An icing is no stop for a break.
 TEST_F(Overrides, BroadcastBreaksComeOneAWhistleAndNeverAtAnIcing) {
     int breaks = 0, icings = 0;
-    for (std::uint64_t seed = 1; seed <= 300; ++seed) {
-        GameState& s = fresh(seed, seed % 2 ? Zone::DefenseZone : Zone::NeutralZone);
+    for (std::uint64_t seed = 1; seed <= 600; ++seed) {
+        // Clears from the own half for the icings; shots for the whistles
+        // of frozen pucks that a break may come at.
+        const int kind = static_cast<int>(seed % 3);
+        GameState& s = fresh(seed, kind == 0 ? Zone::DefenseZone : kind == 1 ? Zone::NeutralZone : Zone::OffenseZone);
         s.Clock = 300;
-        s.PlayCall = Call::Clear;
+        s.PlayCall = kind == 2 ? Call::Shoot : Call::Clear;
         game->PlayStep();
         const GameState& after = game->state();
         if (!isFaceoff(after.PlayZone) || after.Period != 1) continue;

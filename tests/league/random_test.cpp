@@ -129,6 +129,64 @@ TEST(Random, ThresholdTestsDrawOnlyWhenTheAnswerIsOpen) {
     }
 }
 
+// The chances stand for the tests they replace: the share of an even
+// spread of draws for which the plain expression holds, and 0 or 1 exactly
+// where the test would take no draw.
+TEST(Random, ChancesAreTheShareOfDrawsThatPass) {
+    constexpr int kSpread = 100000;
+    auto share = [](auto holds) {
+        int n = 0;
+        for (int k = 0; k < kSpread; ++k) n += holds((k + .5) / kSpread) ? 1 : 0;
+        return static_cast<double>(n) / kSpread;
+    };
+    struct Case {
+        double x, lo, span, scale;
+    };
+    for (Case c : {Case{5.5, 6, 3, 1}, Case{9.5, 6, 3, 1}, Case{7, 6, 3, 1}, Case{0.2, 0.25, -0.1, 1},
+                   Case{0.1, 0.25, -0.1, 1}, Case{4, 1.6, 0.6, 2}, Case{3, 1.6, 0.6, 0}, Case{-1.95, 1, -0.05, -2},
+                   Case{0.99, 1, -0.07, 1}, Case{0.97, 0.95, 0.04, 1}}) {
+        const double over = Random::chanceOver(c.x, c.lo, c.span, c.scale);
+        const double under = Random::chanceUnder(c.x, c.lo, c.span, c.scale);
+        EXPECT_NEAR(over, share([&](double u) { return c.x > (c.lo + c.span * u) * c.scale; }), 1e-4) << c.x;
+        EXPECT_NEAR(under, share([&](double u) { return c.x < (c.lo + c.span * u) * c.scale; }), 1e-4) << c.x;
+        // A test that takes no draw is certain, and its chance is exactly so.
+        Random tested(3), untouched(3);
+        tested.over(c.x, c.lo, c.span, c.scale);
+        if (tested.rnd() == untouched.rnd()) {
+            EXPECT_TRUE(over == 0 || over == 1) << c.x;
+        }
+        Random tested2(3), untouched2(3);
+        tested2.under(c.x, c.lo, c.span, c.scale);
+        if (tested2.rnd() == untouched2.rnd()) {
+            EXPECT_TRUE(under == 0 || under == 1) << c.x;
+        }
+    }
+    for (int n : {1, 5, 10})
+        for (double x : {-3.0, 0.5, 1.0, 4.5, 5.0, 9.9, 12.0})
+            EXPECT_NEAR(Random::chanceAtMost(n, x),
+                        share([&](double u) { return (n <= 0 ? 1 : static_cast<int>(u * n) + 1) <= x; }), 1e-4)
+                << n << " " << x;
+
+    // chance() draws only for an open chance.
+    for (double p : {0.0, -0.5, 1.0, 1.5, 0.3}) {
+        Random a(11), b(11);
+        a.chance(p);
+        const bool drew = a.rnd() != b.rnd();
+        EXPECT_EQ(drew, p > 0 && p < 1) << p;
+    }
+    // Two tests that must both pass, as one draw of the product of their
+    // chances, pass as often.
+    Random both(5), one(5);
+    int twice = 0, once = 0;
+    const double p = Random::chanceOver(2.9, 2.5, 1) * Random::chanceOver(4, 1.6, .6, 2);
+    for (int k = 0; k < 200000; ++k) {
+        twice += both.over(2.9, 2.5, 1) && both.over(4, 1.6, .6, 2) ? 1 : 0;
+        once += one.chance(p) ? 1 : 0;
+    }
+    EXPECT_NEAR(twice / 200000.0, p, 0.005);
+    EXPECT_NEAR(once / 200000.0, p, 0.005);
+}
+
 TEST(RoundHalfEven, HalvesGoToEven) {
     EXPECT_EQ(roundHalfEven(0.5), 0.0);
     EXPECT_EQ(roundHalfEven(1.5), 2.0);

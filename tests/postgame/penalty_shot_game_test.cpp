@@ -46,7 +46,11 @@ Outcome openOnPenaltyShot(std::uint64_t seed) {
     int visitor = league.teams[0], home = league.teams[1];
     saveNewSchedule(dir.path(), {newGameRecord(visitor, home, 11, 4, 2017)}, league.active);
     Schedule schedule = Schedule::load(dir.path());
-    GameSession session({dir.path(), test::madeUpRules(), &shippedEra(), &schedule});
+    // A shootout's attempts count as penalty shots too: with none, every
+    // attempt counted is one of the game's own.
+    RulesRecord rules = test::madeUpRules();
+    rules.ShootOutList = 0;
+    GameSession session({dir.path(), rules, &shippedEra(), &schedule});
     session.GameActive = true;
     Random draws(seed);
     session.loadGame(visitor, home, 11, 4, draws);
