@@ -545,6 +545,9 @@ void RecordBook::noteLast(std::size_t r) {
     Places& p = places_[r];
     p.lastValue = entries_[r].RecordValue[kRecordPlaces - 1];
     Gate& g = gates_[r];
+    constexpr std::size_t kGameParity = recordNumber(1, RecordScope::Game) % 2;
+    auto openToNothing = [&] { return r % 2 == kGameParity && !g.lower && g.bar < 0; };
+    gamesOpenToNothing_ -= openToNothing() ? 1 : 0;
     g.teams = 0;
     for (std::size_t k = 0; k < kRecordPlaces; ++k)
         if (p.held[k]) g.teams |= teamBit(p.heldTeamKey[k]);
@@ -553,6 +556,7 @@ void RecordBook::noteLast(std::size_t r) {
     g.lower = lowerIsBetter(category);
     // A fifth place nobody holds takes any value above nothing.
     g.bar = p.held[kRecordPlaces - 1] ? p.lastValue : 0;
+    gamesOpenToNothing_ += openToNothing() ? 1 : 0;
 }
 
 bool RecordBook::turnedAway(int category, RecordScope scope, int value, const Holder& who) const {
@@ -665,6 +669,17 @@ bool RecordBook::insert(int category, RecordScope scope, int value, Holder& who)
     return true;
 }
 
+namespace {
+
+// A game value of nothing or less where more is better: most of a man's game
+// (no goal, no penalty, no hit), and turned away by every place that holds
+// more than nothing.
+bool nothingOfMore(int category, RecordScope scope, int value) {
+    return scope == RecordScope::Game && value <= 0 && !lowerIsBetter(category);
+}
+
+}  // namespace
+
 PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const FinishedGame& game) {
     PlayerRecordValues out;
     // Room for the forty men of a game and their sixty values each, so that
@@ -673,6 +688,8 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
     out.values.reserve(4096);
     std::string date = dateOf(game);
     PlayerStatValues stats{};
+    std::vector<Value> nothing;
+    nothing.reserve(64);
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
         const SideSummary& own = game.side[static_cast<std::size_t>(side)];
@@ -682,17 +699,45 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
             if (!t.onTeam(slot) || statLine(p, StatLineIndex::Game).Toi <= 0) continue;
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
             bool goalie = isGoalie(p);
-            for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
-                statValues(scope == RecordScope::Season, goalie, p, shootout, stats);
-                for (const auto& [c, stat] : playerCategories(goalie, scope))
-                    if (const auto& v = stats[static_cast<std::size_t>(stat)])
-                        out.values.push_back({static_cast<std::int16_t>(c), scope, *v});
+            auto push = [&](int c, RecordScope scope, int v) {
+                out.values.push_back({static_cast<std::int16_t>(c), scope, v});
+            };
+            statValues(true, goalie, p, shootout, stats);
+            for (const auto& [c, stat] : playerCategories(goalie, RecordScope::Season))
+                if (const auto& v = stats[static_cast<std::size_t>(stat)]) push(c, RecordScope::Season, *v);
+            // His game's values of nothing go last, as add puts them.
+            statValues(false, goalie, p, shootout, stats);
+            nothing.clear();
+            for (const auto& [c, stat] : playerCategories(goalie, RecordScope::Game)) {
+                const auto& v = stats[static_cast<std::size_t>(stat)];
+                if (!v) continue;
+                if (nothingOfMore(c, RecordScope::Game, *v))
+                    nothing.push_back({static_cast<std::int16_t>(c), RecordScope::Game, *v});
+                else
+                    push(c, RecordScope::Game, *v);
             }
+            std::size_t nothingFrom = out.values.size();
+            out.values.insert(out.values.end(), nothing.begin(), nothing.end());
             std::string_view name = p.ShortName.view().empty() ? p.LastName.view() : p.ShortName.view();
-            out.players.push_back({{std::string(name), own.code, opp.code, date}, out.values.size()});
+            out.players.push_back({{std::string(name), own.code, opp.code, date}, out.values.size(), nothingFrom});
         }
     }
     return out;
+}
+
+void PlayerRecordValues::add(int category, RecordScope scope, int value) {
+    Value v{static_cast<std::int16_t>(category), scope, value};
+    if (nothingOfMore(category, scope, value))
+        nothing_.push_back(v);
+    else
+        values.push_back(v);
+}
+
+void PlayerRecordValues::endPlayer(RecordHolder who) {
+    std::size_t nothingFrom = values.size();
+    values.insert(values.end(), nothing_.begin(), nothing_.end());
+    nothing_.clear();
+    players.push_back({std::move(who), values.size(), nothingFrom});
 }
 
 void RecordBook::postPlayers(const GameSession& session, const FinishedGame& game) {
@@ -703,7 +748,10 @@ void RecordBook::postPlayers(const PlayerRecordValues& values) {
     std::size_t from = 0;
     for (const PlayerRecordValues::Player& player : values.players) {
         Holder holder = holderOf(player.who);
-        for (std::size_t k = from; k < player.end; ++k) {
+        // Each value asks a record of its own: those passed over move no
+        // other's turn.
+        std::size_t end = gamesOpenToNothing_ > 0 ? player.end : std::min(player.end, player.nothingFrom);
+        for (std::size_t k = from; k < end; ++k) {
             const PlayerRecordValues::Value& v = values.values[k];
             if (!turnedAway(v.category, v.scope, v.value, holder)) insert(v.category, v.scope, v.value, holder);
         }

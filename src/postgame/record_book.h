@@ -78,11 +78,24 @@ struct PlayerRecordValues {
     struct Player {
         RecordHolder who;
         std::size_t end;  // his values are those before `end`, after the last player's
+        // His values from here to `end` are game values of nothing or less
+        // where more is better: a book whose places all hold more than
+        // nothing turns them away unasked.
+        std::size_t nothingFrom = static_cast<std::size_t>(-1);
     };
     std::vector<Player> players;
     std::vector<Value> values;
 
+    // A value of the player under way; those a book may pass over unasked
+    // are put after his others.
+    void add(int category, RecordScope scope, int value);
+    // Ends the player under way: his values are those added since the last.
+    void endPlayer(RecordHolder who);
+
     static PlayerRecordValues of(const GameSession& session, const FinishedGame& game);
+
+private:
+    std::vector<Value> nothing_;  // of the player under way
 };
 
 class RecordBook {
@@ -171,6 +184,9 @@ private:
     std::vector<RecordEntry> entries_;
     std::vector<Places> places_;
     std::vector<Gate> gates_;
+    // Game records where more is better whose gate lets in a value of
+    // nothing: only a book read with a fifth place below nothing has any.
+    std::size_t gamesOpenToNothing_ = 0;
     std::vector<bool> changed_;
     std::vector<std::size_t> changedList_;  // the records of changed_, in order
     std::vector<std::uint8_t> raw_;         // the file as read

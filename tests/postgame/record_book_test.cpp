@@ -98,21 +98,24 @@ TEST(RecordBook, PostedValuesEndAsEachOfferedAlone) {
             posted.written();
             alone = RecordBook::fromBytes(posted.bytes());
         }
+        // Each man's values offered alone in the order they come; the
+        // posting may put some of them after his others.
         PlayerRecordValues values;
+        std::vector<std::vector<PlayerRecordValues::Value>> offered;
         for (std::size_t m = 0; m < men.size(); ++m) {
             if (next(3) == 0) continue;
+            offered.emplace_back();
             for (int c : categories)
-                for (RecordScope scope : {RecordScope::Season, RecordScope::Game})
-                    values.values.push_back({static_cast<std::int16_t>(c), scope, next(12) - 4});
-            values.players.push_back({men[m], values.values.size()});
+                for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
+                    int value = next(12) - 4;
+                    values.add(c, scope, value);
+                    offered.back().push_back({static_cast<std::int16_t>(c), scope, value});
+                }
+            values.endPlayer(men[m]);
         }
         posted.postPlayers(values);
-        std::size_t from = 0;
-        for (const auto& player : values.players) {
-            for (std::size_t k = from; k < player.end; ++k)
-                alone.insert(values.values[k].category, values.values[k].scope, values.values[k].value, player.who);
-            from = player.end;
-        }
+        for (std::size_t k = 0; k < offered.size(); ++k)
+            for (const auto& v : offered[k]) alone.insert(v.category, v.scope, v.value, values.players[k].who);
         if (game % 7 == 0) {
             posted.written();
             alone.written();
@@ -128,6 +131,42 @@ TEST(RecordBook, PostedValuesEndAsEachOfferedAlone) {
     for (const auto& [name, value] : places(posted, kGoals, RecordScope::Season))
         cutNames += name.starts_with("Vanderhoeven");
     EXPECT_LE(cutNames, 1);
+}
+
+// A book read with places below nothing takes a game of nothing: the values
+// a posting passes over elsewhere are asked there, and the book ends as if
+// each had been offered alone.
+TEST(RecordBook, AGameOfNothingEntersABookWhosePlacesHoldLess) {
+    constexpr int kPlusMinus = 6;
+    std::vector<std::uint8_t> bytes(801 * kRecordSlot, 0);
+    RecordEntry low{};
+    for (std::size_t k = 0; k < kRecordPlaces; ++k) {
+        low.RecordName[k].assign("Low" + std::to_string(k));
+        low.RecordTeam[k].assign("BOS");
+        low.RecordValue[k] = static_cast<std::int16_t>(-1 - static_cast<int>(k));
+    }
+    codec::encode(low, bytes.data() + (recordNumber(kPlusMinus, RecordScope::Game) - 1) * kRecordSlot);
+
+    const std::vector<PlayerRecordValues::Value> offered{
+        {kPlusMinus, RecordScope::Game, 0},
+        {kGoals, RecordScope::Game, 0},
+        {kGoals, RecordScope::Season, 3},
+        {kGoalsAgainstAverage, RecordScope::Game, 0},  // less is better: never passed over
+    };
+    PlayerRecordValues values;
+    for (const auto& v : offered) values.add(v.category, v.scope, v.value);
+    values.endPlayer(holder("Zero"));
+    ASSERT_EQ(values.players.size(), 1u);
+    EXPECT_EQ(values.players[0].nothingFrom, 2u);
+    EXPECT_EQ(values.players[0].end, 4u);
+
+    RecordBook posted = RecordBook::fromBytes(bytes), alone = RecordBook::fromBytes(bytes);
+    posted.postPlayers(values);
+    for (const auto& v : offered) alone.insert(v.category, v.scope, v.value, values.players[0].who);
+    EXPECT_EQ(places(posted, kPlusMinus, RecordScope::Game).front(), (std::pair<std::string, int>{"Zero", 0}));
+    for (int c : {kGoals, kPlusMinus, kGoalsAgainstAverage})
+        for (RecordScope scope : {RecordScope::Season, RecordScope::Game})
+            EXPECT_EQ(codec::toSlot(posted.entry(c, scope)), codec::toSlot(alone.entry(c, scope))) << c;
 }
 
 TEST(RecordBook, PlayerValuesFollowTheScope) {
