@@ -549,7 +549,20 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
         auto nextDifferent = [&](std::size_t from) {
             return from >= comparable ? from : firstDifference(was, now, from, comparable);
         };
-        auto equalAt = [&](std::size_t k) { return was[k] == now[k]; };
+        // The first of the equal bytes that end just before `to`, no further
+        // back than `from`: a word at a time, the last differing byte of a
+        // little-endian word being its highest.
+        auto equalRunStart = [&](std::size_t to, std::size_t from) {
+            while (to >= from + 8) {
+                std::uint64_t x = 0, y = 0;
+                std::memcpy(&x, was + to - 8, 8);
+                std::memcpy(&y, now + to - 8, 8);
+                if (x != y) return to - static_cast<std::size_t>(std::countl_zero(x ^ y) / 8);
+                to -= 8;
+            }
+            while (to > from && was[to - 1] == now[to - 1]) --to;
+            return to;
+        };
         // The end of the stretch that starts at changed byte i: the first byte
         // of the first run of kJournalGap equal bytes after it, or of the
         // equal bytes that end the change; n when there is neither. A run that
@@ -577,12 +590,9 @@ std::vector<PostingJournal::Piece> PostingJournal::narrowed(const std::vector<Fi
                     // No run that long is left: only equal bytes at the very
                     // end of the change end the stretch before its end.
                     if (comparable < n) return n;
-                    std::size_t start = comparable;
-                    while (start > from && equalAt(start - 1)) --start;
-                    return start;
+                    return equalRunStart(comparable, from);
                 }
-                std::size_t start = w - 8 * static_cast<std::size_t>(kWordsInJournalGap - 1);
-                while (start > from && equalAt(start - 1)) --start;
+                std::size_t start = equalRunStart(w - 8 * static_cast<std::size_t>(kWordsInJournalGap - 1), from);
                 std::size_t end = firstDifference(was, now, w + 8, comparable);
                 if (end - start >= kJournalGap || (end >= comparable && comparable == n)) {
                     nextKnown = end;  // the bytes from start to end are equal: end is the next difference
