@@ -688,8 +688,7 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
     out.values.reserve(4096);
     std::string date = dateOf(game);
     PlayerStatValues stats{};
-    std::vector<Value> nothing;
-    nothing.reserve(64);
+    out.nothing_.reserve(64);
     for (int side : {kVisitor, kHome}) {
         const SideTables& t = session.side(side);
         const SideSummary& own = game.side[static_cast<std::size_t>(side)];
@@ -699,27 +698,13 @@ PlayerRecordValues PlayerRecordValues::of(const GameSession& session, const Fini
             if (!t.onTeam(slot) || statLine(p, StatLineIndex::Game).Toi <= 0) continue;
             int shootout = own.shootoutGoalsOf[static_cast<std::size_t>(slot)];
             bool goalie = isGoalie(p);
-            auto push = [&](int c, RecordScope scope, int v) {
-                out.values.push_back({static_cast<std::int16_t>(c), scope, v});
-            };
-            statValues(true, goalie, p, shootout, stats);
-            for (const auto& [c, stat] : playerCategories(goalie, RecordScope::Season))
-                if (const auto& v = stats[static_cast<std::size_t>(stat)]) push(c, RecordScope::Season, *v);
-            // His game's values of nothing go last, as add puts them.
-            statValues(false, goalie, p, shootout, stats);
-            nothing.clear();
-            for (const auto& [c, stat] : playerCategories(goalie, RecordScope::Game)) {
-                const auto& v = stats[static_cast<std::size_t>(stat)];
-                if (!v) continue;
-                if (nothingOfMore(c, RecordScope::Game, *v))
-                    nothing.push_back({static_cast<std::int16_t>(c), RecordScope::Game, *v});
-                else
-                    push(c, RecordScope::Game, *v);
+            for (RecordScope scope : {RecordScope::Season, RecordScope::Game}) {
+                statValues(scope == RecordScope::Season, goalie, p, shootout, stats);
+                for (const auto& [c, stat] : playerCategories(goalie, scope))
+                    if (const auto& v = stats[static_cast<std::size_t>(stat)]) out.add(c, scope, *v);
             }
-            std::size_t nothingFrom = out.values.size();
-            out.values.insert(out.values.end(), nothing.begin(), nothing.end());
             std::string_view name = p.ShortName.view().empty() ? p.LastName.view() : p.ShortName.view();
-            out.players.push_back({{std::string(name), own.code, opp.code, date}, out.values.size(), nothingFrom});
+            out.endPlayer({std::string(name), own.code, opp.code, date});
         }
     }
     return out;
