@@ -124,20 +124,10 @@ int Game::reliefGoalie(int side) {
 // The backup who would go in: a dressed goalie, fit and not in the box,
 // who hasn't already been taken out tonight; the first of the chart.
 int Game::spareGoalie(int side) const {
-    const LineupTeam& team = teams_[at(side)];
     const int inNet = s_.goalie[at(side)];
-    int best = kNoSlot;
-    int bestDepth = -1;
-    for (int slot = 0; slot < kRosterSlots; ++slot) {
-        if (slot == inNet || !team.candidate[at(slot)] || (s_.relief.relieved[at(side)] & bitOf(slot)) != 0) continue;
-        const PlayerRecord& p = sideOf(side).player(slot);
-        if (!isGoalie(p) || offIce(side, slot)) continue;
-        if (p.DepthGoalie > bestDepth) {
-            best = slot;
-            bestDepth = p.DepthGoalie;
-        }
-    }
-    return best;
+    const std::uint64_t relieved = s_.relief.relieved[at(side)];
+    return topGoalie(teams_[at(side)],
+                     [&](int slot) { return slot == inNet || (relieved & bitOf(slot)) != 0 || offIce(side, slot); });
 }
 
 }  // namespace tallyrink

@@ -219,15 +219,7 @@ int chooseGoalie(const LineupTeam& t, int wanted, bool* emergency) {
     if (emergency) *emergency = false;
     auto fit = [&](int s) { return s >= 0 && s < kRosterSlots && t.candidate[static_cast<std::size_t>(s)]; };
     if (fit(wanted) && isGoalie(t.player(wanted))) return wanted;
-    int best = kNoSlot;
-    int bestDepth = -1;
-    for (int s = 0; s < kRosterSlots; ++s) {
-        if (!fit(s) || !isGoalie(t.player(s))) continue;
-        if (t.player(s).DepthGoalie > bestDepth) {
-            best = s;
-            bestDepth = t.player(s).DepthGoalie;
-        }
-    }
+    int best = topGoalie(t, [](int) { return false; });
     if (best != kNoSlot) return best;
     // No goalie: the skater the team can best spare goes in net.
     double fewest = 0;

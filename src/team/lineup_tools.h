@@ -19,6 +19,7 @@
 
 #include "league/random.h"
 #include "team/lines.h"
+#include "team/positions.h"
 
 namespace tallyrink {
 
@@ -100,6 +101,22 @@ struct IcePlacement {
 // Fills the ice for a situation from the line tables (`team.candidate` is
 // the fit list). `rng` is drawn from only for the extra attacker.
 IcePlacement PutLinesOnIce(const LineupTeam& team, const IceRequest& request, Random* rng = nullptr);
+
+// The fit goalie highest on the goalie chart whom `passOver(slot)` doesn't
+// leave out; kNoSlot when there is none.
+template <class PassOver>
+int topGoalie(const LineupTeam& team, PassOver passOver) {
+    int best = kNoSlot;
+    int bestDepth = -1;
+    for (int s = 0; s < kRosterSlots; ++s) {
+        if (!team.candidate[static_cast<std::size_t>(s)] || !isGoalie(team.player(s)) || passOver(s)) continue;
+        if (team.player(s).DepthGoalie > bestDepth) {
+            best = s;
+            bestDepth = team.player(s).DepthGoalie;
+        }
+    }
+    return best;
+}
 
 // The goalie of a side: `wanted` when fit, else the highest of the goalie
 // chart who is fit, else any fit goalie; with none, the fit skater of the
